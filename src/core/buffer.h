@@ -1,0 +1,38 @@
+// Owned memory. Images cross the C boundary as malloc blocks, so everything the library allocates
+// comes from malloc and is released with free; a failed allocation is a null buffer, never an
+// exception.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <type_traits>
+
+namespace ombrilo {
+
+struct FreeDeleter {
+  void operator()(void* p) const { std::free(p); }
+};
+
+// An owned array of T; null after a failed allocation.
+template <class T>
+using Buffer = std::unique_ptr<T[], FreeDeleter>;
+
+// `count` elements, all bytes 0. A count of 0 still yields a buffer that is not null.
+template <class T>
+Buffer<T> NewZeroedBuffer(size_t count) {
+  static_assert(std::is_trivially_destructible_v<T>);
+  return Buffer<T>(static_cast<T*>(std::calloc(count == 0 ? 1 : count, sizeof(T))));
+}
+
+// `count` elements with unspecified contents, for scratch memory that is written before it is read.
+// Never for blocks that a caller gets: those start zeroed.
+template <class T>
+Buffer<T> NewScratchBuffer(size_t count) {
+  static_assert(std::is_trivially_destructible_v<T> && std::is_trivially_copyable_v<T>);
+  if (count > SIZE_MAX / sizeof(T)) return nullptr;
+  return Buffer<T>(static_cast<T*>(std::malloc(count == 0 ? 1 : count * sizeof(T))));
+}
+
+}  // namespace ombrilo

@@ -1,0 +1,51 @@
+// The frame of operations that map colors to colors where they stand: in the color table of an
+// indexed image, or in the pixels of a 24-bit one.
+//
+// An operation is a callable `op(uint8_t* bgr, size_t colors)` that changes a run of packed B,G,R
+// colors. It sees the table in pieces and the pixels row by row, never padding or reserved bytes.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+#include "core/color_table.h"
+#include "core/packed_dib.h"
+
+namespace ombrilo {
+
+// Applies `op` to the entries that the header announces, at any depth.
+template <class Op>
+void ChangeTableColors(const Dib& dib, Op&& op) {
+  constexpr uint32_t kRun = 256;
+  uint8_t bgr[3 * kRun];
+  for (uint32_t first = 0; first < dib.header().table_count(); first += kRun) {
+    const uint32_t count = std::min<uint32_t>(kRun, dib.header().table_count() - first);
+    ReadColors(dib, first, count, bgr);
+    op(bgr, size_t{count});
+    WriteColors(dib, first, count, bgr);
+  }
+}
+
+// Applies `op` to every pixel of a 24-bit image.
+template <class Op>
+void ChangePixelColors(const Dib& dib, Op&& op) {
+  for (int32_t y = 0; y < dib.pixel_rows(); ++y) op(dib.row(y), static_cast<size_t>(dib.width()));
+}
+
+// The usual choice: the table of 1-, 4- and 8-bit images, the pixels of 24-bit ones. False, and
+// nothing changed, at every other depth.
+template <class Op>
+bool ChangeColors(const Dib& dib, Op&& op) {
+  if (dib.indexed()) {
+    ChangeTableColors(dib, op);
+    return true;
+  }
+  if (dib.bit_count() == 24) {
+    ChangePixelColors(dib, op);
+    return true;
+  }
+  return false;
+}
+
+}  // namespace ombrilo

@@ -1,0 +1,22 @@
+// The palette of an indexed image: the colors that computed colors are mapped back to.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "core/packed_dib.h"
+
+namespace ombrilo {
+
+struct Palette {
+  int count;            // 2, 16 or 256
+  uint8_t bgr[256][3];  // blue, green, red
+  bool AllGray() const;
+};
+
+// The palette of a 1-, 4- or 8-bit image; null for other depths. It always has the depth's full
+// number of entries, on purpose also where the color table is shorter: the entries past it come
+// from the bytes that follow, and are 0 past the end of the block.
+std::optional<Palette> MakeDIBPalette(const DibView& dib);
+
+}  // namespace ombrilo

@@ -1,0 +1,67 @@
+#include "core/pixels.h"
+
+#include <cstring>
+
+#include "rows/row_functions.h"
+
+namespace ombrilo {
+
+namespace {
+
+// Replaces the first `bits` (0 to 7) bits of `to`.
+void CopyLeadingBits(uint8_t from, size_t bits, uint8_t& to) {
+  const uint8_t mask = static_cast<uint8_t>(0xFF00u >> bits);
+  to = static_cast<uint8_t>((from & mask) | (to & ~mask));
+}
+
+}  // namespace
+
+void UnpackIndices(const uint8_t* row, uint16_t bit_count, size_t pixels, uint8_t* indices) {
+  switch (bit_count) {
+    case 1:
+      rows::Active().unpack1(row, pixels, indices);
+      break;
+    case 4:
+      rows::Active().unpack4(row, pixels, indices);
+      break;
+    case 8:
+      std::memcpy(indices, row, pixels);
+      break;
+  }
+}
+
+void PackIndices(const uint8_t* indices, uint16_t bit_count, size_t pixels, uint8_t* row) {
+  switch (bit_count) {
+    case 1:
+      rows::Active().pack1(indices, pixels, row);
+      break;
+    case 4:
+      rows::Active().pack4(indices, pixels, row);
+      break;
+    case 8:
+      std::memcpy(row, indices, pixels);
+      break;
+  }
+}
+
+void CopyPixels(const uint8_t* row, uint16_t bit_count, size_t column, size_t pixels, uint8_t* to) {
+  const size_t first_bit = column * bit_count;
+  const size_t bits = pixels * bit_count;
+  const uint8_t* from = row + first_bit / 8;
+  const size_t shift = first_bit % 8;
+  const size_t whole = bits / 8;
+  const size_t rest = bits % 8;
+  if (shift == 0) {
+    std::memcpy(to, from, whole);
+    if (rest != 0) CopyLeadingBits(from[whole], rest, to[whole]);
+    return;
+  }
+  rows::Active().shift_bits(from, shift, whole, to);
+  if (rest != 0) {
+    uint8_t last = static_cast<uint8_t>(from[whole] << shift);
+    if (shift + rest > 8) last = static_cast<uint8_t>(last | from[whole + 1] >> (8 - shift));
+    CopyLeadingBits(last, rest, to[whole]);
+  }
+}
+
+}  // namespace ombrilo

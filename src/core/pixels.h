@@ -1,0 +1,21 @@
+// Pixels inside a row, at any depth. Within a byte, 1-bit pixels run from the most significant bit
+// and 4-bit pixels from the high nibble. This is the only file that knows.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace ombrilo {
+
+// One index per byte, out of a 1-, 4- or 8-bit row. Reads only the bytes that hold the pixels.
+void UnpackIndices(const uint8_t* row, uint16_t bit_count, size_t pixels, uint8_t* indices);
+
+// One index per byte into a 1-, 4- or 8-bit row; only the low bits of an index count. Bits of the
+// row behind the last pixel keep their values.
+void PackIndices(const uint8_t* indices, uint16_t bit_count, size_t pixels, uint8_t* row);
+
+// Copies `pixels` pixels from column `column` of one row to the start of another, at 1, 4, 8, 16,
+// 24 or 32 bits. Bits of the last byte behind the last pixel keep their values.
+void CopyPixels(const uint8_t* row, uint16_t bit_count, size_t column, size_t pixels, uint8_t* to);
+
+}  // namespace ombrilo

@@ -1,0 +1,55 @@
+#include "core/replacement.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <optional>
+
+#include "core/bytes.h"
+
+namespace ombrilo {
+
+NewBlock NewBlock::Zeroed(uint64_t size) {
+  NewBlock block;
+  if (size <= std::numeric_limits<int32_t>::max()) {
+    block.bytes_ = NewZeroedBuffer<uint8_t>(static_cast<size_t>(size));
+  }
+  return block;
+}
+
+NewBlock NewBlock::WithHeader(const uint8_t* fields) {
+  const DibHeader header = DibHeader::Read(reinterpret_cast<const PackedDib*>(fields));
+  const std::optional<size_t> extent = header.Extent();
+  if (!extent) return {};
+  NewBlock block = Zeroed(*extent);
+  if (block) std::memcpy(block.bytes(), fields, header.fields_size());
+  return block;
+}
+
+NewBlock NewBlock::Resized(const DibView& source, int64_t width, int64_t height) {
+  constexpr int64_t kLimit = std::numeric_limits<int32_t>::max();
+  if (width < 0 || height < 0 || width > kLimit || height > kLimit) return {};
+  if (width * source.bit_count() + 31 > kLimit) return {};
+  const uint64_t rows_size =
+      static_cast<uint64_t>(StrideOf(width, source.bit_count())) * static_cast<uint64_t>(height);
+  // A size field below the header's own length puts the table and rows over the header.
+  const size_t header_and_table = std::max(source.prefix_size(), source.header().fields_size());
+  NewBlock block = Zeroed(std::max(source.prefix_size() + rows_size, uint64_t{header_and_table}));
+  if (!block) return block;
+  source.Read(0, block.bytes(), header_and_table);
+  if (source.core()) {
+    StoreU16(block.bytes() + kCoreWidth, static_cast<uint16_t>(width));
+    StoreU16(block.bytes() + kCoreHeight, static_cast<uint16_t>(height));
+  } else {
+    StoreU32(block.bytes() + kInfoWidth, static_cast<uint32_t>(width));
+    StoreU32(block.bytes() + kInfoHeight, static_cast<uint32_t>(height));
+  }
+  return block;
+}
+
+void NewBlock::Replace(PackedDib** image) {
+  std::free(*image);
+  *image = Release();
+}
+
+}  // namespace ombrilo

@@ -1,0 +1,47 @@
+// The replacement frame: an operation that changes size or depth builds a complete new block, and
+// only then gives up the caller's. A new block starts zeroed, so padding, gaps and unwritten pixels
+// are 0, and it is released by every early return.
+//
+//   NewBlock block = NewBlock::Resized(*source, width, height);
+//   if (!block) return 0;
+//   ... fill block.dib().row(y) ...
+//   block.Replace(image);
+#pragma once
+
+#include <cstdint>
+
+#include "core/buffer.h"
+#include "core/packed_dib.h"
+
+namespace ombrilo {
+
+class NewBlock {
+ public:
+  // A zeroed block of `size` bytes; null when `size` exceeds a signed 32-bit count or memory runs
+  // out. The caller writes the header.
+  static NewBlock Zeroed(uint64_t size);
+
+  // The zeroed block that a header describes; `fields` are its 12 or 40 bytes, which are copied.
+  static NewBlock WithHeader(const uint8_t* fields);
+
+  // The source's header and color table with another width and height, and zeroed rows. Sizes are
+  // stored in the fields of the source's header kind (16 bits after a core header). Null when the
+  // size cannot be honoured or memory runs out.
+  static NewBlock Resized(const DibView& source, int64_t width, int64_t height);
+
+  explicit operator bool() const { return bytes_ != nullptr; }
+  uint8_t* bytes() const { return bytes_.get(); }
+  PackedDib* packed() const { return reinterpret_cast<PackedDib*>(bytes_.get()); }
+  // The image that the block's header describes by now.
+  Dib dib() const { return *Dib::Open(packed()); }
+
+  // Hands the block to the caller, who releases it with free().
+  PackedDib* Release() { return reinterpret_cast<PackedDib*>(bytes_.release()); }
+  // Frees the caller's block and stores the new one in its place.
+  void Replace(PackedDib** image);
+
+ private:
+  Buffer<uint8_t> bytes_;
+};
+
+}  // namespace ombrilo

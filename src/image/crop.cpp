@@ -1,0 +1,59 @@
+// omb_crop and omb_cpydibrect: a rectangle of an image, pixels copied exactly.
+//
+// The two differ on purpose: crop takes an inclusive rectangle, wants at least one pixel and keeps
+// biSizeImage; cpydibrect takes origin and size, allows empty pieces and clears biSizeImage.
+#include "core/bytes.h"
+#include "core/packed_dib.h"
+#include "core/pixels.h"
+#include "core/replacement.h"
+
+namespace ombrilo {
+
+namespace {
+
+bool CanCopyPixels(const DibView& source) { return source.indexed() || source.bit_count() == 24; }
+
+// The piece's top row is row `y` from the top of the picture. The piece lies inside the source.
+void CopyPiece(const DibView& source, size_t x, int32_t y, const Dib& piece) {
+  const int32_t first_row = source.height() - y - piece.height();
+  for (int32_t k = 0; k < piece.pixel_rows(); ++k) {
+    CopyPixels(source.row(first_row + k), source.bit_count(), x, static_cast<size_t>(piece.width()),
+               piece.row(k));
+  }
+}
+
+}  // namespace
+
+}  // namespace ombrilo
+
+uint32_t omb_crop(PackedDib** image, const OmbRect* rectangle) {
+  using namespace ombrilo;
+  const auto source = DibView::Open(image == nullptr ? nullptr : *image);
+  if (!source || rectangle == nullptr || !CanCopyPixels(*source)) return 0;
+  const OmbRect r = *rectangle;
+  if (r.left < 0 || r.right < r.left || r.right >= source->width()) return 0;
+  if (r.top < 0 || r.bottom < r.top || r.bottom >= source->height()) return 0;
+
+  NewBlock block = NewBlock::Resized(*source, r.right - r.left + 1, r.bottom - r.top + 1);
+  if (!block) return 0;
+  CopyPiece(*source, static_cast<size_t>(r.left), r.top, block.dib());
+  block.Replace(image);
+  return 1;
+}
+
+uintptr_t omb_cpydibrect(const PackedDib* image, int32_t x, uint32_t y, uint32_t w, uint32_t h) {
+  using namespace ombrilo;
+  const auto source = DibView::Open(image);
+  if (!source) return 0;
+  if (x < 0 || uint64_t{static_cast<uint32_t>(x)} + w > static_cast<uint32_t>(source->width())) {
+    return 0;
+  }
+  if (uint64_t{y} + h > static_cast<uint32_t>(source->height())) return 0;
+  if (h != 0 && !CanCopyPixels(*source)) return 0;
+
+  NewBlock block = NewBlock::Resized(*source, w, h);
+  if (!block) return 0;
+  if (!source->core()) StoreU32(block.bytes() + kInfoSizeImage, 0);
+  if (h != 0) CopyPiece(*source, static_cast<size_t>(x), static_cast<int32_t>(y), block.dib());
+  return reinterpret_cast<uintptr_t>(block.Release());
+}

@@ -1,0 +1,43 @@
+// The seven header queries. They answer what the fields say, however unlikely; only
+// omb_BytesPerLine reads behind a core header's 12 bytes, and stays inside the block there.
+#include "core/packed_dib.h"
+
+using ombrilo::DibHeader;
+using ombrilo::DibView;
+
+uint32_t omb_DIBWidth(const PackedDib* dib) {
+  return dib == nullptr ? 0 : static_cast<uint32_t>(DibHeader::Read(dib).width);
+}
+
+uint32_t omb_DIBHeight(const PackedDib* dib) {
+  return dib == nullptr ? 0 : static_cast<uint32_t>(DibHeader::Read(dib).height);
+}
+
+uint16_t omb_DIBBitCount(const PackedDib* dib) {
+  return dib == nullptr ? uint16_t{0} : DibHeader::Read(dib).bit_count;
+}
+
+uint32_t omb_DIBNumColors(const PackedDib* dib) {
+  return dib == nullptr ? 0 : DibHeader::Read(dib).color_count;
+}
+
+uint16_t omb_PaletteSize(const PackedDib* dib) {
+  return dib == nullptr ? uint16_t{0} : DibHeader::Read(dib).table_size();
+}
+
+uint8_t* omb_FindDIBBits(const PackedDib* dib) {
+  if (dib == nullptr) return nullptr;
+  // As a number: the size field may name an address that no block reaches.
+  const uint64_t address = reinterpret_cast<uintptr_t>(dib) + DibHeader::Read(dib).rows_offset();
+  return reinterpret_cast<uint8_t*>(static_cast<uintptr_t>(address));
+}
+
+int32_t omb_BytesPerLine(const PackedDib* dib) {
+  const auto view = DibView::Open(dib);
+  if (!view) return 0;
+  // At the information header's positions on purpose, also for a core header.
+  const uint32_t planes = view->ReadU16(ombrilo::kInfoPlanes);
+  const uint32_t bit_count = view->ReadU16(ombrilo::kInfoBitCount);
+  const uint32_t width = view->ReadU32(ombrilo::kInfoWidth);
+  return static_cast<int32_t>(planes * bit_count * width + 31) / 32 * 4;
+}

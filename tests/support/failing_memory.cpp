@@ -1,0 +1,96 @@
+#include "support/failing_memory.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace {
+
+struct State {
+  bool watching = false;
+  int countdown = 0;  // the allocation that fails, counted down; 0 when none will
+  bool failed = false;
+  int allocations = 0;
+  int held = 0;
+};
+
+thread_local State state;
+
+bool Refuse() {
+  if (!state.watching) return false;
+  ++state.allocations;
+  if (state.countdown == 0 || --state.countdown != 0) return false;
+  state.failed = true;
+  return true;
+}
+
+void* Counted(void* block) {
+  if (state.watching && block != nullptr) ++state.held;
+  return block;
+}
+
+}  // namespace
+
+extern "C" {
+
+void* __real_malloc(size_t size);
+void* __real_calloc(size_t count, size_t size);
+void* __real_realloc(void* block, size_t size);
+void __real_free(void* block);
+
+void* __wrap_malloc(size_t size) { return Refuse() ? nullptr : Counted(__real_malloc(size)); }
+
+void* __wrap_calloc(size_t count, size_t size) {
+  return Refuse() ? nullptr : Counted(__real_calloc(count, size));
+}
+
+void* __wrap_realloc(void* block, size_t size) {
+  if (Refuse()) return nullptr;
+  void* grown = __real_realloc(block, size);
+  return block == nullptr ? Counted(grown) : grown;
+}
+
+void __wrap_free(void* block) {
+  if (state.watching && block != nullptr) --state.held;
+  __real_free(block);
+}
+
+}  // extern "C"
+
+namespace ombrilo::test {
+
+MemoryWatch::MemoryWatch(int failing) {
+  state = {.watching = true, .countdown = failing};
+}
+
+void MemoryWatch::Stop() {
+  if (stopped_) return;
+  stopped_ = true;
+  state.watching = false;
+  failed_ = state.failed;
+  allocations_ = state.allocations;
+  held_ = state.held;
+}
+
+void ExpectRefusalWithoutMemory(const std::function<TestImage()>& make,
+                                const std::function<uintptr_t(PackedDib**)>& operation,
+                                uintptr_t refused) {
+  for (int n = 1;; ++n) {
+    TestImage image = make();
+    const PackedDib* const address = image.get();
+    const std::vector<uint8_t> before = image.Bytes();
+    MemoryWatch watch(n);
+    const uintptr_t result = operation(image.ref());
+    watch.Stop();
+    if (!watch.failed()) {
+      EXPECT_NE(result, refused) << "with enough memory";
+      return;
+    }
+    EXPECT_EQ(result, refused) << "allocation " << n << " failed";
+    EXPECT_EQ(image.get(), address) << "allocation " << n << " failed";
+    EXPECT_EQ(image.Bytes(), before) << "allocation " << n << " failed";
+    EXPECT_EQ(watch.still_held(), 0) << "allocation " << n << " failed";
+  }
+}
+
+}  // namespace ombrilo::test

@@ -1,0 +1,38 @@
+// Every allocation of an operation made to fail in turn.
+//
+// The test program is linked with malloc, calloc, realloc and free of the static library redirected
+// to this file's functions, so the library needs no hook of its own.
+#pragma once
+
+#include <functional>
+
+#include "support/image.h"
+
+namespace ombrilo::test {
+
+// Counts the blocks that the calls between construction and Stop() allocate and release, on this
+// thread; the `failing`-th allocation gives null (1 is the first, 0 none).
+class MemoryWatch {
+ public:
+  explicit MemoryWatch(int failing);
+  ~MemoryWatch() { Stop(); }
+  void Stop();
+  bool failed() const { return failed_; }
+  int allocations() const { return allocations_; }
+  int still_held() const { return held_; }
+
+ private:
+  bool failed_ = false;
+  int allocations_ = 0;
+  int held_ = 0;
+  bool stopped_ = false;
+};
+
+// Runs `operation` on a fresh image once for each allocation it makes, with that allocation
+// failing: it must return `refused`, leave the image's bytes and address as they were and hold no
+// memory. In the last run nothing fails, and it must not return `refused`.
+void ExpectRefusalWithoutMemory(const std::function<TestImage()>& make,
+                                const std::function<uintptr_t(PackedDib**)>& operation,
+                                uintptr_t refused = 0);
+
+}  // namespace ombrilo::test
