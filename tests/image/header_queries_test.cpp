@@ -87,6 +87,9 @@ TEST(HeaderQueries, BytesPerLineCountsPlanesIn32Bits) {
   // Division rounds toward zero: (-24 * 3 + 31) / 32 is -1.
   EXPECT_EQ(omb_BytesPerLine(Info(0xFFFFFFFD, 1, 24).dib()), -4);
   EXPECT_EQ(omb_BytesPerLine(Info(0x20000000, 1, 8).dib()), 0);
+  // Also for an image that operations would refuse: 24 * 0x10000001 wraps to 0x80000018.
+  EXPECT_EQ(omb_BytesPerLine(Info(0x10000001, 1, 24).dib()),
+            (static_cast<int32_t>(0x80000018u + 31)) / 32 * 4);
 }
 
 // A core header of 12 bytes has nothing behind it to read planes and bit count from.
