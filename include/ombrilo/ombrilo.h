@@ -403,6 +403,54 @@ OMB_API uint32_t omb_adjustghms(PackedDib* dib, int32_t highlights, int32_t shad
 
 /** @} */
 
+/** @defgroup quantize Color quantization
+ * Palettes learned from the image by a self-organising network of 2, 4, 16 or 256 neurons (A. H.
+ * Dekker, "Kohonen neural networks for optimal colour quantization", 1994) in integer arithmetic.
+ * The rows of the 24-bit image, padding included, are sampled as one stream of bytes: length / 30
+ * colors, at steps of 499, 491, 487 or 503 pixels, in cycles of a hundredth of the samples each (at
+ * least one). A color maps to the entry with the least sum of absolute differences.
+ * @{ */
+
+/**
+ * Reduces an image to a learned palette, or expands an indexed image to 24 bits.
+ *
+ * An indexed image is replaced by its 24-bit copy first (biClrUsed and biClrImportant 0). For 24
+ * bits that is all. For 1, 4 and 8 bits the network learns 2, 16 or 256 colors, which become the
+ * color table (biClrUsed their number, biClrImportant 0), and every pixel is mapped to it. All
+ * other header fields keep their values.
+ *
+ * @param image the image, replaced; 1, 4, 8 or 24 bits
+ * @param bits  bits per pixel of the result: 1, 4, 8 or 24
+ * @return 1; 0 for null, for an image that has this depth already or has 16, 32 or other bits, for
+ *         other values of `bits` and when memory runs out. In the last two cases an indexed image
+ *         may have been replaced by its 24-bit copy; otherwise it is unchanged.
+ */
+OMB_API int32_t omb_neuquant(PackedDib** image, int32_t bits);
+
+/**
+ * Reduces a 24-bit image to a learned palette and spreads the error of each pixel: 3/8 to its right
+ * neighbour, 3/8 to the pixel of the same column in the row stored before (the one below it in the
+ * picture), 1/4 to the right neighbour of that one. Each share is added and truncated toward 0.
+ *
+ * Rows are taken in storage order, pixels from left to right. The row stored before has its palette
+ * colors already; the shares it gets change the entries that it is mapped to in the end. The last
+ * pixel of a row receives no share from its left neighbour. Colors are limited to 0..255 before
+ * each search. The result's biClrUsed and biClrImportant are 0.
+ *
+ * At 1 and 2 bits indices are stored as nibbles, high nibble first, at the row length of 1 or 2
+ * bits: each row overwrites what runs over from the one before. The block is large enough for the
+ * last one, larger than its header says. The table of 2 bits has 4 entries behind the header and
+ * the rows behind it, although header queries know no table at that depth. After a core header
+ * errors are taken to the colors that four-byte entries at byte 40 of the block would have.
+ *
+ * @param image the image, replaced; 24 bits
+ * @param bits  bits per pixel of the result: 1, 2, 4 or 8
+ * @return 1; 0 for null, other depths of the image or the result, and when memory runs out
+ */
+OMB_API int32_t omb_dither(PackedDib** image, int32_t bits);
+
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

@@ -12,7 +12,8 @@ namespace ombrilo {
 NewBlock NewBlock::Zeroed(uint64_t size) {
   NewBlock block;
   if (size <= std::numeric_limits<int32_t>::max()) {
-    block.bytes_ = NewZeroedBuffer<uint8_t>(static_cast<size_t>(size));
+    block.size_ = static_cast<size_t>(size);
+    block.bytes_ = NewZeroedBuffer<uint8_t>(block.size_);
   }
   return block;
 }
@@ -47,12 +48,12 @@ NewBlock NewBlock::Resized(const DibView& source, int64_t width, int64_t height)
   return block;
 }
 
-NewBlock NewBlock::Indexed(const DibView& source, uint16_t bit_count) {
+NewBlock NewBlock::WithDepth(const DibView& source, uint16_t bit_count, uint32_t entries,
+                             uint32_t colors_used, uint16_t room) {
   const DibHeader& header = source.header();
-  const uint32_t colors = ColorsOfDepth(bit_count);
   const size_t header_bytes = std::max<size_t>(header.header_size, header.fields_size());
-  const uint64_t size = uint64_t{header.header_size} + colors * header.table_step() +
-                        static_cast<uint64_t>(StrideOf(source.width(), bit_count)) *
+  const uint64_t size = uint64_t{header.header_size} + entries * header.table_step() +
+                        static_cast<uint64_t>(StrideOf(source.width(), room)) *
                             static_cast<uint64_t>(source.pixel_rows());
   NewBlock block = Zeroed(std::max<uint64_t>(size, header_bytes));
   if (!block) return block;
@@ -61,11 +62,16 @@ NewBlock NewBlock::Indexed(const DibView& source, uint16_t bit_count) {
     StoreU16(block.bytes() + kCoreBitCount, bit_count);
   } else {
     StoreU16(block.bytes() + kInfoBitCount, bit_count);
-    // 8 bits imply their number of colors; for 1 bit it is stated.
-    StoreU32(block.bytes() + kInfoClrUsed, bit_count == 8 ? 0 : colors);
+    StoreU32(block.bytes() + kInfoClrUsed, colors_used);
     StoreU32(block.bytes() + kInfoClrImportant, 0);
   }
   return block;
+}
+
+NewBlock NewBlock::Indexed(const DibView& source, uint16_t bit_count) {
+  const uint32_t colors = ColorsOfDepth(bit_count);
+  // 8 bits imply their number of colors; for 1 bit it is stated.
+  return WithDepth(source, bit_count, colors, bit_count == 8 ? 0 : colors);
 }
 
 void NewBlock::Replace(PackedDib** image) {

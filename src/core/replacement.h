@@ -29,15 +29,25 @@ class NewBlock {
   // size cannot be honoured or memory runs out.
   static NewBlock Resized(const DibView& source, int64_t width, int64_t height);
 
-  // A 1- or 8-bit image of the source's width and height: the source's header with the new bit
-  // count (after an information header also biClrUsed and biClrImportant), a zeroed table of 2 or
-  // 256 entries and zeroed rows. All other fields keep their values, biSizeImage too. A negative
-  // height or width is kept and gives a block without rows. Ask for dib() before writing the table:
-  // a size field below the header's own length puts the table over the header.
+  // An image of the source's width and height with another bit count: the source's header with that
+  // bit count and, after an information header, `colors_used` as biClrUsed and a biClrImportant of
+  // 0; a zeroed table of `entries` colors and zeroed rows. All other fields keep their values,
+  // biSizeImage too. A negative height or width is kept and gives a block without rows. Ask for
+  // dib() before writing table or rows: a size field below the header's own length puts them over
+  // the header. `room` reserves as much as rows of that many bits per pixel take.
+  static NewBlock WithDepth(const DibView& source, uint16_t bit_count, uint32_t entries,
+                            uint32_t colors_used, uint16_t room);
+  static NewBlock WithDepth(const DibView& source, uint16_t bit_count, uint32_t entries,
+                            uint32_t colors_used) {
+    return WithDepth(source, bit_count, entries, colors_used, bit_count);
+  }
+
+  // The same at 1 or 8 bits, with a full table.
   static NewBlock Indexed(const DibView& source, uint16_t bit_count);
 
   explicit operator bool() const { return bytes_ != nullptr; }
   uint8_t* bytes() const { return bytes_.get(); }
+  size_t size() const { return size_; }
   PackedDib* packed() const { return reinterpret_cast<PackedDib*>(bytes_.get()); }
   // The image that the block's header describes by now.
   Dib dib() const { return *Dib::Open(packed()); }
@@ -49,6 +59,7 @@ class NewBlock {
 
  private:
   Buffer<uint8_t> bytes_;
+  size_t size_ = 0;
 };
 
 }  // namespace ombrilo

@@ -14,6 +14,16 @@
 
 namespace ombrilo::rows {
 
+// A palette network while it learns.
+struct Neurons {
+  enum { kMost = 256, kMargin = 64 };
+  size_t count;                                   // at most kMost
+  int16_t channel[3][kMargin + kMost + kMargin];  // blue, green, red times 16
+  uint16_t wins[kMost];                           // frequency of each neuron's wins, less 1
+  int32_t rate[2 * kMargin];                      // by distance from the winner, at kMargin
+  size_t reach;                                   // neurons on each side that have a rate
+};
+
 struct RowFunctions {
   const char* name;
 
@@ -62,6 +72,9 @@ struct RowFunctions {
   // Counts byte values at bytes[0], bytes[step], ...; a value's count is the sum over the four
   // sets.
   void (*count_bytes)(const uint8_t* bytes, size_t step, size_t count, uint32_t (*sets)[256]);
+
+  // Shows a palette network one color after the other.
+  void (*learn)(const uint8_t* bgr, size_t samples, struct Neurons& neurons);
 };
 
 // The table in use.

@@ -1,0 +1,79 @@
+// omb_neuquant: colors mapped to a learned palette.
+#include <algorithm>
+
+#include "core/color_table.h"
+#include "core/palette.h"
+#include "core/pixels.h"
+#include "core/replacement.h"
+#include "quantize/palette_network.h"
+
+namespace ombrilo {
+
+namespace {
+
+void ExpandColors(const DibView& source, const Dib& copy) {
+  const Palette palette = *MakeDIBPalette(source);
+  for (int32_t y = 0; y < source.pixel_rows(); ++y) {
+    uint8_t* to = copy.row(y);
+    ForEachIndexRun(source.row(y), source.bit_count(), static_cast<size_t>(source.width()),
+                    [&](size_t, const uint8_t* indices, size_t count) {
+                      for (size_t x = 0; x < count; ++x, to += 3) {
+                        const uint8_t* color = palette.bgr[indices[x]];
+                        to[0] = color[0];
+                        to[1] = color[1];
+                        to[2] = color[2];
+                      }
+                    });
+  }
+}
+
+void MapPixels(const DibView& source, PaletteNetwork& network, const Dib& to) {
+  constexpr size_t kRun = 1024;
+  uint8_t indices[kRun];
+  const size_t width = static_cast<size_t>(source.width());
+  for (int32_t y = 0; y < source.pixel_rows(); ++y) {
+    const uint8_t* bgr = source.row(y);
+    for (size_t first = 0; first < width; first += kRun) {
+      const size_t count = std::min(kRun, width - first);
+      for (size_t x = 0; x < count; ++x, bgr += 3) {
+        indices[x] = network.Find(bgr[0], bgr[1], bgr[2]);
+      }
+      PackIndices(indices, to.bit_count(), count, to.row(y) + first * to.bit_count() / 8);
+    }
+  }
+}
+
+}  // namespace
+
+}  // namespace ombrilo
+
+int32_t omb_neuquant(PackedDib** image, int32_t bits) {
+  using namespace ombrilo;
+  auto source = DibView::Open(image == nullptr ? nullptr : *image);
+  if (!source || source->bit_count() == bits) return 0;
+  if (source->indexed()) {
+    NewBlock block = NewBlock::WithDepth(*source, 24, 0, 0);
+    if (!block) return 0;
+    const Dib copy = block.dib();
+    ExpandColors(*source, copy);
+    // From here on the caller has the 24-bit copy, also when a later step fails.
+    block.Replace(image);
+    source = copy;
+  } else if (source->bit_count() != 24) {
+    return 0;
+  }
+  if (bits == 24) return 1;
+  if (bits != 1 && bits != 4 && bits != 8) return 0;
+
+  const uint32_t colors = 1u << bits;
+  NewBlock block = NewBlock::WithDepth(*source, static_cast<uint16_t>(bits), colors, colors);
+  if (!block) return 0;
+  PaletteNetwork network(bits);
+  if (!network) return 0;
+  const Dib result = block.dib();
+  network.Learn(*source);
+  WriteColors(result, 0, colors, network.bgr());
+  MapPixels(*source, network, result);
+  block.Replace(image);
+  return 1;
+}
