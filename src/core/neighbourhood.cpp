@@ -13,10 +13,8 @@ size_t Aligned(size_t bytes) { return (bytes + kAlignment - 1) / kAlignment * kA
 }  // namespace
 
 Neighbourhood::Neighbourhood(const PixelRows& rows, const Dib* dib, const Reach& reach, int derived)
-    : rows_(rows),
-      max_step_(rows.bit_count == 8 && dib == nullptr ? 1 : 3),
-      max_reach_(reach),
-      derived_(derived) {
+    : rows_(rows), max_step_(rows.bit_count == 8 && dib == nullptr ? 1 : 3), max_reach_(reach) {
+  if (rows_.height == 0) rows_.width = 0;  // no memory for the rows of an image without any
   if (dib != nullptr && dib->indexed()) {
     dib_ = *dib;
     colors_.emplace();
@@ -25,10 +23,10 @@ Neighbourhood::Neighbourhood(const PixelRows& rows, const Dib* dib, const Reach&
   const size_t slots = size_t(max_reach_.before) + 1 + size_t(max_reach_.after) + 1;
   const size_t left = Aligned(size_t(max_reach_.left) * max_step_);
   const size_t pitch =
-      left + Aligned((size_t(rows.width) + size_t(max_reach_.right)) * max_step_ + kAlignment);
+      left + Aligned((size_t(rows_.width) + size_t(max_reach_.right)) * max_step_ + kAlignment);
   slot_size_ = pitch * (1 + size_t(derived));
   const size_t result = Aligned(max_row_bytes());
-  const size_t indices = Aligned(size_t(rows.width));
+  const size_t indices = Aligned(size_t(rows_.width));
   const uint64_t size = uint64_t{slots} * slot_size_ + result + indices + kAlignment;
   if (size > SIZE_MAX / 2) return;
   memory_ = NewScratchBuffer<uint8_t>(static_cast<size_t>(size));

@@ -129,7 +129,6 @@ class Neighbourhood {
   bool split_ = false;
   size_t max_step_;
   Reach max_reach_;
-  int derived_;
 
   Buffer<uint8_t> memory_;
   Buffer<uint8_t*> collected_;

@@ -65,7 +65,8 @@ void Convolver::Merge() {
     reach_.after = std::max(reach_.after, tap.dy);
     reach_.left = std::max(reach_.left, -tap.dx);
     reach_.right = std::max(reach_.right, tap.dx);
-    (tap.weight < 0 ? negative_ : positive_) += std::abs(int64_t{tap.weight});
+    int64_t& sum = tap.weight < 0 ? negative_ : positive_;
+    sum = std::min(sum + std::abs(int64_t{tap.weight}), int64_t{1} << 40);
   }
 }
 
@@ -96,10 +97,12 @@ void Convolver::ChooseFinish(const Finishing& finishing) {
   }
   const int64_t sum = 255 * std::max(positive_, negative_);
   const int64_t divisor = std::abs(int64_t{plan_.divisor});
-  const int64_t quotient = sum / std::max<int64_t>(divisor, 1);
-  const int64_t share = whole ? 0 : (quotient + 255) * std::abs(int64_t{plan_.strength});
-  const bool exact = sum < kExactFloats && divisor < kExactFloats && share < kExactFloats &&
-                     std::abs(int64_t{plan_.bias}) < int64_t{1} << 30;
+  bool exact = sum < kExactFloats && divisor < kExactFloats &&
+               std::abs(int64_t{plan_.bias}) < int64_t{1} << 30;
+  if (exact && !whole) {
+    const int64_t quotient = sum / std::max<int64_t>(divisor, 1);
+    exact = (quotient + 255) * std::abs(int64_t{plan_.strength}) < kExactFloats;
+  }
   plan_.finish = exact ? rows::kFinishFloat : rows::kFinishExact;
 }
 

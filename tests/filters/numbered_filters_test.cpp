@@ -125,8 +125,8 @@ TEST(Convolute, FlatAreasKeepTheirValueAndNumbersOutsideTheTableDoNothing) {
 
 TEST(Emboss, AgreesWithTheReference) {
   ForVariedImages([](const TestImage& image) {
-    for (const auto& [direction, color] :
-         {std::pair{0u, 0x808080u}, {5u, 0xFF0012u}, {27u, 0xFF10FE80u}}) {
+    for (const auto& relief : {std::pair{0u, 0x808080u}, {5u, 0xFF0012u}, {27u, 0xFF10FE80u}}) {
+      const uint32_t direction = relief.first, color = relief.second;
       ExpectAtEveryLevel(image, Convoluted(image, 12 + direction, color),
                          [&](PackedDib* dib) { EXPECT_EQ(omb_emboss(dib, direction, color), 1u); });
     }
@@ -219,6 +219,31 @@ TEST(NumberedFilters, OtherDepthsBecomeZeroAndHostileHeadersDoNoHarm) {
     for (const int bits : {1, 8, 24}) {
       ExpectNoChangeWithoutMemory(
           [&] { return ImageBuilder(bits, 12, 12).Pixels(Noise(1u << bits, 9)).Build(); }, filter);
+    }
+  }
+}
+
+// No second image: a window of rows, and the nearest-entry search's memory where there is a table.
+TEST(NumberedFilters, LargeImagesTakeLessThanAMebibyte) {
+  for (const int bits : {1, 8, 24}) {
+    const TestImage image = ImageBuilder(bits, 4000, 3000).Build();
+    const std::pair<const char*, std::function<void()>> calls[] = {
+        {"convolute", [&] { omb_convolute(image.get(), 2); }},
+        {"kernal", [&] { omb_DoConvoluteDIB(image.get(), omb_getKERNAL(37), 1, 10); }},
+        {"sobel", [&] { omb_sobel(image.get()); }},
+        {"medianblur", [&] { omb_medianblur(image.get()); }},
+        {"dilate", [&] { omb_dilate(image.get()); }},
+        {"open", [&] { omb_mathopen(image.get()); }},
+        {"morph", [&] {
+           if (bits != 1) omb_DoKernalMorphDIB(image.get(), bits, 2, omb_getKERNAL(2), 1);
+         }}};
+    for (const auto& [name, call] : calls) {
+      MemoryWatch watch(0);
+      call();
+      watch.Stop();
+      EXPECT_LT(watch.peak_bytes(), size_t{1} << 20) << name << ", " << bits << " bits";
+      RecordProperty(std::string(name) + std::to_string(bits),
+                     std::to_string(watch.peak_bytes() / 1024));
     }
   }
 }
