@@ -6,23 +6,20 @@
 #include "core/pixels.h"
 #include "core/replacement.h"
 #include "quantize/palette_network.h"
+#include "rows/row_functions.h"
 
 namespace ombrilo {
 
 namespace {
 
-void ExpandColors(const DibView& source, const Dib& copy) {
+void ExpandTo24Bits(const DibView& source, const Dib& copy) {
   const Palette palette = *MakeDIBPalette(source);
+  const auto expand = rows::Active().expand_colors;
   for (int32_t y = 0; y < source.pixel_rows(); ++y) {
     uint8_t* to = copy.row(y);
     ForEachIndexRun(source.row(y), source.bit_count(), static_cast<size_t>(source.width()),
-                    [&](size_t, const uint8_t* indices, size_t count) {
-                      for (size_t x = 0; x < count; ++x, to += 3) {
-                        const uint8_t* color = palette.bgr[indices[x]];
-                        to[0] = color[0];
-                        to[1] = color[1];
-                        to[2] = color[2];
-                      }
+                    [&](size_t first, const uint8_t* indices, size_t count) {
+                      expand(indices, count, palette.bgr[0], to + 3 * first);
                     });
   }
 }
@@ -55,7 +52,7 @@ int32_t omb_neuquant(PackedDib** image, int32_t bits) {
     NewBlock block = NewBlock::WithDepth(*source, 24, 0, 0);
     if (!block) return 0;
     const Dib copy = block.dib();
-    ExpandColors(*source, copy);
+    ExpandTo24Bits(*source, copy);
     // From here on the caller has the 24-bit copy, also when a later step fails.
     block.Replace(image);
     source = copy;

@@ -52,7 +52,7 @@ TEST(ToneRows, EveryLevelGivesTheSameBytes) {
     for (const size_t n : lengths) {
       for (const int amount : {-255, -20, 0, 20, 255}) {
         Compare(
-            n, [&](uint8_t* p) { f.add_saturated(p, 3 * n, amount); },
+            n, [&](uint8_t* p) { f.add_amount(p, 3 * n, amount); },
             [&](uint8_t* p) {
               for (int c = 0; c < 3; ++c) {
                 p[c] = static_cast<uint8_t>(std::clamp(p[c] + amount, 0, 255));
