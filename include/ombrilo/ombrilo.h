@@ -622,6 +622,78 @@ OMB_API int32_t omb_DoKernalMorphDIB(PackedDib* dib, int32_t bits, int32_t op,
 
 /** @} */
 
+/** @defgroup page Page processing
+ * Filters for images of pages, in place. Convolutions take omb_DoConvoluteDIB()'s depths and keep
+ * its promises; "lopass 3x3" and the like are names of omb_getKERNAL()'s records. @{ */
+
+/**
+ * Smooths, sharpens or rank-filters a page.
+ *
+ * | mode | filter, for a size of 0, 1, 2                                  |
+ * |------|----------------------------------------------------------------|
+ * | 0    | omb_DoConvoluteDIB() with "lopass" 3x3, 5x5, 7x7               |
+ * | 1    | the same with "hipass" 3x3, 5x5, 7x7                           |
+ * | 2    | the same with "gauss" 3x3, 5x5, 7x7, which have no index       |
+ * | 3    | the same with "higauss" 5x5, 7x7, 9x9                          |
+ * | 4    | as mode 5, unless toneScope is 0 or 1: then 0                  |
+ * | 5    | the same with "unsharp" 3x3, 5x5, 7x7                          |
+ * | 7    | rank order in 3x3, 5x5, 7x7 at percentile 50: the median       |
+ * | 8    | rank order in 3x3, 5x5, 7x7 at percentile p6                   |
+ *
+ * Rank order, p3 times over: with n the number of pixels in the square, a value becomes the one at
+ * index (n - 1) x percentile / 100 of the square's sorted values. 24 bits: blue, green and red
+ * apart. Other depths: bytes, whatever they hold, as many columns as the image is wide but not
+ * beyond the row. A band of 1, 2 or 3 pixels keeps its values. Width and height count in their low
+ * 16 bits, and so does the row length, which includes the planes field; with 0 planes nothing
+ * changes.
+ *
+ * @param dib       the image
+ * @param size      0, 1 or 2
+ * @param p3        passes; below 1 the image is unchanged
+ * @param p4        strength of convolutions in tenths
+ * @param p5        without effect
+ * @param p6        percentile in mode 8: 0 (the least value) to 100 (the greatest)
+ * @param mode      the filter
+ * @param toneScope see mode 4
+ * @param toneCurve without effect
+ * @return 1; 0 for null, other modes, sizes and percentiles, rows that overlap, and when memory
+ *         runs out
+ */
+OMB_API int32_t omb_EnhancePage(PackedDib* dib, int32_t size, int32_t p3, int32_t p4, int32_t p5,
+                                int32_t p6, int32_t mode, int32_t toneScope, int32_t toneCurve);
+
+/**
+ * Finds edges.
+ *
+ * | mode | filter, for a size of 0, 1, 2                                  |
+ * |------|----------------------------------------------------------------|
+ * | 0    | Sobel gradient magnitude (any size)                            |
+ * | 1    | Roberts cross gradient magnitude (any size)                    |
+ * | 2    | omb_DoConvoluteDIB() with "sculpt " (any size)                 |
+ * | 3    | the same with "laplace" 3x3, 5x5, 7x7                          |
+ * | 5    | the same with "horzedge" 3x3, 5x5, 7x7                         |
+ * | 6    | the same with "vertedge" 3x3, 5x5, 7x7                         |
+ *
+ * Magnitudes are sqrt(x^2 + y^2), truncated, of bytes at 8 bits and of blue, green and red apart at
+ * 24 bits; other depths stay unchanged. Rows count as they are stored.
+ * Sobel: x and y are the differences between columns and rows of the 3x3 square with weights
+ * 1, 2, 1; the magnitude is limited to 255. A frame of one pixel keeps its values.
+ * Roberts cross: x = P(x, y) - P(x + 1, y - 1), y = P(x, y - 1) - P(x + 1, y); of a magnitude of
+ * 256 and more the low 8 bits are stored. The first stored row and the last column keep their
+ * values. The row length includes the planes field; with 0 planes nothing changes.
+ *
+ * @param dib  the image
+ * @param size 0, 1 or 2 where it counts
+ * @param p3   passes of convolutions
+ * @param p4   strength of convolutions in tenths
+ * @param mode the filter; further arguments are accepted and have no effect
+ * @return 1; 0 for null, other modes and sizes, rows that overlap, and when memory runs out
+ */
+OMB_API int32_t omb_EdgePage(PackedDib* dib, int32_t size, int32_t p3, int32_t p4, int32_t mode,
+                             ...);
+
+/** @} */
+
 /** @defgroup quantize Color quantization
  * Palettes learned from the image by a self-organising network of 2, 4, 16 or 256 neurons (A. H.
  * Dekker, "Kohonen neural networks for optimal colour quantization", 1994) in integer arithmetic.

@@ -35,14 +35,17 @@ struct PixelRows {
     return With(dib, width, height, static_cast<size_t>(StrideOf(width, dib.bit_count())),
                 dib.bit_count());
   }
-  // Width and height cut to 16 bits, and a row length that counts planes, takes its fields at their
-  // information header positions after a core header too, and is itself cut to 16 bits.
-  static PixelRows WithPlanes(const Dib& dib, uint32_t stride_width, uint16_t bit_count) {
+  // A row length that counts planes. Its fields are taken at their information header positions
+  // after a core header too.
+  static int32_t StrideWithPlanes(const Dib& dib, uint32_t width) {
     const uint32_t bits = uint32_t{dib.ReadU16(kInfoPlanes)} * dib.ReadU16(kInfoBitCount);
-    const int32_t stride = static_cast<int32_t>(bits * stride_width + 31) / 32 * 4;
+    return static_cast<int32_t>(bits * width + 31) / 32 * 4;
+  }
+  // Width and height cut to 16 bits, and a row length that counts planes, also cut to 16 bits.
+  static PixelRows WithPlanes(const Dib& dib, uint32_t stride_width, uint16_t bit_count) {
     return With(dib, static_cast<uint16_t>(dib.header().width),
-                static_cast<uint16_t>(dib.header().height), static_cast<uint16_t>(stride),
-                bit_count);
+                static_cast<uint16_t>(dib.header().height),
+                static_cast<uint16_t>(StrideWithPlanes(dib, stride_width)), bit_count);
   }
   // Rows that do not overlap, in an extent that fits a signed 32-bit count.
   bool Fits(const Dib& dib) const {

@@ -137,6 +137,16 @@ struct RowFunctions {
   // sets.
   void (*count_bytes)(const uint8_t* bytes, size_t step, size_t count, uint32_t (*sets)[256]);
 
+  // to[i] = the rank-th (0: the least) of from[0][i] to from[samples - 1][i]; at most 49 samples.
+  void (*rank_of)(const uint8_t* const* from, size_t samples, size_t rank, size_t count,
+                  uint8_t* to);
+  // Gradient magnitudes sqrt(x^2 + y^2), truncated. Sobel: of three rows, around the middle one,
+  // limited to 255. Roberts: differences across the diagonals of a pixel, its right neighbour and
+  // the two before them, modulo 256. `step` bytes lie between neighbours.
+  void (*sobel_magnitude)(const uint8_t* const* rows, ptrdiff_t step, size_t count, uint8_t* to);
+  void (*roberts_magnitude)(const uint8_t* before, const uint8_t* own, ptrdiff_t step, size_t count,
+                            uint8_t* to);
+
   // Shows a palette network one color after the other.
   void (*learn)(const uint8_t* bgr, size_t samples, struct Neurons& neurons);
 };
