@@ -199,12 +199,15 @@ TEST(PageFilters, HandOverToTheNamedKernels) {
                                      {4, "unsharp "},
                                      {5, "unsharp "}}) {
       expect(std::string(name) + kSizes[size + (mode == 3 ? 1 : 0)],
-             [&](PackedDib* dib) { return omb_EnhancePage(dib, size, 2, 7, 11, 12, mode, 2, 0); });
+             [&, mode = mode](PackedDib* dib) {
+               return omb_EnhancePage(dib, size, 2, 7, 11, 12, mode, 2, 0);
+             });
     }
     for (const auto& [mode, name] :
          {std::pair{3, "laplace "}, {5, "horzedge "}, {6, "vertedge "}}) {
-      expect(std::string(name) + kSizes[size],
-             [&](PackedDib* dib) { return omb_EdgePage(dib, size, 2, 7, mode, 1, 2); });
+      expect(std::string(name) + kSizes[size], [&, mode = mode](PackedDib* dib) {
+        return omb_EdgePage(dib, size, 2, 7, mode, 1, 2);
+      });
     }
   }
   expect("sculpt ", [](PackedDib* dib) { return omb_EdgePage(dib, -9, 2, 7, 2); });
