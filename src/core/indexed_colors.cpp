@@ -13,11 +13,13 @@ void IndexedColors::Snapshot(const DibView& dib, bool split) {
   palette_ = palette;
   gray_ = gray;
   nearest_.Learn(palette);
+  identity_ = gray_ && palette.count == 256;
   if (!gray_) return;
   for (int i = 0; i < 256; ++i) {
     const auto level = static_cast<uint8_t>(i);
     level_of_[i] = palette.bgr[i][0];
     index_of_[i] = nearest_.Find(level, level, level);
+    identity_ = identity_ && level_of_[i] == level && index_of_[i] == level;
   }
 }
 

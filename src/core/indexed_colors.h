@@ -2,7 +2,7 @@
 // of the color table, encoding through the nearest palette entry.
 //
 // A table whose entries are all gray needs one channel, and one table per direction. Only a colored
-// table pays for three channels and a search.
+// table pays for three channels and a search, and the usual ramp from black to white for nothing.
 #pragma once
 
 #include <cstddef>
@@ -26,6 +26,9 @@ class IndexedColors {
   // Bytes per pixel: 1 gray, or 3 in the order blue, green, red.
   size_t step() const { return gray_ ? 1 : 3; }
 
+  // Indices are levels: decoding and encoding change nothing.
+  bool identity() const { return identity_; }
+
   void Decode(const uint8_t* indices, size_t pixels, uint8_t* values) const;
   void Encode(const uint8_t* values, size_t pixels, uint8_t* indices);
   uint8_t Find(const uint8_t* bgr) { return nearest_.Find(bgr[0], bgr[1], bgr[2]); }
@@ -35,6 +38,7 @@ class IndexedColors {
   NearestEntry nearest_;
   Palette palette_ = {};
   bool gray_ = false;
+  bool identity_ = false;
   uint8_t level_of_[256] = {};  // gray tables: the level of an index
   uint8_t index_of_[256] = {};  // and the index nearest to a level
 };

@@ -44,7 +44,8 @@ WindowLayout Neighbourhood::Begin(const Reach& reach, const Border& border) {
   reach_ = reach;
   ring_ = reach.before + 1 + reach.after;
   if (colors_) colors_->Snapshot(*dib_, split_);
-  const size_t step = colors_ ? colors_->step() : rows_.bit_count / 8u;
+  coded_ = colors_ && !colors_->identity();
+  const size_t step = coded_ ? colors_->step() : rows_.bit_count / 8u;
   const int64_t columns = int64_t{rows_.width} - border.band.left - border.band.right;
   layout_.step = static_cast<ptrdiff_t>(step);
   layout_.bytes = size_t(rows_.width) * step;
@@ -63,7 +64,7 @@ uint8_t* Neighbourhood::NeutralRow(uint8_t value) {
 
 uint8_t* Neighbourhood::Load(int32_t y, const Border& border) {
   uint8_t* row = Slot(y % ring_);
-  if (colors_) {
+  if (coded_) {
     UnpackIndices(rows_.row(y), rows_.bit_count, size_t(rows_.width), indices_);
     colors_->Decode(indices_, size_t(rows_.width), row);
   } else {
@@ -99,7 +100,7 @@ void Neighbourhood::ZeroRow(int32_t y) {
 
 // Results go straight into the image unless they have to be encoded or the row is not all there.
 uint8_t* Neighbourhood::Target(int32_t y) {
-  if (colors_) return result_;
+  if (coded_) return result_;
   if (rows_.Inside(y, layout_.bytes) == layout_.bytes) return rows_.row(y);
   rows_.Read(y, layout_.bytes, result_);
   return result_;
@@ -107,7 +108,7 @@ uint8_t* Neighbourhood::Target(int32_t y) {
 
 void Neighbourhood::Finish(int32_t y, uint8_t* to, const Border& border) {
   const bool zero = border.kind == Border::kZero;
-  if (!colors_) {
+  if (!coded_) {
     if (zero) {
       const size_t end = layout_.first + layout_.count;
       std::memset(to, 0, layout_.first);

@@ -140,7 +140,8 @@ class Neighbourhood {
   // Of the current walk.
   Reach reach_ = {};
   WindowLayout layout_ = {};
-  int32_t ring_ = 0;  // slots in use
+  int32_t ring_ = 0;    // slots in use
+  bool coded_ = false;  // pixels are indices that have to be decoded and encoded
 };
 
 // For filters with a zeroed band: what they make of depths that they do not handle.

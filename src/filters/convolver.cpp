@@ -42,7 +42,11 @@ Convolver::Convolver(Buffer<Tap> taps, size_t count, const Finishing& finishing)
   std::copy_n(finishing.color, 3, color_);
   Merge();
   ChooseFinish(finishing);
-  if (!plan_.wide) Factor();
+  if (plan_.wide) {
+    Group();
+  } else {
+    Factor();
+  }
   for (size_t i = 0; i < count_; ++i) weights_[i] = taps_[i].weight;
 }
 
@@ -191,6 +195,27 @@ void Convolver::Factor() {
   }
 }
 
+// Taps in their order, as many to a group as keep its sums within 16 bits with sign.
+void Convolver::Group() {
+  constexpr int64_t kMost = INT16_MAX / 255;
+  int64_t positive = 0, negative = 0;
+  size_t groups = 0;
+  for (size_t i = 0; i < count_; ++i) {
+    const int64_t weight = taps_[i].weight;
+    if (std::abs(weight) > kMost) return;
+    positive += std::max<int64_t>(weight, 0);
+    negative += std::max<int64_t>(-weight, 0);
+    if (positive > kMost || negative > kMost) {
+      if (groups + 1 == kMaxGroups) return;
+      group_ends_[groups++] = i;
+      positive = std::max<int64_t>(weight, 0);
+      negative = std::max<int64_t>(-weight, 0);
+    }
+  }
+  group_ends_[groups++] = count_;
+  plan_.group_count = groups;
+}
+
 void Convolver::Begin(const WindowLayout& layout) {
   layout_ = layout;
   for (size_t i = 0; i < rows::kConvolutionBlock; ++i) {
@@ -226,6 +251,7 @@ void Convolver::Combine(uint8_t* const* rows, size_t first, size_t count, uint8_
   plan.sums = sums;
   plan.sum_weights = down_;
   plan.sum_count = down_count_;
+  plan.group_ends = group_ends_;
   plan.offset = offset_;
   rows::Active().convolve(plan, count, to);
 }

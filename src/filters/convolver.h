@@ -4,7 +4,8 @@
 // Weights are planned once per call:
 //
 // - Taps on the same position become one, and zero weights none.
-// - Sums are kept in 16 bits if 255 x (positive + negative weights) fits, otherwise in 32.
+// - Sums are kept in 16 bits if 255 x (positive + negative weights) fits, otherwise in 32, where
+//   groups of taps that fit 16 bits are summed in these.
 // - Weights that are a column times a row are summed along rows first, once per source row, and
 //   then along columns. So are grids with one frequent weight, which are that weight everywhere
 //   plus corrections: 49 weights of "unsharp 7x7" cost 7 + 7 + 1.
@@ -47,6 +48,7 @@ class Convolver {
   void Combine(uint8_t* const* rows, size_t first, size_t count, uint8_t* to);
 
  private:
+  static constexpr size_t kMaxGroups = 16;
   static constexpr int kMaxBox = 16;  // sides of a grid that is searched for products
 
   struct Product {
@@ -58,6 +60,7 @@ class Convolver {
   void Merge();
   void ChooseFinish(const Finishing& finishing);
   void Factor();
+  void Group();
   bool FindProduct(const int32_t (&grid)[kMaxBox][kMaxBox], int width, int height,
                    Product& product) const;
   Product FrequentWeight(const int32_t (&grid)[kMaxBox][kMaxBox], int width, int height) const;
@@ -71,6 +74,8 @@ class Convolver {
   rows::Convolution plan_ = {};
   uint8_t color_[3];
   int16_t offset_[rows::kConvolutionBlock];
+
+  size_t group_ends_[kMaxGroups];
 
   // Sums along rows, then along columns.
   int32_t across_[kMaxBox], across_dx_[kMaxBox];

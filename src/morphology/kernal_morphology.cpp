@@ -31,6 +31,7 @@ class ElementFilter {
     if (!*this) return;
     CutIntoRuns(element, rows);
     ChooseLengths();
+    ChooseShifts();
   }
   explicit operator bool() const { return runs_ && from_ && picked_; }
 
@@ -47,11 +48,11 @@ class ElementFilter {
     const ptrdiff_t left = reach_.left * layout_.step;
     const size_t all = layout_.bytes + static_cast<size_t>(left + reach_.right * layout_.step);
     for (int i = 1; i < length_count_; ++i) {
-      const uint8_t* shorter = row - left + (i - 1) * layout_.pitch;
+      const uint8_t* shorter = Level(row, i - 1) - left;
       const ptrdiff_t apart = (lengths_[i] - lengths_[i - 1]) * layout_.step;
       const uint8_t* from[] = {shorter, shorter + apart};
       Pick(from, 2, all - static_cast<size_t>((lengths_[i] - 1) * layout_.step),
-           row - left + i * layout_.pitch);
+           Level(row, i) - left);
     }
   }
 
@@ -60,7 +61,7 @@ class ElementFilter {
     for (size_t i = 0; i < run_count_; ++i) {
       const Run& run = runs_[i];
       const int level = LevelOf(run.length);
-      const uint8_t* start = rows[reach_.before + run.dy] + level * layout_.pitch + first;
+      const uint8_t* start = Level(rows[reach_.before + run.dy], level) + first;
       from_[reads++] = start + run.dx * layout_.step;
       if (const int32_t rest = run.length - lengths_[level]; rest != 0) {
         from_[reads++] = start + (run.dx + rest) * layout_.step;
@@ -129,6 +130,22 @@ class ElementFilter {
     }
   }
 
+  // Where the extreme from the first pixel on over a prepared length stands. The rows are shifted
+  // so that runs around the origin find theirs at the pixel itself: vectors then start where cache
+  // lines do.
+  uint8_t* Level(uint8_t* row, int level) const {
+    return row + level * layout_.pitch + shifts_[level] * layout_.step;
+  }
+
+  void ChooseShifts() {
+    for (size_t i = 0; i < run_count_; ++i) {
+      const Run& run = runs_[i];
+      const int level = LevelOf(run.length);
+      // A shift within the length leaves the row within the window's.
+      if (level != 0 && run.dx <= 0 && -run.dx < lengths_[level]) shifts_[level] = -run.dx;
+    }
+  }
+
   // The longest prepared length that a run has room for.
   int LevelOf(int32_t length) const {
     int level = length_count_ - 1;
@@ -145,6 +162,7 @@ class ElementFilter {
   bool dilate_ = false;
   Reach reach_ = {};
   int32_t lengths_[kMaxLengths] = {1};
+  int32_t shifts_[kMaxLengths] = {};
   int length_count_ = 1;
   WindowLayout layout_ = {};
 };

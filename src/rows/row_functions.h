@@ -32,6 +32,10 @@ struct Convolution {
   size_t sum_count;
 
   bool wide;  // 32-bit sums
+  // 32-bit sums may be formed of groups of rows whose own sums fit 16 bits with sign: where each
+  // group ends; no groups otherwise.
+  const size_t* group_ends;
+  size_t group_count;
   enum ConvolutionFinish finish;
   const int16_t* offset;       // kFinishClamp: kConvolutionBlock values, repeated along the row
   int32_t lowest;              // 16-bit sums, other finishes: 0 minus the least sum

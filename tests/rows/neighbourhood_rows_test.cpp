@@ -83,10 +83,10 @@ std::vector<std::pair<const char*, Call>> Calls() {
       for (size_t i = 0; i < n; ++i) to[i] = static_cast<uint8_t>(to[i] ^ sums[i] ^ sums[i] >> 8);
     }
   });
-  for (const bool wide : {false, true}) {
+  for (const int wide : {0, 1, 2}) {  // 2: in groups
     for (const auto finish :
          {rows::kFinishClamp, rows::kFinishReciprocal, rows::kFinishFloat, rows::kFinishExact}) {
-      if (wide && finish < rows::kFinishFloat) continue;
+      if (wide != 0 && finish < rows::kFinishFloat) continue;
       for (const int32_t strength : {10, 4}) {
         add("convolve", [=](auto& f, auto& in, size_t n, uint8_t* to) {
           const int32_t weights[] = {9, -2, 3, 1, -1, 9, 0, 5, -12};
@@ -101,11 +101,14 @@ std::vector<std::pair<const char*, Call>> Calls() {
           c.count = 9;
           c.sums = sum_rows;
           c.sum_weights = sum_weights;
-          c.sum_count = wide ? 0 : 1;
-          c.wide = wide;
+          c.sum_count = wide != 0 ? 0 : 1;
+          static constexpr size_t kGroupEnds[] = {4, 9};
+          c.wide = wide != 0;
+          c.group_ends = kGroupEnds;
+          c.group_count = wide == 2 ? 2 : 0;
           c.finish = finish;
           c.offset = offset.data();
-          c.lowest = wide ? 0 : 15 * 255;
+          c.lowest = wide != 0 ? 0 : 15 * 255;
           c.highest = 14 * 256 - 1;
           c.multiplier = 37450, c.shift = 3;  // 14
           c.divisor = 14;
