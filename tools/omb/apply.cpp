@@ -42,7 +42,7 @@ std::string Do(const Job& job, const std::vector<Call>& calls, const Remark& rem
     Image image = ReadImage(job.input, remark);
     for (const Call& call : calls) {
       try {
-        Run(call, image);
+        RunCall(call, image);
       } catch (const StepError& error) {
         return job.input + ": " + call.step->name + ": " + error.what();
       }

@@ -109,7 +109,7 @@ Exhibit Try(const Step& step, const PackedDib* input, const std::string& file,
   try {
     const Call call = ParseCall(text);
     const auto start = std::chrono::steady_clock::now();
-    Run(call, image);
+    RunCall(call, image);
     exhibit.time = TimeOf(std::chrono::steady_clock::now() - start);
   } catch (const StepError& error) {
     exhibit.refusal = error.what();

@@ -129,7 +129,7 @@ std::vector<Call> ParseCalls(const std::vector<std::string>& texts) {
   return calls;
 }
 
-void Run(const Call& call, Image& image) {
+void RunCall(const Call& call, Image& image) {
   const int bits = omb_DIBBitCount(image.get());
   if (!call.step->TakesDepth(bits)) throw StepError(DepthReason(*call.step, bits));
   if (call.step->run(image, call.arguments)) return;

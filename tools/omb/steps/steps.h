@@ -66,6 +66,6 @@ Call ParseCall(const std::string& text);
 std::vector<Call> ParseCalls(const std::vector<std::string>& texts);
 
 // Runs a step. Throws StepError, the image being unchanged then.
-void Run(const Call& call, Image& image);
+void RunCall(const Call& call, Image& image);
 
 }  // namespace omb
