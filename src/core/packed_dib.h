@@ -27,6 +27,8 @@ inline constexpr size_t kInfoPlanes = 12;
 inline constexpr size_t kInfoBitCount = 14;
 inline constexpr size_t kInfoCompression = 16;
 inline constexpr size_t kInfoSizeImage = 20;
+inline constexpr size_t kInfoXPelsPerMeter = 24;
+inline constexpr size_t kInfoYPelsPerMeter = 28;
 inline constexpr size_t kInfoClrUsed = 32;
 inline constexpr size_t kInfoClrImportant = 36;
 
