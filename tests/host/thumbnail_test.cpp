@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <array>
 
-#include "picture.h"
+#include "files/pixels_out.h"
 #include "support/image.h"
 
 namespace omb {
@@ -46,14 +46,14 @@ TEST(Thumbnail, IsTheAverageByArea) {
       if (bits <= 8) builder.Colors(ombrilo::test::VariedColors(1 << bits, 3));
       const TestImage image = builder.Pixels(Noise(bits <= 8 ? 1u << bits : 1u << 24, 5)).Build();
       const Image small = Thumbnail(image.get(), box_w, box_h);
-      Picture picture(small.get());
+      const Picture picture(small.get());
       ASSERT_LE(picture.width(), box_w);
       ASSERT_LE(picture.height(), box_h);
       EXPECT_TRUE(picture.width() == std::min(box_w, from_w) ||
                   picture.height() == std::min(box_h, from_h));
       std::vector<uint8_t> row(3 * static_cast<size_t>(picture.width()));
       for (int y = 0; y < picture.height(); ++y) {
-        picture.ReadRow(y, row.data());
+        picture.ColorRow(y, row.data());
         for (size_t i = 0; i < row.size(); ++i) {
           const double expected = Average(image, static_cast<int>(i / 3), y, picture.width(),
                                           picture.height(), 8 * static_cast<int>(i % 3));
@@ -68,7 +68,7 @@ TEST(Thumbnail, OfAGrayImageHasAGrayRamp) {
   const TestImage page = ImageBuilder(1, 400, 300).Pixels(Noise(2, 1)).Build();
   const Image small = Thumbnail(page.get(), 40, 40);
   EXPECT_EQ(omb_DIBBitCount(small.get()), 8);
-  EXPECT_TRUE(Picture(small.get()).IsGray());
+  EXPECT_TRUE(Picture(small.get()).GrayRamp());
 }
 
 }  // namespace

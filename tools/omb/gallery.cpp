@@ -1,15 +1,18 @@
 // omb gallery: a page that shows every step on each input.
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <new>
 
 #include "commands.h"
+#include "core/packed_dib.h"
 #include "errors.h"
 #include "files/files.h"
+#include "files/temporary_file.h"
 #include "gallery_page.h"
-#include "picture.h"
 #include "progress.h"
 #include "steps/steps.h"
 #include "thumbnail.h"
@@ -96,6 +99,23 @@ std::string Quoted(const std::string& word) {
   return quoted + "'";
 }
 
+// The images at hand were read by this program or made by the library: their headers are sound.
+ombrilo::DibView ViewOf(const PackedDib* dib) { return ombrilo::DibView::Open(dib).value(); }
+
+Image Copy(const PackedDib* dib) {
+  const ombrilo::DibView view = ViewOf(dib);
+  Image copy(static_cast<PackedDib*>(std::malloc(view.extent())));
+  if (!copy) throw std::bad_alloc();
+  view.Read(0, copy.get(), view.extent());
+  return copy;
+}
+
+bool SameBytes(const PackedDib* a, const PackedDib* b) {
+  const ombrilo::DibView first = ViewOf(a), second = ViewOf(b);
+  return first.extent() == second.extent() &&
+         std::memcmp(first.block(), second.block(), first.extent()) == 0;
+}
+
 Exhibit Try(const Step& step, const PackedDib* input, const std::string& file,
             const fs::path& directory) {
   Exhibit exhibit;
@@ -138,15 +158,13 @@ Room RoomOf(const std::string& file, const PackedDib* input, const fs::path& dir
 }
 
 void WritePage(const fs::path& path, const std::string& page) {
-  const fs::path unfinished = path.string() + ".tmp";
-  std::ofstream file(unfinished, std::ios::binary);
-  file << page;
-  file.close();
-  std::error_code error;
-  if (file) fs::rename(unfinished, path, error);
-  if (file && !error) return;
-  fs::remove(unfinished, error);
-  throw std::runtime_error(path.string() + ": cannot be written");
+  try {
+    TemporaryFile file(path);
+    std::fwrite(page.data(), 1, page.size(), file.stream());
+    file.Commit();
+  } catch (const FileError& error) {
+    throw std::runtime_error(path.string() + ": " + error.what());
+  }
 }
 
 }  // namespace

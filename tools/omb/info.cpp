@@ -4,7 +4,7 @@
 
 #include "commands.h"
 #include "files/files.h"
-#include "picture.h"
+#include "files/pixels_out.h"
 
 namespace omb {
 
@@ -25,12 +25,23 @@ std::string ResolutionOf(const ombrilo::DibView& dib) {
          " dots per meter)";
 }
 
-std::string ContentOf(const PackedDib* dib) {
-  Picture picture(dib);
-  if (picture.indexed()) {
-    return picture.IsGray() ? "gray (every color of the table)" : "colorful (by the color table)";
+bool EveryPixelIsGray(const Picture& picture) {
+  std::vector<uint8_t> row(3 * static_cast<size_t>(picture.width()));
+  for (int32_t y = 0; y < picture.height(); ++y) {
+    picture.ColorRow(y, row.data());
+    for (size_t i = 0; i < row.size(); i += 3) {
+      if (row[i] != row[i + 1] || row[i] != row[i + 2]) return false;
+    }
   }
-  return picture.IsGray() ? "gray (every pixel)" : "colorful";
+  return true;
+}
+
+std::string ContentOf(const PackedDib* dib) {
+  const Picture picture(dib);
+  if (picture.indexed()) {
+    return picture.AllGray() ? "gray (every color of the table)" : "colorful (by the color table)";
+  }
+  return EveryPixelIsGray(picture) ? "gray (every pixel)" : "colorful";
 }
 
 void Describe(const std::string& file, const PackedDib* image) {

@@ -6,7 +6,7 @@
 #include <new>
 #include <vector>
 
-#include "picture.h"
+#include "files/pixels_out.h"
 
 namespace omb {
 
@@ -46,7 +46,7 @@ void SumRow(const uint8_t* bgr, const std::vector<Span>& spans, float* sums) {
   }
 }
 
-std::vector<uint8_t> Reduce(Picture& picture, int width, int height) {
+std::vector<uint8_t> Reduce(const Picture& picture, int width, int height) {
   const std::vector<Span> columns = SpansOf(picture.width(), width);
   const std::vector<Span> rows = SpansOf(picture.height(), height);
   const float share =
@@ -60,7 +60,7 @@ std::vector<uint8_t> Reduce(Picture& picture, int width, int height) {
     std::fill(sums.begin(), sums.end(), 0.f);
     for (int y = span.first; y <= span.last; ++y) {
       if (y != summed) {
-        picture.ReadRow(y, bgr.data());
+        picture.ColorRow(y, bgr.data());
         SumRow(bgr.data(), columns, row_sums.data());
         summed = y;
       }
@@ -102,7 +102,7 @@ Image ImageOf(const std::vector<uint8_t>& bgr, int width, int height) {
 }  // namespace
 
 Image Thumbnail(const PackedDib* dib, int box_width, int box_height) {
-  Picture picture(dib);
+  const Picture picture(dib);
   const double reduction =
       std::max({1.0, double(picture.width()) / box_width, double(picture.height()) / box_height});
   const int width = std::max(1, int(std::lround(picture.width() / reduction)));
