@@ -3,8 +3,8 @@
  * @brief Ombrilo: image processing on packed device-independent bitmaps.
  *
  * Plain C functions on images in memory. The library reads no files, keeps no settings, starts no
- * threads and holds no state between calls: every call may run on any thread as long as no two calls
- * share an image.
+ * threads and holds no state between calls: every call may run on any thread as long as no two
+ * calls share an image.
  *
  * @section image The image
  *
@@ -17,12 +17,12 @@
  *   blue, green, red after a core header. The information header's biClrUsed, when it is not 0, is
  *   the number of entries at any depth; otherwise 1, 4 and 8 bits have 2, 16 and 256 entries and
  *   other depths none. Loops over the table use the low 16 bits of the number.
- * - Rows: the bottom row first, each padded to a multiple of 4 bytes. 24-bit pixels are blue, green,
- *   red; 1- and 4-bit pixels fill a byte from its high bits. A height below 1 means no rows. The
- *   compression and image size fields are not consulted unless a function says so.
+ * - Rows: the bottom row first, each padded to a multiple of 4 bytes. 24-bit pixels are blue,
+ * green, red; 1- and 4-bit pixels fill a byte from its high bits. A height below 1 means no rows.
+ * The compression and image size fields are not consulted unless a function says so.
  *
- * The block's extent is header size + color table size + height x row length. A function never reads
- * or writes outside it: what a pixel or a header refers to beyond counts as 0, and nothing is
+ * The block's extent is header size + color table size + height x row length. A function never
+ * reads or writes outside it: what a pixel or a header refers to beyond counts as 0, and nothing is
  * written there. An image whose extent does not fit a signed 32-bit byte count is refused.
  *
  * @section results Results
@@ -32,21 +32,21 @@
  *
  * @section ownership Ownership
  *
- * Images are allocated with malloc() and released with free() of one C runtime, or with omb_newdib()
- * and omb_freedib() where the host has no such functions at hand. Functions that take a
- * `PackedDib*` work in place. Functions that take a `PackedDib**` build a new block, free the old one
- * and store the new address. Functions that return an image hand it to the caller.
+ * Images are allocated with malloc() and released with free() of one C runtime, or with
+ * omb_newdib() and omb_freedib() where the host has no such functions at hand. Functions that take
+ * a `PackedDib*` work in place. Functions that take a `PackedDib**` build a new block, free the old
+ * one and store the new address. Functions that return an image hand it to the caller.
  */
 #ifndef OMBRILO_OMBRILO_H_
 #define OMBRILO_OMBRILO_H_
 
 #include <stdint.h>
 
-/** Version of this header; the library's major version is part of its file name. */
-#define OMB_VERSION_MAJOR 0
-#define OMB_VERSION_MINOR 1
-#define OMB_VERSION_PATCH 0
+#define OMB_VERSION_MAJOR 0 /**< major version of this header, part of the library's file name */
+#define OMB_VERSION_MINOR 1 /**< minor version of this header */
+#define OMB_VERSION_PATCH 0 /**< patch level of this header */
 
+/** Marks what the library exports. */
 #if defined(_WIN32)
 #define OMB_API
 #else
@@ -120,9 +120,10 @@ OMB_API uint8_t* omb_FindDIBBits(const PackedDib* dib);
 
 /**
  * Bytes per row of an image with an information header:
- * ((planes x bits per pixel x width + 31) / 32) x 4 in signed 32-bit arithmetic. Unlike the row length
- * that operations use, it includes the planes field. The fields are read at their information header
- * positions whatever the size field says, so the number means nothing for a core header.
+ * ((planes x bits per pixel x width + 31) / 32) x 4 in signed 32-bit arithmetic. Unlike the row
+ * length that operations use, it includes the planes field. The fields are read at their
+ * information header positions whatever the size field says, so the number means nothing for a core
+ * header.
  */
 OMB_API int32_t omb_BytesPerLine(const PackedDib* dib);
 
@@ -145,9 +146,9 @@ OMB_API uint32_t omb_invert(PackedDib* dib);
  * Creates a logical palette from the color table, entry by entry, with all flags 0. As many entries
  * as omb_DIBNumColors() says, in its low 16 bits; any depth.
  *
- * @return On Windows an HPALETTE, which the caller deletes with DeleteObject(). Elsewhere the address
- *         of a LOGPALETTE structure (16-bit version 0x300, 16-bit number of entries, then red, green,
- *         blue and flags per entry), which the caller releases with free(). 0 for null, for an image
+ * @return On Windows an HPALETTE, which the caller deletes with DeleteObject(). Elsewhere the
+ * address of a LOGPALETTE structure (16-bit version 0x300, 16-bit number of entries, then red,
+ * green, blue and flags per entry), which the caller releases with free(). 0 for null, for an image
  *         without colors and when the palette cannot be created.
  */
 OMB_API uintptr_t omb_CreateDIBPalette(const PackedDib* dib);
@@ -159,12 +160,13 @@ OMB_API uintptr_t omb_CreateDIBPalette(const PackedDib* dib);
  * 0xFF (32 bits). When biCompression is 3 (BI_BITFIELDS), the three 32-bit masks behind the 40-byte
  * header replace them, in the order red, green, blue; they do not move the pixel rows, which start
  * where omb_FindDIBBits() says. A channel becomes (pixel AND mask), shifted down to bit 0, cut to 8
- * bits and shifted up by 8 - (bits in the mask) modulo 32: missing low bits are 0, so that a 5-bit 31
- * becomes 248, and a mask of more than 8 bits gives 0.
+ * bits and shifted up by 8 - (bits in the mask) modulo 32: missing low bits are 0, so that a 5-bit
+ * 31 becomes 248, and a mask of more than 8 bits gives 0.
  *
- * The new header is the old one's first 40 bytes with biBitCount 24, biCompression 0 and biSizeImage
- * 0. A biClrUsed stays, with a zeroed color table of that size. These fields are written at their
- * information header positions, so that after a core header the bit count field keeps its value.
+ * The new header is the old one's first 40 bytes with biBitCount 24, biCompression 0 and
+ * biSizeImage 0. A biClrUsed stays, with a zeroed color table of that size. These fields are
+ * written at their information header positions, so that after a core header the bit count field
+ * keeps its value.
  *
  * @param image the image, replaced
  * @return 1; also 1, with the image unchanged, at 1, 4, 8 and 24 bits. 0 for null, for other depths
@@ -178,8 +180,8 @@ OMB_API uint32_t omb_transformat(PackedDib** image);
  *
  * @param image     the image, replaced; 1, 4, 8 or 24 bits
  * @param rectangle the part to keep, all four edges inclusive, inside the image
- * @return 1; 0 for null, other depths, a rectangle that is empty or leaves the image, and when memory
- *         runs out
+ * @return 1; 0 for null, other depths, a rectangle that is empty or leaves the image, and when
+ * memory runs out
  */
 OMB_API uint32_t omb_crop(PackedDib** image, const OmbRect* rectangle);
 

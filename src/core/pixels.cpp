@@ -52,7 +52,7 @@ void CopyPixels(const uint8_t* row, uint16_t bit_count, size_t column, size_t pi
   const size_t whole = bits / 8;
   const size_t rest = bits % 8;
   if (shift == 0) {
-    std::memcpy(to, from, whole);
+    if (whole != 0) std::memcpy(to, from, whole);
     if (rest != 0) CopyLeadingBits(from[whole], rest, to[whole]);
     return;
   }

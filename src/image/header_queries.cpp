@@ -1,9 +1,14 @@
 // The seven header queries. They answer what the fields say, however unlikely; only
 // omb_BytesPerLine reads behind a core header's 12 bytes, and stays inside the block there.
+#include <algorithm>
+#include <cstring>
+
+#include "core/bytes.h"
 #include "core/packed_dib.h"
 
 using ombrilo::DibHeader;
-using ombrilo::DibView;
+using ombrilo::LoadU16;
+using ombrilo::LoadU32;
 
 uint32_t omb_DIBWidth(const PackedDib* dib) {
   return dib == nullptr ? 0 : static_cast<uint32_t>(DibHeader::Read(dib).width);
@@ -33,11 +38,14 @@ uint8_t* omb_FindDIBBits(const PackedDib* dib) {
 }
 
 int32_t omb_BytesPerLine(const PackedDib* dib) {
-  const auto view = DibView::Open(dib);
-  if (!view) return 0;
-  // At the information header's positions on purpose, also for a core header.
-  const uint32_t planes = view->ReadU16(ombrilo::kInfoPlanes);
-  const uint32_t bit_count = view->ReadU16(ombrilo::kInfoBitCount);
-  const uint32_t width = view->ReadU32(ombrilo::kInfoWidth);
+  if (dib == nullptr) return 0;
+  // At the information header's positions on purpose, also for a core header, which may end before
+  // them: then they are 0.
+  const DibHeader header = DibHeader::Read(dib);
+  uint8_t fields[16] = {};
+  std::memcpy(fields, dib, std::min(sizeof fields, header.Extent().value_or(header.fields_size())));
+  const uint32_t planes = LoadU16(fields + ombrilo::kInfoPlanes);
+  const uint32_t bit_count = LoadU16(fields + ombrilo::kInfoBitCount);
+  const uint32_t width = LoadU32(fields + ombrilo::kInfoWidth);
   return static_cast<int32_t>(planes * bit_count * width + 31) / 32 * 4;
 }

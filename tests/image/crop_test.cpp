@@ -1,1 +1,147 @@
-// empty
+#include <gtest/gtest.h>
+
+#include "core/bytes.h"
+#include "support/failing_memory.h"
+#include "support/image.h"
+
+namespace ombrilo::test {
+namespace {
+
+constexpr int kWidth = 21, kHeight = 6;
+
+TestImage Source(int bits, uint32_t size_field) {
+  ImageBuilder builder(bits, kWidth, kHeight);
+  if (bits <= 8) builder.Colors(VariedColors(1 << bits, 3));
+  builder.Pixels(Noise(bits == 24 ? 1u << 24 : 1u << bits, 4)).Filler(0xFF);
+  if (size_field != 40) builder.CoreHeader(size_field);
+  if (size_field == 40) builder.Field(20, 777);
+  return builder.Build();
+}
+
+struct Piece {
+  int x, y, w, h;
+};
+
+// The same piece by both functions, against pixels read one by one.
+void ExpectPiece(int bits, uint32_t size_field, const Piece& p) {
+  SCOPED_TRACE(testing::Message() << bits << " bits, size field " << size_field << ", " << p.x
+                                  << "," << p.y << " " << p.w << "x" << p.h);
+  TestImage image = Source(bits, size_field);
+  const TestImage source = image.Clone();
+  const TestImage copy(
+      reinterpret_cast<PackedDib*>(omb_cpydibrect(image.get(), p.x, p.y, p.w, p.h)));
+  ASSERT_NE(copy.get(), nullptr);
+  ASSERT_EQ(image.Bytes(), source.Bytes());
+  const OmbRect rect = {p.x, p.y, p.x + p.w - 1, p.y + p.h - 1};
+  ASSERT_EQ(omb_crop(image.ref(), &rect), 1u);
+
+  ASSERT_EQ(copy.width(), p.w);
+  ASSERT_EQ(copy.height(), p.h);
+  for (int y = 0; y < p.h; ++y) {
+    for (int x = 0; x < p.w; ++x) ASSERT_EQ(copy.Pixel(x, y), source.Pixel(p.x + x, p.y + y));
+  }
+  for (int i = 0; bits <= 8 && i < 1 << bits; ++i) ASSERT_EQ(copy.Color(i), source.Color(i));
+  // They differ in biSizeImage alone: one keeps it, one clears it. Padding is 0 in both.
+  if (size_field == 40) {
+    EXPECT_EQ(LoadU32(image.raw() + 20), 777u);
+    EXPECT_EQ(LoadU32(copy.raw() + 20), 0u);
+    StoreU32(image.raw() + 20, 0);
+  }
+  EXPECT_EQ(image.Bytes(), copy.Bytes());
+  if (p.w * bits % 32 != 0) {
+    EXPECT_EQ(image.Bytes().back() << p.w * bits % 8 & 0xFF, 0);
+  }
+}
+
+TEST(Crop, PiecesAtEveryDepthAndHeaderKind) {
+  for (const int bits : {1, 4, 8, 24}) {
+    for (const uint32_t size_field : {40u, 12u, 20u}) {
+      for (const Piece& p : {Piece{0, 0, kWidth, kHeight},
+                             {3, 1, 9, 2},
+                             {1, 5, 20, 1},
+                             {0, 2, 1, 3},
+                             {20, 0, 1, 6},
+                             {7, 3, 8, 3},
+                             {5, 0, 16, 1}}) {
+        ExpectPiece(bits, size_field, p);
+      }
+    }
+  }
+}
+
+TEST(Crop, RefusesRectanglesThatAreEmptyOrLeaveTheImage) {
+  TestImage image = Source(8, 40);
+  const PackedDib* const address = image.get();
+  const std::vector<uint8_t> before = image.Bytes();
+  constexpr int kMin = INT32_MIN, kMax = INT32_MAX;
+  for (const OmbRect& rect : {OmbRect{-1, 0, 3, 3},
+                              {0, -1, 3, 3},
+                              {0, 0, kWidth, 3},
+                              {0, 0, 3, kHeight},
+                              {3, 0, 2, 3},
+                              {0, 3, 3, 2},
+                              {kMin, 0, kMax, 3},
+                              {0, kMin, 3, kMax},
+                              {kMax, kMax, kMin, kMin}}) {
+    EXPECT_EQ(omb_crop(image.ref(), &rect), 0u);
+  }
+  EXPECT_EQ(omb_crop(image.ref(), nullptr), 0u);
+  EXPECT_EQ(image.get(), address);
+  EXPECT_EQ(image.Bytes(), before);
+
+  const OmbRect one = {0, 0, 0, 0};
+  TestImage nothing, upside_down = ImageBuilder(8, 4, -4).Build();
+  EXPECT_EQ(omb_crop(nullptr, &one), 0u);
+  EXPECT_EQ(omb_crop(nothing.ref(), &one), 0u);
+  EXPECT_EQ(omb_crop(upside_down.ref(), &one), 0u);
+  for (const int bits : {2, 16, 32}) {
+    TestImage other = ImageBuilder(bits, 4, 4).Build();
+    EXPECT_EQ(omb_crop(other.ref(), &one), 0u);
+    EXPECT_EQ(omb_cpydibrect(other.get(), 0, 0, 1, 1), 0u);
+  }
+}
+
+TEST(CopyRectangle, RefusesPiecesThatLeaveTheImage) {
+  const TestImage image = Source(8, 40);
+  EXPECT_EQ(omb_cpydibrect(nullptr, 0, 0, 1, 1), 0u);
+  EXPECT_EQ(omb_cpydibrect(image.get(), -1, 0, 1, 1), 0u);
+  EXPECT_EQ(omb_cpydibrect(image.get(), 1, 0, kWidth, 1), 0u);
+  EXPECT_EQ(omb_cpydibrect(image.get(), 0, 1, 1, kHeight), 0u);
+  EXPECT_EQ(omb_cpydibrect(image.get(), 0, 0xFFFFFFFF, 1, 1), 0u);
+  EXPECT_EQ(omb_cpydibrect(image.get(), 0, 1, 1, 0xFFFFFFFF), 0u);
+  EXPECT_EQ(omb_cpydibrect(image.get(), 1, 0, 0xFFFFFFFF, 1), 0u);
+  EXPECT_EQ(omb_cpydibrect(image.get(), INT32_MAX, 0, 1, 1), 0u);
+}
+
+TEST(CopyRectangle, EmptyPiecesAreHeaderAndTable) {
+  for (const int bits : {8, 16}) {
+    const TestImage image = ImageBuilder(bits, 4, 3).Colors(VariedColors(5, 1)).Build();
+    const TestImage piece(reinterpret_cast<PackedDib*>(omb_cpydibrect(image.get(), 1, 3, 2, 0)));
+    ASSERT_NE(piece.get(), nullptr);
+    EXPECT_EQ(piece.width(), 2);
+    EXPECT_EQ(piece.height(), 0);
+    EXPECT_EQ(piece.Bytes().size(), 60u);
+    EXPECT_EQ(piece.Color(4), image.Color(4));
+  }
+  const TestImage image = Source(1, 40);
+  const TestImage narrow(reinterpret_cast<PackedDib*>(omb_cpydibrect(image.get(), 21, 0, 0, 3)));
+  ASSERT_NE(narrow.get(), nullptr);
+  EXPECT_EQ(narrow.height(), 3);
+}
+
+TEST(Crop, RefusesWithoutMemory) {
+  for (const uint32_t size_field : {40u, 12u}) {
+    const auto make = [=] { return Source(4, size_field); };
+    ExpectRefusalWithoutMemory(make, [](PackedDib** image) {
+      const OmbRect rect = {1, 1, 5, 3};
+      return uintptr_t{omb_crop(image, &rect)};
+    });
+    ExpectRefusalWithoutMemory(make, [](PackedDib** image) {
+      TestImage piece(reinterpret_cast<PackedDib*>(omb_cpydibrect(*image, 1, 1, 5, 3)));
+      return reinterpret_cast<uintptr_t>(piece.get());
+    });
+  }
+}
+
+}  // namespace
+}  // namespace ombrilo::test

@@ -1,1 +1,123 @@
-// empty
+#include <gtest/gtest.h>
+
+#include "core/bytes.h"
+#include "support/failing_memory.h"
+#include "support/image.h"
+
+namespace ombrilo::test {
+namespace {
+
+TEST(Transformat, DefaultLayouts) {
+  struct Case {
+    int bits;
+    uint32_t pixel, rgb;
+  };
+  for (const Case& c : {Case{16, 0x7FFF, Rgb(248, 248, 248)},
+                        {16, 0x001F, Rgb(0, 0, 248)},
+                        {16, 0x8000 | 3 << 10 | 2 << 5 | 1, Rgb(24, 16, 8)},
+                        {32, 0xFF123456, 0x123456u}}) {
+    for (int width = 1; width < 70; ++width) {  // rows of every length, to the last byte
+      TestImage image = ImageBuilder(c.bits, width, 2)
+                            .Pixels([&](int, int) { return c.pixel; })
+                            .Filler(7)
+                            .Build();
+      const TestImage expected =
+          ImageBuilder(24, width, 2).Pixels([&](int, int) { return c.rgb; }).Build();
+      EXPECT_EQ(omb_transformat(image.ref()), 1u);
+      ASSERT_EQ(image.Bytes(), expected.Bytes()) << width;
+    }
+  }
+}
+
+// The masks stand behind the header, where a table of three entries lies or the pixels themselves.
+TestImage Bitfields(int bits, uint32_t red, uint32_t green, uint32_t blue, uint32_t pixel) {
+  return ImageBuilder(bits, 3, 2)
+      .Colors({0, 0, 0})
+      .Pixels([=](int, int) { return pixel; })
+      .Field(16, 3)
+      .Field(40, red)
+      .Field(44, green)
+      .Field(48, blue)
+      .Build();
+}
+
+TEST(Transformat, MasksOfTheHeader) {
+  struct Case {
+    int bits;
+    uint32_t red, green, blue, pixel, rgb;
+  };
+  const Case cases[] = {
+      {16, 0xF800, 0x07E0, 0x001F, 0xFFFF, Rgb(248, 252, 248)},
+      {16, 0xF800, 0x07E0, 0x001F, 1 << 11 | 1 << 5 | 1, Rgb(8, 4, 8)},
+      {32, 0xFF, 0xFF00, 0xFF0000, 0x563412, 0x123456},
+      {32, 0xFF000000, 0x0F000000, 0, 0xA7000000, Rgb(0xA7, 0x70, 0)},
+      // Ten bits would move up by -2, which counts as 30: nothing is left.
+      {32, 0x3FF00000, 0x000FFC00, 0x000000FF, 0xFFFFFFFF, Rgb(0, 0, 255)},
+      // A mask with a hole counts its bits but keeps their places.
+      {32, 0x00F00F00, 0xFF00, 0xFF, 0x00100100, Rgb(0x01, 0x01, 0)},
+  };
+  for (const Case& c : cases) {
+    TestImage image = Bitfields(c.bits, c.red, c.green, c.blue, c.pixel);
+    EXPECT_EQ(omb_transformat(image.ref()), 1u);
+    EXPECT_EQ(image.bit_count(), 24);
+    for (const uint32_t pixel : image.Pixels()) ASSERT_EQ(pixel, c.rgb) << std::hex << c.red;
+    // biCompression and biSizeImage are cleared; biClrUsed stays, with a zeroed table.
+    EXPECT_EQ(LoadU32(image.raw() + 16), 0u);
+    EXPECT_EQ(LoadU32(image.raw() + 32), 3u);
+    EXPECT_EQ(image.Color(0) | image.Color(1) | image.Color(2), 0u);
+  }
+}
+
+TEST(Transformat, MasksOverlapTheRowsOfAnImageWithoutTable) {
+  TestImage image = ImageBuilder(32, 2, 2)
+                        .Pixels(Noise(0x10000, 1))
+                        .Field(16, 3)
+                        .Field(40, 0xFF)
+                        .Field(44, 0xFF)
+                        .Field(48, 0xFF)
+                        .Build();
+  EXPECT_EQ(omb_transformat(image.ref()), 1u);
+  EXPECT_EQ(image.Pixel(0, 1), 0xFFFFFFu);  // the red mask read as a pixel
+}
+
+// The bit count is written at the information header's place, which a core header's rows cover.
+TEST(Transformat, CoreHeaderKeepsItsBitCount) {
+  TestImage image =
+      ImageBuilder(16, 8, 2).CoreHeader().Pixels([](int x, int) { return x; }).Build();
+  EXPECT_EQ(omb_transformat(image.ref()), 1u);
+  EXPECT_EQ(image.bit_count(), 16);
+  const uint8_t* rows = image.raw() + 12;
+  for (int x = 0; x < 8; ++x) EXPECT_EQ(rows[3 * x], 8 * x);
+}
+
+TEST(Transformat, HandledDepthsAreDoneAndOthersRefused) {
+  for (const int bits : {1, 4, 8, 24, 2, 12, 48}) {
+    TestImage image = ImageBuilder(bits, 3, 2).Build();
+    const PackedDib* const address = image.get();
+    const std::vector<uint8_t> before = image.Bytes();
+    EXPECT_EQ(omb_transformat(image.ref()),
+              bits == 1 || bits == 4 || bits == 8 || bits == 24 ? 1u : 0u);
+    EXPECT_EQ(image.get(), address);
+    EXPECT_EQ(image.Bytes(), before);
+  }
+  TestImage nothing;
+  EXPECT_EQ(omb_transformat(nullptr), 0u);
+  EXPECT_EQ(omb_transformat(nothing.ref()), 0u);
+}
+
+TEST(Transformat, ImagesWithoutRows) {
+  for (const int height : {0, -2}) {
+    TestImage image = ImageBuilder(32, 3, height).Build();
+    EXPECT_EQ(omb_transformat(image.ref()), 1u);
+    EXPECT_EQ(image.bit_count(), 24);
+    EXPECT_EQ(image.height(), height);
+    EXPECT_EQ(image.Bytes().size(), 40u);
+  }
+}
+
+TEST(Transformat, RefusesWithoutMemory) {
+  ExpectRefusalWithoutMemory([] { return ImageBuilder(16, 3, 2).Build(); }, omb_transformat);
+}
+
+}  // namespace
+}  // namespace ombrilo::test

@@ -14,7 +14,8 @@ struct State {
   int held = 0;
 };
 
-thread_local State state;
+// Not thread_local: on Windows that allocates by itself on first use.
+State state;
 
 bool Refuse() {
   if (!state.watching) return false;
@@ -57,11 +58,18 @@ void __wrap_free(void* block) {
 
 }  // extern "C"
 
+// The tests' own containers are not the library: where the C++ runtime is linked statically, they
+// would come through the functions above.
+void* operator new(size_t size) {
+  if (void* block = __real_malloc(size == 0 ? 1 : size)) return block;
+  std::abort();
+}
+void operator delete(void* block) noexcept { __real_free(block); }
+void operator delete(void* block, size_t) noexcept { __real_free(block); }
+
 namespace ombrilo::test {
 
-MemoryWatch::MemoryWatch(int failing) {
-  state = {.watching = true, .countdown = failing};
-}
+MemoryWatch::MemoryWatch(int failing) { state = {.watching = true, .countdown = failing}; }
 
 void MemoryWatch::Stop() {
   if (stopped_) return;

@@ -10,8 +10,8 @@
 
 namespace ombrilo::test {
 
-// Counts the blocks that the calls between construction and Stop() allocate and release, on this
-// thread; the `failing`-th allocation gives null (1 is the first, 0 none).
+// Counts the blocks that the calls between construction and Stop() allocate and release; the
+// `failing`-th allocation gives null (1 is the first, 0 none). One at a time, on one thread.
 class MemoryWatch {
  public:
   explicit MemoryWatch(int failing);

@@ -1,0 +1,22 @@
+# What `cmake --install` puts where: header, libraries, CMake package and pkg-config file.
+include(CMakePackageConfigHelpers)
+
+set_target_properties(ombrilo_static PROPERTIES EXPORT_NAME static)
+install(TARGETS ombrilo ombrilo_static EXPORT ombriloTargets)
+install(FILES include/ombrilo/ombrilo.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ombrilo)
+if(OMBRILO_TOOLS)
+  install(TARGETS omb)
+endif()
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ombrilo)
+install(EXPORT ombriloTargets NAMESPACE ombrilo:: DESTINATION ${package_dir})
+configure_package_config_file(cmake/ombriloConfig.cmake.in ombriloConfig.cmake
+  INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(ombriloConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/ombriloConfig.cmake
+  ${PROJECT_BINARY_DIR}/ombriloConfigVersion.cmake DESTINATION ${package_dir})
+
+# The way back from the pkg-config file to the prefix, so that the tree can be moved.
+file(RELATIVE_PATH PC_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+configure_file(cmake/ombrilo.pc.in ombrilo.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/ombrilo.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

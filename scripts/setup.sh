@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that the given groups of work need, asking apt only for those that are
+# missing: scripts/setup.sh build|demo|test|windows|bench ...
+# With --optional, packages that cannot be had are a message and exit status 3 instead of a failure.
+set -euo pipefail
+
+packages_of() {
+  case "$1" in
+    build) echo g++ cmake ninja-build pkg-config libcli11-dev libpng-dev libjpeg62-turbo-dev libtiff-dev ;;
+    demo) echo xfdesktop4-data lomiri-wallpapers-20.04 ghostscript ;;
+    test) echo libgtest-dev clang libclang-rt-14-dev clang-format doxygen git ;;
+    windows) echo g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth ;;
+    bench) echo libbenchmark-dev libopencv-dev libleptonica-dev ;;
+    *) echo "setup.sh: unknown group '$1'" >&2; exit 2 ;;
+  esac
+}
+
+optional=no
+if [ "${1:-}" = --optional ]; then optional=yes; shift; fi
+
+missing=()
+for group in "$@"; do
+  for package in $(packages_of "$group"); do
+    status=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null || true)
+    [ "$status" = installed ] || missing+=("$package")
+  done
+done
+[ ${#missing[@]} -gt 0 ] || exit 0
+
+give_up() {
+  echo "setup.sh: $1; needed are: ${missing[*]}" >&2
+  [ $optional = yes ] && exit 3
+  exit 1
+}
+
+command -v apt-get >/dev/null || give_up "apt-get is not here"
+as_root=()
+if [ "$(id -u)" != 0 ]; then
+  command -v sudo >/dev/null || give_up "installing packages needs root or sudo"
+  as_root=(sudo)
+fi
+install=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q
+  --no-install-recommends)
+echo "Installing: ${missing[*]}"
+# The package lists may be missing or old: fetch them when the first try fails.
+"${install[@]}" "${missing[@]}" >/dev/null 2>&1 ||
+  { "${as_root[@]}" apt-get update -q >/dev/null && "${install[@]}" "${missing[@]}" >/dev/null; } ||
+  give_up "apt-get failed"
