@@ -1,5 +1,6 @@
 #include "host/files.h"
 
+#include <algorithm>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -14,7 +15,7 @@ namespace fs = std::filesystem;
 
 TestImage Decode(const std::vector<uint8_t>& file, Strings* remarks) {
   const auto exact = std::make_unique<uint8_t[]>(file.size());
-  std::memcpy(exact.get(), file.data(), file.size());
+  std::ranges::copy(file, exact.get());
   omb::Remark remark;
   if (remarks != nullptr) remark = [&](const std::string& text) { remarks->push_back(text); };
   return TestImage(omb::DecodeImage({exact.get(), file.size()}, remark).release());
