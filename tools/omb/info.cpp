@@ -48,8 +48,7 @@ void Describe(const std::string& file, const PackedDib* image) {
   const ombrilo::DibView dib = ombrilo::DibView::Open(image).value();
   const uint32_t colors = dib.header().color_count;
   std::printf("%s\n", file.c_str());
-  Line("header", (dib.core() ? "core, " : "information, ") +
-                     std::to_string(dib.header().header_size) + " bytes");
+  Line("file", KindOfFile(file));
   Line("size", std::to_string(dib.width()) + " x " + std::to_string(dib.height()) + " pixels");
   Line("depth",
        std::to_string(dib.bit_count()) + (dib.bit_count() == 1 ? " bit" : " bits") + " per pixel");

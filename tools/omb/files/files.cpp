@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/bytes.h"
 #include "files/codec.h"
 #include "files/temporary_file.h"
 
@@ -20,6 +21,7 @@ namespace {
 
 struct Codec {
   Format format;
+  const char* title;
   std::vector<std::string> names;  // the first is the usual extension
   std::vector<std::string_view> signatures;
   Image (*read)(Bytes, const Remark&);
@@ -29,10 +31,16 @@ struct Codec {
 const std::array<Codec, 4>& Codecs() {
   using namespace std::string_view_literals;
   static const std::array<Codec, 4> codecs = {{
-      {Format::kBmp, {"bmp", "dib"}, {"BM"sv}, ReadBmp, WriteBmp},
-      {Format::kPng, {"png"}, {"\x89PNG\r\n\x1a\n"sv}, ReadPng, WritePng},
-      {Format::kJpeg, {"jpg", "jpeg", "jpe", "jfif"}, {"\xFF\xD8\xFF"sv}, ReadJpeg, WriteJpeg},
+      {Format::kBmp, "BMP", {"bmp", "dib"}, {"BM"sv}, ReadBmp, WriteBmp},
+      {Format::kPng, "PNG", {"png"}, {"\x89PNG\r\n\x1a\n"sv}, ReadPng, WritePng},
+      {Format::kJpeg,
+       "JPEG",
+       {"jpg", "jpeg", "jpe", "jfif"},
+       {"\xFF\xD8\xFF"sv},
+       ReadJpeg,
+       WriteJpeg},
       {Format::kTiff,
+       "TIFF",
        {"tif", "tiff"},
        {"II*\0"sv, "MM\0*"sv, "II+\0"sv, "MM\0+"sv},
        ReadTiff,
@@ -42,6 +50,20 @@ const std::array<Codec, 4>& Codecs() {
 }
 
 const Codec& CodecOf(Format format) { return *std::ranges::find(Codecs(), format, &Codec::format); }
+
+// By a file's first bytes, not by its name. Throws FileError.
+const Codec& CodecOf(Bytes file) {
+  if (file.empty()) throw FileError("the file is empty");
+  for (const Codec& codec : Codecs()) {
+    for (const std::string_view signature : codec.signatures) {
+      if (file.size() >= signature.size() &&
+          std::memcmp(file.data(), signature.data(), signature.size()) == 0) {
+        return codec;
+      }
+    }
+  }
+  throw FileError("it is not a BMP, PNG, JPEG or TIFF file");
+}
 
 // Letters of other alphabets name no format, so ASCII will do.
 std::string Lower(std::string text) {
@@ -59,17 +81,22 @@ const Codec* FindName(const std::string& name) {
   return nullptr;
 }
 
-// The file, which may be a pipe: its size is known when it has ended.
-std::vector<uint8_t> ReadBytes(const fs::path& path) {
-  // An uncompressed image of the largest size fits, with everything that stands before it.
-  constexpr size_t kLimit = size_t{std::numeric_limits<int32_t>::max()} + (1 << 20);
+std::ifstream Open(const fs::path& path) {
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   if (!fs::exists(status)) throw FileError("the file does not exist");
   if (fs::is_directory(status)) throw FileError("it is a directory");
   std::ifstream stream(path, std::ios::binary);
   if (!stream) throw FileError("the file cannot be opened");
+  return stream;
+}
 
+// The file, which may be a pipe: its size is known when it has ended.
+std::vector<uint8_t> ReadBytes(const fs::path& path) {
+  // An uncompressed image of the largest size fits, with everything that stands before it.
+  constexpr size_t kLimit = size_t{std::numeric_limits<int32_t>::max()} + (1 << 20);
+  std::ifstream stream = Open(path);
+  std::error_code error;
   std::vector<uint8_t> bytes;
   const auto expected = fs::file_size(path, error);
   if (!error && expected <= kLimit) bytes.reserve(static_cast<size_t>(expected) + 1);
@@ -101,18 +128,24 @@ Format FormatOfPath(const fs::path& path) {
 
 const char* ExtensionOf(Format format) { return CodecOf(format).names.front().c_str(); }
 
+std::string KindOfFile(const fs::path& path) {
+  uint8_t head[18] = {};
+  std::ifstream stream = Open(path);
+  stream.read(reinterpret_cast<char*>(head), sizeof head);
+  const Codec& codec = CodecOf(Bytes(head, static_cast<size_t>(stream.gcount())));
+  if (codec.format != Format::kBmp) return codec.title;
+  const uint32_t size = ombrilo::LoadU32(head + 14);
+  const char* kind = size == 12    ? "a core"
+                     : size == 108 ? "a version 4"
+                     : size == 124 ? "a version 5"
+                                   : "an information";
+  return std::string(codec.title) + " with " + kind + " header of " + std::to_string(size) +
+         " bytes";
+}
+
 Image DecodeImage(Bytes file, const Remark& remark) try {
   const Remark heard = remark ? remark : [](const std::string&) {};
-  if (file.empty()) throw FileError("the file is empty");
-  for (const Codec& codec : Codecs()) {
-    for (const std::string_view signature : codec.signatures) {
-      if (file.size() >= signature.size() &&
-          std::memcmp(file.data(), signature.data(), signature.size()) == 0) {
-        return codec.read(file, heard);
-      }
-    }
-  }
-  throw FileError("it is not a BMP, PNG, JPEG or TIFF file");
+  return CodecOf(file).read(file, heard);
 } catch (const std::bad_alloc&) {
   throw FileError("there is not enough memory to read it");
 }

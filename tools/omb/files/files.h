@@ -29,6 +29,9 @@ Format FormatOfPath(const std::filesystem::path& path);
 Format FormatOfName(const std::string& name);
 const char* ExtensionOf(Format format);  // "png"
 
+// What kind of file it is, for people: "PNG", "BMP with a core header of 12 bytes". Throws FileError.
+std::string KindOfFile(const std::filesystem::path& path);
+
 // Reads an image; the format is recognised by the file's first bytes, not by its name. The result
 // has a 40-byte header, bottom-up rows, a color table of the depth's full size and, where the file
 // says it, the resolution. Throws FileError.
