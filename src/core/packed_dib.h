@@ -32,6 +32,9 @@ inline constexpr size_t kInfoYPelsPerMeter = 28;
 inline constexpr size_t kInfoClrUsed = 32;
 inline constexpr size_t kInfoClrImportant = 36;
 
+// biCompression of 16- and 32-bit images whose red, green and blue masks follow the header.
+inline constexpr uint32_t kBitfields = 3;
+
 // Offsets of BITMAPCOREHEADER fields.
 inline constexpr size_t kCoreWidth = 4;
 inline constexpr size_t kCoreHeight = 6;

@@ -11,8 +11,6 @@ namespace ombrilo {
 
 namespace {
 
-constexpr uint32_t kBitfields = 3;  // biCompression BI_BITFIELDS
-
 struct Channel {
   uint32_t mask;
   int shift;  // down to bit 0

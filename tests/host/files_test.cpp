@@ -1,11 +1,9 @@
 // Files of every format written and read again, and what happens to files when writing fails.
 #include "files/files.h"
 
-#include <cstdlib>
-#include <fstream>
+#include <cstdio>
 
 #include "core/bytes.h"
-#include "host/bmp_file.h"
 #include "host/files.h"
 
 namespace ombrilo::test {

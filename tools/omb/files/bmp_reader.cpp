@@ -9,6 +9,7 @@
 
 #include "core/bytes.h"
 #include "core/pixels.h"
+#include "files/bmp_format.h"
 #include "files/codec.h"
 #include "files/pixels_in.h"
 #include "files/rle.h"
@@ -19,12 +20,11 @@ using namespace ombrilo;
 
 namespace {
 
-constexpr size_t kFileHeaderSize = 14;
-constexpr size_t kFilePixels = 10;  // bfOffBits
 constexpr uint32_t kOs2HeaderSize = 64;
 constexpr size_t kMasksAt = kFileHeaderSize + kInfoHeaderSize;  // in and behind a header alike
 
-enum Compression : uint32_t { kRgb = 0, kRle8 = 1, kRle4 = 2, kBitfields = 3, kAlphaBitfields = 6 };
+// Other values of biCompression than kBitfields.
+enum Compression : uint32_t { kRgb = 0, kRle8 = 1, kRle4 = 2, kAlphaBitfields = 6 };
 
 struct Layout {
   Masks color;

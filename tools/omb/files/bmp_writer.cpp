@@ -1,8 +1,7 @@
 // BMP files with a 40-byte header. The rows are the image's own.
-#include <cstring>
-
 #include "core/bytes.h"
 #include "core/color_table.h"
+#include "files/bmp_format.h"
 #include "files/codec.h"
 #include "files/pixels_out.h"
 
@@ -12,8 +11,6 @@ using namespace ombrilo;
 
 namespace {
 
-constexpr size_t kFileHeaderSize = 14;
-constexpr uint32_t kBitfields = 3;
 constexpr size_t kMasksSize = 12;
 
 bool HasMasks(const DibView& view) {
@@ -32,8 +29,8 @@ void WriteBmp(const PackedDib* dib, std::FILE* file) {
       kFileHeaderSize + kInfoHeaderSize + (masks ? kMasksSize : 0) + size_t{4} * colors;
 
   uint8_t head[kFileHeaderSize + kInfoHeaderSize + 4 * 256] = {'B', 'M'};
-  StoreU32(head + 2, static_cast<uint32_t>(head_size + rows_size));
-  StoreU32(head + 10, static_cast<uint32_t>(head_size));
+  StoreU32(head + kFileSize, static_cast<uint32_t>(head_size + rows_size));
+  StoreU32(head + kFilePixels, static_cast<uint32_t>(head_size));
   uint8_t* fields = head + kFileHeaderSize;
   // The resolution stays; all other fields are written for what follows.
   if (!view.core()) view.Read(0, fields, kInfoHeaderSize);

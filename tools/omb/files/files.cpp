@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <limits>
 #include <new>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "core/bytes.h"
@@ -86,8 +88,12 @@ std::ifstream Open(const fs::path& path) {
   const fs::file_status status = fs::status(path, error);
   if (!fs::exists(status)) throw FileError("the file does not exist");
   if (fs::is_directory(status)) throw FileError("it is a directory");
+  errno = 0;
   std::ifstream stream(path, std::ios::binary);
-  if (!stream) throw FileError("the file cannot be opened");
+  if (!stream) {
+    throw FileError("cannot be opened: " +
+                    std::error_code(errno, std::generic_category()).message());
+  }
   return stream;
 }
 
@@ -99,7 +105,10 @@ std::vector<uint8_t> ReadBytes(const fs::path& path) {
   std::error_code error;
   std::vector<uint8_t> bytes;
   const auto expected = fs::file_size(path, error);
-  if (!error && expected <= kLimit) bytes.reserve(static_cast<size_t>(expected) + 1);
+  if (!error) {
+    if (expected > kLimit) throw FileError("the file is too large");
+    bytes.reserve(static_cast<size_t>(expected) + 1);
+  }
   size_t size = 0;
   while (stream) {
     if (size > kLimit) throw FileError("the file is too large");

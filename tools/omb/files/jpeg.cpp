@@ -84,13 +84,13 @@ int32_t Density(int unit, int dots) {
   return 0;
 }
 
-// Inks, 255 for none, over white paper.
+// Inks over white paper. Adobe's programs store what each ink leaves of the light instead.
 void InksToBgr(const uint8_t* cmyk, size_t pixels, bool inverted, uint8_t* bgr) {
   for (size_t x = 0; x < pixels; ++x, cmyk += 4, bgr += 3) {
     for (int c = 0; c < 3; ++c) {
-      const unsigned ink = inverted ? cmyk[c] : 255u - cmyk[c];
-      const unsigned black = inverted ? cmyk[3] : 255u - cmyk[3];
-      bgr[2 - c] = static_cast<uint8_t>((ink * black + 127) / 255);
+      const unsigned light = inverted ? cmyk[c] : 255u - cmyk[c];
+      const unsigned gray = inverted ? cmyk[3] : 255u - cmyk[3];
+      bgr[2 - c] = static_cast<uint8_t>((light * gray + 127) / 255);
     }
   }
 }

@@ -16,7 +16,6 @@ namespace {
 
 constexpr int64_t kMaxSide = 1'000'000;
 constexpr int64_t kMaxCompressedPixels = int64_t{1} << 30;
-constexpr uint32_t kBitfields = 3;  // biCompression BI_BITFIELDS
 
 [[noreturn]] void TooLarge(const ImageSize& size) {
   throw FileError("an image of " + PixelsText(size) + " at " + std::to_string(size.bit_count) +

@@ -7,9 +7,7 @@
 #include <algorithm>
 #include <csetjmp>
 #include <cstring>
-#include <limits>
-#include <memory>
-#include <vector>
+#include <new>
 
 #include "files/codec.h"
 #include "files/pixels_in.h"

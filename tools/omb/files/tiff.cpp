@@ -5,11 +5,12 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstring>
-#include <limits>
 #include <memory>
+#include <new>
 #include <optional>
 #include <vector>
 
+#include "core/buffer.h"
 #include "files/codec.h"
 #include "files/pixels_in.h"
 #include "files/pixels_out.h"
@@ -34,7 +35,10 @@ struct Errors {
 int OnError(TIFF*, void* user, const char*, const char* format, va_list arguments) {
   auto* errors = static_cast<Errors*>(user);
   if (errors->text[0] == '\0') {
-    std::vsnprintf(errors->text, sizeof errors->text, format, arguments);
+    char text[sizeof errors->text];
+    std::vsnprintf(text, sizeof text, format, arguments);
+    // Some texts begin with the name of the file, which has none here.
+    std::strcpy(errors->text, std::strncmp(text, ": ", 2) == 0 ? text + 2 : text);
   }
   return 1;
 }
@@ -275,14 +279,10 @@ void ReadTiles(TIFF* tiff, const Directory& d, Convert convert, const Dib& dib,
   }
 }
 
-Image ReadDirect(TIFF* tiff, const Directory& d, const Kind& kind, size_t file_size,
-                 const Errors& errors) {
+Image ReadDirect(TIFF* tiff, const Directory& d, const Kind& kind, const Errors& errors) {
   const ImageSize size = {d.width, d.height, kind.bit_count};
   CheckCompressedSize(size);
   const uint64_t row_bits = uint64_t{d.width} * d.bits * d.samples;
-  if (d.compression == COMPRESSION_NONE && row_bits * d.height / 8 > file_size) {
-    throw FileError("the file is too short for " + PixelsText(size));
-  }
   if (d.tile_width == 0 && static_cast<uint64_t>(TIFFScanlineSize(tiff)) < (row_bits + 7) / 8) {
     errors.Fail("its rows are shorter than its width");
   }
@@ -330,8 +330,10 @@ Image ReadByRgba(TIFF* tiff, const Directory& d, const Errors& errors, const Rem
   const std::unique_ptr<TIFFRGBAImage, EndImage> end(&reader);
   reader.orientation = reader.req_orientation = ORIENTATION_TOPLEFT;
 
-  std::vector<uint32_t> raster(size_t{d.width} * d.height);
-  if (TIFFRGBAImageGet(&reader, raster.data(), d.width, d.height) == 0 || errors.text[0] != '\0') {
+  // Zeroed memory is not touched before pixels arrive in it.
+  const auto raster = NewZeroedBuffer<uint32_t>(size_t{d.width} * d.height);
+  if (!raster) throw std::bad_alloc();
+  if (TIFFRGBAImageGet(&reader, raster.get(), d.width, d.height) == 0 || errors.text[0] != '\0') {
     errors.Fail("damaged TIFF data");
   }
   Image image = NewImage(size, resolution);
@@ -426,9 +428,15 @@ Image ReadTiff(Bytes file, const Remark& remark) {
   if (!tiff) errors.Fail("damaged TIFF data");
   const Directory directory = ReadDirectory(tiff.get());
   if (errors.text[0] != '\0') errors.Fail("damaged TIFF data");
+  // Each pixel has a sample of its own at least.
+  const uint64_t pixels = uint64_t{directory.width} * directory.height;
+  if (directory.compression == COMPRESSION_NONE && pixels * directory.bits / 8 > file.size()) {
+    throw FileError("the file is too short for " +
+                    PixelsText({directory.width, directory.height, directory.bits}));
+  }
   const bool more_pages = TIFFLastDirectory(tiff.get()) == 0;
   const std::optional<Kind> kind = DirectKind(directory);
-  Image image = kind ? ReadDirect(tiff.get(), directory, *kind, file.size(), errors)
+  Image image = kind ? ReadDirect(tiff.get(), directory, *kind, errors)
                      : ReadByRgba(tiff.get(), directory, errors, remark);
   if (more_pages) remark("it has several pages; the first one is read");
   return image;
