@@ -14,5 +14,6 @@ void Compare(const std::string& row, double pixels, std::function<void()> ours,
 
 // The rows of each family.
 void AddImageRows();
+void AddToneRows();
 
 }  // namespace ombrilo::bench

@@ -96,6 +96,7 @@ int main(int argc, char** argv) {
   cv::ocl::setUseOpenCL(false);
 #endif
   ombrilo::bench::AddImageRows();
+  ombrilo::bench::AddToneRows();
   ombrilo::bench::Table table;
   benchmark::RunSpecifiedBenchmarks(&table);
   return 0;

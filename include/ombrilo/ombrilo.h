@@ -202,6 +202,207 @@ OMB_API uintptr_t omb_cpydibrect(const PackedDib* dib, int32_t x, uint32_t y, ui
 
 /** @} */
 
+/** @defgroup tone Tone and color
+ *
+ * "Table" below is the color table as far as the header announces entries; reserved bytes keep
+ * their values unless said otherwise. Every operation that changes 24-bit pixels leaves row padding
+ * alone, and one without rows is done at once. The gray weights and roundings of these functions
+ * differ from each other; each is part of its function's contract.
+ * @{ */
+
+/**
+ * Whether the color table holds a color that is not gray. The pixels are not looked at: an image
+ * without a table counts as colorful.
+ *
+ * @return 1 for a colorful image, 0 for a table that is all gray and for null
+ */
+OMB_API int32_t omb_iscolorful(const PackedDib* dib);
+
+/** Whether there is any color to remove: omb_iscolorful(). */
+OMB_API int32_t omb_can_gray(const PackedDib* dib);
+
+/** Whether the sheet filter takes the depth: 1 at 8 and 24 bits, otherwise and for null 0. */
+OMB_API int32_t omb_can_filtersheet(const PackedDib* dib);
+
+/** Whether omb_pseudocolor() takes the image: 1 for a table that is all gray, otherwise and for
+ * null 0. */
+OMB_API int32_t omb_can_pseudocolor(const PackedDib* dib);
+
+/** Whether color balance takes the depth: 0 at 1 and 4 bits and for null, otherwise 1. */
+OMB_API int32_t omb_can_balance(const PackedDib* dib);
+
+/** Whether automatic color is on offer: always 1. */
+OMB_API int32_t omb_autoclr(void);
+
+/**
+ * Counts how often each value of one channel occurs among the pixels; 1, 4, 8 and 24 bits.
+ *
+ * Channel 4 is the gray value (59 green + 11 blue + 30 red) / 100, truncated, and also makes the
+ * image gray: the table entries that pixels use, or the 24-bit pixels themselves.
+ *
+ * Width and height are cut to their low 16 bits, and the rows are taken to be as far apart as the
+ * cut width says.
+ *
+ * @param dib      the image; changed by channel 4 alone
+ * @param counters 256 counters, cleared first
+ * @param channel  1 red, 2 green, 3 blue, 4 gray. Another channel gives 0 at 1 bit when there is a
+ *                 pixel, and otherwise 1 with all counters 0
+ * @return 1; 0 for null, with the counters untouched, and for other depths, with the counters
+ *         cleared
+ */
+OMB_API int32_t omb_getchannelhistogram(PackedDib* dib, int32_t* counters, int32_t channel);
+
+/**
+ * Brightness, then contrast, each channel by itself. 1, 4 and 8 bits: the table; 24 bits: the
+ * pixels; other depths stay unchanged.
+ *
+ * Brightness d: v becomes v + d, limited to 0..255. Contrast c above 0: 0 for v up to c, 255 for v
+ * above 255 - c, between them (v - c) x 255 / (255 - 2c), truncated; from c = 128 on a hard
+ * threshold. Contrast c below 0: v x (255 + 2c) / 255 - c, truncated in the division; below -127
+ * the low 8 bits of the result.
+ *
+ * @param dib        the image
+ * @param brightness any number; 0 skips the step
+ * @param contrast   any number; 0 skips the step
+ * @return always 1
+ */
+OMB_API uint32_t omb_brightnesscontrast(PackedDib* dib, int32_t brightness, int32_t contrast);
+
+/**
+ * Gamma correction: v becomes pow(v, gamma) / (pow(255, gamma) / 255) + 0.5 in double precision,
+ * truncated and limited to 0..255.
+ *
+ * An image with a color table, of any depth, has the table changed and keeps its pixels. Otherwise
+ * the pixels change; at depths other than 24 bits the pixel bytes are taken three to a pixel, which
+ * is of no use for 16 and 32 bits: bring these to 24 with omb_transformat() first.
+ *
+ * @return 1; 0 for null and for a gamma within 1e-8 of 1, with nothing done
+ */
+OMB_API uint32_t omb_gammacorrection(PackedDib* dib, double gamma);
+
+/**
+ * Stretches each channel between the levels of its own histogram. The samples are the pixels at 24
+ * bits and the table's entries, each once, at 1, 4 and 8 bits; those are what changes, too.
+ *
+ * The low level L is the first value with more than trunc(samples x low) samples at or below it, or
+ * 0; the high level H is the last value with at most trunc(samples x high) at or below it, or 255.
+ * v becomes 0 below L, 255 above H, otherwise (v - L) x 255 / (H - L), truncated; a value equal to
+ * both stays.
+ *
+ * @param dib  the image
+ * @param low  fraction of the samples to cut at the dark end, say 0.005; not limited
+ * @param high fraction of the samples below the bright end, say 0.995; not limited
+ * @return 1; 0 for null and for other depths
+ */
+OMB_API uint32_t omb_autolevel(PackedDib* dib, double low, double high);
+
+/**
+ * Stretches all channels between one pair of levels: the lowest L and the highest H that the three
+ * channels have by the rules of omb_autolevel().
+ *
+ * 24 bits: the pixels are counted and changed. 1, 4 and 8 bits: the colors of the pixels are
+ * counted, H takes fewer than (instead of at most) trunc(samples x high) samples, and each pixel
+ * gets the entry nearest to its stretched color; the table stays. Here colors are read four bytes
+ * apart from byte 40 of the image whatever its header; and at 1 bit only the first stored row is
+ * counted, so that such an image usually stays as it is.
+ *
+ * @return 1; 0 for null, for other depths, for an indexed image with L = H, and when memory runs
+ * out
+ */
+OMB_API uint32_t omb_autocontrast(PackedDib* dib, double low, double high);
+
+/**
+ * Turns the image gray: (11 blue + 59 green + 30 red) / 100, truncated.
+ *
+ * 1, 4 and 8 bits: the table changes, in place. 24 bits: the image is replaced by an 8-bit one
+ * whose table is a ramp from black to white and whose pixels are the gray values. Its header is the
+ * old one with bit count 8 and, in an information header, biClrUsed and biClrImportant 0. A
+ * negative height gives a block without rows.
+ *
+ * @param image the image, at 24 bits replaced
+ * @return 1; 0 for null, for other depths and when memory runs out
+ */
+OMB_API uint32_t omb_gray(PackedDib** image);
+
+/**
+ * Shows gray levels as colors: replaces the table of an image whose table is all gray.
+ *
+ * @param dib   the image, of any depth
+ * @param table blue, green, red and an ignored byte per entry, as many entries as the image's
+ * table; reserved bytes in the image become 0
+ * @return 1; 0 for null and for an image that omb_iscolorful() calls colorful
+ */
+OMB_API uint32_t omb_pseudocolor(PackedDib* dib, const uint8_t* table);
+
+/**
+ * Proposes a threshold for omb_binary(): the median of the pixels' gray values, which are 0.3 red +
+ * 0.59 green + 0.11 blue, in this order in double precision, truncated.
+ *
+ * With half = pixels / 2 it is the first level i from 1 on that has more than `half` pixels at or
+ * below it, or i - 1 where the number of pixels at or below that is nearer to `half`.
+ *
+ * @return 0 to 255; 0 also for null, for other depths than 1, 4, 8 and 24, and without pixels
+ */
+OMB_API int32_t omb_autothreshold(const PackedDib* dib);
+
+/**
+ * Replaces the image by a 1-bit one: white (index 1) where the gray value 0.59 green + 0.3 red +
+ * 0.11 blue exceeds the threshold, black (index 0) where it is below. A gray value of exactly the
+ * threshold is black for thresholds up to 128 (for a 1-bit source up to 127), white above.
+ *
+ * The new header is the old one with bit count 1 and, in an information header, biClrUsed 2 and
+ * biClrImportant 0; the table is black, white. A 1-bit source instead keeps its pixels, and its
+ * table's colors become black or white: the bytes behind the header, a table of two entries and the
+ * rows, are taken over as they stand. At 4 and 8 bits colors are read four bytes apart from byte 40
+ * of the image, whatever its header. A negative height gives a block without rows.
+ *
+ * @param image     the image, replaced; 1, 4, 8 or 24 bits
+ * @param threshold any number
+ * @return 1; 0 for null, for other depths and when memory runs out
+ */
+OMB_API uint32_t omb_binary(PackedDib** image, int32_t threshold);
+
+/**
+ * Sets one channel to 0: in the table at 1, 4 and 8 bits, in the pixels at 24.
+ *
+ * @param dib     the image
+ * @param channel 1 red, 2 green, 3 blue
+ * @return 1; 0 for null, other depths and other channels
+ */
+OMB_API uint32_t omb_filtercolor(PackedDib* dib, uint32_t channel);
+
+/**
+ * Keeps one channel. 1, 4 and 8 bits: the table's two other channels become 0, in place. 24 bits:
+ * the image is replaced by an 8-bit one whose pixels are the channel's values and whose table is a
+ * ramp of that channel alone; header as with omb_gray().
+ *
+ * @param image   the image, at 24 bits replaced
+ * @param channel 1 red, 2 green, 3 blue
+ * @return 1 at 1, 4 and 8 bits. 0 in every other case, also when a 24-bit image has been replaced:
+ *         its bit count is 8 then
+ */
+OMB_API uint32_t omb_extractcolor(PackedDib** image, uint32_t channel);
+
+/**
+ * Makes the very light and the very dark colors lighter or darker, in three steps: highlights (blue
+ * + green + red above 510), shadows (sum below 255), and shadows again, as the step before left
+ * them.
+ *
+ * A step adds its amount to green and red, limited to 0..255, and makes blue the new green plus the
+ * amount, limited likewise; an amount of 0 skips the step. What changes is the table or the pixels,
+ * as with omb_gammacorrection().
+ *
+ * @param dib        the image
+ * @param highlights amount for the highlights
+ * @param shadows1   first amount for the shadows
+ * @param shadows2   second amount for the shadows
+ * @return 0 when all amounts are 0, otherwise 1, also for null
+ */
+OMB_API uint32_t omb_adjustghms(PackedDib* dib, int32_t highlights, int32_t shadows1,
+                                int32_t shadows2);
+
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

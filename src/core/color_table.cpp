@@ -14,6 +14,12 @@ void ReadColors(const DibView& dib, uint32_t first, uint32_t count, uint8_t* bgr
   for (uint32_t i = 0; i < count; ++i) dib.Read(EntryOffset(dib, first + i), bgr + 3 * i, 3);
 }
 
+void ReadColorsAtByte40(const DibView& dib, uint32_t count, uint8_t* bgr) {
+  for (uint32_t i = 0; i < count; ++i) {
+    dib.Read(kInfoHeaderSize + size_t{4} * i, bgr + 3 * i, 3);
+  }
+}
+
 void WriteColors(const Dib& dib, uint32_t first, uint32_t count, const uint8_t* bgr) {
   for (uint32_t i = 0; i < count; ++i) dib.Write(EntryOffset(dib, first + i), bgr + 3 * i, 3);
 }

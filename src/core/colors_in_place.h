@@ -48,4 +48,28 @@ bool ChangeColors(const Dib& dib, Op&& op) {
   return false;
 }
 
+// The choice by the color table: its entries when the header announces any, at any depth; otherwise
+// the pixel data, whose bytes are taken three to a pixel at any depth. Here `op` gets bytes,
+// `op(uint8_t* bytes, size_t count)`, beginning with a blue one.
+//
+// At 24 bits the byte walk is the pixel rows. At other depths it does not follow the rows: each row
+// takes 3 x width bytes and skips what the row length exceeds the pixels' bytes by. It ends with
+// the pixel data, in the middle of a pixel if need be.
+template <class Op>
+void ChangeTableOrBytes(const Dib& dib, Op&& op) {
+  if (dib.header().table_count() != 0) {
+    ChangeTableColors(dib, [&](uint8_t* bgr, size_t colors) { op(bgr, 3 * colors); });
+    return;
+  }
+  const size_t width = static_cast<size_t>(dib.width());
+  const size_t row_bytes = 3 * width;
+  const size_t gap = dib.stride() - width * dib.bit_count() / 8;
+  const size_t rows = static_cast<size_t>(dib.pixel_rows());
+  const size_t end = rows * dib.stride();
+  size_t at = 0;
+  for (size_t y = 0; y < rows && at < end; ++y, at += row_bytes + gap) {
+    op(dib.rows() + at, std::min(row_bytes, end - at));
+  }
+}
+
 }  // namespace ombrilo

@@ -44,6 +44,20 @@ void PackIndices(const uint8_t* indices, uint16_t bit_count, size_t pixels, uint
   }
 }
 
+uint8_t GetIndex(const uint8_t* row, uint16_t bit_count, size_t column) {
+  const size_t first_bit = column * bit_count;
+  const size_t shift = 8 - bit_count - first_bit % 8;
+  return static_cast<uint8_t>(row[first_bit / 8] >> shift & ((1u << bit_count) - 1));
+}
+
+void SetIndex(uint8_t* row, uint16_t bit_count, size_t column, uint8_t index) {
+  const size_t first_bit = column * bit_count;
+  const size_t shift = 8 - bit_count - first_bit % 8;
+  const unsigned mask = ((1u << bit_count) - 1) << shift;
+  uint8_t& byte = row[first_bit / 8];
+  byte = static_cast<uint8_t>((byte & ~mask) | (static_cast<unsigned>(index) << shift & mask));
+}
+
 void CopyPixels(const uint8_t* row, uint16_t bit_count, size_t column, size_t pixels, uint8_t* to) {
   const size_t first_bit = column * bit_count;
   const size_t bits = pixels * bit_count;

@@ -2,6 +2,7 @@
 // and 4-bit pixels from the high nibble. This is the only file that knows.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -17,5 +18,22 @@ void PackIndices(const uint8_t* indices, uint16_t bit_count, size_t pixels, uint
 // Copies `pixels` pixels from column `column` of one row to the start of another, at 1, 4, 8, 16,
 // 24 or 32 bits. Bits of the last byte behind the last pixel keep their values.
 void CopyPixels(const uint8_t* row, uint16_t bit_count, size_t column, size_t pixels, uint8_t* to);
+
+// One pixel of a 1-, 4- or 8-bit row, for walks that must see each change at once.
+uint8_t GetIndex(const uint8_t* row, uint16_t bit_count, size_t column);
+void SetIndex(uint8_t* row, uint16_t bit_count, size_t column, uint8_t index);
+
+// Calls use(first, indices, count) for the pixels of a 1-, 4- or 8-bit row, run by run, one index
+// per byte in a buffer that `use` may change. Runs start at whole bytes of the row.
+template <class Use>
+void ForEachIndexRun(const uint8_t* row, uint16_t bit_count, size_t pixels, Use&& use) {
+  constexpr size_t kRun = 1024;
+  uint8_t indices[kRun];
+  for (size_t first = 0; first < pixels; first += kRun) {
+    const size_t count = std::min(kRun, pixels - first);
+    UnpackIndices(row + first * bit_count / 8, bit_count, count, indices);
+    use(first, indices, count);
+  }
+}
 
 }  // namespace ombrilo

@@ -47,6 +47,27 @@ NewBlock NewBlock::Resized(const DibView& source, int64_t width, int64_t height)
   return block;
 }
 
+NewBlock NewBlock::Indexed(const DibView& source, uint16_t bit_count) {
+  const DibHeader& header = source.header();
+  const uint32_t colors = ColorsOfDepth(bit_count);
+  const size_t header_bytes = std::max<size_t>(header.header_size, header.fields_size());
+  const uint64_t size = uint64_t{header.header_size} + colors * header.table_step() +
+                        static_cast<uint64_t>(StrideOf(source.width(), bit_count)) *
+                            static_cast<uint64_t>(source.pixel_rows());
+  NewBlock block = Zeroed(std::max<uint64_t>(size, header_bytes));
+  if (!block) return block;
+  source.Read(0, block.bytes(), header_bytes);
+  if (source.core()) {
+    StoreU16(block.bytes() + kCoreBitCount, bit_count);
+  } else {
+    StoreU16(block.bytes() + kInfoBitCount, bit_count);
+    // 8 bits imply their number of colors; for 1 bit it is stated.
+    StoreU32(block.bytes() + kInfoClrUsed, bit_count == 8 ? 0 : colors);
+    StoreU32(block.bytes() + kInfoClrImportant, 0);
+  }
+  return block;
+}
+
 void NewBlock::Replace(PackedDib** image) {
   std::free(*image);
   *image = Release();

@@ -29,6 +29,13 @@ class NewBlock {
   // size cannot be honoured or memory runs out.
   static NewBlock Resized(const DibView& source, int64_t width, int64_t height);
 
+  // A 1- or 8-bit image of the source's width and height: the source's header with the new bit
+  // count (after an information header also biClrUsed and biClrImportant), a zeroed table of 2 or
+  // 256 entries and zeroed rows. All other fields keep their values, biSizeImage too. A negative
+  // height or width is kept and gives a block without rows. Ask for dib() before writing the table:
+  // a size field below the header's own length puts the table over the header.
+  static NewBlock Indexed(const DibView& source, uint16_t bit_count);
+
   explicit operator bool() const { return bytes_ != nullptr; }
   uint8_t* bytes() const { return bytes_.get(); }
   PackedDib* packed() const { return reinterpret_cast<PackedDib*>(bytes_.get()); }

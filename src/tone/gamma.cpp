@@ -1,0 +1,33 @@
+// omb_gammacorrection: each channel through a power curve.
+#include <cmath>
+
+#include "core/colors_in_place.h"
+#include "rows/row_functions.h"
+
+namespace ombrilo {
+
+namespace {
+
+// Powers of a negative or not finite exponent may be infinite (255) or no number (0).
+uint8_t Rounded(double value) {
+  const double rounded = value + 0.5;
+  if (rounded >= 255) return 255;
+  return rounded >= 0 ? static_cast<uint8_t>(rounded) : uint8_t{0};
+}
+
+}  // namespace
+
+}  // namespace ombrilo
+
+uint32_t omb_gammacorrection(PackedDib* image, double gamma) {
+  using namespace ombrilo;
+  const auto dib = Dib::Open(image);
+  if (!dib || std::fabs(gamma - 1.0) < 1e-8) return 0;
+  uint8_t table[256];
+  const double scale = std::pow(255.0, gamma);
+  for (int i = 0; i < 256; ++i) table[i] = Rounded(std::pow(i, gamma) / (scale / 255));
+  const auto apply = rows::Active().apply_table;
+  // A true-color image with a color table has only its table changed.
+  ChangeTableOrBytes(*dib, [&](uint8_t* bytes, size_t count) { apply(bytes, count, table); });
+  return 1;
+}

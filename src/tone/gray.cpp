@@ -1,0 +1,49 @@
+// omb_gray: an indexed image through its color table, a 24-bit one as a new 8-bit image with a
+// ramp.
+#include "core/color_table.h"
+#include "core/colors_in_place.h"
+#include "core/replacement.h"
+#include "rows/row_functions.h"
+
+namespace ombrilo {
+
+namespace {
+
+void MakeTableGray(const Dib& dib) {
+  const rows::RowFunctions& rows = rows::Active();
+  ChangeTableColors(dib, [&](uint8_t* bgr, size_t colors) {
+    uint8_t gray[256];  // a run of the table
+    rows.gray_percent(bgr, colors, gray);
+    rows.spread(gray, colors, bgr);
+  });
+}
+
+bool ReplaceByGray(const DibView& source, PackedDib** image) {
+  NewBlock block = NewBlock::Indexed(source, 8);
+  if (!block) return false;
+  const Dib gray = block.dib();
+  const auto convert = rows::Active().gray_percent;
+  for (int32_t y = 0; y < gray.pixel_rows(); ++y) {
+    convert(source.row(y), static_cast<size_t>(source.width()), gray.row(y));
+  }
+  uint8_t ramp[256][3];
+  for (int i = 0; i < 256; ++i) ramp[i][0] = ramp[i][1] = ramp[i][2] = static_cast<uint8_t>(i);
+  WriteColors(gray, 0, 256, ramp[0]);
+  block.Replace(image);
+  return true;
+}
+
+}  // namespace
+
+}  // namespace ombrilo
+
+uint32_t omb_gray(PackedDib** image) {
+  using namespace ombrilo;
+  const auto dib = Dib::Open(image == nullptr ? nullptr : *image);
+  if (!dib) return 0;
+  if (dib->indexed()) {
+    MakeTableGray(*dib);
+    return 1;
+  }
+  return dib->bit_count() == 24 && ReplaceByGray(*dib, image);
+}
