@@ -35,6 +35,38 @@ struct RowFunctions {
 
   // Four-byte pixels to three-byte ones; the fourth byte is dropped.
   void (*drop_fourth_byte)(const uint8_t* from, size_t pixels, uint8_t* to);
+
+  // Bytes, and three-byte pixels, in reverse order; `to` is another place than `from`.
+  void (*mirror8)(const uint8_t* from, size_t count, uint8_t* to);
+  void (*mirror24)(const uint8_t* from, size_t pixels, uint8_t* to);
+
+  // Resampling works on colors in words 0x00RRGGBB, or on gray levels (channels 1 instead of 3).
+  //
+  // colors[i] = the three bytes at offset[i] + move of a base of `bytes` bytes, 4 at least.
+  void (*fetch24)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
+                  size_t count, uint32_t* colors);
+  // colors[i] = table[base[offset[i] + move] >> shift[i] & mask]
+  void (*fetch_indexed)(const uint8_t* base, const int32_t* offset, const uint8_t* shift,
+                        int32_t move, uint32_t mask, const uint32_t* table, size_t count,
+                        uint32_t* colors);
+  // Each channel: (1-dy)(1-dx) taps[0] + (1-dy)dx taps[1] + (1-dx)dy taps[2] + dx dy taps[3], summed
+  // in this order, limited to 0..255 and truncated.
+  void (*bilinear)(const uint32_t* const taps[4], const float* dx, const float* dy, int channels,
+                   size_t count, uint32_t* colors);
+  // The cubic weights of four neighbours at the distances 1+d, d, 1-d, 2-d. With a = |distance|:
+  // 1 - 2a^2 + a^3 below 1, 4 - 8a + 5a^2 - a^3 below 2, 0 beyond.
+  void (*cubic_weights)(const float* fraction, size_t count, float* const weights[4]);
+  // sums[c * plane + i] = the four taps' channels c times their weights, summed in order.
+  void (*cubic_across)(const uint32_t* const taps[4], const float* const weights[4], int channels,
+                       size_t count, size_t plane, float* sums);
+  // Each channel: the four sums times their weights, summed in order, limited to 0..255, truncated.
+  void (*cubic_down)(const float* const sums[4], const float* const weights[4], int channels,
+                     size_t count, size_t plane, uint32_t* colors);
+  // positions[i] = (first + i) * step + origin + center
+  void (*line_positions)(int32_t first, float step, float origin, float center, size_t count,
+                         float* positions);
+  // Truncated positions and what is left of them. Positions fit an int32_t.
+  void (*split_positions)(const float* positions, size_t count, int32_t* whole, float* fraction);
 };
 
 // The table in use.
