@@ -32,9 +32,17 @@ std::vector<Row>& Rows() {
   return rows;
 }
 
-void Register(const std::string& name, std::function<void()> call) {
-  benchmark::RegisterBenchmark(name.c_str(), [call = std::move(call)](benchmark::State& state) {
-    for (auto unused : state) call();
+void Register(const std::string& name, std::function<void()> call,
+              std::function<void()> prepare = nullptr) {
+  benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+    for (auto unused : state) {
+      if (prepare) {
+        state.PauseTiming();
+        prepare();
+        state.ResumeTiming();
+      }
+      call();
+    }
   })->Unit(benchmark::kMillisecond);
 }
 
@@ -74,8 +82,14 @@ class Table : public benchmark::BenchmarkReporter {
 
 void Compare(const std::string& row, double pixels, std::function<void()> ours,
              const std::string& peer_name, std::function<void()> peer) {
+  ComparePrepared(row, pixels, nullptr, std::move(ours), peer_name, std::move(peer));
+}
+
+void ComparePrepared(const std::string& row, double pixels, std::function<void()> prepare,
+                     std::function<void()> ours, const std::string& peer_name,
+                     std::function<void()> peer) {
   Rows().push_back({row, pixels, peer_name});
-  Register(row + "|ombrilo", std::move(ours));
+  Register(row + "|ombrilo", std::move(ours), std::move(prepare));
   if (peer) Register(row + "|peer", std::move(peer));
 }
 
@@ -96,6 +110,7 @@ int main(int argc, char** argv) {
   cv::ocl::setUseOpenCL(false);
 #endif
   ombrilo::bench::AddImageRows();
+  ombrilo::bench::AddGeometryRows();
   ombrilo::bench::Table table;
   benchmark::RunSpecifiedBenchmarks(&table);
   return 0;

@@ -190,20 +190,24 @@ void Sampler::Fetch(const Tap& tap, int32_t row_move, int first, int end, uint32
 
 void Sampler::Store(const uint32_t* colors, int first, int end, int count, uint8_t* row) {
   if (first >= end) return;
+  const rows::RowFunctions& functions = rows::Active();
   if (source_.bit_count() == 24) {
-    rows::Active().drop_fourth_byte(reinterpret_cast<const uint8_t*>(colors + first),
-                                    static_cast<size_t>(end - first), row + 3 * first);
+    functions.drop_fourth_byte(reinterpret_cast<const uint8_t*>(colors + first),
+                               static_cast<size_t>(end - first), row + 3 * first);
     return;
   }
   uint8_t indices[kRun];
-  std::memset(indices, 255, static_cast<size_t>(count));
-  for (int i = first; i < end; ++i) {
-    const uint32_t color = colors[i];
-    indices[i] = mode_ == kPoint ? static_cast<uint8_t>(color)
-                 : channels_ == 1
-                     ? gray_index_[color]
-                     : nearest_->Find(static_cast<uint8_t>(color), static_cast<uint8_t>(color >> 8),
-                                      static_cast<uint8_t>(color >> 16));
+  if (end - first < count) std::memset(indices, 255, sizeof indices);
+  if (mode_ == kPoint || channels_ == 1) {
+    const size_t n = static_cast<size_t>(end - first);
+    functions.low_bytes(colors + first, n, indices + first);
+    if (mode_ != kPoint) functions.apply_table(indices + first, n, gray_index_);
+  } else {
+    for (int i = first; i < end; ++i) {
+      const uint32_t color = colors[i];
+      indices[i] = nearest_->Find(static_cast<uint8_t>(color), static_cast<uint8_t>(color >> 8),
+                                  static_cast<uint8_t>(color >> 16));
+    }
   }
   PackIndices(indices, source_.bit_count(), static_cast<size_t>(count), row);
 }

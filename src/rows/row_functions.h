@@ -49,6 +49,8 @@ struct RowFunctions {
   void (*fetch_indexed)(const uint8_t* base, const int32_t* offset, const uint8_t* shift,
                         int32_t move, uint32_t mask, const uint32_t* table, size_t count,
                         uint32_t* colors);
+  // bytes[i] = the low byte of words[i]
+  void (*low_bytes)(const uint32_t* words, size_t count, uint8_t* bytes);
   // Each channel: (1-dy)(1-dx) taps[0] + (1-dy)dx taps[1] + (1-dx)dy taps[2] + dx dy taps[3], summed
   // in this order, limited to 0..255 and truncated.
   void (*bilinear)(const uint32_t* const taps[4], const float* dx, const float* dy, int channels,

@@ -222,17 +222,17 @@ TEST(Scale, EqualsTheReferenceAtEveryDepthSizeAndMode) {
                                {3, 3, 7, 8},   {4, 4, 3, 11},    {5, 7, 13, 17},  {17, 9, 6, 4},
                                {9, 30, 31, 9}, {61, 41, 53, 97}, {700, 5, 9, 12}, {9, 6, 1050, 7}};
   for (const Kind& kind : Kinds()) {
-    for (const auto& [w, h, new_w, new_h] : kSizes) {
+    for (const auto& [w, h, to_w, to_h] : kSizes) {
+      const auto new_w = static_cast<uint32_t>(to_w), new_h = static_cast<uint32_t>(to_h);
       const TestImage source = Make(kind, w, h);
       const Reference reference(source);
       for (const uint32_t mode : {1u, 2u, 3u}) {
         SCOPED_TRACE(::testing::Message()
                      << kind.bits << " bits " << kind.core << " from " << w << "x" << h << " to "
                      << new_w << "x" << new_h << " mode " << mode);
-        ExpectEverywhere(source, reference.Scaled(new_w, new_h, mode),
+        ExpectEverywhere(source, reference.Scaled(to_w, to_h, mode),
                          [&](PackedDib** image, Resampling resampling) {
-                           return Scale(image, static_cast<uint32_t>(new_w),
-                                        static_cast<uint32_t>(new_h), mode, resampling);
+                           return Scale(image, new_w, new_h, mode, resampling);
                          });
         if (HasFatalFailure()) return;
       }
