@@ -64,4 +64,15 @@ void CopyPixels(const uint8_t* row, uint16_t bit_count, size_t column, size_t pi
   }
 }
 
+uint8_t IndexAt(const uint8_t* row, uint16_t bit_count, int32_t column) {
+  const int bit = column * bit_count;
+  const int index = row[bit / 8] >> (8 - bit_count - bit % 8);
+  return static_cast<uint8_t>(index & ((1 << bit_count) - 1));
+}
+
+void FindPixels(const int32_t* columns, int32_t move, const int32_t* rows, int32_t stride,
+                uint16_t bit_count, size_t pixels, int32_t* offsets, uint8_t* shifts) {
+  rows::Active().find_pixels(columns, move, rows, stride, bit_count, pixels, offsets, shifts);
+}
+
 }  // namespace ombrilo

@@ -18,19 +18,13 @@ void PackIndices(const uint8_t* indices, uint16_t bit_count, size_t pixels, uint
 // 24 or 32 bits. Bits of the last byte behind the last pixel keep their values.
 void CopyPixels(const uint8_t* row, uint16_t bit_count, size_t column, size_t pixels, uint8_t* to);
 
-// Where a row holds a pixel: its first byte, and for 1-, 4- and 8-bit pixels how far that byte is
-// shifted down to bring the index to the low bits.
-struct PixelPlace {
-  int32_t byte;
-  uint8_t shift;
-};
+// One index out of a 1-, 4- or 8-bit row.
+uint8_t IndexAt(const uint8_t* row, uint16_t bit_count, int32_t column);
 
-template <int kBitCount>
-constexpr PixelPlace PlaceOf(int32_t column) {
-  static_assert(kBitCount == 1 || kBitCount == 4 || kBitCount == 8 || kBitCount == 24);
-  if (kBitCount == 1) return {column >> 3, static_cast<uint8_t>(7 - (column & 7))};
-  if (kBitCount == 4) return {column >> 1, static_cast<uint8_t>(4 - (column & 1) * 4)};
-  return {column * (kBitCount / 8), 0};
-}
+// Where pixels (columns[i] + move, rows[i]) are, at 1, 4, 8 or 24 bits: the offset of the first
+// byte from row 0, and up to 8 bits how far that byte is shifted down to bring the index to its low
+// bits. Without `rows`, all are in row 0.
+void FindPixels(const int32_t* columns, int32_t move, const int32_t* rows, int32_t stride,
+                uint16_t bit_count, size_t pixels, int32_t* offsets, uint8_t* shifts);
 
 }  // namespace ombrilo

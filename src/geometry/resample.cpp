@@ -20,29 +20,6 @@ CubicOffsets OffsetsFor(int32_t at, int32_t last) {
   return offsets;
 }
 
-template <int kBitCount>
-void PlaceDepth(const int32_t* columns, int32_t column_move, const int32_t* rows, int32_t stride,
-                int first, int end, Sampler::Tap* tap) {
-  for (int i = first; i < end; ++i) {
-    const PixelPlace place = PlaceOf<kBitCount>(columns[i] + column_move);
-    tap->offset[i] = place.byte + (rows == nullptr ? 0 : rows[i] * stride);
-    if (kBitCount != 24) tap->shift[i] = place.shift;
-  }
-}
-
-PixelPlace PlaceAt(uint16_t bit_count, int32_t column) {
-  switch (bit_count) {
-    case 1:
-      return PlaceOf<1>(column);
-    case 4:
-      return PlaceOf<4>(column);
-    case 8:
-      return PlaceOf<8>(column);
-    default:
-      return PlaceOf<24>(column);
-  }
-}
-
 }  // namespace
 
 Sampler::Sampler(const DibView& source, uint32_t mode) : source_(source), mode_(mode) {
@@ -55,15 +32,13 @@ Sampler::Sampler(const DibView& source, uint32_t mode) : source_(source), mode_(
   nearest_.emplace(palette);
   ready_ = static_cast<bool>(*nearest_);
   if (!ready_) return;
-  const bool gray = palette.AllGray();
-  channels_ = gray ? 1 : 3;
+  gray_ = palette.AllGray();
   for (int i = 0; i < 256; ++i) {
     const uint8_t* bgr = palette.bgr[i];
-    colors_[i] = gray ? bgr[0] : static_cast<uint32_t>(bgr[0] | bgr[1] << 8 | bgr[2] << 16);
-  }
-  for (int level = 0; gray && level < 256; ++level) {
-    const uint8_t v = static_cast<uint8_t>(level);
-    gray_index_[level] = nearest_->Find(v, v, v);
+    levels_[i] = bgr[0];
+    colors_[i] = gray_ ? bgr[0] : static_cast<uint32_t>(bgr[0] | bgr[1] << 8 | bgr[2] << 16);
+    const uint8_t level = static_cast<uint8_t>(i);
+    if (gray_) gray_index_[i] = nearest_->Find(level, level, level);
   }
 }
 
@@ -76,12 +51,10 @@ bool Sampler::Paints() const {
 uint32_t Sampler::ColorAt(int32_t column, int32_t row) const {
   column = std::clamp(column, 0, width() - 1);
   row = std::clamp(row, 0, height() - 1);
-  const PixelPlace place = PlaceAt(source_.bit_count(), column);
-  const uint8_t* pixel = source_.row(row) + place.byte;
-  if (source_.bit_count() == 24) {
-    return static_cast<uint32_t>(pixel[0] | pixel[1] << 8 | pixel[2] << 16);
-  }
-  return colors_[static_cast<uint32_t>(*pixel >> place.shift) & ((1u << source_.bit_count()) - 1)];
+  const uint8_t* pixels = source_.row(row);
+  if (source_.bit_count() != 24) return colors_[IndexAt(pixels, source_.bit_count(), column)];
+  pixels += 3 * column;
+  return static_cast<uint32_t>(pixels[0] | pixels[1] << 8 | pixels[2] << 16);
 }
 
 uint32_t Sampler::SamplePixel(Position column, Position row, int32_t x, int32_t y) const {
@@ -99,11 +72,17 @@ uint32_t Sampler::BilinearColor(Position column, Position row) const {
   // The last two columns and rows are blended with the fraction as it is.
   const int32_t ix = std::min(column.whole, width() - 2);
   const int32_t iy = std::min(row.whole, height() - 2);
-  const uint32_t samples[4] = {ColorAt(ix, iy), ColorAt(ix + 1, iy), ColorAt(ix, iy + 1),
-                               ColorAt(ix + 1, iy + 1)};
-  const uint32_t* const taps[4] = {samples, samples + 1, samples + 2, samples + 3};
+  Samples lower, upper;
+  for (int k = 0; k < 2; ++k) {
+    lower.tap[k][0] = ColorAt(ix + k, iy);
+    upper.tap[k][0] = ColorAt(ix + k, iy + 1);
+  }
+  if (gray_) {
+    lower.tap[0][0] |= lower.tap[1][0] << 8;
+    upper.tap[0][0] |= upper.tap[1][0] << 8;
+  }
   uint32_t color;
-  rows::Active().bilinear(taps, &column.fraction, &row.fraction, channels_, 1, &color);
+  Blend(lower, upper, &column.fraction, &row.fraction, 0, 1, &color);
   return color;
 }
 
@@ -122,23 +101,23 @@ uint32_t Sampler::BicubicColor(Position column, Position row, int32_t x, int32_t
   int32_t ix = column.whole, iy = row.whole;
   float sums[4][3];
   for (int j = 0; j < 4; ++j) {
-    const int32_t down_by = row_offsets.at[j];
-    if (iy + down_by > height() - 1) iy = height() - down_by - 1;
-    if (iy + down_by < 0) iy = -down_by;
+    const int32_t up_by = row_offsets.at[j];
+    if (iy + up_by > height() - 1) iy = height() - up_by - 1;
+    if (iy + up_by < 0) iy = -up_by;
     uint32_t samples[4];
     for (int k = 0; k < 4; ++k) {
       const int32_t right_by = column_offsets.at[k];
       // A reflection, on purpose unlike the rule for rows.
       if (ix + right_by > width() - 1) ix = width() - ix - 1;
       if (ix + right_by < 0) ix = -right_by;
-      samples[k] = ColorAt(ix + right_by, iy + down_by);
+      samples[k] = ColorAt(ix + right_by, iy + up_by);
     }
     const uint32_t* const taps[4] = {samples, samples + 1, samples + 2, samples + 3};
-    functions.cubic_across(taps, across, channels_, 1, 1, sums[j]);
+    functions.cubic_across(taps, across, 1, 1, sums[j]);
   }
   const float* const sum_rows[4] = {sums[0], sums[1], sums[2], sums[3]};
   uint32_t color;
-  functions.cubic_down(sum_rows, down, channels_, 1, 1, &color);
+  functions.cubic_down(sum_rows, down, channels(), 1, 1, &color);
   return color;
 }
 
@@ -154,6 +133,7 @@ CubicOffsets Sampler::ColumnOffsets(int32_t x) const {
 
 CubicOffsets Sampler::RowOffsets(int32_t y) const { return OffsetsFor(y, height() - 1); }
 
+// The end of the columns that have the offsets of column x.
 int32_t Sampler::EndOfOffsets(int32_t x) const {
   for (const int32_t end : {1, width() - 2, width() - 1}) {
     if (x < end) return end;
@@ -161,31 +141,116 @@ int32_t Sampler::EndOfOffsets(int32_t x) const {
   return INT32_MAX;
 }
 
+Sampler::Range Sampler::Inner(int32_t size) const {
+  return {mode_ == kBicubic ? 1 : 0, size - static_cast<int32_t>(mode_)};
+}
+
 void Sampler::Place(const int32_t* columns, int32_t column_move, const int32_t* rows, int first,
-                    int end, Tap* tap) const {
-  switch (source_.bit_count()) {
-    case 1:
-      return PlaceDepth<1>(columns, column_move, rows, stride(), first, end, tap);
-    case 4:
-      return PlaceDepth<4>(columns, column_move, rows, stride(), first, end, tap);
-    case 8:
-      return PlaceDepth<8>(columns, column_move, rows, stride(), first, end, tap);
-    case 24:
-      return PlaceDepth<24>(columns, column_move, rows, stride(), first, end, tap);
+                    int end, int tap, Taps* taps) const {
+  FindPixels(columns + first, column_move, rows == nullptr ? nullptr : rows + first, stride(),
+             source_.bit_count(), static_cast<size_t>(end - first), taps->offset[tap] + first,
+             taps->shift[tap] + first);
+}
+
+void Sampler::FindNeighbours(const int32_t* columns, const int32_t* rows, int32_t x, int first,
+                             int end, Taps* taps) const {
+  if (mode_ != kBicubic || gray_) {
+    // Gray levels are read side by side whatever the offsets; SumAcross() picks from them.
+    const int32_t left = mode_ == kBicubic ? -1 : 0;
+    for (int k = 0; k < (whole_words() ? 1 : tap_count()); ++k) {
+      Place(columns, left + k, rows, first, end, k, taps);
+    }
+    return;
+  }
+  for (int i = first; i < end;) {
+    const CubicOffsets offsets = ColumnOffsets(x + i);
+    const int next = static_cast<int>(std::min(EndOfOffsets(x + i) - x, end));
+    for (int k = 0; k < 4; ++k) Place(columns, offsets.at[k], rows, i, next, k, taps);
+    i = next;
   }
 }
 
-void Sampler::Fetch(const Tap& tap, int32_t row_move, int first, int end, uint32_t* colors) const {
+void Sampler::FetchTap(const Taps& taps, int tap, int32_t row_move, int first, int end,
+                       uint32_t* colors) const {
   const rows::RowFunctions& functions = rows::Active();
-  const int32_t move = row_move * stride();
+  const int32_t bytes = height() * stride(), move = row_move * stride();
   const size_t n = static_cast<size_t>(end - first);
-  if (source_.bit_count() == 24) {
-    functions.fetch24(source_.rows(), height() * stride(), tap.offset + first, move, n,
-                      colors + first);
+  if (source_.bit_count() == 24 || whole_words()) {
+    functions.fetch_words(source_.rows(), bytes, taps.offset[tap] + first, move, n, colors + first);
   } else {
-    functions.fetch_indexed(source_.rows(), tap.offset + first, tap.shift + first, move,
-                            (1u << source_.bit_count()) - 1, colors_, n, colors + first);
+    functions.fetch_indexed(source_.rows(), bytes, taps.offset[tap] + first,
+                            taps.shift[tap] + first, move, (1u << source_.bit_count()) - 1, colors_,
+                            n, colors + first);
   }
+}
+
+void Sampler::Fetch(const Taps& taps, int32_t row_move, int first, int end,
+                    Samples* samples) const {
+  const rows::RowFunctions& functions = rows::Active();
+  const size_t n = static_cast<size_t>(end - first);
+  if (whole_words()) {
+    FetchTap(taps, 0, row_move, first, end, samples->tap[0]);
+    if (gray_) {
+      functions.apply_table(reinterpret_cast<uint8_t*>(samples->tap[0] + first), 4 * n, levels_);
+    }
+    return;
+  }
+  for (int k = 0; k < tap_count(); ++k) {
+    FetchTap(taps, k, row_move, first, end, samples->tap[k]);
+  }
+  if (gray_) {
+    const uint32_t* words[4];
+    for (int k = 0; k < 4; ++k) words[k] = samples->tap[std::min(k, tap_count() - 1)] + first;
+    functions.pack_bytes(words, n, samples->tap[0] + first);
+  }
+}
+
+void Sampler::Blend(const Samples& lower, const Samples& upper, const float* dx, const float* dy,
+                    int first, int end, uint32_t* colors) const {
+  const rows::RowFunctions& functions = rows::Active();
+  const size_t n = static_cast<size_t>(end - first);
+  const uint32_t* const taps[4] = {lower.tap[0] + first, lower.tap[1] + first, upper.tap[0] + first,
+                                   upper.tap[1] + first};
+  if (gray_) {
+    functions.bilinear_gray(taps[0], taps[2], dx + first, dy + first, n, colors + first);
+  } else {
+    functions.bilinear(taps, dx + first, dy + first, n, colors + first);
+  }
+}
+
+void Sampler::SumAcross(const Samples& samples, int32_t x, const float (*weights)[kRun], int first,
+                        int end, float* sums) const {
+  const rows::RowFunctions& functions = rows::Active();
+  for (int i = first; i < end;) {
+    const int next = gray_ ? static_cast<int>(std::min(EndOfOffsets(x + i) - x, end)) : end;
+    const size_t n = static_cast<size_t>(next - i);
+    const float* from_weights[4];
+    const uint32_t* taps[4];
+    for (int k = 0; k < 4; ++k) {
+      from_weights[k] = weights[k] + i;
+      taps[k] = samples.tap[k] + i;
+    }
+    if (gray_) {
+      const CubicOffsets offsets = ColumnOffsets(x + i);
+      int bytes[4];
+      for (int k = 0; k < 4; ++k) bytes[k] = offsets.at[k] + 1;
+      functions.cubic_across_gray(taps[0], bytes, from_weights, n, sums + i);
+    } else {
+      functions.cubic_across(taps, from_weights, n, kRun, sums + i);
+    }
+    i = next;
+  }
+}
+
+void Sampler::SumDown(const float* const sums[4], const float (*weights)[kRun], int first, int end,
+                      uint32_t* colors) const {
+  const float *from_sums[4], *from_weights[4];
+  for (int k = 0; k < 4; ++k) {
+    from_sums[k] = sums[k] + first;
+    from_weights[k] = weights[k] + first;
+  }
+  rows::Active().cubic_down(from_sums, from_weights, channels(), static_cast<size_t>(end - first),
+                            kRun, colors + first);
 }
 
 void Sampler::Store(const uint32_t* colors, int first, int end, int count, uint8_t* row) {
@@ -198,7 +263,7 @@ void Sampler::Store(const uint32_t* colors, int first, int end, int count, uint8
   }
   uint8_t indices[kRun];
   if (end - first < count) std::memset(indices, 255, sizeof indices);
-  if (mode_ == kPoint || channels_ == 1) {
+  if (mode_ == kPoint || gray_) {
     const size_t n = static_cast<size_t>(end - first);
     functions.low_bytes(colors + first, n, indices + first);
     if (mode_ != kPoint) functions.apply_table(indices + first, n, gray_index_);

@@ -9,6 +9,7 @@
 // all entries are gray, one channel and a table from gray levels to indices do.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 
@@ -37,10 +38,16 @@ class Sampler {
   // Pixels of a run at most; a multiple of 8.
   static constexpr int kRun = 512;
 
-  // Neighbours of a run's pixels: byte offsets from the first source row, shifts as in PixelPlace.
-  struct Tap {
-    int32_t offset[kRun];
-    uint8_t shift[kRun];
+  // Where a run's pixels find their neighbours in a row: byte offsets from the first source row,
+  // and shifts as FindPixels() gives them.
+  struct Taps {
+    int32_t offset[4][kRun];
+    uint8_t shift[4][kRun];
+  };
+  // The neighbours of a run's pixels in one row: a word of color each, or gray levels side by side
+  // in the words of tap[0].
+  struct Samples {
+    uint32_t tap[4][kRun];
   };
 
   // Takes all its memory at once.
@@ -51,48 +58,70 @@ class Sampler {
   // Whether there is a pixel to read, of a depth and in a mode that are known.
   bool Paints() const;
 
-  uint32_t mode() const { return mode_; }
-  int channels() const { return channels_; }
+  ResampleMode mode() const { return static_cast<ResampleMode>(mode_); }
+  int channels() const { return gray_ ? 1 : 3; }
   int32_t width() const { return source_.width(); }
   int32_t height() const { return source_.height(); }
-  int32_t stride() const { return static_cast<int32_t>(source_.stride()); }
 
   // The blended color of pixel (x, y) of the new image; in point mode the pixel's value.
   uint32_t SamplePixel(Position column, Position row, int32_t x, int32_t y) const;
 
-  // Whether the runs below serve this source; a smaller one is left to SamplePixel().
+  // Whether runs serve this source; a smaller one is left to SamplePixel().
   bool FitsRuns() const { return width() >= 4 && height() >= 4; }
-  // Bicubic positions whose sixteen samples lie in the source whatever their offsets are. All
-  // others are left to SamplePixel().
-  static bool Interior(int32_t whole, int32_t size) { return whole >= 1 && whole <= size - 3; }
-
-  // Offsets of bicubic samples; x and y are coordinates in the new image.
-  CubicOffsets ColumnOffsets(int32_t x) const;
+  // Where a run may read on an axis of `size` pixels, so that all its neighbours lie in the source.
+  // In bicubic mode positions outside are left to SamplePixel(); the other modes prescribe that
+  // they are moved inside.
+  struct Range {
+    int32_t low, high;
+    int32_t Limit(int32_t whole) const { return std::clamp(whole, low, high); }
+  };
+  Range Inner(int32_t size) const;
+  // Offsets of the rows that pixels of row y of the new image read in bicubic mode.
   CubicOffsets RowOffsets(int32_t y) const;
-  // The end of the columns that have the offsets of column x.
-  int32_t EndOfOffsets(int32_t x) const;
 
-  // Sets the places of source pixels (columns[i] + column_move, rows[i]); without rows, of row 0.
-  void Place(const int32_t* columns, int32_t column_move, const int32_t* rows, int first, int end,
-             Tap* tap) const;
-  // The colors at the tap's places, `row_move` rows further up.
-  void Fetch(const Tap& tap, int32_t row_move, int first, int end, uint32_t* colors) const;
+  // Finds the neighbours of inner positions columns[i] in rows[i], or in row 0 without `rows`.
+  // Pixel [0] of the run has column x in the new image. Here and below, [first, end) of the run.
+  void FindNeighbours(const int32_t* columns, const int32_t* rows, int32_t x, int first, int end,
+                      Taps* taps) const;
+  // Reads them `row_move` rows further up.
+  void Fetch(const Taps& taps, int32_t row_move, int first, int end, Samples* samples) const;
+  // Bilinear colors of neighbours in two rows.
+  void Blend(const Samples& lower, const Samples& upper, const float* dx, const float* dy,
+             int first, int end, uint32_t* colors) const;
+  // Bicubic sums of neighbours in a row, channel after channel in planes of kRun.
+  void SumAcross(const Samples& samples, int32_t x, const float (*weights)[kRun], int first,
+                 int end, float* sums) const;
+  // Bicubic colors of four rows' sums.
+  void SumDown(const float* const sums[4], const float (*weights)[kRun], int first, int end,
+               uint32_t* colors) const;
 
   // Stores colors [first, end) as pixels of `row`, whose first pixel is that of the run. The pixels
   // before and behind them in an indexed image's run of `count` get the highest index.
   void Store(const uint32_t* colors, int first, int end, int count, uint8_t* row);
 
  private:
+  CubicOffsets ColumnOffsets(int32_t x) const;
+  int32_t EndOfOffsets(int32_t x) const;
+  void Place(const int32_t* columns, int32_t column_move, const int32_t* rows, int first, int end,
+             int tap, Taps* taps) const;
+  void FetchTap(const Taps& taps, int tap, int32_t row_move, int first, int end,
+                uint32_t* colors) const;
+  int32_t stride() const { return static_cast<int32_t>(source_.stride()); }
+  // Neighbours in a row.
+  int tap_count() const { return mode_ == kBicubic ? 4 : static_cast<int>(mode_); }
+  bool whole_words() const { return source_.bit_count() == 8 && (gray_ || mode_ == kPoint); }
+
   uint32_t ColorAt(int32_t column, int32_t row) const;
   uint32_t BilinearColor(Position column, Position row) const;
   uint32_t BicubicColor(Position column, Position row, int32_t x, int32_t y) const;
 
   DibView source_;
   uint32_t mode_;
-  int channels_ = 3;
   bool ready_ = true;
+  bool gray_ = false;        // an indexed image is blended in one channel
   uint32_t colors_[256];     // of the indices; the indices themselves in point mode
-  uint8_t gray_index_[256];  // gray level to index
+  uint8_t levels_[256];      // gray levels of the indices
+  uint8_t gray_index_[256];  // and back
   std::optional<NearestEntry> nearest_;
 };
 

@@ -50,6 +50,8 @@ class Rotator {
   // Pixels that come from outside the source keep their value.
   void Run(Resampling resampling, uint8_t* new_rows, size_t stride) {
     const bool runs = resampling == Resampling::kRuns && sampler_.FitsRuns();
+    const Sampler::Range columns = sampler_.Inner(sampler_.width());
+    const Sampler::Range rows = sampler_.Inner(sampler_.height());
     const int32_t width = static_cast<int32_t>(turn_.width);
     const int32_t height = static_cast<int32_t>(turn_.height);
     for (int32_t y = 0; y < height; ++y) {
@@ -63,17 +65,14 @@ class Rotator {
         while (first < end && !InSource(end - 1)) --end;
         if (first == end) continue;
         const size_t inside = static_cast<size_t>(end - first);
-        functions_.split_positions(w.column + first, inside, w.ix + first, w.dx + first);
-        functions_.split_positions(w.row + first, inside, w.iy + first, w.dy + first);
-        if (!runs) {
-          for (int i = first; i < end; ++i) SamplePixel(x, y, i);
-        } else if (sampler_.mode() == kPoint) {
-          sampler_.Place(w.ix, 0, w.iy, first, end, &w.taps[0]);
-          Fetch(0, 0, first, end, w.colors);
-        } else if (sampler_.mode() == kBilinear) {
-          BilinearRun(first, end);
+        functions_.split_positions(w.column + first, inside, columns.low, columns.high,
+                                   w.ix + first, w.inner_ix + first, w.dx + first);
+        functions_.split_positions(w.row + first, inside, rows.low, rows.high, w.iy + first,
+                                   w.inner_iy + first, w.dy + first);
+        if (runs) {
+          SampleRun(x, y, first, end);
         } else {
-          BicubicRun(x, y, first, end);
+          for (int i = first; i < end; ++i) SamplePixel(x, y, i);
         }
         sampler_.Store(w.colors, first, end, count, row + static_cast<size_t>(x) * bit_count_ / 8);
       }
@@ -86,9 +85,9 @@ class Rotator {
     int32_t ix[kRun], iy[kRun];
     float dx[kRun], dy[kRun];
     int32_t inner_ix[kRun], inner_iy[kRun];
-    Sampler::Tap taps[4];
+    Sampler::Taps taps;
+    Sampler::Samples samples[2];
     float column_weights[4][kRun], row_weights[4][kRun];
-    uint32_t samples[4][kRun];
     float sums[4][3 * kRun];
     uint32_t colors[kRun];
   };
@@ -115,60 +114,40 @@ class Rotator {
     w.colors[i] = sampler_.SamplePixel({w.ix[i], w.dx[i]}, {w.iy[i], w.dy[i]}, x + i, y);
   }
 
-  void Fetch(int tap, int32_t row_move, int first, int end, uint32_t* colors) {
-    sampler_.Fetch(work_[0].taps[tap], row_move, first, end, colors);
-  }
-
-  void BilinearRun(int first, int end) {
+  void SampleRun(int32_t x, int32_t y, int first, int end) {
     Work& w = work_[0];
-    for (int i = first; i < end; ++i) {
-      w.inner_ix[i] = std::min(w.ix[i], sampler_.width() - 2);
-      w.inner_iy[i] = std::min(w.iy[i], sampler_.height() - 2);
+    sampler_.FindNeighbours(w.inner_ix, w.inner_iy, x, first, end, &w.taps);
+    if (sampler_.mode() == kBicubic) {
+      BicubicRun(x, y, first, end);
+      return;
     }
-    for (int k = 0; k < 2; ++k) {
-      sampler_.Place(w.inner_ix, k, w.inner_iy, first, end, &w.taps[k]);
-      Fetch(k, 0, first, end, w.samples[k]);
-      Fetch(k, 1, first, end, w.samples[2 + k]);
+    sampler_.Fetch(w.taps, 0, first, end, &w.samples[0]);
+    if (sampler_.mode() == kPoint) {
+      std::copy(w.samples[0].tap[0] + first, w.samples[0].tap[0] + end, w.colors + first);
+      return;
     }
-    const uint32_t* const samples[4] = {w.samples[0] + first, w.samples[1] + first,
-                                        w.samples[2] + first, w.samples[3] + first};
-    functions_.bilinear(samples, w.dx + first, w.dy + first, sampler_.channels(),
-                        static_cast<size_t>(end - first), w.colors + first);
+    sampler_.Fetch(w.taps, 1, first, end, &w.samples[1]);
+    sampler_.Blend(w.samples[0], w.samples[1], w.dx, w.dy, first, end, w.colors);
   }
 
   void BicubicRun(int32_t x, int32_t y, int first, int end) {
     Work& w = work_[0];
-    const size_t inside = static_cast<size_t>(end - first);
-    for (int i = first; i < end; ++i) {
-      w.inner_ix[i] = std::clamp(w.ix[i], 1, sampler_.width() - 3);
-      w.inner_iy[i] = std::clamp(w.iy[i], 1, sampler_.height() - 3);
-    }
-    for (int i = first; i < end;) {
-      const CubicOffsets offsets = sampler_.ColumnOffsets(x + i);
-      const int next = static_cast<int>(std::min(sampler_.EndOfOffsets(x + i) - x, end));
-      for (int k = 0; k < 4; ++k) {
-        sampler_.Place(w.inner_ix, offsets.at[k], w.inner_iy, i, next, &w.taps[k]);
-      }
-      i = next;
-    }
-    const CubicOffsets row_offsets = sampler_.RowOffsets(y);
-    const uint32_t* samples[4];
-    const float* sums[4];
     float *column_weights[4], *row_weights[4];
     for (int k = 0; k < 4; ++k) {
-      samples[k] = w.samples[k] + first;
-      sums[k] = w.sums[k] + first;
       column_weights[k] = w.column_weights[k] + first;
       row_weights[k] = w.row_weights[k] + first;
     }
+    const size_t inside = static_cast<size_t>(end - first);
     functions_.cubic_weights(w.dx + first, inside, column_weights);
     functions_.cubic_weights(w.dy + first, inside, row_weights);
+    const CubicOffsets row_offsets = sampler_.RowOffsets(y);
+    const float* sums[4];
     for (int j = 0; j < 4; ++j) {
-      for (int k = 0; k < 4; ++k) Fetch(k, row_offsets.at[j], first, end, w.samples[k]);
-      functions_.cubic_across(samples, column_weights, sampler_.channels(), inside, kRun,
-                              w.sums[j] + first);
+      sampler_.Fetch(w.taps, row_offsets.at[j], first, end, &w.samples[0]);
+      sampler_.SumAcross(w.samples[0], x, w.column_weights, first, end, w.sums[j]);
+      sums[j] = w.sums[j];
     }
-    functions_.cubic_down(sums, row_weights, sampler_.channels(), inside, kRun, w.colors + first);
+    sampler_.SumDown(sums, w.row_weights, first, end, w.colors);
     for (int i = first; i < end; ++i) {
       if (w.inner_ix[i] != w.ix[i] || w.inner_iy[i] != w.iy[i]) SamplePixel(x, y, i);
     }

@@ -76,12 +76,11 @@ class Scaler {
   struct Work {
     int32_t whole[kRun];
     float fraction[kRun];
-    Sampler::Tap taps[4];
+    Sampler::Taps taps;
     float column_weights[4][kRun];
-    float row_weights[4][kRun];    // bilinear: the fraction, in [0]
-    uint32_t fetched[2][2][kRun];  // bilinear: by source row (its lowest bit) and tap
-    uint32_t samples[4][kRun];     // bicubic: of one source row
-    float sums[4][3 * kRun];       // bicubic: by source row (its lowest two bits)
+    float row_weights[4][kRun];   // bilinear: the fraction, in [0]
+    Sampler::Samples samples[2];  // bilinear: by source row (its lowest bit)
+    float sums[4][3 * kRun];      // bicubic: by source row (its lowest two bits)
     uint32_t colors[kRun];
   };
 
@@ -94,29 +93,22 @@ class Scaler {
       w.fraction[i] = position.fraction;
     }
     if (!sampler_.FitsRuns()) return;
-    // Columns as runs read them: inside the source with all their neighbours.
     int32_t columns[kRun];
-    const int32_t first = sampler_.mode() == kBicubic ? 1 : 0;
-    const int32_t last = sampler_.width() - static_cast<int32_t>(sampler_.mode());
-    for (int i = 0; i < count_; ++i) columns[i] = std::clamp(w.whole[i], first, last);
-    if (sampler_.mode() != kBicubic) {
-      for (int k = 0; k < static_cast<int>(sampler_.mode()); ++k) {
-        sampler_.Place(columns, k, nullptr, 0, count_, &w.taps[k]);
+    const Sampler::Range inner = sampler_.Inner(sampler_.width());
+    for (int i = 0; i < count_; ++i) columns[i] = inner.Limit(w.whole[i]);
+    sampler_.FindNeighbours(columns, nullptr, x_, 0, count_, &w.taps);
+    if (sampler_.mode() == kBicubic) {
+      float* const weights[4] = {w.column_weights[0], w.column_weights[1], w.column_weights[2],
+                                 w.column_weights[3]};
+      functions_.cubic_weights(w.fraction, static_cast<size_t>(count_), weights);
+      // Positions ascend, so the columns that need corrections stand at the ends.
+      inner_ = 0;
+      inner_end_ = count_;
+      while (inner_ < inner_end_ && columns[inner_] != w.whole[inner_]) ++inner_;
+      while (inner_ < inner_end_ && columns[inner_end_ - 1] != w.whole[inner_end_ - 1]) {
+        --inner_end_;
       }
-      return;
     }
-    for (int i = 0; i < count_;) {
-      const int32_t x = x_ + i;
-      const CubicOffsets offsets = sampler_.ColumnOffsets(x);
-      const int end = static_cast<int>(std::min(sampler_.EndOfOffsets(x) - x_, count_));
-      for (int k = 0; k < 4; ++k) {
-        sampler_.Place(columns, offsets.at[k], nullptr, i, end, &w.taps[k]);
-      }
-      i = end;
-    }
-    float* const weights[4] = {w.column_weights[0], w.column_weights[1], w.column_weights[2],
-                               w.column_weights[3]};
-    functions_.cubic_weights(w.fraction, static_cast<size_t>(count_), weights);
   }
 
   void SamplePixels(Position row, int32_t y, int first, int end) {
@@ -126,69 +118,56 @@ class Scaler {
     }
   }
 
+  // Reads a source row's neighbours unless the slot still holds them. Rows of one pixel never share
+  // a slot: they are neighbours, and there is a slot for each.
+  bool Keep(int slot, int32_t source_row) {
+    const bool kept = kept_[slot] == source_row;
+    kept_[slot] = source_row;
+    return kept;
+  }
+
   void PointRow(Position row) {
-    const int32_t source_row = std::min(row.whole, sampler_.height() - 1);
-    if (kept_[0] == source_row) return;
-    kept_[0] = source_row;
-    sampler_.Fetch(work_[0].taps[0], source_row, 0, count_, work_[0].colors);
+    const int32_t source_row = sampler_.Inner(sampler_.height()).Limit(row.whole);
+    if (Keep(0, source_row)) return;
+    sampler_.Fetch(work_[0].taps, source_row, 0, count_, &work_[0].samples[0]);
+    std::copy_n(work_[0].samples[0].tap[0], count_, work_[0].colors);
   }
 
   void BilinearRow(Position row) {
     Work& w = work_[0];
-    const int32_t first_row = std::min(row.whole, sampler_.height() - 2);
-    for (int32_t source_row = first_row; source_row <= first_row + 1; ++source_row) {
-      const int slot = source_row & 1;
-      if (kept_[slot] == source_row) continue;
-      kept_[slot] = source_row;
-      for (int k = 0; k < 2; ++k) {
-        sampler_.Fetch(w.taps[k], source_row, 0, count_, w.fetched[slot][k]);
-      }
+    const int32_t lower = sampler_.Inner(sampler_.height()).Limit(row.whole);
+    for (const int32_t source_row : {lower, lower + 1}) {
+      if (Keep(source_row & 1, source_row)) continue;
+      sampler_.Fetch(w.taps, source_row, 0, count_, &w.samples[source_row & 1]);
     }
-    std::fill(w.row_weights[0], w.row_weights[0] + count_, row.fraction);
-    const auto& lower = w.fetched[first_row & 1];
-    const auto& upper = w.fetched[(first_row + 1) & 1];
-    const uint32_t* const taps[4] = {lower[0], lower[1], upper[0], upper[1]};
-    functions_.bilinear(taps, w.fraction, w.row_weights[0], sampler_.channels(),
-                        static_cast<size_t>(count_), w.colors);
+    std::fill_n(w.row_weights[0], count_, row.fraction);
+    sampler_.Blend(w.samples[lower & 1], w.samples[(lower + 1) & 1], w.fraction, w.row_weights[0],
+                   0, count_, w.colors);
   }
 
   void BicubicRow(Position row, int32_t y) {
     Work& w = work_[0];
-    if (!Sampler::Interior(row.whole, sampler_.height())) {
+    if (sampler_.Inner(sampler_.height()).Limit(row.whole) != row.whole) {
       SamplePixels(row, y, 0, count_);
       return;
     }
-    const size_t count = static_cast<size_t>(count_);
     const CubicOffsets offsets = sampler_.RowOffsets(y);
-    const uint32_t* const samples[4] = {w.samples[0], w.samples[1], w.samples[2], w.samples[3]};
-    const float* const column_weights[4] = {w.column_weights[0], w.column_weights[1],
-                                            w.column_weights[2], w.column_weights[3]};
-    const float* sums[4];
     float weights[4];
     float* const each_weight[4] = {weights, weights + 1, weights + 2, weights + 3};
     functions_.cubic_weights(&row.fraction, 1, each_weight);
+    const float* sums[4];
     for (int j = 0; j < 4; ++j) {
-      // Offsets are within four of each other, so the rows of one pixel never share a slot.
       const int32_t source_row = row.whole + offsets.at[j];
-      const int slot = source_row & 3;
-      if (kept_[slot] != source_row) {
-        kept_[slot] = source_row;
-        for (int k = 0; k < 4; ++k) sampler_.Fetch(w.taps[k], source_row, 0, count_, w.samples[k]);
-        functions_.cubic_across(samples, column_weights, sampler_.channels(), count, kRun,
-                                w.sums[slot]);
+      sums[j] = w.sums[source_row & 3];
+      if (!Keep(source_row & 3, source_row)) {
+        sampler_.Fetch(w.taps, source_row, 0, count_, &w.samples[0]);
+        sampler_.SumAcross(w.samples[0], x_, w.column_weights, 0, count_, w.sums[source_row & 3]);
       }
-      sums[j] = w.sums[slot];
-      std::fill(w.row_weights[j], w.row_weights[j] + count_, weights[j]);
+      std::fill_n(w.row_weights[j], count_, weights[j]);
     }
-    const float* const row_weights[4] = {w.row_weights[0], w.row_weights[1], w.row_weights[2],
-                                         w.row_weights[3]};
-    functions_.cubic_down(sums, row_weights, sampler_.channels(), count, kRun, w.colors);
-    // Positions ascend, so the columns that need corrections stand at the ends.
-    int first = 0, end = count_;
-    while (first < end && !Sampler::Interior(w.whole[first], sampler_.width())) ++first;
-    while (first < end && !Sampler::Interior(w.whole[end - 1], sampler_.width())) --end;
-    SamplePixels(row, y, 0, first);
-    SamplePixels(row, y, end, count_);
+    sampler_.SumDown(sums, w.row_weights, 0, count_, w.colors);
+    SamplePixels(row, y, 0, inner_);
+    SamplePixels(row, y, inner_end_, count_);
   }
 
   Sampler& sampler_;
@@ -198,7 +177,8 @@ class Scaler {
   const float x_factor_, y_factor_;
   int32_t x_ = 0;
   int32_t count_ = 0;
-  int32_t kept_[4];  // source rows that the slots hold; -1 none
+  int inner_ = 0, inner_end_ = 0;  // bicubic: the columns that need no correction
+  int32_t kept_[4];                // source rows that the slots hold; -1 none
 };
 
 }  // namespace
