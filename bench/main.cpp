@@ -2,6 +2,7 @@
 // medians side by side.
 #include <benchmark/benchmark.h>
 
+#include <climits>
 #include <cstdio>
 #include <map>
 #include <string>
@@ -10,6 +11,9 @@
 
 #include "compare.h"
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
 #ifdef OMBRILO_HAVE_OPENCV
 #include <opencv2/core.hpp>
 #include <opencv2/core/ocl.hpp>
@@ -96,6 +100,13 @@ void ComparePrepared(const std::string& row, double pixels, std::function<void()
 }  // namespace ombrilo::bench
 
 int main(int argc, char** argv) {
+#if defined(__GLIBC__)
+  // On both sides, blocks come from memory that the process already has: rows measure the work and
+  // not how the kernel hands out pages.
+  mallopt(M_MMAP_MAX, 0);
+  mallopt(M_TRIM_THRESHOLD, INT_MAX);
+  mallopt(M_TOP_PAD, 256 << 20);
+#endif
   // Alternate both sides and keep the medians; arguments given by the user come last and win.
   std::vector<char*> arguments(argv, argv + 1);
   std::string defaults[] = {"--benchmark_repetitions=5", "--benchmark_min_time=0.1",
