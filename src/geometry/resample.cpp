@@ -40,6 +40,9 @@ Sampler::Sampler(const DibView& source, uint32_t mode) : source_(source), mode_(
     const uint8_t level = static_cast<uint8_t>(i);
     if (gray_) gray_index_[i] = nearest_->Find(level, level, level);
   }
+  // Then every level is an entry and the nearest one to itself.
+  plain_gray_ = gray_;
+  for (int i = 0; i < 256; ++i) plain_gray_ = plain_gray_ && levels_[i] == i;
 }
 
 bool Sampler::Paints() const {
@@ -82,7 +85,7 @@ uint32_t Sampler::BilinearColor(Position column, Position row) const {
     upper.tap[0][0] |= upper.tap[1][0] << 8;
   }
   uint32_t color;
-  Blend(lower, upper, &column.fraction, &row.fraction, 0, 1, &color);
+  Blend(lower, upper, &column.fraction, &row.fraction, true, 0, 1, &color);
   return color;
 }
 
@@ -116,8 +119,9 @@ uint32_t Sampler::BicubicColor(Position column, Position row, int32_t x, int32_t
     functions.cubic_across(taps, across, 1, 1, sums[j]);
   }
   const float* const sum_rows[4] = {sums[0], sums[1], sums[2], sums[3]};
+  // Gray levels are the lowest channel; the others are 0.
   uint32_t color;
-  functions.cubic_down(sum_rows, down, channels(), 1, 1, &color);
+  functions.cubic_down(sum_rows, down, true, 1, 1, &color);
   return color;
 }
 
@@ -190,7 +194,7 @@ void Sampler::Fetch(const Taps& taps, int32_t row_move, int first, int end,
   const size_t n = static_cast<size_t>(end - first);
   if (whole_words()) {
     FetchTap(taps, 0, row_move, first, end, samples->tap[0]);
-    if (gray_) {
+    if (gray_ && !plain_gray_) {
       functions.apply_table(reinterpret_cast<uint8_t*>(samples->tap[0] + first), 4 * n, levels_);
     }
     return;
@@ -206,15 +210,17 @@ void Sampler::Fetch(const Taps& taps, int32_t row_move, int first, int end,
 }
 
 void Sampler::Blend(const Samples& lower, const Samples& upper, const float* dx, const float* dy,
-                    int first, int end, uint32_t* colors) const {
+                    bool one_row, int first, int end, uint32_t* colors) const {
   const rows::RowFunctions& functions = rows::Active();
   const size_t n = static_cast<size_t>(end - first);
   const uint32_t* const taps[4] = {lower.tap[0] + first, lower.tap[1] + first, upper.tap[0] + first,
                                    upper.tap[1] + first};
+  dx += first;
+  dy += one_row ? 0 : first;
   if (gray_) {
-    functions.bilinear_gray(taps[0], taps[2], dx + first, dy + first, n, colors + first);
+    functions.bilinear_gray(taps[0], taps[2], dx, dy, one_row, n, colors + first);
   } else {
-    functions.bilinear(taps, dx + first, dy + first, n, colors + first);
+    functions.bilinear(taps, dx, dy, one_row, n, colors + first);
   }
 }
 
@@ -242,15 +248,20 @@ void Sampler::SumAcross(const Samples& samples, int32_t x, const float (*weights
   }
 }
 
-void Sampler::SumDown(const float* const sums[4], const float (*weights)[kRun], int first, int end,
-                      uint32_t* colors) const {
+void Sampler::SumDown(const float* const sums[4], const float* const weights[4], bool one_row,
+                      int first, int end, uint32_t* colors) const {
+  const rows::RowFunctions& functions = rows::Active();
+  const size_t n = static_cast<size_t>(end - first);
   const float *from_sums[4], *from_weights[4];
   for (int k = 0; k < 4; ++k) {
     from_sums[k] = sums[k] + first;
-    from_weights[k] = weights[k] + first;
+    from_weights[k] = weights[k] + (one_row ? 0 : first);
   }
-  rows::Active().cubic_down(from_sums, from_weights, channels(), static_cast<size_t>(end - first),
-                            kRun, colors + first);
+  if (gray_) {
+    functions.cubic_down_gray(from_sums, from_weights, one_row, n, colors + first);
+  } else {
+    functions.cubic_down(from_sums, from_weights, one_row, n, kRun, colors + first);
+  }
 }
 
 void Sampler::Store(const uint32_t* colors, int first, int end, int count, uint8_t* row) {
@@ -266,7 +277,7 @@ void Sampler::Store(const uint32_t* colors, int first, int end, int count, uint8
   if (mode_ == kPoint || gray_) {
     const size_t n = static_cast<size_t>(end - first);
     functions.low_bytes(colors + first, n, indices + first);
-    if (mode_ != kPoint) functions.apply_table(indices + first, n, gray_index_);
+    if (gray_ && !plain_gray_) functions.apply_table(indices + first, n, gray_index_);
   } else {
     for (int i = first; i < end; ++i) {
       const uint32_t color = colors[i];

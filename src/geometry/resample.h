@@ -59,7 +59,6 @@ class Sampler {
   bool Paints() const;
 
   ResampleMode mode() const { return static_cast<ResampleMode>(mode_); }
-  int channels() const { return gray_ ? 1 : 3; }
   int32_t width() const { return source_.width(); }
   int32_t height() const { return source_.height(); }
 
@@ -85,15 +84,16 @@ class Sampler {
                       Taps* taps) const;
   // Reads them `row_move` rows further up.
   void Fetch(const Taps& taps, int32_t row_move, int first, int end, Samples* samples) const;
-  // Bilinear colors of neighbours in two rows.
+  // Bilinear colors of neighbours in two rows. With `one_row`, here and below, dy[0] or the weights
+  // [..][0] serve all pixels.
   void Blend(const Samples& lower, const Samples& upper, const float* dx, const float* dy,
-             int first, int end, uint32_t* colors) const;
+             bool one_row, int first, int end, uint32_t* colors) const;
   // Bicubic sums of neighbours in a row, channel after channel in planes of kRun.
   void SumAcross(const Samples& samples, int32_t x, const float (*weights)[kRun], int first,
                  int end, float* sums) const;
   // Bicubic colors of four rows' sums.
-  void SumDown(const float* const sums[4], const float (*weights)[kRun], int first, int end,
-               uint32_t* colors) const;
+  void SumDown(const float* const sums[4], const float* const weights[4], bool one_row, int first,
+               int end, uint32_t* colors) const;
 
   // Stores colors [first, end) as pixels of `row`, whose first pixel is that of the run. The pixels
   // before and behind them in an indexed image's run of `count` get the highest index.
@@ -122,6 +122,7 @@ class Sampler {
   uint32_t colors_[256];     // of the indices; the indices themselves in point mode
   uint8_t levels_[256];      // gray levels of the indices
   uint8_t gray_index_[256];  // and back
+  bool plain_gray_ = false;  // indices are the levels
   std::optional<NearestEntry> nearest_;
 };
 

@@ -127,15 +127,16 @@ class Rotator {
       return;
     }
     sampler_.Fetch(w.taps, 1, first, end, &w.samples[1]);
-    sampler_.Blend(w.samples[0], w.samples[1], w.dx, w.dy, first, end, w.colors);
+    sampler_.Blend(w.samples[0], w.samples[1], w.dx, w.dy, false, first, end, w.colors);
   }
 
   void BicubicRun(int32_t x, int32_t y, int first, int end) {
     Work& w = work_[0];
-    float *column_weights[4], *row_weights[4];
+    float *column_weights[4], *row_weights[4], *all_row_weights[4];
     for (int k = 0; k < 4; ++k) {
       column_weights[k] = w.column_weights[k] + first;
       row_weights[k] = w.row_weights[k] + first;
+      all_row_weights[k] = w.row_weights[k];
     }
     const size_t inside = static_cast<size_t>(end - first);
     functions_.cubic_weights(w.dx + first, inside, column_weights);
@@ -147,7 +148,7 @@ class Rotator {
       sampler_.SumAcross(w.samples[0], x, w.column_weights, first, end, w.sums[j]);
       sums[j] = w.sums[j];
     }
-    sampler_.SumDown(sums, w.row_weights, first, end, w.colors);
+    sampler_.SumDown(sums, all_row_weights, false, first, end, w.colors);
     for (int i = first; i < end; ++i) {
       if (w.inner_ix[i] != w.ix[i] || w.inner_iy[i] != w.iy[i]) SamplePixel(x, y, i);
     }

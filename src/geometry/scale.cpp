@@ -78,7 +78,6 @@ class Scaler {
     float fraction[kRun];
     Sampler::Taps taps;
     float column_weights[4][kRun];
-    float row_weights[4][kRun];   // bilinear: the fraction, in [0]
     Sampler::Samples samples[2];  // bilinear: by source row (its lowest bit)
     float sums[4][3 * kRun];      // bicubic: by source row (its lowest two bits)
     uint32_t colors[kRun];
@@ -140,9 +139,8 @@ class Scaler {
       if (Keep(source_row & 1, source_row)) continue;
       sampler_.Fetch(w.taps, source_row, 0, count_, &w.samples[source_row & 1]);
     }
-    std::fill_n(w.row_weights[0], count_, row.fraction);
-    sampler_.Blend(w.samples[lower & 1], w.samples[(lower + 1) & 1], w.fraction, w.row_weights[0],
-                   0, count_, w.colors);
+    sampler_.Blend(w.samples[lower & 1], w.samples[(lower + 1) & 1], w.fraction, &row.fraction,
+                   true, 0, count_, w.colors);
   }
 
   void BicubicRow(Position row, int32_t y) {
@@ -163,9 +161,8 @@ class Scaler {
         sampler_.Fetch(w.taps, source_row, 0, count_, &w.samples[0]);
         sampler_.SumAcross(w.samples[0], x_, w.column_weights, 0, count_, w.sums[source_row & 3]);
       }
-      std::fill_n(w.row_weights[j], count_, weights[j]);
     }
-    sampler_.SumDown(sums, w.row_weights, 0, count_, w.colors);
+    sampler_.SumDown(sums, each_weight, true, 0, count_, w.colors);
     SamplePixels(row, y, 0, inner_);
     SamplePixels(row, y, inner_end_, count_);
   }

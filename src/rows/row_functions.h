@@ -60,12 +60,12 @@ struct RowFunctions {
   // packed[i] = words[0][i] | words[1][i] << 8 | words[2][i] << 16 | words[3][i] << 24
   void (*pack_bytes)(const uint32_t* const words[4], size_t count, uint32_t* packed);
   // Each channel: (1-dy)(1-dx) taps[0] + (1-dy)dx taps[1] + (1-dx)dy taps[2] + dx dy taps[3],
-  // summed in this order, limited to 0..255 and truncated.
-  void (*bilinear)(const uint32_t* const taps[4], const float* dx, const float* dy, size_t count,
-                   uint32_t* colors);
+  // summed in this order, limited to 0..255 and truncated. With one_dy, dy[0] serves all.
+  void (*bilinear)(const uint32_t* const taps[4], const float* dx, const float* dy, bool one_dy,
+                   size_t count, uint32_t* colors);
   // The same of the lower two bytes of two words.
   void (*bilinear_gray)(const uint32_t* lower, const uint32_t* upper, const float* dx,
-                        const float* dy, size_t count, uint32_t* levels);
+                        const float* dy, bool one_dy, size_t count, uint32_t* levels);
   // The cubic weights of four neighbours at the distances 1+d, d, 1-d, 2-d. With a = |distance|:
   // 1 - 2a^2 + a^3 below 1, 4 - 8a + 5a^2 - a^3 below 2, 0 beyond.
   void (*cubic_weights)(const float* fraction, size_t count, float* const weights[4]);
@@ -75,10 +75,13 @@ struct RowFunctions {
   // sums[i] = four bytes of words[i], at the places bytes[], times their weights.
   void (*cubic_across_gray)(const uint32_t* words, const int bytes[4],
                             const float* const weights[4], size_t count, float* sums);
-  // Each of 1 or 3 channels: the four sums times their weights, summed in order, limited to 0..255,
-  // truncated.
-  void (*cubic_down)(const float* const sums[4], const float* const weights[4], int channels,
+  // Each channel: the four sums times their weights, summed in order, limited to 0..255, truncated.
+  // With one_weight, weights[..][0] serve all.
+  void (*cubic_down)(const float* const sums[4], const float* const weights[4], bool one_weight,
                      size_t count, size_t plane, uint32_t* colors);
+  // The same of one channel.
+  void (*cubic_down_gray)(const float* const sums[4], const float* const weights[4],
+                          bool one_weight, size_t count, uint32_t* levels);
   // positions[i] = (first + i) * step + origin + center
   void (*line_positions)(int32_t first, float step, float origin, float center, size_t count,
                          float* positions);
