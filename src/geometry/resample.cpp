@@ -267,25 +267,29 @@ void Sampler::SumDown(const float* const sums[4], const float* const weights[4],
 void Sampler::Store(const uint32_t* colors, int first, int end, int count, uint8_t* row) {
   if (first >= end) return;
   const rows::RowFunctions& functions = rows::Active();
+  const size_t n = static_cast<size_t>(end - first);
+  colors += first;
   if (source_.bit_count() == 24) {
-    functions.drop_fourth_byte(reinterpret_cast<const uint8_t*>(colors + first),
-                               static_cast<size_t>(end - first), row + 3 * first);
+    functions.drop_fourth_byte(reinterpret_cast<const uint8_t*>(colors), n, row + 3 * first);
     return;
   }
-  uint8_t indices[kRun];
-  if (end - first < count) std::memset(indices, 255, sizeof indices);
+  uint8_t packed_later[kRun];
+  const bool packed = source_.bit_count() < 8;
+  if (packed && end - first < count) std::memset(packed_later, 255, sizeof packed_later);
+  uint8_t* const indices = (packed ? packed_later : row) + first;
   if (mode_ == kPoint || gray_) {
-    const size_t n = static_cast<size_t>(end - first);
-    functions.low_bytes(colors + first, n, indices + first);
-    if (gray_ && !plain_gray_) functions.apply_table(indices + first, n, gray_index_);
+    functions.low_bytes(colors, n, indices);
+    if (gray_ && !plain_gray_) functions.apply_table(indices, n, gray_index_);
   } else {
-    for (int i = first; i < end; ++i) {
+    for (size_t i = 0; i < n; ++i) {
       const uint32_t color = colors[i];
       indices[i] = nearest_->Find(static_cast<uint8_t>(color), static_cast<uint8_t>(color >> 8),
                                   static_cast<uint8_t>(color >> 16));
     }
   }
-  PackIndices(indices, source_.bit_count(), static_cast<size_t>(count), row);
+  if (packed) {
+    PackIndices(packed_later, source_.bit_count(), static_cast<size_t>(count), row);
+  }
 }
 
 }  // namespace ombrilo

@@ -95,8 +95,8 @@ class Sampler {
   void SumDown(const float* const sums[4], const float* const weights[4], bool one_row, int first,
                int end, uint32_t* colors) const;
 
-  // Stores colors [first, end) as pixels of `row`, whose first pixel is that of the run. The pixels
-  // before and behind them in an indexed image's run of `count` get the highest index.
+  // Stores colors [first, end) as pixels of `row`, whose first pixel is that of the run. In rows of
+  // 1 and 4 bits the pixels before and behind them, up to `count`, get the highest index.
   void Store(const uint32_t* colors, int first, int end, int count, uint8_t* row);
 
  private:

@@ -67,7 +67,7 @@ class Scaler {
         } else {
           BicubicRow(row, y);
         }
-        sampler_.Store(work_[0].colors, 0, count_, count_, to_.At(x_, y));
+        sampler_.Store(NewPixels(runs), 0, count_, count_, to_.At(x_, y));
       }
     }
   }
@@ -125,11 +125,15 @@ class Scaler {
     return kept;
   }
 
+  // In point mode the samples are the pixels.
+  const uint32_t* NewPixels(bool runs) const {
+    return runs && sampler_.mode() == kPoint ? work_[0].samples[0].tap[0] : work_[0].colors;
+  }
+
   void PointRow(Position row) {
     const int32_t source_row = sampler_.Inner(sampler_.height()).Limit(row.whole);
     if (Keep(0, source_row)) return;
     sampler_.Fetch(work_[0].taps, source_row, 0, count_, &work_[0].samples[0]);
-    std::copy_n(work_[0].samples[0].tap[0], count_, work_[0].colors);
   }
 
   void BilinearRow(Position row) {
