@@ -29,7 +29,8 @@ Format FormatOfPath(const std::filesystem::path& path);
 Format FormatOfName(const std::string& name);
 const char* ExtensionOf(Format format);  // "png"
 
-// What kind of file it is, for people: "PNG", "BMP with a core header of 12 bytes". Throws FileError.
+// What kind of file it is, for people: "PNG", "BMP with a core header of 12 bytes". Throws
+// FileError.
 std::string KindOfFile(const std::filesystem::path& path);
 
 // Reads an image; the format is recognised by the file's first bytes, not by its name. The result
