@@ -59,7 +59,7 @@ struct RowFunctions {
   // blue = new green + amount, limited to 0..255.
   void (*adjust_lights)(uint8_t* bgr, size_t pixels, int highlights, int shadows1, int shadows2);
 
-  // Counts byte values at bytes[0], bytes[step], ...; a value's count is the sum over the four
+  // Counts byte values at bytes[0], bytes[step], ...; a value's count is the sum over the eight
   // sets.
   void (*count_bytes)(const uint8_t* bytes, size_t step, size_t count, uint32_t (*sets)[256]);
 
