@@ -149,9 +149,12 @@ class Rotator {
       sums[j] = w.sums[j];
     }
     sampler_.SumDown(sums, all_row_weights, false, first, end, w.colors);
-    for (int i = first; i < end; ++i) {
-      if (w.inner_ix[i] != w.ix[i] || w.inner_iy[i] != w.iy[i]) SamplePixel(x, y, i);
-    }
+    // Those that need no correction are one run, too.
+    const auto corrected = [&](int i) {
+      return w.inner_ix[i] != w.ix[i] || w.inner_iy[i] != w.iy[i];
+    };
+    for (; first < end && corrected(first); ++first) SamplePixel(x, y, first);
+    for (; first < end && corrected(end - 1); --end) SamplePixel(x, y, end - 1);
   }
 
   Sampler& sampler_;
