@@ -13,7 +13,6 @@
 #include <cstdint>
 #include <optional>
 
-#include "core/buffer.h"
 #include "core/nearest_entry.h"
 #include "core/packed_dib.h"
 
@@ -65,8 +64,9 @@ class Sampler {
   // The blended color of pixel (x, y) of the new image; in point mode the pixel's value.
   uint32_t SamplePixel(Position column, Position row, int32_t x, int32_t y) const;
 
-  // Whether runs serve this source; a smaller one is left to SamplePixel().
-  bool FitsRuns() const { return width() >= 4 && height() >= 4; }
+  // Whether runs serve this source; one that is smaller than the neighbourhood is left to
+  // SamplePixel().
+  bool FitsRuns() const { return std::min(width(), height()) >= tap_count(); }
   // Where a run may read on an axis of `size` pixels, so that all its neighbours lie in the source.
   // In bicubic mode positions outside are left to SamplePixel(); the other modes prescribe that
   // they are moved inside.

@@ -51,7 +51,7 @@ class Rotator {
   void Run(Resampling resampling, uint8_t* new_rows, size_t stride) {
     const bool runs = resampling == Resampling::kRuns && sampler_.FitsRuns();
     const Sampler::Range columns = sampler_.Inner(sampler_.width());
-    const Sampler::Range rows = sampler_.Inner(sampler_.height());
+    const Sampler::Range lines = sampler_.Inner(sampler_.height());
     const int32_t width = static_cast<int32_t>(turn_.width);
     const int32_t height = static_cast<int32_t>(turn_.height);
     for (int32_t y = 0; y < height; ++y) {
@@ -67,7 +67,7 @@ class Rotator {
         const size_t inside = static_cast<size_t>(end - first);
         functions_.split_positions(w.column + first, inside, columns.low, columns.high,
                                    w.ix + first, w.inner_ix + first, w.dx + first);
-        functions_.split_positions(w.row + first, inside, rows.low, rows.high, w.iy + first,
+        functions_.split_positions(w.row + first, inside, lines.low, lines.high, w.iy + first,
                                    w.inner_iy + first, w.dy + first);
         if (runs) {
           SampleRun(x, y, first, end);
@@ -149,9 +149,12 @@ class Rotator {
       sums[j] = w.sums[j];
     }
     sampler_.SumDown(sums, all_row_weights, false, first, end, w.colors);
-    for (int i = first; i < end; ++i) {
-      if (w.inner_ix[i] != w.ix[i] || w.inner_iy[i] != w.iy[i]) SamplePixel(x, y, i);
-    }
+    // Those that need no correction are one run, too.
+    const auto corrected = [&](int i) {
+      return w.inner_ix[i] != w.ix[i] || w.inner_iy[i] != w.iy[i];
+    };
+    for (; first < end && corrected(first); ++first) SamplePixel(x, y, first);
+    for (; first < end && corrected(end - 1); --end) SamplePixel(x, y, end - 1);
   }
 
   Sampler& sampler_;
@@ -182,10 +185,10 @@ uint32_t Rotate(PackedDib** image, float degrees, uint32_t mode, Resampling resa
   Rotator rotator(sampler, turn, source->bit_count());
   if (!sampler || !rotator) return 0;
   // Not block.dib(): a core header may have cut the size to 16 bits.
-  uint8_t* rows = block.bytes() + source->prefix_size();
+  uint8_t* new_rows = block.bytes() + source->prefix_size();
   const size_t stride = static_cast<size_t>(StrideOf(turn.width, source->bit_count()));
-  std::memset(rows, 255, stride * static_cast<size_t>(turn.height));
-  if (turn.height >= 1 && sampler.Paints()) rotator.Run(resampling, rows, stride);
+  std::memset(new_rows, 255, stride * static_cast<size_t>(turn.height));
+  if (turn.height >= 1 && sampler.Paints()) rotator.Run(resampling, new_rows, stride);
   block.Replace(image);
   return 1;
 }

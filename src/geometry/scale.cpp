@@ -199,11 +199,11 @@ uint32_t Scale(PackedDib** image, uint32_t width, uint32_t height, uint32_t mode
   if (!sampler) return 0;
   if (width != 0 && height != 0 && sampler.Paints()) {
     // Not block.dib(): a core header no longer tells the height.
-    const NewRows rows = {block.bytes() + source->prefix_size(),
-                          static_cast<size_t>(StrideOf(width, source->bit_count())),
-                          static_cast<int32_t>(width), static_cast<int32_t>(height),
-                          source->bit_count()};
-    Scaler scaler(sampler, rows);
+    const NewRows new_rows = {block.bytes() + source->prefix_size(),
+                              static_cast<size_t>(StrideOf(width, source->bit_count())),
+                              static_cast<int32_t>(width), static_cast<int32_t>(height),
+                              source->bit_count()};
+    Scaler scaler(sampler, new_rows);
     if (!scaler) return 0;
     scaler.Run(resampling);
   }

@@ -78,7 +78,8 @@ struct RowFunctions {
   // at least and the offsets lie below it.
   void (*fetch_words)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
                       size_t count, uint32_t* words);
-  // colors[i] = table[base[offset[i] + move] >> shift[i] & mask], with offsets as above
+  // colors[i] = table[base[offset[i] + move] >> shift[i] & mask], with offsets as above; the mask
+  // reaches no bit beyond the byte.
   void (*fetch_indexed)(const uint8_t* base, int32_t bytes, const int32_t* offset,
                         const uint8_t* shift, int32_t move, uint32_t mask, const uint32_t* table,
                         size_t count, uint32_t* colors);
