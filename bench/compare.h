@@ -23,4 +23,6 @@ void AddGeometryRows();
 void AddImageRows();
 void AddToneRows();
 
+void AddNeighbourhoodRows();
+
 }  // namespace ombrilo::bench

@@ -123,6 +123,7 @@ int main(int argc, char** argv) {
   ombrilo::bench::AddImageRows();
   ombrilo::bench::AddToneRows();
   ombrilo::bench::AddGeometryRows();
+  ombrilo::bench::AddNeighbourhoodRows();
   ombrilo::bench::Table table;
   benchmark::RunSpecifiedBenchmarks(&table);
   return 0;

@@ -487,6 +487,225 @@ OMB_API uint32_t omb_flipvert(PackedDib* dib);
 
 /** @} */
 
+/** @defgroup kernels Kernels
+ * A kernel is a set of neighbours with weights; a structuring element is one whose weights are not
+ * used.
+ * @{ */
+
+/**
+ * A convolution kernel or structuring element.
+ *
+ * Entry i is the neighbour at column x + offsets[2 i], stored row y + offsets[2 i + 1], with weight
+ * weights[i]. Rows count as they are stored, so that a positive dy lies higher up in the picture.
+ */
+typedef struct KERNAL {
+  int32_t width;    /**< extent in columns: dx runs from -anchorX to width - 1 - anchorX */
+  int32_t height;   /**< extent in rows: dy runs from anchorY + 1 - height to anchorY */
+  int32_t anchorX;  /**< column of the pixel that receives the result, inside the width */
+  int32_t anchorY;  /**< row of that pixel, inside the height */
+  int32_t count;    /**< number of entries */
+  int32_t bias;     /**< added to a convolution's results */
+  int32_t* offsets; /**< count pairs dx, dy */
+  char* name;       /**< zero-terminated name for display */
+  int32_t* weights; /**< count weights */
+} KERNAL;
+
+/**
+ * Creates a record. The caller fills in offsets and weights, which start as zeros.
+ *
+ * @param width,height,anchorX,anchorY,count,bias stored as they are
+ * @param name copied; null counts as the empty string
+ * @return the record, released with omb_destroyKERNAL(); null for a negative count and when memory
+ *         runs out
+ */
+OMB_API KERNAL* omb_newKERNAL(int32_t width, int32_t height, int32_t anchorX, int32_t anchorY,
+                              int32_t count, int32_t bias, const char* name);
+
+/** Copies a record, arrays included. Null gives null, and so does running out of memory. */
+OMB_API KERNAL* omb_cloneKERNAL(const KERNAL* kernel);
+
+/**
+ * Sets every field of a record to 0, pointers included, and releases nothing: for records that the
+ * caller provides, before they own anything. Null is accepted.
+ */
+OMB_API void omb_zeroKERNAL(KERNAL* kernel);
+
+/** Releases a record of omb_newKERNAL() or omb_cloneKERNAL() with its arrays. Null is accepted. */
+OMB_API void omb_destroyKERNAL(KERNAL* kernel);
+
+/**
+ * A built-in record, which lives as long as the library and must not be changed or released.
+ *
+ * 0 Circle 3x3, 1 Circle 5x5, 2 Circle 7x7, 3 Circle 11x11, 4 Colomn 1x3, 5 Cross 3x3,
+ * 6 to 8 hipass 3x3 to 7x7, 9 to 11 higauss 5x5 to 9x9, 12 to 14 horzedge 3x3 to 7x7,
+ * 15 to 17 laplace 3x3 to 7x7, 18 to 20 lopass 3x3 to 7x7, 21 to 23 Ring 3x3 to 7x7,
+ * 24 to 26 Row 3x1 to 7x1, 27 sculpt, 28 to 31 Square 2x2 to 7x7, 32 to 34 tophat 3x3 to 7x7,
+ * 35 to 37 unsharp 3x3 to 7x7, 38 variance 3x3, 39 to 41 vertedge 3x3 to 7x7,
+ * 42 to 44 well 3x3 to 7x7. The name of 27 ends in a blank.
+ *
+ * @return null for 45 and above
+ */
+OMB_API const KERNAL* omb_getKERNAL(uint32_t index);
+
+/** @} */
+
+/** @defgroup filters Neighbourhood filters
+ *
+ * Each result depends on the image as it was before the call. Images of 1, 4 and 8 bits are
+ * filtered as colors, and a result becomes the index of the nearest entry (least squared distance,
+ * the lowest index on a tie) of a palette of 2, 16 or 256 entries, which beyond a shorter color
+ * table continues in the bytes that follow. Only omb_DoConvoluteDIB() takes the bytes of an 8-bit
+ * image as values.
+ *
+ * A border of the image is set to zero bytes (black, or index 0), and so is the padding of rows; an
+ * image that is all border, and an image of another depth, comes back with zero bytes only. Without
+ * memory the image stays as it is.
+ * @{ */
+
+/**
+ * Convolution with one of 39 kernels: sums of weighted neighbours, channel by channel, divided by
+ * the sum of the weights unless that is 0, truncated toward zero and clamped to 0..255.
+ *
+ * 1 to 4 smooth (box 3x3, box 5x5, binomial 3x3, centre-weighted 5x5); 5 to 8 sharpen, where 8
+ * keeps flat areas and turns local detail around; 9 to 11 Laplacian; 12 to 19 the rotations of a
+ * Sobel gradient; 20 to 27 the centre minus one of its neighbours; 28 to 35 the rotations of a
+ * compass mask; 36 to 39 lines (row, column, diagonals). 2, 4 and 8 are 5x5 and zero a border of 2
+ * pixels, the others are 3x3 and zero one of 1 pixel.
+ *
+ * @param dib  the image; 1, 4, 8 or 24 bits
+ * @param type 1 to 39; other numbers leave the image unchanged
+ */
+OMB_API void omb_convolute(PackedDib* dib, uint32_t type);
+
+/**
+ * Convolution with any kernel, one or more times, of 8-bit values or of the channels of 24 bits.
+ *
+ * A result is the sum of weighted neighbours, divided by the sum of the weights unless that is 0
+ * (truncated toward zero); then, unless strength is 10, (result - p) x strength / 10 + p for the
+ * pixel's own value p (truncated toward zero); then plus bias; then clamped to 0..255. All of this
+ * in 32-bit arithmetic that wraps. Pixels for which the kernel's extent leaves the image keep their
+ * value.
+ *
+ * Width and height are taken modulo 65536. A row is ((bits x planes x width + 31) / 32) x 4 bytes
+ * long, modulo 65536, with these fields at their information header positions even for a core
+ * header; bytes outside the image count as 0 and are not written. An image without planes does not
+ * change.
+ *
+ * @param dib      the image; other depths than 8 and 24 bits do not change
+ * @param kernel   a record whose offsets lie in the extent that it describes
+ * @param passes   how often; 0 or less leaves the image unchanged
+ * @param strength the share of the result in tenths; more than 10 overshoots
+ * @return 1; 0 for null, for other records, for rows longer than their row length, and when memory
+ * runs out
+ */
+OMB_API int32_t omb_DoConvoluteDIB(PackedDib* dib, const KERNAL* kernel, int32_t passes,
+                                   int32_t strength);
+
+/**
+ * Relief: convolution with a directional 3x3 kernel, plus a color. The kernels are those of
+ * omb_convolute() from 12 on; they sum to 0, so that flat areas take the color.
+ *
+ * @param dib       the image; 1, 4, 8 or 24 bits; a border of 1 pixel becomes zero
+ * @param direction 0 to 27
+ * @param color     0x00BBGGRR, added to the sums before they are clamped to 0..255
+ * @return 1; 0 for null, for other directions and when memory runs out
+ */
+OMB_API uint32_t omb_emboss(PackedDib* dib, uint32_t direction, uint32_t color);
+
+/**
+ * Edges: for each channel a third (truncated) of the strongest of four differences in the 3x3
+ * neighbourhood: the row before against the row after, the column left against the column right,
+ * and each of two corners with its two neighbours against the opposite ones.
+ *
+ * @param dib the image; 1, 4, 8 or 24 bits; a border of 1 pixel becomes zero
+ */
+OMB_API void omb_sobel(PackedDib* dib);
+
+/**
+ * The median, channel by channel, of nine pixels: the pixel itself and the two next to it in each
+ * of the four directions.
+ *
+ * @param dib the image; 1, 4, 8 or 24 bits; a border of 3 pixels becomes zero
+ */
+OMB_API void omb_medianblur(PackedDib* dib);
+
+/** @} */
+
+/** @defgroup morphology Morphology
+ *
+ * Images of 1, 4 and 8 bits are treated as colors and results become the nearest palette entry, as
+ * with the filters; only omb_DoKernalMorphDIB() takes the bytes of an 8-bit image as values. Images
+ * of other depths do not change, and no image does without memory.
+ * @{ */
+
+/**
+ * Dilation: the maximum, channel by channel, of the 3x3 pixels at columns x - 2 to x and stored
+ * rows y - 2 to y. Bright detail therefore moves toward higher columns and stored rows; omb_erode()
+ * moves it back. Positions outside the image are those of the nearest pixel inside.
+ */
+OMB_API void omb_dilate(PackedDib* dib);
+
+/** Erosion: the minimum over columns x to x + 2 and stored rows y to y + 2; otherwise as
+ * omb_dilate(). */
+OMB_API void omb_erode(PackedDib* dib);
+
+/** Opening: erosion, then dilation. Removes bright detail smaller than 3x3. */
+OMB_API void omb_mathopen(PackedDib* dib);
+
+/** Closing: dilation, then erosion. Removes dark detail smaller than 3x3. */
+OMB_API void omb_mathclose(PackedDib* dib);
+
+/** Opening, then closing. */
+OMB_API void omb_denoise(PackedDib* dib);
+
+/**
+ * Inner edges: the image minus its erosion, channel by channel. With 8 and 24 bits a difference
+ * stops at 0; with 1 and 4 bits, where the nearest entry may be brighter than the minimum, it is
+ * taken modulo 256. Width and height are taken modulo 65536 for the difference.
+ */
+OMB_API void omb_pickedge(PackedDib* dib);
+
+/** The dilation, exactly as omb_dilate(). */
+OMB_API void omb_gradientize(PackedDib* dib);
+
+/**
+ * Opening plus erosion, channel by channel, at most 255. 24 bits only; width and height are taken
+ * modulo 65536 for the sum.
+ */
+OMB_API void omb_opencompose(PackedDib* dib);
+
+/**
+ * The image minus its opening, channel by channel, at least 0: bright detail smaller than 3x3. 24
+ * bits only; width and height are taken modulo 65536 for the difference.
+ */
+OMB_API void omb_tophat(PackedDib* dib);
+
+/**
+ * Erosion, dilation, opening or closing with any structuring element.
+ *
+ * An erosion is the minimum, a dilation the maximum, over the pixels at the element's offsets;
+ * offsets that leave the image are skipped. A channel whose minimum is 255 (maximum is 0) keeps its
+ * value.
+ *
+ * Width and height are taken modulo 65536. A row is ((bit count x planes x width + 31) / 32) x 4
+ * bytes long, modulo 65536, with bit count and planes at their information header positions even
+ * for a core header; bytes outside the image count as 0 and are not written.
+ *
+ * @param dib        the image
+ * @param bits       8: one value per byte; 24: three channels per pixel. The image's own bit count
+ * only decides the row length
+ * @param op         0 erode, 1 dilate, 2 open, 3 close
+ * @param element    only its count and offsets matter
+ * @param iterations how often erosion or dilation is repeated; an opening or closing repeats its
+ * first step that often, then its second. 0 or less leaves the image unchanged
+ * @return 1; 0 for null, other bits and ops, pixels that do not fit the row length, no planes, and
+ * when memory runs out
+ */
+OMB_API int32_t omb_DoKernalMorphDIB(PackedDib* dib, int32_t bits, int32_t op,
+                                     const KERNAL* element, int32_t iterations);
+
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

@@ -6,9 +6,12 @@
 
 namespace ombrilo {
 
-NearestEntry::NearestEntry(const Palette& palette) : state_(NewZeroedBuffer<State>(1)) {
+void NearestEntry::Learn(const Palette& palette) {
   if (!state_) return;
   State& s = state_[0];
+  std::memset(s.memo, 0, sizeof s.memo);
+  std::memset(s.cells, 0, sizeof s.cells);
+  s.pool_used = 0;
   s.count = palette.count;
   for (int i = 0; i < palette.count; ++i) {
     for (int c = 0; c < 3; ++c) s.channel[c][i] = palette.bgr[i][c];

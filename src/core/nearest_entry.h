@@ -20,8 +20,12 @@ class NearestEntry {
  public:
   // Takes all its memory at once: about 100 KiB, and false when there is none. Create it before the
   // first change to an image.
-  explicit NearestEntry(const Palette& palette);
+  explicit NearestEntry(const Palette& palette) : NearestEntry() { Learn(palette); }
+  // The same memory for a palette that is learned later, or again.
+  NearestEntry() : state_(NewZeroedBuffer<State>(1)) {}
   explicit operator bool() const { return state_ != nullptr; }
+
+  void Learn(const Palette& palette);
 
   uint8_t Find(uint8_t blue, uint8_t green, uint8_t red) {
     const uint32_t color = static_cast<uint32_t>(blue | green << 8 | red << 16);

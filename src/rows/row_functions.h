@@ -14,6 +14,40 @@
 
 namespace ombrilo::rows {
 
+// How a row of weighted sums becomes a row of bytes; see `convolve`. Divisions truncate toward 0.
+enum ConvolutionFinish {
+  kFinishClamp,       // sum + offset
+  kFinishReciprocal,  // sum / divisor, by multiplication
+  kFinishFloat,       // sum / divisor, blended, + bias, in single precision that holds it exactly
+  kFinishExact,       // the same in wrapping 32-bit integers
+};
+
+// A row of weighted sums of rows. Sums wrap: at 16 bits where that holds them, otherwise at 32.
+struct Convolution {
+  const uint8_t* const* from;  // rows of bytes, each from its own first neighbour on
+  const int32_t* weights;
+  size_t count;
+  const uint16_t* const* sums;  // rows of 16-bit sums, which only 16-bit convolutions take
+  const int32_t* sum_weights;
+  size_t sum_count;
+
+  bool wide;  // 32-bit sums
+  // 32-bit sums may be formed of groups of rows whose own sums fit 16 bits with sign: where each
+  // group ends; no groups otherwise.
+  const size_t* group_ends;
+  size_t group_count;
+  enum ConvolutionFinish finish;
+  const int16_t* offset;       // kFinishClamp: kConvolutionBlock values, repeated along the row
+  int32_t lowest;              // 16-bit sums, other finishes: 0 minus the least sum
+  uint16_t highest;            // kFinishReciprocal: quotients of larger sums exceed 255
+  uint16_t multiplier, shift;  // kFinishReciprocal: n * multiplier >> 16 >> shift = n / divisor
+  int32_t divisor;             // 0: no division
+  int32_t strength;            // 10: no blending
+  int32_t bias;
+};
+
+enum { kConvolutionBlock = 384 };  // a multiple of 3, and of the widest vector
+
 struct RowFunctions {
   const char* name;
 
@@ -33,11 +67,45 @@ struct RowFunctions {
   // count + 1 bytes unless count is 0.
   void (*shift_bits)(const uint8_t* from, size_t shift, size_t count, uint8_t* to);
 
+  // to[i] = the largest (least) of from[0][i], from[1][i], ...; at least one row, none of them
+  // `to`.
+  void (*max_of)(const uint8_t* const* from, size_t rows, size_t count, uint8_t* to);
+  void (*min_of)(const uint8_t* const* from, size_t rows, size_t count, uint8_t* to);
+  // to[i] = from[i] where that is not `value`
+  void (*copy_unless)(const uint8_t* from, uint8_t value, size_t count, uint8_t* to);
+  // to[i] = the median of from[0][i] to from[8][i]
+  void (*median9)(const uint8_t* const* from, size_t count, uint8_t* to);
+  // The strongest of the four directional differences around the middle of three rows, a third of
+  // it; `step` bytes lie between neighbours.
+  void (*sobel)(const uint8_t* const* rows, ptrdiff_t step, size_t count, uint8_t* to);
+  // to[i] = sum of weights[k] * from[k][i], in wrapping 16-bit arithmetic
+  void (*weigh)(const uint8_t* const* from, const int32_t* weights, size_t rows, size_t count,
+                uint16_t* to);
+  // One row of a convolution. Blending starts from the bytes that `to` holds.
+  void (*convolve)(const Convolution& convolution, size_t count, uint8_t* to);
+
+  // to[i] = min(from[i] + to[i], 255); max(to[i] - from[i], 0); to[i] - from[i] modulo 256
+  void (*add_saturated)(const uint8_t* from, size_t count, uint8_t* to);
+  void (*subtract_saturated)(const uint8_t* from, size_t count, uint8_t* to);
+  void (*subtract_wrapped)(const uint8_t* from, size_t count, uint8_t* to);
+
+  // One-bit pixels, eight to a byte: whether any and whether all of a pixel and the two left of it
+  // (right of it) are 1. Reads a byte more on that side.
+  void (*spread_bits_left)(const uint8_t* bits, size_t count, uint8_t* any, uint8_t* all);
+  void (*spread_bits_right)(const uint8_t* bits, size_t count, uint8_t* any, uint8_t* all);
+  // Combines three rows of those. outcome[0], [1] and [2] are the bytes that stand where none, all
+  // and some are 1.
+  void (*choose_bits)(const uint8_t* const* any, const uint8_t* const* all, const uint8_t* outcome,
+                      size_t count, uint8_t* to);
+
+  // bgr[3 * i ...] = the three bytes of entry indices[i]
+  void (*expand_colors)(const uint8_t* indices, size_t pixels, const uint8_t* table, uint8_t* bgr);
+
   // Four-byte pixels to three-byte ones; the fourth byte is dropped.
   void (*drop_fourth_byte)(const uint8_t* from, size_t pixels, uint8_t* to);
 
   // bytes[i] + amount, limited to 0..255; the amount is -255 to 255.
-  void (*add_saturated)(uint8_t* bytes, size_t count, int amount);
+  void (*add_amount)(uint8_t* bytes, size_t count, int amount);
 
   // Three-byte pixels: blue, green, red. Channel 0 is blue.
   // Each channel through its own table: 3 x 256 entries, blue, green, red.

@@ -35,7 +35,7 @@ uint32_t omb_brightnesscontrast(PackedDib* image, int32_t brightness, int32_t co
   if (!dib) return 1;  // also for null: this operation reports nothing
   if (contrast == 0) {
     if (shift == 0) return 1;
-    const auto add = rows::Active().add_saturated;
+    const auto add = rows::Active().add_amount;
     ChangeColors(*dib, [=](uint8_t* bgr, size_t colors) { add(bgr, 3 * colors, shift); });
     return 1;
   }

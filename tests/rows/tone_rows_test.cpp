@@ -27,7 +27,7 @@ TEST(ToneRows, EveryLevelGivesTheSameBytes) {
   const std::vector<uint8_t> tables = Random(768, 53);
   std::vector<Call> calls;
   for (const int amount : {-255, -20, 0, 20, 255}) {
-    calls.push_back([=](auto& f, size_t n, auto* p, auto*) { f.add_saturated(p, n, amount); });
+    calls.push_back([=](auto& f, size_t n, auto* p, auto*) { f.add_amount(p, n, amount); });
     calls.push_back([=](auto& f, size_t n, auto* p, auto*) {
       f.adjust_lights(p, n, amount, 60 - amount / 4, -amount);
     });

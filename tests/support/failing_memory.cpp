@@ -1,7 +1,9 @@
 #include "support/failing_memory.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace {
@@ -12,6 +14,7 @@ struct State {
   bool failed = false;
   int allocations = 0;
   int held = 0;
+  long long bytes = 0, peak = 0;
 };
 
 // Not thread_local: on Windows that allocates by itself on first use.
@@ -25,8 +28,24 @@ bool Refuse() {
   return true;
 }
 
+size_t SizeOf(void* block) {
+#if defined(_WIN32)
+  return _msize(block);
+#else
+  return malloc_usable_size(block);
+#endif
+}
+
+void Weigh(long long bytes) {
+  state.bytes += bytes;
+  state.peak = std::max(state.peak, state.bytes);
+}
+
 void* Counted(void* block) {
-  if (state.watching && block != nullptr) ++state.held;
+  if (state.watching && block != nullptr) {
+    ++state.held;
+    Weigh(static_cast<long long>(SizeOf(block)));
+  }
   return block;
 }
 
@@ -47,12 +66,18 @@ void* __wrap_calloc(size_t count, size_t size) {
 
 void* __wrap_realloc(void* block, size_t size) {
   if (Refuse()) return nullptr;
+  const long long before = block == nullptr ? 0 : static_cast<long long>(SizeOf(block));
   void* grown = __real_realloc(block, size);
-  return block == nullptr ? Counted(grown) : grown;
+  if (block == nullptr) return Counted(grown);
+  if (state.watching && grown != nullptr) Weigh(static_cast<long long>(SizeOf(grown)) - before);
+  return grown;
 }
 
 void __wrap_free(void* block) {
-  if (state.watching && block != nullptr) --state.held;
+  if (state.watching && block != nullptr) {
+    --state.held;
+    Weigh(-static_cast<long long>(SizeOf(block)));
+  }
   __real_free(block);
 }
 
@@ -78,6 +103,7 @@ void MemoryWatch::Stop() {
   failed_ = state.failed;
   allocations_ = state.allocations;
   held_ = state.held;
+  peak_ = static_cast<size_t>(state.peak);
 }
 
 void ExpectRefusalWithoutMemory(const std::function<TestImage()>& make,

@@ -1,0 +1,46 @@
+// Pixels of an indexed image as colors, and computed colors as pixels: decoding through a snapshot
+// of the color table, encoding through the nearest palette entry.
+//
+// A table whose entries are all gray needs one channel, and one table per direction. Only a colored
+// table pays for three channels and a search, and the usual ramp from black to white for nothing.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "core/buffer.h"
+#include "core/nearest_entry.h"
+#include "core/packed_dib.h"
+
+namespace ombrilo {
+
+class IndexedColors {
+ public:
+  // Takes the memory; false when there is none.
+  IndexedColors() = default;
+  explicit operator bool() const { return static_cast<bool>(nearest_); }
+
+  // Takes the color table as it is now. `split` asks for three channels whatever the colors are.
+  void Snapshot(const DibView& dib, bool split = false);
+
+  // Bytes per pixel: 1 gray, or 3 in the order blue, green, red.
+  size_t step() const { return gray_ ? 1 : 3; }
+
+  // Indices are levels: decoding and encoding change nothing.
+  bool identity() const { return identity_; }
+
+  void Decode(const uint8_t* indices, size_t pixels, uint8_t* values) const;
+  void Encode(const uint8_t* values, size_t pixels, uint8_t* indices);
+  uint8_t Find(const uint8_t* bgr) { return nearest_.Find(bgr[0], bgr[1], bgr[2]); }
+  const Palette& palette() const { return palette_; }
+
+ private:
+  NearestEntry nearest_;
+  Palette palette_ = {};
+  bool gray_ = false;
+  bool identity_ = false;
+  uint8_t level_of_[256] = {};  // gray tables: the level of an index
+  uint8_t index_of_[256] = {};  // and the index nearest to a level
+};
+
+}  // namespace ombrilo

@@ -1,0 +1,41 @@
+// omb_medianblur: the median of nine pixels that form a cross, channel by channel.
+#include "core/neighbourhood.h"
+#include "rows/row_functions.h"
+
+namespace ombrilo {
+
+namespace {
+
+struct MedianFilter {
+  static constexpr Reach kReach = {2, 2, 2, 2};
+
+  ptrdiff_t step = 0;
+
+  void Begin(const WindowLayout& layout) { step = layout.step; }
+  void Prepare(uint8_t*) {}
+  void Combine(uint8_t* const* rows, size_t first, size_t count, uint8_t* to) {
+    const uint8_t* own = rows[2] + first;
+    const uint8_t* cross[] = {
+        rows[0] + first, rows[1] + first, own - 2 * step,  own - step,     own,
+        own + step,      own + 2 * step,  rows[3] + first, rows[4] + first};
+    rows::Active().median9(cross, count, to);
+  }
+};
+
+// The zeroed band is wider than the cross reaches. That is the contract.
+constexpr Border kBorder = Border::Zero(3);
+
+}  // namespace
+
+}  // namespace ombrilo
+
+void omb_medianblur(PackedDib* image) {
+  using namespace ombrilo;
+  const auto dib = Dib::Open(image);
+  if (!dib) return;
+  if (!dib->indexed() && dib->bit_count() != 24) return ZeroPixels(*dib);
+  Neighbourhood frame(*dib, MedianFilter::kReach);
+  if (!frame) return;
+  MedianFilter filter;
+  frame.Run(MedianFilter::kReach, kBorder, filter);
+}

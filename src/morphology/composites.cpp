@@ -1,0 +1,167 @@
+// The operations composed of dilations and erosions: omb_mathopen, omb_mathclose, omb_denoise,
+// omb_pickedge, omb_gradientize, omb_opencompose, omb_tophat.
+#include <cstring>
+#include <optional>
+#include <utility>
+
+#include "core/pixels.h"
+#include "morphology/dilate_erode.h"
+#include "rows/row_functions.h"
+
+namespace ombrilo {
+
+namespace {
+
+// The steps, if there is an image and memory for all of them.
+template <class Steps>
+void Compose(PackedDib* image, Steps&& steps) {
+  const auto dib = Dib::Open(image);
+  if (!dib) return;
+  DilateErode step(*dib);
+  if (step) steps(step);
+}
+
+// Pixel rows as they were at some point, as far as they lie inside the block. Operations that
+// compare with them take width, height and row length with 16 bits.
+class KeptRows {
+ public:
+  explicit KeptRows(const PixelRows& rows)
+      : rows_(rows),
+        size_(std::min<uint64_t>(rows.inside, uint64_t{rows.stride} * uint64_t(rows.height))),
+        bytes_(NewScratchBuffer<uint8_t>(size_)) {}
+  explicit operator bool() const { return bytes_ != nullptr; }
+
+  void Keep() {
+    if (size_ != 0) std::memcpy(bytes_.get(), rows_.first, size_);
+  }
+  // Turns kept rows into results by `op(kept, image, bytes)` over the pixel bytes that are there,
+  // and puts these into the image; `whole` rows bring their old padding along.
+  template <class Op>
+  void PutBack(bool whole, Op&& op) {
+    for (int32_t y = 0; y < rows_.rows_inside(); ++y) {
+      uint8_t* const kept = bytes_.get() + size_t(y) * rows_.stride;
+      const size_t bytes = rows_.Inside(y, rows_.row_bytes());
+      op(kept, rows_.row(y), bytes);
+      std::memcpy(rows_.row(y), kept, whole ? rows_.Inside(y, rows_.stride) : bytes);
+    }
+  }
+
+ private:
+  PixelRows rows_;
+  size_t size_;
+  Buffer<uint8_t> bytes_;
+};
+
+// The difference of two rows of an indexed image, color by color, as pixels.
+class IndexedDifference {
+ public:
+  explicit IndexedDifference(const PixelRows& rows)
+      : width_(static_cast<size_t>(rows.width)),
+        bit_count_(rows.bit_count),
+        scratch_(NewScratchBuffer<uint8_t>(7 * width_)) {}
+  explicit operator bool() const { return colors_ && scratch_; }
+
+  void Snapshot(const Dib& dib) { colors_.Snapshot(dib); }
+
+  // row -= other, over as many pixels as `bytes` hold.
+  void Subtract(uint8_t* row, const uint8_t* other, size_t bytes) {
+    const size_t pixels = std::min(width_, bytes * 8 / bit_count_);
+    uint8_t* const indices = scratch_.get();
+    uint8_t* const first = indices + width_;
+    uint8_t* const second = first + 3 * width_;
+    UnpackIndices(other, bit_count_, pixels, indices);
+    colors_.Decode(indices, pixels, first);
+    UnpackIndices(row, bit_count_, pixels, indices);
+    colors_.Decode(indices, pixels, second);
+    // At 1 and 4 bits a negative difference comes round at 255 instead of stopping at 0. That is
+    // the contract.
+    const auto subtract =
+        bit_count_ == 8 ? rows::Active().subtract_saturated : rows::Active().subtract_wrapped;
+    subtract(first, pixels * colors_.step(), second);
+    colors_.Encode(second, pixels, indices);
+    PackIndices(indices, bit_count_, pixels, row);
+  }
+
+ private:
+  size_t width_;
+  uint16_t bit_count_;
+  Buffer<uint8_t> scratch_;
+  IndexedColors colors_;
+};
+
+void PickEdge(const Dib& dib) {
+  const bool indexed = dib.indexed();
+  if (!indexed && dib.bit_count() != 24) return;
+  const PixelRows rows = PixelRows::Of16Bits(dib);
+  KeptRows unfiltered(rows);
+  DilateErode step(dib);
+  std::optional<IndexedDifference> difference;
+  if (indexed) difference.emplace(rows);
+  if (!unfiltered || !step || (indexed && !*difference)) return;
+
+  unfiltered.Keep();
+  step.Erode();
+  // Colors are those after the erosion: a short table goes on in the pixels.
+  if (indexed) difference->Snapshot(dib);
+  unfiltered.PutBack(true, [&](uint8_t* kept, const uint8_t* row, size_t bytes) {
+    if (indexed) {
+      difference->Subtract(kept, row, bytes);
+    } else {
+      rows::Active().subtract_saturated(row, bytes, kept);
+    }
+  });
+}
+
+}  // namespace
+
+}  // namespace ombrilo
+
+void omb_mathopen(PackedDib* image) {
+  ombrilo::Compose(image, [](auto& step) { step.Erode(), step.Dilate(); });
+}
+
+void omb_mathclose(PackedDib* image) {
+  ombrilo::Compose(image, [](auto& step) { step.Dilate(), step.Erode(); });
+}
+
+void omb_denoise(PackedDib* image) {
+  ombrilo::Compose(image,
+                   [](auto& step) { step.Erode(), step.Dilate(), step.Dilate(), step.Erode(); });
+}
+
+void omb_pickedge(PackedDib* image) {
+  if (const auto dib = ombrilo::Dib::Open(image)) ombrilo::PickEdge(*dib);
+}
+
+// The dilation alone, on purpose: nothing is subtracted from it.
+void omb_gradientize(PackedDib* image) { omb_dilate(image); }
+
+void omb_opencompose(PackedDib* image) {
+  using namespace ombrilo;
+  const auto dib = Dib::Open(image);
+  if (!dib || dib->bit_count() != 24) return;
+  KeptRows eroded(PixelRows::Of16Bits(*dib));
+  DilateErode step(*dib);
+  if (!eroded || !step) return;
+  step.Erode();
+  eroded.Keep();
+  step.Dilate();
+  eroded.PutBack(false, [](uint8_t* kept, const uint8_t* row, size_t bytes) {
+    rows::Active().add_saturated(row, bytes, kept);
+  });
+}
+
+void omb_tophat(PackedDib* image) {
+  using namespace ombrilo;
+  const auto dib = Dib::Open(image);
+  if (!dib || dib->bit_count() != 24) return;
+  KeptRows unfiltered(PixelRows::Of16Bits(*dib));
+  DilateErode step(*dib);
+  if (!unfiltered || !step) return;
+  unfiltered.Keep();
+  step.Erode();
+  step.Dilate();
+  unfiltered.PutBack(false, [](uint8_t* kept, const uint8_t* row, size_t bytes) {
+    rows::Active().subtract_saturated(row, bytes, kept);
+  });
+}

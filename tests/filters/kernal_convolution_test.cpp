@@ -1,0 +1,211 @@
+// omb_DoConvoluteDIB against a reference that works on the bytes of the block.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "support/failing_memory.h"
+#include "support/kernals.h"
+#include "support/naive.h"
+
+namespace ombrilo::test {
+namespace {
+
+// Width, height and row length as the function takes them, and the block as it stands.
+struct Geometry {
+  int width, height, stride, bits;
+};
+
+int32_t Wrap(int64_t value) { return static_cast<int32_t>(static_cast<uint32_t>(value)); }
+
+std::vector<uint8_t> Reference(const TestImage& image, const Geometry& g, const KERNAL& kernel,
+                               int passes, int32_t strength) {
+  std::vector<uint8_t> block = image.Bytes();
+  const size_t rows = static_cast<size_t>(omb_FindDIBBits(image.get()) - image.raw());
+  const int step = g.bits / 8;
+  int32_t divisor = 0;
+  for (int i = 0; i < kernel.count; ++i) divisor = Wrap(int64_t{divisor} + kernel.weights[i]);
+  for (int pass = 0; pass < passes; ++pass) {
+    const std::vector<uint8_t> source = block;
+    const auto at = [&](int x, int y, int c) {
+      return rows + size_t(y) * size_t(g.stride) + size_t(step * x + c);
+    };
+    const auto read = [&](int x, int y, int c) {
+      const size_t i = at(x, y, c);
+      return i < source.size() ? int{source[i]} : 0;
+    };
+    for (int y = g.height - kernel.anchorY - 1; y >= kernel.height - kernel.anchorY - 1; --y) {
+      for (int x = kernel.anchorX; x <= g.width - kernel.width + kernel.anchorX; ++x) {
+        if (x < 0 || y < 0 || x >= g.width || y >= g.height) continue;
+        for (int c = 0; c < step; ++c) {
+          int32_t value = 0;
+          for (int i = 0; i < kernel.count; ++i) {
+            const int64_t weight = kernel.weights[i];
+            value = Wrap(
+                value + weight * read(x + kernel.offsets[2 * i], y + kernel.offsets[2 * i + 1], c));
+          }
+          if (divisor != 0) value = Wrap(int64_t{value} / divisor);
+          if (strength != 10) {
+            const int own = read(x, y, c);
+            value = Wrap(int64_t{Wrap(int64_t{Wrap(int64_t{value} - own)} * strength)} / 10 + own);
+          }
+          value = std::clamp(Wrap(int64_t{value} + kernel.bias), 0, 255);
+          if (at(x, y, c) < block.size()) block[at(x, y, c)] = static_cast<uint8_t>(value);
+        }
+      }
+    }
+  }
+  return block;
+}
+
+Geometry Plain(const TestImage& image) {
+  const int bits = image.bit_count();
+  return {image.width(), image.height(), (image.width() * bits + 31) / 32 * 4, bits};
+}
+
+void Expect(const TestImage& image, const Geometry& geometry, const KERNAL& kernel, int passes,
+            int32_t strength) {
+  ExpectAtEveryLevel(
+      image, Reference(image, geometry, kernel, passes, strength),
+      [&](PackedDib* dib) { EXPECT_EQ(omb_DoConvoluteDIB(dib, &kernel, passes, strength), 1); });
+}
+
+TEST(KernalConvolution, BuiltInRecordsAgreeWithTheReference) {
+  for (const int bits : {8, 24}) {
+    for (const auto& [width, height] : {std::pair{61, 13}, {7, 7}, {4, 11}}) {
+      const TestImage image =
+          ImageBuilder(bits, width, height).Pixels(Noise(1u << bits, 21)).Filler(0x77).Build();
+      for (uint32_t i = 0; i < 45; ++i) {
+        SCOPED_TRACE(omb_getKERNAL(i)->name);
+        for (const int32_t strength : {10, 3, -20, 25}) {
+          Expect(image, Plain(image), *omb_getKERNAL(i), 1, strength);
+        }
+        Expect(image, Plain(image), *omb_getKERNAL(i), 3, 7);
+      }
+    }
+  }
+}
+
+TEST(KernalConvolution, AnyRecordAgreesWithTheReference) {
+  struct Case {
+    int width, height, anchor_x, anchor_y, bias;
+    std::vector<Entry> entries;
+  };
+  const Case cases[] = {
+      {3, 3, 1, 1, 7, {}},                                              // no entries
+      {1, 1, 0, 0, -40, {{0, 0, 5}}},                                   // the pixel alone
+      {4, 2, 0, 1, 0, {{0, 0, 3}, {3, 1, 4}, {3, 1, -2}, {3, 1, -2}}},  // repeated, sum to nothing
+      {3, 4, 2, 0, 3, {{-2, 0, 77}, {0, -3, 100}, {0, 0, 90}}},         // 32-bit sums
+      {2, 2, 0, 0, 0, {{0, 0, 127}, {1, -1, 130}}},  // the most that 16 bits hold
+      {2, 2, 0, 0, 0, {{0, 0, 127}, {1, -1, 131}}},
+      {2, 2, 0, 0, 1, {{0, 0, -300}, {1, -1, 170}}},            // negative divisor
+      {2, 1, 0, 0, 0, {{0, 0, INT32_MAX}, {1, 0, 12345678}}},   // wraps
+      {2, 1, 0, 0, 0, {{0, 0, INT32_MIN}, {1, 0, INT32_MAX}}},  // divided by -1, wraps
+      {2, 1, 0, 0, INT32_MAX, {{0, 0, 1 << 23}, {1, 0, 3}}},    // bias wraps
+      {3, 3, 1, 1, INT32_MIN, {{0, 0, 1}, {1, 1, -1}}},
+      {2, 3, -1, 3, 0, {{1, 3, 1}, {2, 2, 1}}},  // anchors outside the extent
+      {6, 1, 5, 0, 0, {{-5, 0, 1}, {-4, 0, 1}, {-3, 0, 1}, {-2, 0, 1}, {-1, 0, 1}, {0, 0, -6}}},
+  };
+  for (const Case& c : cases) {
+    const Kernal kernal(c.width, c.height, c.anchor_x, c.anchor_y, c.bias, c.entries);
+    for (const int bits : {8, 24}) {
+      const TestImage image = ImageBuilder(bits, 37, 9).Pixels(Noise(1u << bits, 22)).Build();
+      for (const int32_t strength : {10, 0, 5, INT32_MAX}) {
+        SCOPED_TRACE(testing::Message() << (&c - cases) << " strength " << strength);
+        Expect(image, Plain(image), *kernal.get(), 2, strength);
+      }
+    }
+  }
+}
+
+// Divisors 1 to 1000 over every sum that a byte times the divisor, plus or minus one, can be.
+TEST(KernalConvolution, DivisionTruncatesForEveryDivisor) {
+  const TestImage image =
+      ImageBuilder(8, 256, 2)
+          .Pixels([](int x, int y) { return static_cast<uint32_t>(y == 0 ? x : 255 - x / 2); })
+          .Build();
+  for (int divisor = -300; divisor <= 1000; ++divisor) {
+    for (const int part : {1, 2, 7}) {
+      const Kernal kernal(1, 2, 0, 0, 0, {{0, 0, divisor - part}, {0, -1, part}});
+      const auto expected = Reference(image, Plain(image), *kernal.get(), 1, 10);
+      TestImage copy = image.Clone();
+      omb_DoConvoluteDIB(copy.get(), kernal.get(), 1, 10);
+      ASSERT_EQ(copy.Bytes(), expected) << divisor << " " << part;
+    }
+  }
+}
+
+TEST(KernalConvolution, HeaderFieldsAreCutAndMisread) {
+  const KERNAL& kernel = *omb_getKERNAL(18);
+  const auto gray = [](int width, int height) {
+    return ImageBuilder(8, width, height).Pixels(Noise(256, 31));
+  };
+  // Two planes double the row length: every other row, and zeros past the end.
+  const TestImage planes = gray(10, 9).Field(12, 8 << 16 | 2).Build();
+  Expect(planes, {10, 9, 20, 8}, kernel, 2, 10);
+  const TestImage none = gray(10, 9).Field(12, 8 << 16).Build();
+  ExpectAtEveryLevel(none, none.Bytes(), [&](PackedDib* dib) {
+    EXPECT_EQ(omb_DoConvoluteDIB(dib, &kernel, 1, 10), 1);
+  });
+  // 65536 + 10 columns: ten are left, in rows as long as the low 16 bits say.
+  const TestImage wide = gray(65546, 5).Build();
+  Expect(wide, {10, 5, 65548 - 65536, 8}, kernel, 1, 10);
+  // Rows that would overlap are refused.
+  TestImage overlapping = gray(65535, 3).Build();
+  const std::vector<uint8_t> before = overlapping.Bytes();
+  EXPECT_EQ(omb_DoConvoluteDIB(overlapping.get(), &kernel, 1, 10), 0);
+  EXPECT_EQ(overlapping.Bytes(), before);
+  // After a core header, the fields come from the table or the pixels.
+  for (const uint32_t fields : {0x00080001u, 0x00080000u, 0x00100001u, 0x80080003u}) {
+    const Geometry g = {
+        9, 6,
+        static_cast<uint16_t>(Wrap(int64_t{fields & 0xFFFF} * (fields >> 16) * (6 << 16 | 9) + 31) /
+                              32 * 4),
+        8};
+    TestImage core = gray(9, 6).CoreHeader().Field(12, fields).Build();
+    if (g.stride == 0 || g.stride >= g.width) {
+      Expect(core, g.stride == 0 ? Geometry{0, 0, 0, 8} : g, kernel, 1, 10);
+    } else {
+      EXPECT_EQ(omb_DoConvoluteDIB(core.get(), &kernel, 1, 10), 0) << fields;
+    }
+  }
+  // A negative height is a large one without bytes.
+  TestImage negative = ImageBuilder(8, 10, 0).Field(8, static_cast<uint32_t>(-3)).Build();
+  EXPECT_EQ(omb_DoConvoluteDIB(negative.get(), &kernel, 1, 10), 1);
+}
+
+TEST(KernalConvolution, RefusalsAndNothingToDo) {
+  TestImage image = ImageBuilder(8, 8, 8).Pixels(Noise(256, 41)).Build();
+  const std::vector<uint8_t> before = image.Bytes();
+  const auto call = [&](const KERNAL* kernel, int passes = 1) {
+    return omb_DoConvoluteDIB(image.get(), kernel, passes, 10);
+  };
+  const KERNAL* lopass = omb_getKERNAL(18);
+  EXPECT_EQ(omb_DoConvoluteDIB(nullptr, lopass, 1, 10), 0);
+  EXPECT_EQ(call(nullptr), 0);
+  EXPECT_EQ(call(lopass, 0), 1);
+  EXPECT_EQ(call(lopass, -5), 1);
+  // One step outside the box, on each side; refused whatever else is asked for.
+  for (const Entry& entry : std::vector<Entry>{{-2, 0, 1}, {2, 0, 1}, {0, -2, 1}, {0, 2, 1}}) {
+    const Kernal kernal(3, 3, 1, 1, 0, {entry});
+    EXPECT_EQ(call(kernal.get()), 0);
+    EXPECT_EQ(call(kernal.get(), 0), 0);
+  }
+  const Kernal large(INT32_MAX, INT32_MAX, INT32_MIN, INT32_MAX, 0, {{INT32_MAX, INT32_MAX, 1}});
+  EXPECT_EQ(call(large.get()), 0);
+  const Kernal huge(INT32_MAX, INT32_MAX, 0, INT32_MAX - 1, 0, {{1 << 30, 1 << 30, 1}});
+  EXPECT_EQ(call(huge.get()), 1);  // no pixel has room for it
+  EXPECT_EQ(image.Bytes(), before);
+  for (const int bits : {1, 4, 16, 32}) {
+    TestImage other = ImageBuilder(bits, 9, 9).Filler(0x3C).Build();
+    const std::vector<uint8_t> bytes = other.Bytes();
+    EXPECT_EQ(omb_DoConvoluteDIB(other.get(), lopass, 1, 10), 1);
+    EXPECT_EQ(other.Bytes(), bytes);
+  }
+  ExpectRefusalWithoutMemory(
+      [] { return ImageBuilder(24, 12, 12).Pixels(Noise(1 << 24, 3)).Build(); },
+      [](PackedDib** dib) { return uintptr_t(omb_DoConvoluteDIB(*dib, omb_getKERNAL(37), 2, 9)); });
+}
+
+}  // namespace
+}  // namespace ombrilo::test

@@ -1,0 +1,213 @@
+// omb_convolute, omb_emboss, omb_sobel and omb_medianblur against whole-image references.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+#include <sstream>
+#include <string>
+
+#include "support/failing_memory.h"
+#include "support/naive.h"
+
+namespace ombrilo::test {
+namespace {
+
+// The kernels once more: rows from the lowest stored row on, separated by semicolons.
+constexpr char kWeights[] =
+    "1 1 1 1 1 1 1 1 1; 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1; "
+    "1 2 1 2 4 2 1 2 1; 1 1 1 1 1 1 4 4 4 1 1 4 12 4 1 1 4 4 4 1 1 1 1 1 1; "
+    "-1 -2 -1 -2 19 -2 -1 -2 -1; 0 -1 0 -1 5 -1 0 -1 0; -1 -1 -1 -1 9 -1 -1 -1 -1; "
+    "0 -1 -1 -1 0 -1 2 -4 2 -1 -1 -4 13 -4 -1 -1 2 -4 2 -1 0 -1 -1 -1 0; "
+    "0 -1 0 -1 4 -1 0 -1 0; -1 -1 -1 -1 8 -1 -1 -1 -1; 1 -2 1 -2 4 -2 1 -2 1; "
+    "1 0 -1 2 0 -2 1 0 -1; 1 2 1 0 0 0 -1 -2 -1; -1 0 1 -2 0 2 -1 0 1; -1 -2 -1 0 0 0 1 2 1; "
+    "0 -1 -2 1 0 -1 2 1 0; 2 1 0 1 0 -1 0 -1 -2; -2 -1 0 -1 0 1 0 1 2; 0 1 2 -1 0 1 -2 -1 0; "
+    "0 0 0 0 1 -1 0 0 0; 0 0 0 0 1 0 0 -1 0; 0 0 0 -1 1 0 0 0 0; 0 -1 0 0 1 0 0 0 0; "
+    "0 0 -1 0 1 0 0 0 0; 0 0 0 0 1 0 0 0 -1; -1 0 0 0 1 0 0 0 0; 0 0 0 0 1 0 -1 0 0; "
+    "1 1 -1 1 -2 -1 1 1 -1; 1 1 1 1 -2 1 -1 -1 -1; -1 1 1 -1 -2 1 -1 1 1; "
+    "-1 -1 -1 1 -2 1 1 1 1; 1 -1 -1 1 -2 -1 1 1 1; 1 1 1 1 -2 -1 1 -1 -1; "
+    "-1 -1 1 -1 -2 1 1 1 1; 1 1 1 -1 -2 1 -1 -1 1; -1 -1 -1 2 2 2 -1 -1 -1; "
+    "-1 2 -1 -1 2 -1 -1 2 -1; 2 -1 -1 -1 2 -1 -1 -1 2; -1 -1 2 -1 2 -1 2 -1 -1";
+
+std::vector<int> Weights(uint32_t type) {
+  std::istringstream kernels(kWeights);
+  std::string kernel;
+  for (uint32_t i = 0; i < type; ++i) std::getline(kernels, kernel, ';');
+  std::istringstream text(kernel);
+  return std::vector<int>(std::istream_iterator<int>(text), {});
+}
+
+std::vector<uint8_t> Convoluted(const TestImage& image, uint32_t type, uint32_t color) {
+  const Naive source(image);
+  const std::vector<int> weights = Weights(type);
+  const int half = weights.size() == 25 ? 2 : 1, size = 2 * half + 1;
+  int divisor = 0;
+  for (const int weight : weights) divisor += weight;
+  return NaiveResult(
+      image, true,
+      [&](int x, int y) {
+        return x >= half && y >= half && x < source.width - half && y < source.height - half;
+      },
+      [&](int x, int y) {
+        Bgr result;
+        for (int c = 0; c < 3; ++c) {
+          int sum = 0;
+          for (int i = 0; i < size * size; ++i) {
+            sum +=
+                weights[size_t(i)] * source.At(x - half + i % size, y - half + i / size)[size_t(c)];
+          }
+          if (divisor != 0) sum /= divisor;
+          sum += static_cast<int>(color >> (16 - 8 * c) & 255);
+          result[size_t(c)] = std::clamp(sum, 0, 255);
+        }
+        return result;
+      });
+}
+
+TEST(Convolute, EveryKernelAgreesWithTheReference) {
+  for (const int bits : {8, 24}) {
+    const TestImage image = ImageBuilder(bits, 41, 7).Pixels(Noise(1u << bits, 5)).Build();
+    for (uint32_t type = 1; type <= 39; ++type) {
+      SCOPED_TRACE(type);
+      ExpectAtEveryLevel(image, Convoluted(image, type, 0),
+                         [=](PackedDib* dib) { omb_convolute(dib, type); });
+    }
+  }
+}
+
+TEST(Convolute, EveryDepthTableAndSizeAgreesWithTheReference) {
+  ForVariedImages([](const TestImage& image) {
+    for (const uint32_t type : {2u, 5u, 8u, 13u}) {
+      ExpectAtEveryLevel(image, Convoluted(image, type, 0),
+                         [=](PackedDib* dib) { omb_convolute(dib, type); });
+    }
+  });
+}
+
+TEST(Convolute, NumbersOutsideTheTableDoNothing) {
+  TestImage image = ImageBuilder(24, 9, 9).Pixels(Noise(1 << 24, 7)).Build();
+  const std::vector<uint8_t> before = image.Bytes();
+  for (const uint32_t type : {0u, 40u, 0xFFFFFFFFu}) omb_convolute(image.get(), type);
+  EXPECT_EQ(image.Bytes(), before);
+}
+
+TEST(Emboss, AgreesWithTheReference) {
+  ForVariedImages([](const TestImage& image) {
+    for (const auto& relief : {std::pair{0u, 0x808080u}, {5u, 0xFF0012u}, {27u, 0xFF10FE80u}}) {
+      const uint32_t direction = relief.first, color = relief.second;
+      ExpectAtEveryLevel(image, Convoluted(image, 12 + direction, color),
+                         [&](PackedDib* dib) { EXPECT_EQ(omb_emboss(dib, direction, color), 1u); });
+    }
+  });
+  TestImage image = ImageBuilder(24, 5, 5).Pixels(Noise(1 << 24, 4)).Build();
+  const std::vector<uint8_t> before = image.Bytes();
+  EXPECT_EQ(omb_emboss(image.get(), 28, 0), 0u);
+  EXPECT_EQ(omb_emboss(nullptr, 0, 0), 0u);
+  EXPECT_EQ(image.Bytes(), before);
+}
+
+TEST(Sobel, AgreesWithTheReference) {
+  ForVariedImages([](const TestImage& image) {
+    const Naive source(image);
+    const auto expected = NaiveResult(
+        image, true,
+        [&](int x, int y) {
+          return x >= 1 && y >= 1 && x < source.width - 1 && y < source.height - 1;
+        },
+        [&](int x, int y) {
+          Bgr result;
+          for (size_t c = 0; c < 3; ++c) {
+            int s[9];
+            for (int i = 0; i < 9; ++i) s[i] = source.At(x - 1 + i % 3, y - 1 + i / 3)[c];
+            result[c] = std::max({std::abs(((s[0] + s[1] + s[2]) - (s[6] + s[7] + s[8])) / 3),
+                                  std::abs(((s[0] + s[3] + s[6]) - (s[2] + s[5] + s[8])) / 3),
+                                  std::abs(((s[0] + s[1] + s[3]) - (s[5] + s[7] + s[8])) / 3),
+                                  std::abs(((s[1] + s[2] + s[5]) - (s[3] + s[6] + s[7])) / 3)});
+          }
+          return result;
+        });
+    ExpectAtEveryLevel(image, expected, omb_sobel);
+  });
+}
+
+TEST(MedianBlur, AgreesWithTheReference) {
+  ForVariedImages([](const TestImage& image) {
+    const Naive source(image);
+    const auto expected = NaiveResult(
+        image, true,
+        [&](int x, int y) {
+          return x >= 3 && y >= 3 && x < source.width - 3 && y < source.height - 3;
+        },
+        [&](int x, int y) {
+          Bgr result;
+          for (size_t c = 0; c < 3; ++c) {
+            std::vector<int> samples = {source.At(x, y)[c]};
+            for (const int d : {-2, -1, 1, 2}) {
+              samples.push_back(source.At(x + d, y)[c]);
+              samples.push_back(source.At(x, y + d)[c]);
+            }
+            std::sort(samples.begin(), samples.end());
+            result[c] = samples[4];
+          }
+          return result;
+        });
+    ExpectAtEveryLevel(image, expected, omb_medianblur);
+  });
+}
+
+TEST(NumberedFilters, OtherDepthsBecomeZeroAndHostileHeadersDoNoHarm) {
+  const std::function<void(PackedDib*)> filters[] = {
+      [](PackedDib* dib) { omb_convolute(dib, 1); },
+      [](PackedDib* dib) { omb_emboss(dib, 3, 0x808080); }, omb_sobel, omb_medianblur};
+  for (const auto& filter : filters) {
+    filter(nullptr);
+    for (const int bits : {2, 16, 32}) {
+      TestImage image = ImageBuilder(bits, 11, 9).Filler(0xFF).Build();
+      std::vector<uint8_t> expected = image.Bytes();
+      std::fill(expected.begin() + 40, expected.end(), 0);
+      filter(image.get());
+      EXPECT_EQ(image.Bytes(), expected) << bits;
+    }
+    for (const int32_t height : {0, -7, INT32_MAX}) {
+      for (const int32_t width : {0, -7, INT32_MAX}) {
+        TestImage image = ImageBuilder(24, 0, 0)
+                              .Field(4, static_cast<uint32_t>(width))
+                              .Field(8, static_cast<uint32_t>(height))
+                              .Build();
+        filter(image.get());
+      }
+    }
+    for (const int bits : {1, 8, 24}) {
+      ExpectNoChangeWithoutMemory(
+          [&] { return ImageBuilder(bits, 12, 12).Pixels(Noise(1u << bits, 9)).Build(); }, filter);
+    }
+  }
+}
+
+// No second image: a window of rows, and the nearest-entry search's memory where there is a table.
+TEST(NumberedFilters, LargeImagesTakeLessThanAMebibyte) {
+  for (const int bits : {1, 8, 24}) {
+    const TestImage image = ImageBuilder(bits, 4000, bits == 1 ? 3000 : 400).Build();
+    const std::pair<const char*, std::function<void()>> calls[] = {
+        {"convolute", [&] { omb_convolute(image.get(), 2); }},
+        {"kernal", [&] { omb_DoConvoluteDIB(image.get(), omb_getKERNAL(37), 1, 10); }},
+        {"sobel", [&] { omb_sobel(image.get()); }},
+        {"medianblur", [&] { omb_medianblur(image.get()); }},
+        {"dilate", [&] { omb_dilate(image.get()); }},
+        {"open", [&] { omb_mathopen(image.get()); }},
+        {"morph", [&] {
+           if (bits != 1) omb_DoKernalMorphDIB(image.get(), bits, 2, omb_getKERNAL(2), 1);
+         }}};
+    for (const auto& [name, call] : calls) {
+      MemoryWatch watch(0);
+      call();
+      watch.Stop();
+      EXPECT_LT(watch.peak_bytes(), size_t{1} << 20) << name << ", " << bits << " bits";
+      RecordProperty(std::string(name) + std::to_string(bits),
+                     std::to_string(watch.peak_bytes() / 1024));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace ombrilo::test

@@ -1,0 +1,172 @@
+// omb_DoKernalMorphDIB against a reference that works on the bytes of the block.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "support/failing_memory.h"
+#include "support/kernals.h"
+#include "support/naive.h"
+
+namespace ombrilo::test {
+namespace {
+
+struct Geometry {
+  int width, height, stride;
+};
+
+std::vector<uint8_t> Reference(const TestImage& image, const Geometry& g, int bits, int op,
+                               const KERNAL& element, int iterations) {
+  std::vector<uint8_t> block = image.Bytes();
+  const size_t rows = static_cast<size_t>(omb_FindDIBBits(image.get()) - image.raw());
+  const int step = bits / 8;
+  const auto primitive = [&](bool dilate) {
+    for (int n = 0; n < iterations; ++n) {
+      const std::vector<uint8_t> source = block;
+      for (int y = 0; y < g.height; ++y) {
+        for (int i = 0; i < g.width * step; ++i) {
+          int extreme = dilate ? 0 : 255;
+          for (int k = 0; k < element.count; ++k) {
+            const int64_t row = int64_t{y} + element.offsets[2 * k + 1];
+            const int64_t column = int64_t{i} / step + element.offsets[2 * k];
+            if (row < 0 || row >= g.height || column < 0 || column >= g.width) continue;
+            const size_t at =
+                rows + size_t(row) * size_t(g.stride) + size_t(column * step + i % step);
+            const int value = at < source.size() ? source[at] : 0;
+            extreme = dilate ? std::max(extreme, value) : std::min(extreme, value);
+          }
+          const size_t at = rows + size_t(y) * size_t(g.stride) + size_t(i);
+          if (extreme != (dilate ? 0 : 255) && at < block.size()) {
+            block[at] = static_cast<uint8_t>(extreme);
+          }
+        }
+      }
+    }
+  };
+  primitive(op == 1 || op == 3);
+  if (op >= 2) primitive(op == 2);
+  return block;
+}
+
+void Expect(const TestImage& image, const Geometry& g, int bits, const KERNAL& element,
+            int iterations = 1) {
+  for (int op = 0; op < 4; ++op) {
+    SCOPED_TRACE(testing::Message() << element.name << ", bits " << bits << ", op " << op);
+    ExpectAtEveryLevel(image, Reference(image, g, bits, op, element, iterations),
+                       [&](PackedDib* dib) {
+                         EXPECT_EQ(omb_DoKernalMorphDIB(dib, bits, op, &element, iterations), 1);
+                       });
+  }
+}
+
+int Stride(int width, int bits) { return (width * bits + 31) / 32 * 4; }
+
+// Mid-gray noise with patches of black and white, so that extremes often reach the ends.
+TestImage Patches(int bits, int width, int height) {
+  return ImageBuilder(bits, width, height)
+      .Filler(0x33)
+      .Pixels([=](int x, int y) {
+        const uint32_t patch = Noise(3, 61)(x / 6, y / 5);
+        return patch == 0 ? 0u : patch == 1 ? (1u << bits) - 1 : Noise(1u << bits, 62)(x, y);
+      })
+      .Build();
+}
+
+TEST(KernalMorphology, BuiltInElementsAgreeWithTheReference) {
+  for (const auto& [width, height] : {std::pair{75, 14}, {1, 5}, {5, 1}, {4, 3}, {16, 9}}) {
+    const TestImage gray = Patches(8, width, height), color = Patches(24, width, height);
+    for (uint32_t i = 0; i < 45; ++i) {
+      if (i > 5 && i < 21) continue;
+      Expect(gray, {width, height, Stride(width, 8)}, 8, *omb_getKERNAL(i));
+      Expect(color, {width, height, Stride(width, 24)}, 24, *omb_getKERNAL(i));
+    }
+    Expect(color, {width, height, Stride(width, 24)}, 24, *omb_getKERNAL(22), 3);
+    // Bytes of a 24-bit image taken as values: a third of each row.
+    Expect(color, {width, height, Stride(width, 24)}, 8, *omb_getKERNAL(2), 2);
+  }
+}
+
+TEST(KernalMorphology, AnyElementAgreesWithTheReference) {
+  std::vector<Entry> scattered, long_row, many_lengths;
+  for (int i = 0; i < 20; ++i) {
+    scattered.push_back(
+        {static_cast<int>(Noise(40, 71)(i, 0)) - 20, static_cast<int>(Noise(16, 72)(i, 0)) - 8});
+  }
+  for (int i = 0; i < 60; ++i) long_row.push_back({i - 43, 0});
+  for (int length = 1; length <= 40; ++length) {
+    for (int i = 0; i < length; ++i) many_lengths.push_back({i - length / 3, length % 9 - 4});
+    // Gaps keep the runs of one row apart.
+    for (int i = 0; i < length % 7; ++i) many_lengths.push_back({45 + i, length % 9 - 4});
+  }
+  std::vector<Entry> stairs;  // runs of 1, 2, 3, ... 30 on rows of their own
+  for (int length = 1; length <= 30; ++length) {
+    for (int i = 0; i < length; ++i) stairs.push_back({i, length - 15});
+  }
+  const std::vector<Entry> elements[] = {
+      {{1, 0}},           {{0, 0}, {0, 0}, {1, 1}},
+      {{3, -2}, {-4, 5}}, {{INT32_MAX, 0}, {INT32_MIN, INT32_MIN}, {0, 1}},
+      scattered,          long_row,
+      many_lengths,       stairs,
+  };
+  const TestImage gray = Patches(8, 71, 33), color = Patches(24, 23, 11);
+  for (const auto& entries : elements) {
+    const Kernal element(1, 1, 0, 0, 0, entries);
+    Expect(gray, {71, 33, 72}, 8, *element.get(), 2);
+    Expect(color, {23, 11, 72}, 24, *element.get());
+  }
+}
+
+TEST(KernalMorphology, HeaderFieldsAreCutAndMisread) {
+  const KERNAL& element = *omb_getKERNAL(1);
+  const auto gray = [](int width, int height) {
+    return ImageBuilder(8, width, height).Pixels(Noise(256, 31));
+  };
+  Expect(gray(10, 9).Field(12, 8 << 16 | 2).Build(), {10, 9, 20}, 8, element, 2);
+  Expect(gray(65546, 5).Build(), {10, 5, 12}, 8, element);
+  Expect(gray(9, 6).CoreHeader().Field(12, 0x00100001).Build(), {9, 6, 20}, 8, element);
+  // 16-bit pixels hold values of 8 bits just as well.
+  Expect(ImageBuilder(16, 9, 6).Pixels(Noise(1 << 16, 3)).Build(), {9, 6, 20}, 8, element);
+  struct Refused {
+    TestImage image;
+    int bits;
+  };
+  Refused refused[] = {{gray(10, 9).Field(12, 8 << 16).Build(), 8},
+                       {gray(10, 9).Build(), 24},
+                       {gray(65535, 3).Build(), 8},
+                       {gray(9, 6).CoreHeader().Field(12, 0x00080000).Build(), 8}};
+  for (const Refused& r : refused) {
+    const std::vector<uint8_t> before = r.image.Bytes();
+    EXPECT_EQ(omb_DoKernalMorphDIB(r.image.get(), r.bits, 1, &element, 1), 0);
+    EXPECT_EQ(r.image.Bytes(), before);
+  }
+  TestImage negative = ImageBuilder(8, 10, 0).Field(8, static_cast<uint32_t>(-3)).Build();
+  EXPECT_EQ(omb_DoKernalMorphDIB(negative.get(), 8, 1, &element, 1), 1);
+}
+
+TEST(KernalMorphology, RefusalsAndNothingToDo) {
+  TestImage image = Patches(24, 8, 8);
+  const std::vector<uint8_t> before = image.Bytes();
+  const KERNAL* element = omb_getKERNAL(0);
+  const Kernal none(3, 3, 1, 1, 0, {});
+  const Kernal outside(3, 3, 1, 1, 0, {{8, 0}, {0, -8}, {-100, 100}});
+  EXPECT_EQ(omb_DoKernalMorphDIB(nullptr, 24, 0, element, 1), 0);
+  EXPECT_EQ(omb_DoKernalMorphDIB(image.get(), 24, 0, nullptr, 1), 0);
+  for (const int bits : {1, 4, 16, 32}) {
+    EXPECT_EQ(omb_DoKernalMorphDIB(image.get(), bits, 0, element, 1), 0);
+  }
+  for (const int op : {-1, 4}) EXPECT_EQ(omb_DoKernalMorphDIB(image.get(), 24, op, element, 1), 0);
+  for (const int iterations : {0, -1, INT32_MIN}) {
+    EXPECT_EQ(omb_DoKernalMorphDIB(image.get(), 24, 3, element, iterations), 1);
+  }
+  EXPECT_EQ(omb_DoKernalMorphDIB(image.get(), 24, 1, none.get(), 1), 1);
+  EXPECT_EQ(omb_DoKernalMorphDIB(image.get(), 24, 1, outside.get(), 1), 1);
+  EXPECT_EQ(image.Bytes(), before);
+  EXPECT_EQ(omb_DoKernalMorphDIB(image.get(), 24, 1, element, INT32_MAX), 1);  // comes to rest
+  ExpectRefusalWithoutMemory(
+      [] { return Patches(8, 12, 12); },
+      [](PackedDib** dib) {
+        return uintptr_t(omb_DoKernalMorphDIB(*dib, 8, 2, omb_getKERNAL(21), 2));
+      });
+}
+
+}  // namespace
+}  // namespace ombrilo::test

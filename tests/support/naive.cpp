@@ -1,0 +1,128 @@
+#include "support/naive.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "rows/row_functions.h"
+#include "support/failing_memory.h"
+
+namespace ombrilo::test {
+
+namespace {
+
+size_t RowOffset(const TestImage& image, int y) {
+  const size_t stride = (static_cast<size_t>(image.width() * image.bit_count()) + 31) / 32 * 4;
+  return static_cast<size_t>(omb_FindDIBBits(image.get()) - image.raw()) +
+         stride * static_cast<size_t>(y);
+}
+
+int Nearest(const std::vector<Bgr>& palette, const Bgr& color) {
+  int best = 1 << 30, answer = 0;
+  for (size_t i = 0; i < palette.size(); ++i) {
+    int distance = 0;
+    for (size_t c = 0; c < 3; ++c) {
+      distance += (palette[i][c] - color[c]) * (palette[i][c] - color[c]);
+    }
+    if (distance < best) best = distance, answer = static_cast<int>(i);
+  }
+  return answer;
+}
+
+}  // namespace
+
+Naive::Naive(const TestImage& image)
+    : bits(image.bit_count()), width(image.width()), height(image.height()) {
+  const std::vector<uint8_t> bytes = image.Bytes();
+  const size_t header = bytes[0], step = header == 40 ? 4 : 3;
+  const auto byte = [&](size_t i) { return i < bytes.size() ? int{bytes[i]} : 0; };
+  for (size_t i = 0; bits < 24 && i < size_t{1} << bits; ++i) {
+    const size_t at = header + step * i;
+    palette.push_back({byte(at), byte(at + 1), byte(at + 2)});
+  }
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      const uint32_t value = image.Pixel(x, height - 1 - y);
+      pixels.push_back(bits < 24
+                           ? palette[value]
+                           : Bgr{static_cast<int>(value & 255), static_cast<int>(value >> 8 & 255),
+                                 static_cast<int>(value >> 16)});
+    }
+  }
+}
+
+std::vector<uint8_t> NaiveResult(const TestImage& image, bool zeroed,
+                                 const std::function<bool(int, int)>& computed,
+                                 const std::function<Bgr(int, int)>& result) {
+  std::vector<uint8_t> bytes = image.Bytes();
+  const Naive source(image);
+  if (zeroed) std::fill(bytes.begin() + static_cast<int>(RowOffset(image, 0)), bytes.end(), 0);
+  for (int y = 0; y < source.height; ++y) {
+    uint8_t* row = bytes.data() + RowOffset(image, y);
+    for (int x = 0; x < source.width; ++x) {
+      if (!computed(x, y)) continue;
+      const Bgr color = result(x, y);
+      if (source.bits == 24) {
+        for (int c = 0; c < 3; ++c) row[3 * x + c] = static_cast<uint8_t>(color[size_t(c)]);
+        continue;
+      }
+      const int index = Nearest(source.palette, color);
+      for (int bit = 0; bit < source.bits; ++bit) {
+        const int at = x * source.bits + bit;
+        const int mask = 0x80 >> at % 8;
+        const bool set = (index >> (source.bits - 1 - bit) & 1) != 0;
+        row[at / 8] = static_cast<uint8_t>((row[at / 8] & ~mask) | (set ? mask : 0));
+      }
+    }
+  }
+  return bytes;
+}
+
+void ForVariedImages(const std::function<void(const TestImage&)>& test) {
+  const std::pair<int, int> sizes[] = {{1, 1}, {1, 9}, {9, 1},  {2, 2},  {3, 3},  {4, 5},
+                                       {7, 7}, {8, 6}, {6, 11}, {17, 8}, {33, 7}, {70, 9}};
+  enum Table { kGray, kColored, kShort };
+  uint32_t seed = 0;
+  for (const int bits : {1, 4, 8, 24}) {
+    for (const bool core : {false, true}) {
+      for (const Table table : {kGray, kColored, kShort}) {
+        // Core headers have no short tables, and 24 bits have no table.
+        if ((core && table == kShort) || (bits == 24 && table != kGray)) continue;
+        for (const auto& [width, height] : sizes) {
+          ImageBuilder builder(bits, width, height);
+          builder.Pixels(Noise(1u << bits, ++seed)).Filler(0x5A);
+          if (core) builder.CoreHeader();
+          if (table == kColored) builder.Colors(VariedColors(1 << bits, seed));
+          if (table == kShort) builder.Colors(VariedColors((1 << bits) - 1, seed));
+          SCOPED_TRACE(testing::Message() << bits << " bits, core " << core << ", table " << table
+                                          << ", " << width << " x " << height);
+          test(builder.Build());
+          if (testing::Test::HasFailure()) return;
+        }
+      }
+    }
+  }
+}
+
+void ExpectAtEveryLevel(const TestImage& image, const std::vector<uint8_t>& expected,
+                        const std::function<void(PackedDib*)>& operation) {
+  for (auto level = rows::Supported(); *level != nullptr; ++level) {
+    SCOPED_TRACE((*level)->name);
+    rows::Use(*level);
+    TestImage copy = image.Clone();
+    operation(copy.get());
+    EXPECT_EQ(copy.Bytes(), expected);
+  }
+  rows::Use(nullptr);
+}
+
+void ExpectNoChangeWithoutMemory(const std::function<TestImage()>& make,
+                                 const std::function<void(PackedDib*)>& operation) {
+  const std::vector<uint8_t> before = make().Bytes();
+  ExpectRefusalWithoutMemory(make, [&](PackedDib** image) -> uintptr_t {
+    operation(*image);
+    return std::memcmp(*image, before.data(), before.size()) != 0;
+  });
+}
+
+}  // namespace ombrilo::test

@@ -1,0 +1,47 @@
+// Whole-image, pixel-by-pixel references for neighbourhood filters, apart from the library's own
+// walks, pixel access and nearest-entry search. Rows count as they are stored: bottom row first.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <vector>
+
+#include "support/image.h"
+
+namespace ombrilo::test {
+
+using Bgr = std::array<int, 3>;
+
+// The colors of an image of 1, 4, 8 or 24 bits.
+struct Naive {
+  explicit Naive(const TestImage& image);
+
+  const Bgr& At(int x, int y) const { return pixels[static_cast<size_t>(y * width + x)]; }
+  Bgr& At(int x, int y) { return pixels[static_cast<size_t>(y * width + x)]; }
+
+  int bits, width, height;
+  std::vector<Bgr> pixels;
+  std::vector<Bgr> palette;  // 2, 16 or 256 entries; what follows a short table, then zeros
+};
+
+// The block's bytes after every pixel for which `computed(x, y)` has become the color or nearest
+// entry of `result(x, y)`. With `zeroed`, all other bits of the rows are 0; otherwise they stay.
+std::vector<uint8_t> NaiveResult(const TestImage& image, bool zeroed,
+                                 const std::function<bool(int x, int y)>& computed,
+                                 const std::function<Bgr(int x, int y)>& result);
+
+// An image of noise: both header kinds, depths 1, 4, 8 and 24, gray, colored and short tables, and
+// sizes that are smaller than a neighbourhood, degenerate, and around vector lengths.
+void ForVariedImages(const std::function<void(const TestImage&)>& test);
+
+// Applies `operation` to a copy of the image at every instruction level; the copy's bytes must be
+// `expected`.
+void ExpectAtEveryLevel(const TestImage& image, const std::vector<uint8_t>& expected,
+                        const std::function<void(PackedDib*)>& operation);
+
+// ExpectRefusalWithoutMemory for operations without a result: with all memory they change the
+// image.
+void ExpectNoChangeWithoutMemory(const std::function<TestImage()>& make,
+                                 const std::function<void(PackedDib*)>& operation);
+
+}  // namespace ombrilo::test
