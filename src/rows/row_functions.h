@@ -36,6 +36,8 @@ struct RowFunctions {
   // Four-byte pixels to three-byte ones; the fourth byte is dropped.
   void (*drop_fourth_byte)(const uint8_t* from, size_t pixels, uint8_t* to);
 
+  // Exchanges two runs of bytes.
+  void (*swap_bytes)(uint8_t* a, uint8_t* b, size_t count);
   // Bytes, and three-byte pixels, in reverse order; `to` is another place than `from`.
   void (*mirror8)(const uint8_t* from, size_t count, uint8_t* to);
   void (*mirror24)(const uint8_t* from, size_t pixels, uint8_t* to);
