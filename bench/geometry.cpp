@@ -182,16 +182,25 @@ void AddGeometryRows() {
        "Leptonica pixRotate90", OMBRILO_PIX(pixRotate90(pix, 1))},
       {"rotate 180, page 1", page, [](PackedDib** image) { omb_rotate(image, 180, 1); },
        "Leptonica pixRotate180", OMBRILO_PIX(pixRotate180(nullptr, pix))},
-      {"fliphor, page 1", page, [](PackedDib** image) { omb_fliphor(*image); },
-       "Leptonica pixFlipLR", OMBRILO_PIX(pixFlipLR(pix, pix))},
-      {"flipvert, page 1", page, [](PackedDib** image) { omb_flipvert(*image); },
-       "Leptonica pixFlipTB", OMBRILO_PIX(pixFlipTB(pix, pix))},
   };
   for (const PageRow& row : page_rows) {
 #ifdef OMBRILO_HAVE_LEPTONICA
     Add(row.name, row.work, Page1(), row.ours, row.peer_name, OnPix(row.peer));
 #else
     Add(row.name, row.work, Page1(), row.ours);
+#endif
+  }
+  for (const bool horizontal : {true, false}) {
+    const char* row = horizontal ? "fliphor, page 1" : "flipvert, page 1";
+    auto image = std::make_shared<Image>(Copy(Page1()));
+    const auto flip = horizontal ? omb_fliphor : omb_flipvert;
+    const auto ours = [=] { flip(image->get()); };
+#ifdef OMBRILO_HAVE_LEPTONICA
+    Compare(
+        row, page, ours, horizontal ? "Leptonica pixFlipLR" : "Leptonica pixFlipTB",
+        OnPix([=](Pix* pix) { return horizontal ? pixFlipLR(pix, pix) : pixFlipTB(pix, pix); }));
+#else
+    Compare(row, page, ours);
 #endif
   }
 #undef OMBRILO_PIX

@@ -1,30 +1,7 @@
 // omb_fliphor and omb_flipvert: mirror images, in place and without memory of their own.
-#include <algorithm>
-#include <cstring>
-
 #include "core/packed_dib.h"
 #include "geometry/mirror.h"
-
-namespace ombrilo {
-
-namespace {
-
-void SwapBytes(uint8_t* a, uint8_t* b, size_t count) {
-  uint8_t chunk[4096];
-  while (count != 0) {
-    const size_t n = std::min(sizeof chunk, count);
-    std::memcpy(chunk, a, n);
-    std::memcpy(a, b, n);
-    std::memcpy(b, chunk, n);
-    a += n;
-    b += n;
-    count -= n;
-  }
-}
-
-}  // namespace
-
-}  // namespace ombrilo
+#include "rows/row_functions.h"
 
 uint32_t omb_fliphor(PackedDib* image) {
   const auto dib = ombrilo::Dib::Open(image);
@@ -39,9 +16,10 @@ uint32_t omb_fliphor(PackedDib* image) {
 uint32_t omb_flipvert(PackedDib* image) {
   const auto dib = ombrilo::Dib::Open(image);
   if (!dib) return 0;
+  const auto swap = ombrilo::rows::Active().swap_bytes;
   // Padding moves with its row.
   for (int32_t low = 0, high = dib->pixel_rows() - 1; low < high; ++low, --high) {
-    ombrilo::SwapBytes(dib->row(low), dib->row(high), dib->stride());
+    swap(dib->row(low), dib->row(high), dib->stride());
   }
   return 1;
 }

@@ -131,6 +131,8 @@ struct RowFunctions {
   // sets.
   void (*count_bytes)(const uint8_t* bytes, size_t step, size_t count, uint32_t (*sets)[256]);
 
+  // Exchanges two runs of bytes.
+  void (*swap_bytes)(uint8_t* a, uint8_t* b, size_t count);
   // Bytes, and three-byte pixels, in reverse order; `to` is another place than `from`.
   void (*mirror8)(const uint8_t* from, size_t count, uint8_t* to);
   void (*mirror24)(const uint8_t* from, size_t pixels, uint8_t* to);

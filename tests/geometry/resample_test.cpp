@@ -190,6 +190,9 @@ std::vector<Kind> Kinds() {
     }
     kinds.push_back({24, core, {}});
   }
+  std::vector<uint32_t> falling = GrayRamp(256);  // gray, but indices are not the levels
+  std::reverse(falling.begin(), falling.end());
+  kinds.push_back({8, false, falling});
   kinds.push_back({4, false, GrayRamp(3)});  // the rest of the entries lies beyond, partly nowhere
   kinds.push_back({8, false, VariedColors(5, 6)});
   return kinds;

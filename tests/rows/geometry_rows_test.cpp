@@ -1,7 +1,7 @@
 // The row functions of scaling, rotation and flips give the same bytes at every level and length.
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <algorithm>
 
 #include "rows/row_functions.h"
 #include "support/image.h"
@@ -72,6 +72,14 @@ struct Case {
 constexpr int kBytes[4] = {1, 3, 0, 2};
 
 const Case kCases[] = {
+    {"swap_bytes",
+     [](const RowFunctions& f, const Inputs& in, Outputs& out) {
+       auto* a = out.New<uint8_t>(in.count);
+       auto* b = out.New<uint8_t>(in.count);
+       std::copy_n(in.bytes.begin(), in.count, a);
+       std::copy_n(in.shifts.begin(), in.count, b);
+       f.swap_bytes(a, b, in.count);
+     }},
     {"mirror8",
      [](const RowFunctions& f, const Inputs& in, Outputs& out) {
        f.mirror8(in.bytes.data(), in.count, out.New<uint8_t>(in.count));
