@@ -116,6 +116,14 @@ bool SameBytes(const PackedDib* a, const PackedDib* b) {
          std::memcmp(first.block(), second.block(), first.extent()) == 0;
 }
 
+// Runs a step on the image and returns the time of it.
+std::string TimedRun(const std::string& step, Image& image) {
+  const Call call = ParseCall(step);
+  const auto start = std::chrono::steady_clock::now();
+  RunCall(call, image);
+  return TimeOf(std::chrono::steady_clock::now() - start);
+}
+
 Exhibit Try(const Step& step, const PackedDib* input, const std::string& file,
             const fs::path& directory) {
   Exhibit exhibit;
@@ -124,17 +132,25 @@ Exhibit Try(const Step& step, const PackedDib* input, const std::string& file,
   exhibit.summary = step.summary;
   const std::string arguments = step.example ? step.example(input) : "";
   const std::string text = step.name + (arguments.empty() ? "" : "=" + arguments);
-  exhibit.command = "omb apply " + Quoted(Utf8(file)) + " out.png " + Quoted(text);
+  const std::string command = "omb apply " + Quoted(Utf8(file)) + " out.png ";
+  exhibit.command = command + Quoted(text);
   Image image = Copy(input);
   try {
-    const Call call = ParseCall(text);
-    const auto start = std::chrono::steady_clock::now();
-    RunCall(call, image);
-    exhibit.time = TimeOf(std::chrono::steady_clock::now() - start);
+    exhibit.time = TimedRun(text, image);
   } catch (const StepError& error) {
     exhibit.refusal = error.what();
-    return exhibit;
   }
+  if (!exhibit.refusal.empty() && step.before != nullptr) {
+    try {
+      TimedRun(step.before, image);
+      exhibit.time = TimedRun(text, image);
+      exhibit.command = command + step.before + " " + Quoted(text);
+      exhibit.refusal.clear();
+    } catch (const StepError&) {
+      // The first refusal says more.
+    }
+  }
+  if (!exhibit.refusal.empty()) return exhibit;
   exhibit.after = Show(image.get(), directory);
   exhibit.same_size = omb_DIBWidth(input) == omb_DIBWidth(image.get()) &&
                       omb_DIBHeight(input) == omb_DIBHeight(image.get());
