@@ -18,9 +18,16 @@ struct ApplyOptions {
   unsigned jobs = 0;    // files at a time; 0: as many as there are processors
 };
 
+struct HistogramOptions {
+  std::string file;
+  std::string channel;  // "red", "green", "blue" or "gray"; empty: whatever suits the image
+  std::string output;   // an SVG file; empty: stdout
+};
+
 int Apply(const ApplyOptions& options);
 int Info(const std::vector<std::string>& files);
-int List(const std::string& step);                   // empty: all steps
+int List(const std::string& step);  // empty: all steps
+int ShowHistogram(const HistogramOptions& options);
 int Gallery(const std::vector<std::string>& words);  // INPUT... DIR
 
 // Writes "omb: where: message" to stderr; without the middle when `where` is empty.

@@ -15,6 +15,7 @@
 #include "gallery_page.h"
 #include "progress.h"
 #include "steps/steps.h"
+#include "text.h"
 #include "thumbnail.h"
 
 namespace omb {
@@ -84,12 +85,6 @@ std::string TimeOf(std::chrono::duration<double, std::milli> time) {
   return text;
 }
 
-// The page is UTF-8, whatever the file names of this machine are.
-std::string Utf8(const fs::path& path) {
-  const std::u8string text = path.u8string();
-  return {text.begin(), text.end()};
-}
-
 // As a shell reads it back.
 std::string Quoted(const std::string& word) {
   const char* plain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_./=,:%@+-\\";
@@ -116,6 +111,32 @@ bool SameBytes(const PackedDib* a, const PackedDib* b) {
          std::memcmp(first.block(), second.block(), first.extent()) == 0;
 }
 
+std::string SizeOf(const PackedDib* dib) {
+  return std::to_string(omb_DIBWidth(dib)) + " × " + std::to_string(omb_DIBHeight(dib)) + " pixels";
+}
+
+std::string DepthOf(const PackedDib* dib) {
+  const int bits = omb_DIBBitCount(dib);
+  return std::to_string(bits) + (bits == 1 ? " bit" : " bits");
+}
+
+// What the picture alone does not tell of a change.
+std::string RemarkOn(const PackedDib* before, const PackedDib* after) {
+  if (SameBytes(before, after)) return "Nothing changes in this image.";
+  std::string changes;
+  if (SizeOf(before) != SizeOf(after)) changes = SizeOf(after);
+  if (DepthOf(before) != DepthOf(after)) changes += (changes.empty() ? "" : ", ") + DepthOf(after);
+  return changes.empty() ? "" : "Now " + changes + ".";
+}
+
+// Runs a step on the image and returns the time of it.
+std::string TimedRun(const std::string& step, Image& image) {
+  const Call call = ParseCall(step);
+  const auto start = std::chrono::steady_clock::now();
+  RunCall(call, image);
+  return TimeOf(std::chrono::steady_clock::now() - start);
+}
+
 Exhibit Try(const Step& step, const PackedDib* input, const std::string& file,
             const fs::path& directory) {
   Exhibit exhibit;
@@ -124,21 +145,29 @@ Exhibit Try(const Step& step, const PackedDib* input, const std::string& file,
   exhibit.summary = step.summary;
   const std::string arguments = step.example ? step.example(input) : "";
   const std::string text = step.name + (arguments.empty() ? "" : "=" + arguments);
-  exhibit.command = "omb apply " + Quoted(Utf8(file)) + " out.png " + Quoted(text);
+  const std::string command = "omb apply " + Quoted(Utf8(file)) + " out.png ";
+  exhibit.command = command + Quoted(text);
   Image image = Copy(input);
   try {
-    const Call call = ParseCall(text);
-    const auto start = std::chrono::steady_clock::now();
-    RunCall(call, image);
-    exhibit.time = TimeOf(std::chrono::steady_clock::now() - start);
+    exhibit.time = TimedRun(text, image);
   } catch (const StepError& error) {
     exhibit.refusal = error.what();
-    return exhibit;
   }
+  if (!exhibit.refusal.empty() && step.before != nullptr) {
+    try {
+      TimedRun(step.before, image);
+      exhibit.time = TimedRun(text, image);
+      exhibit.command = command + step.before + " " + Quoted(text);
+      exhibit.refusal.clear();
+    } catch (const StepError&) {
+      // The first refusal says more.
+    }
+  }
+  if (!exhibit.refusal.empty()) return exhibit;
   exhibit.after = Show(image.get(), directory);
   exhibit.same_size = omb_DIBWidth(input) == omb_DIBWidth(image.get()) &&
                       omb_DIBHeight(input) == omb_DIBHeight(image.get());
-  if (SameBytes(input, image.get())) exhibit.remark = "Nothing changes in this image.";
+  exhibit.remark = RemarkOn(input, image.get());
   return exhibit;
 }
 
@@ -146,9 +175,7 @@ Room RoomOf(const std::string& file, const PackedDib* input, const fs::path& dir
             Progress& progress) {
   Room room;
   room.name = Utf8(fs::path(file).filename());
-  const int bits = omb_DIBBitCount(input);
-  room.facts = std::to_string(omb_DIBWidth(input)) + " × " + std::to_string(omb_DIBHeight(input)) +
-               " pixels, " + std::to_string(bits) + (bits == 1 ? " bit" : " bits");
+  room.facts = SizeOf(input) + ", " + DepthOf(input);
   room.before = Show(input, directory);
   for (const Step* step : AllSteps()) {
     room.exhibits.push_back(Try(*step, input, file, directory));

@@ -3,32 +3,11 @@
 #include <sstream>
 #include <utility>
 
+#include "text.h"
+
 namespace omb {
 
 namespace {
-
-std::string Escaped(const std::string& text) {
-  std::string escaped;
-  for (const char c : text) {
-    switch (c) {
-      case '&':
-        escaped += "&amp;";
-        break;
-      case '<':
-        escaped += "&lt;";
-        break;
-      case '>':
-        escaped += "&gt;";
-        break;
-      case '"':
-        escaped += "&quot;";
-        break;
-      default:
-        escaped += c;
-    }
-  }
-  return escaped;
-}
 
 std::string Picture(const Shown& shown, const std::string& alt) {
   return "<img src=\"" + shown.data_uri + "\" width=\"" + std::to_string(shown.width) +

@@ -3,8 +3,9 @@
 #include <cstdio>
 
 #include "commands.h"
+#include "core/packed_dib.h"
 #include "files/files.h"
-#include "files/pixels_out.h"
+#include "histogram.h"
 
 namespace omb {
 
@@ -25,23 +26,12 @@ std::string ResolutionOf(const ombrilo::DibView& dib) {
          " dots per meter)";
 }
 
-bool EveryPixelIsGray(const Picture& picture) {
-  std::vector<uint8_t> row(3 * static_cast<size_t>(picture.width()));
-  for (int32_t y = 0; y < picture.height(); ++y) {
-    picture.ColorRow(y, row.data());
-    for (size_t i = 0; i < row.size(); i += 3) {
-      if (row[i] != row[i + 1] || row[i] != row[i + 2]) return false;
-    }
-  }
-  return true;
-}
-
 std::string ContentOf(const PackedDib* dib) {
-  const Picture picture(dib);
-  if (picture.indexed()) {
-    return picture.AllGray() ? "gray (every color of the table)" : "colorful (by the color table)";
+  const bool gray = IsGray(dib);
+  if (omb_DIBBitCount(dib) <= 8) {
+    return gray ? "gray (every color of the table)" : "colorful (by the color table)";
   }
-  return EveryPixelIsGray(picture) ? "gray (every pixel)" : "colorful";
+  return gray ? "gray (every pixel)" : "colorful";
 }
 
 void Describe(const std::string& file, const PackedDib* image) {

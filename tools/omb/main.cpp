@@ -23,6 +23,7 @@ constexpr const char* kExamples =
     "Examples:\n"
     "  omb apply scan.png page.bmp invert crop=10,10,200,300\n"
     "  omb apply --out-dir small --format jpg *.png -- invert\n"
+    "  omb histogram photo.jpg -o plot.svg\n"
     "  omb gallery photo.jpg pages/   then open pages/index.html\n"
     "\n"
     "'omb COMMAND --help' tells more about a command, 'omb list' shows the steps.\n"
@@ -34,6 +35,9 @@ constexpr const char* kApplyHelp =
     "\n"
     "With many files, one that fails does not stop the others; the failures are told at the end,\n"
     "and the exit status is 1 then.\n";
+
+constexpr const char* kHistogramHelp =
+    "Without a channel, gray images show gray, others red, green and blue.\n";
 
 constexpr const char* kGalleryHelp =
     "DIR/index.html is one file with everything in it: it can be mailed or put on a server.\n";
@@ -98,6 +102,19 @@ int Main(std::vector<std::string> words) {
       AddCommand(app, "list", "Show the steps there are, or all about one", "list [STEP]");
   list->add_option("STEP", step);
 
+  omb::HistogramOptions histogram_options;
+  CLI::App* histogram = AddCommand(app, "histogram", "Plot how often each value occurs",
+                                   "histogram FILE [--channel CHANNEL] [-o PLOT.svg]");
+  histogram->footer(kHistogramHelp);
+  histogram->add_option("FILE", histogram_options.file)->required();
+  histogram->add_option("--channel", histogram_options.channel, "red, green, blue or gray")
+      ->option_text("CHANNEL")
+      ->check(CLI::IsMember({"red", "green", "blue", "gray"}));
+  histogram
+      ->add_option("-o,--output", histogram_options.output,
+                   "An SVG file instead of a plot in the terminal")
+      ->option_text("PLOT.svg");
+
   CLI::App* gallery =
       AddCommand(app, "gallery", "Write a page that shows every step", "gallery INPUT... DIR");
   gallery->footer(kGalleryHelp);
@@ -121,6 +138,7 @@ int Main(std::vector<std::string> words) {
   if (*apply) return omb::Apply(apply_options);
   if (*info) return omb::Info(files);
   if (*list) return omb::List(step);
+  if (*histogram) return omb::ShowHistogram(histogram_options);
   return omb::Gallery(files);
 }
 

@@ -2,25 +2,13 @@
 
 #include <cstdio>
 
-#ifdef _WIN32
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
+#include "terminal.h"
 
 namespace omb {
 
 namespace {
 
 constexpr size_t kBarWidth = 30;
-
-bool IsTerminal(FILE* file) {
-#ifdef _WIN32
-  return _isatty(_fileno(file)) != 0;
-#else
-  return isatty(fileno(file)) != 0;
-#endif
-}
 
 }  // namespace
 

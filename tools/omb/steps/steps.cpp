@@ -50,7 +50,11 @@ std::string DepthReason(const Step& step, int bits) {
   std::string reason = "not possible on a " + std::to_string(bits) + "-bit image (works on " +
                        step.DepthList() + " bits)";
   const bool high_color = bits == 16 || bits == 32;
-  if (high_color && step.TakesDepth(24)) reason += "; try transformat first";
+  if (high_color && step.TakesDepth(24)) {
+    reason += "; try transformat first";
+  } else if (step.before != nullptr) {
+    reason += "; try " + std::string(step.before) + " first";
+  }
   return reason;
 }
 
@@ -99,7 +103,7 @@ bool Step::TakesDepth(int bits) const {
 
 std::vector<const Step*> AllSteps() {
   std::vector<const Step*> steps;
-  for (const auto family : {ImageSteps()}) {
+  for (const auto family : {ImageSteps(), ToneSteps(), GeometrySteps()}) {
     for (const Step& step : family) steps.push_back(&step);
   }
   return steps;

@@ -24,6 +24,8 @@ struct Step {
   // Runs the step. False when the library refused; throws StepError where the reason is known. The
   // image is unchanged then.
   bool (*run)(Image& image, const Arguments& arguments);
+  // A step without arguments that brings images to where this one takes them, for the gallery.
+  const char* before = nullptr;
 
   // "crop=left,top,right,bottom"; arguments that can be left out stand in brackets.
   std::string Usage() const;
@@ -50,6 +52,8 @@ bool Replace(Image& image, Operation operation) {
 
 // The families' tables.
 std::span<const Step> ImageSteps();
+std::span<const Step> ToneSteps();
+std::span<const Step> GeometrySteps();
 
 // All steps, in the order in which they are listed.
 std::vector<const Step*> AllSteps();
