@@ -12,8 +12,17 @@ namespace ombrilo::bench {
 void Compare(const std::string& row, double pixels, std::function<void()> ours,
              const std::string& peer_name = "", std::function<void()> peer = nullptr);
 
+// Likewise for calls that use up their input: `prepare` runs before each call of ours, outside the
+// measured time.
+void ComparePrepared(const std::string& row, double pixels, std::function<void()> prepare,
+                     std::function<void()> ours, const std::string& peer_name = "",
+                     std::function<void()> peer = nullptr);
+
 // The rows of each family.
+void AddGeometryRows();
 void AddImageRows();
+void AddToneRows();
+
 void AddNeighbourhoodRows();
 
 }  // namespace ombrilo::bench

@@ -2,6 +2,7 @@
 // medians side by side.
 #include <benchmark/benchmark.h>
 
+#include <climits>
 #include <cstdio>
 #include <map>
 #include <string>
@@ -10,6 +11,9 @@
 
 #include "compare.h"
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
 #ifdef OMBRILO_HAVE_OPENCV
 #include <opencv2/core.hpp>
 #include <opencv2/core/ocl.hpp>
@@ -32,9 +36,17 @@ std::vector<Row>& Rows() {
   return rows;
 }
 
-void Register(const std::string& name, std::function<void()> call) {
-  benchmark::RegisterBenchmark(name.c_str(), [call = std::move(call)](benchmark::State& state) {
-    for (auto unused : state) call();
+void Register(const std::string& name, std::function<void()> call,
+              std::function<void()> prepare = nullptr) {
+  benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+    for (auto unused : state) {
+      if (prepare) {
+        state.PauseTiming();
+        prepare();
+        state.ResumeTiming();
+      }
+      call();
+    }
   })->Unit(benchmark::kMillisecond);
 }
 
@@ -74,14 +86,27 @@ class Table : public benchmark::BenchmarkReporter {
 
 void Compare(const std::string& row, double pixels, std::function<void()> ours,
              const std::string& peer_name, std::function<void()> peer) {
+  ComparePrepared(row, pixels, nullptr, std::move(ours), peer_name, std::move(peer));
+}
+
+void ComparePrepared(const std::string& row, double pixels, std::function<void()> prepare,
+                     std::function<void()> ours, const std::string& peer_name,
+                     std::function<void()> peer) {
   Rows().push_back({row, pixels, peer_name});
-  Register(row + "|ombrilo", std::move(ours));
+  Register(row + "|ombrilo", std::move(ours), std::move(prepare));
   if (peer) Register(row + "|peer", std::move(peer));
 }
 
 }  // namespace ombrilo::bench
 
 int main(int argc, char** argv) {
+#if defined(__GLIBC__)
+  // On both sides, blocks come from memory that the process already has: rows measure the work and
+  // not how the kernel hands out pages.
+  mallopt(M_MMAP_MAX, 0);
+  mallopt(M_TRIM_THRESHOLD, INT_MAX);
+  mallopt(M_TOP_PAD, 256 << 20);
+#endif
   // Alternate both sides and keep the medians; arguments given by the user come last and win.
   std::vector<char*> arguments(argv, argv + 1);
   std::string defaults[] = {"--benchmark_repetitions=5", "--benchmark_min_time=0.1",
@@ -96,6 +121,8 @@ int main(int argc, char** argv) {
   cv::ocl::setUseOpenCL(false);
 #endif
   ombrilo::bench::AddImageRows();
+  ombrilo::bench::AddToneRows();
+  ombrilo::bench::AddGeometryRows();
   ombrilo::bench::AddNeighbourhoodRows();
   ombrilo::bench::Table table;
   benchmark::RunSpecifiedBenchmarks(&table);

@@ -136,6 +136,15 @@ const Row kRows[] = {
      [](const cv::Mat& from, cv::Mat& to) {
        cv::morphologyEx(from, to, cv::MORPH_OPEN, Square());
      }},
+    {"pickedge", omb_pickedge, "OpenCV erode, subtract",
+     [](const cv::Mat& from, cv::Mat& to) {
+       cv::erode(from, to, Square());
+       cv::subtract(from, to, to);
+     }},
+    {"tophat", omb_tophat, "OpenCV morphologyEx tophat",
+     [](const cv::Mat& from, cv::Mat& to) {
+       cv::morphologyEx(from, to, cv::MORPH_TOPHAT, Square());
+     }},
     {"morph dilate, Square 7x7", Morph<31, 1>, "OpenCV morphologyEx",
      MorphologyEx<31, cv::MORPH_DILATE>},
     {"morph dilate, Circle 11x11", Morph<3, 1>, "OpenCV morphologyEx",
@@ -173,6 +182,8 @@ void AddNeighbourhoodRows() {
 #ifdef OMBRILO_HAVE_OPENCV
   for (const auto& [input, image] : {std::pair{"photo", Photo24()}, {"page", Page8()}}) {
     for (const Row& row : kRows) {
+      // 24 bits only.
+      if (row.ours == omb_tophat && image != Photo24()) continue;
       auto mine = std::make_shared<Image>(Copy(image));
       const cv::Mat from = AsMat(const_cast<PackedDib*>(image));
       cv::Mat to = from.clone();

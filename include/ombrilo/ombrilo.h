@@ -403,6 +403,90 @@ OMB_API uint32_t omb_adjustghms(PackedDib* dib, int32_t highlights, int32_t shad
 
 /** @} */
 
+/** @defgroup geometry Scale, rotate, flip
+ * Results are the same to the bit on every processor: positions, weights and sums are single
+ * precision, in the order written here.
+ *
+ * Scaling and rotation resample: a pixel of the new image has a position (sx, sy) in the source, in
+ * columns from the left and rows from the bottom. With ix, iy their truncations, dx = sx - ix and
+ * dy = sy - iy, the mode selects
+ *
+ * - 1, point: source pixel (ix, iy), its index or color as it is.
+ * - 2, bilinear: (1-dy)(1-dx) of (ix, iy) + (1-dy)dx of (ix+1, iy) + (1-dx)dy of (ix, iy+1) + dx dy
+ * of (ix+1, iy+1), per channel. An ix above W-2 becomes W-2 and an iy above H-2 becomes H-2, with
+ * dx and dy as they are.
+ * - 3, bicubic: 4 x 4 pixels at the offsets -1, 0, 1, 2. Each row's pixels are summed with the
+ * weights C(1+dx), C(dx), C(1-dx), C(2-dx), then the four sums with the same weights of dy; C(t)
+ * with a = |t| is 1 - 2a^2 + a^3 below 1, 4 - 8a + 5a^2 - a^3 below 2 and 0 beyond. Offsets derive
+ * from the coordinate x or y in the new image and the source's last column or row L: -1 is 0 where
+ * x is 0; 1 is 0 where x + 1 > L; 2 is the offset before it where x + 2 > L, except for columns at
+ * 24 bits, whose last two offsets are 0 and 1 there. Samples are taken row by row; one that leaves
+ * the source first moves ix or iy, for itself and all samples after it: iy to H-1-offset or
+ * -offset, ix to W-1-ix or -offset.
+ *
+ * What still lies outside the source is clamped into it. Channel sums are limited to 0..255 and
+ * truncated. At 1, 4 and 8 bits modes 2 and 3 blend color table colors and store the nearest
+ * entry's index: least squared distance over red, green and blue, the lowest index on a tie, among
+ * the 2, 16 or 256 entries of the depth. @{ */
+
+/**
+ * Scales the image. The position of pixel (x, y) is x * (W / width), y * (H / height): there is no
+ * half-pixel offset.
+ *
+ * The color table and biSizeImage stay. After a core header the width is stored in 32 bits over
+ * both size fields, so that the header's height becomes 0 for widths up to 65535; the rows are
+ * complete. An image of another depth, without pixels, or scaled in another mode becomes one of the
+ * new size with all pixels 0.
+ *
+ * @param image  the image, replaced; 1, 4, 8 or 24 bits
+ * @param width  new width in pixels; 0 gives an image without pixels
+ * @param height new height in rows; likewise
+ * @param mode   1 point, 2 bilinear, 3 bicubic
+ * @return 1; 0 for null, for the size that the image has, for a size of 2 GiB and more and when
+ * memory runs out
+ */
+OMB_API uint32_t omb_scale(PackedDib** image, uint32_t width, uint32_t height, uint32_t mode);
+
+/**
+ * Turns the image about its center; positive angles turn clockwise.
+ *
+ * The angle is reduced by full turns and keeps its sign. 90, 180 and 270 degrees, within 0.01, move
+ * pixels exactly; the mode does not matter. Every other angle r, negative right angles included,
+ * resamples: with c and s the cosine and sine of r / 180 * 3.1415926, the new width is
+ * max(|Wc - Hs|, |Wc + Hs|) + 0.5 and the new height max(|Hc - Ws|, |Hc + Ws|) + 0.5, truncated.
+ * The position of pixel (x, y), y from the bottom, is uc + vs + W/2, us - vc + H/2 with u = x -
+ * width/2 and v = height/2 - y, where halves are whole numbers. Pixels whose truncated position is
+ * outside the source are background: all bits 1, which is white at 24 bits and the highest index
+ * otherwise; so is row padding.
+ *
+ * The color table and biSizeImage stay. When resampling, an image of another depth, without pixels
+ * or in another mode becomes background throughout.
+ *
+ * @param image   the image, replaced; 1, 4, 8 or 24 bits
+ * @param degrees the angle
+ * @param mode    1 point, 2 bilinear, 3 bicubic
+ * @return 1; 0 for null, for an angle within 0.01 of a multiple of 360, one that is not finite or
+ *         outside 32-bit integers, for other depths or an image without rows at a right angle, for
+ * a size of 2 GiB and more and when memory runs out
+ */
+OMB_API uint32_t omb_rotate(PackedDib** image, float degrees, uint32_t mode);
+
+/**
+ * Mirrors the image left to right, in place. Row padding stays.
+ *
+ * @return 1; 0 for null and for depths other than 1, 4, 8 and 24
+ */
+OMB_API uint32_t omb_fliphor(PackedDib* dib);
+
+/**
+ * Mirrors the image top to bottom, in place, at any depth. Row padding moves with its row.
+ *
+ * @return 1; 0 for null
+ */
+OMB_API uint32_t omb_flipvert(PackedDib* dib);
+
+/** @} */
+
 /** @defgroup kernels Kernels
  * A kernel is a set of neighbours with weights; a structuring element is one whose weights are not
  * used.

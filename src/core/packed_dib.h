@@ -27,8 +27,13 @@ inline constexpr size_t kInfoPlanes = 12;
 inline constexpr size_t kInfoBitCount = 14;
 inline constexpr size_t kInfoCompression = 16;
 inline constexpr size_t kInfoSizeImage = 20;
+inline constexpr size_t kInfoXPelsPerMeter = 24;
+inline constexpr size_t kInfoYPelsPerMeter = 28;
 inline constexpr size_t kInfoClrUsed = 32;
 inline constexpr size_t kInfoClrImportant = 36;
+
+// biCompression of 16- and 32-bit images whose red, green and blue masks follow the header.
+inline constexpr uint32_t kBitfields = 3;
 
 // Offsets of BITMAPCOREHEADER fields.
 inline constexpr size_t kCoreWidth = 4;

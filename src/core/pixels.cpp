@@ -78,4 +78,9 @@ void CopyPixels(const uint8_t* row, uint16_t bit_count, size_t column, size_t pi
   }
 }
 
+void FindPixels(const int32_t* columns, int32_t move, const int32_t* rows, int32_t stride,
+                uint16_t bit_count, size_t pixels, int32_t* offsets, uint8_t* shifts) {
+  rows::Active().find_pixels(columns, move, rows, stride, bit_count, pixels, offsets, shifts);
+}
+
 }  // namespace ombrilo

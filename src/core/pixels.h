@@ -36,4 +36,10 @@ void ForEachIndexRun(const uint8_t* row, uint16_t bit_count, size_t pixels, Use&
   }
 }
 
+// Where pixels (columns[i] + move, rows[i]) are, at 1, 4, 8 or 24 bits: the offset of the first
+// byte from row 0, and up to 8 bits how far that byte is shifted down to bring the index to its low
+// bits. Without `rows`, all are in row 0.
+void FindPixels(const int32_t* columns, int32_t move, const int32_t* rows, int32_t stride,
+                uint16_t bit_count, size_t pixels, int32_t* offsets, uint8_t* shifts);
+
 }  // namespace ombrilo

@@ -1,6 +1,7 @@
 // omb_transformat: 16- and 32-bit images to 24 bits.
 #include <algorithm>
 #include <bit>
+#include <cstring>
 
 #include "core/bytes.h"
 #include "core/packed_dib.h"
@@ -10,8 +11,6 @@
 namespace ombrilo {
 
 namespace {
-
-constexpr uint32_t kBitfields = 3;  // biCompression BI_BITFIELDS
 
 struct Channel {
   uint32_t mask;
@@ -55,17 +54,21 @@ void ConvertRow(const Layout& layout, const uint8_t* from, int32_t width, uint8_
 // The new block has the header's first 40 bytes, whatever its kind, and room for the color table
 // that these announce. Its rows start where the copied header says.
 NewBlock NewTrueColorBlock(const DibView& source) {
-  const uint64_t rows_size = static_cast<uint64_t>(StrideOf(source.width(), 24)) *
-                             static_cast<uint64_t>(source.pixel_rows());
-  const uint64_t size = source.prefix_size() + rows_size;
-  NewBlock block = NewBlock::Zeroed(std::max<uint64_t>(size, kInfoHeaderSize));
-  if (!block) return block;
-  source.Read(0, block.bytes(), kInfoHeaderSize);
+  uint8_t fields[kInfoHeaderSize];
+  source.Read(0, fields, sizeof fields);
   // At the information header's positions on purpose, also for a core header: that one keeps its
   // bit count.
-  StoreU16(block.bytes() + kInfoBitCount, 24);
-  StoreU32(block.bytes() + kInfoCompression, 0);
-  StoreU32(block.bytes() + kInfoSizeImage, 0);
+  StoreU16(fields + kInfoBitCount, 24);
+  StoreU32(fields + kInfoCompression, 0);
+  StoreU32(fields + kInfoSizeImage, 0);
+  const auto extent = DibHeader::Read(reinterpret_cast<const PackedDib*>(fields)).Extent();
+  if (!extent) return {};
+  // A bit count that stays makes the new header's extent another one than the new rows need.
+  const uint64_t rows_size = static_cast<uint64_t>(StrideOf(source.width(), 24)) *
+                             static_cast<uint64_t>(source.pixel_rows());
+  NewBlock block = NewBlock::Zeroed(
+      std::max<uint64_t>({*extent, source.prefix_size() + rows_size, sizeof fields}));
+  if (block) std::memcpy(block.bytes(), fields, sizeof fields);
   return block;
 }
 

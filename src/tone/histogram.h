@@ -18,11 +18,13 @@ class Histogram {
 
   // Counters are 32 bits wide and wrap.
   uint32_t operator[](size_t value) const {
-    return sets_[0][value] + sets_[1][value] + sets_[2][value] + sets_[3][value];
+    uint32_t sum = 0;
+    for (const auto& set : sets_) sum += set[value];
+    return sum;
   }
 
  private:
-  uint32_t sets_[4][256] = {};
+  uint32_t sets_[8][256] = {};
 };
 
 }  // namespace ombrilo

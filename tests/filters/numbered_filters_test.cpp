@@ -187,7 +187,7 @@ TEST(NumberedFilters, OtherDepthsBecomeZeroAndHostileHeadersDoNoHarm) {
 // No second image: a window of rows, and the nearest-entry search's memory where there is a table.
 TEST(NumberedFilters, LargeImagesTakeLessThanAMebibyte) {
   for (const int bits : {1, 8, 24}) {
-    const TestImage image = ImageBuilder(bits, 4000, bits == 1 ? 3000 : 400).Build();
+    const TestImage image = ImageBuilder(bits, 4000, 2400 / bits).Build();
     const std::pair<const char*, std::function<void()>> calls[] = {
         {"convolute", [&] { omb_convolute(image.get(), 2); }},
         {"kernal", [&] { omb_DoConvoluteDIB(image.get(), omb_getKERNAL(37), 1, 10); }},

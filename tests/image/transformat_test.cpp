@@ -80,14 +80,30 @@ TEST(Transformat, MasksOverlapTheRowsOfAnImageWithoutTable) {
   EXPECT_EQ(image.Pixel(0, 1), 0xFFFFFFu);  // the red mask read as a pixel
 }
 
-// The bit count is written at the information header's place, which a core header's rows cover.
+// The bit count is written at the information header's place, which a core header's rows cover. The
+// block then has room for the rows and for what its header goes on to say.
 TEST(Transformat, CoreHeaderKeepsItsBitCount) {
-  TestImage image =
-      ImageBuilder(16, 8, 2).CoreHeader().Pixels([](int x, int) { return x; }).Build();
-  EXPECT_EQ(omb_transformat(image.ref()), 1u);
+  for (const int bits : {16, 32}) {
+    const int step = bits == 16 ? 8 : 1;
+    TestImage image =
+        ImageBuilder(bits, 8, 2).CoreHeader().Pixels([](int x, int) { return x; }).Build();
+    EXPECT_EQ(omb_transformat(image.ref()), 1u);
+    EXPECT_EQ(image.bit_count(), bits);
+    const uint8_t* rows = image.raw() + 12;
+    for (int i = 0; i < 16; ++i) EXPECT_EQ(rows[3 * i], step * (i % 8));
+    const std::vector<uint8_t> bytes = image.Bytes();
+    for (size_t i = 12 + 2 * 24; i < bytes.size(); ++i) EXPECT_EQ(bytes[i], 0);
+  }
+}
+
+// 24-bit rows of this width have more than 2^31 bits: no function would take the result.
+TEST(Transformat, RefusesRowsThatCannotBeHonoured) {
+  TestImage image(omb_newdib(89478485, 1, 16));
+  ASSERT_NE(image.get(), nullptr);
+  const PackedDib* const address = image.get();
+  EXPECT_EQ(omb_transformat(image.ref()), 0u);
+  EXPECT_EQ(image.get(), address);
   EXPECT_EQ(image.bit_count(), 16);
-  const uint8_t* rows = image.raw() + 12;
-  for (int x = 0; x < 8; ++x) EXPECT_EQ(rows[3 * x], 8 * x);
 }
 
 TEST(Transformat, HandledDepthsAreDoneAndOthersRefused) {

@@ -81,17 +81,23 @@ std::vector<uint8_t> NaiveResult(const TestImage& image, bool zeroed,
 void ForVariedImages(const std::function<void(const TestImage&)>& test) {
   const std::pair<int, int> sizes[] = {{1, 1}, {1, 9}, {9, 1},  {2, 2},  {3, 3},  {4, 5},
                                        {7, 7}, {8, 6}, {6, 11}, {17, 8}, {33, 7}, {70, 9}};
-  enum Table { kGray, kColored, kShort };
+  enum Table { kRamp, kGrays, kColored, kShort };
   uint32_t seed = 0;
   for (const int bits : {1, 4, 8, 24}) {
     for (const bool core : {false, true}) {
-      for (const Table table : {kGray, kColored, kShort}) {
+      for (const Table table : {kRamp, kGrays, kColored, kShort}) {
         // Core headers have no short tables, and 24 bits have no table.
-        if ((core && table == kShort) || (bits == 24 && table != kGray)) continue;
+        if ((core && table == kShort) || (bits == 24 && table != kRamp)) continue;
         for (const auto& [width, height] : sizes) {
           ImageBuilder builder(bits, width, height);
           builder.Pixels(Noise(1u << bits, ++seed)).Filler(0x5A);
           if (core) builder.CoreHeader();
+          if (table == kGrays) {  // out of order, some levels twice and others not at all
+            std::vector<uint32_t> grays;
+            for (int i = 0; i < 1 << bits; ++i)
+              grays.push_back(Rgb(240 - 6 * i, 240 - 6 * i, 240 - 6 * i));
+            builder.Colors(grays);
+          }
           if (table == kColored) builder.Colors(VariedColors(1 << bits, seed));
           if (table == kShort) builder.Colors(VariedColors((1 << bits) - 1, seed));
           SCOPED_TRACE(testing::Message() << bits << " bits, core " << core << ", table " << table

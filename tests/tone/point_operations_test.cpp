@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "support/image.h"
@@ -10,13 +11,11 @@
 namespace ombrilo::test {
 namespace {
 
-int Red(uint32_t rgb) { return static_cast<int>(rgb >> 16 & 255); }
-int Green(uint32_t rgb) { return static_cast<int>(rgb >> 8 & 255); }
-int Blue(uint32_t rgb) { return static_cast<int>(rgb & 255); }
+// Blue, green, red.
+using Color = std::array<int, 3>;
 
-// A channel through brightness and contrast.
 int Toned(int value, int brightness, int contrast) {
-  value = std::clamp(value + brightness, 0, 255);
+  value = std::clamp(value + std::clamp(brightness, -300, 300), 0, 255);
   if (contrast > 0) {
     if (value <= contrast) return 0;
     return value > 255 - contrast ? 255 : (value - contrast) * 255 / (255 - 2 * contrast);
@@ -29,188 +28,147 @@ int Gamma(int value, double gamma) {
   return static_cast<int>(std::min(power + 0.5, 255.0));
 }
 
-uint32_t Lit(uint32_t rgb, bool (*chosen)(int sum), int amount) {
-  if (amount == 0 || !chosen(Red(rgb) + Green(rgb) + Blue(rgb))) return rgb;
-  const int green = std::clamp(Green(rgb) + amount, 0, 255);
-  return Rgb(std::clamp(Red(rgb) + amount, 0, 255), green, std::clamp(green + amount, 0, 255));
-}
-
-uint32_t AdjustedLights(uint32_t rgb, int highlights, int shadows1, int shadows2) {
-  const auto dark = [](int sum) { return sum < 255; };
-  return Lit(Lit(Lit(
-                     rgb, [](int sum) { return sum > 510; }, highlights),
-                 dark, shadows1),
-             dark, shadows2);
-}
-
-template <class Channel>
-uint32_t EachChannel(uint32_t rgb, Channel channel) {
-  return Rgb(channel(Red(rgb)), channel(Green(rgb)), channel(Blue(rgb)));
+Color Lit(Color color, int highlights, int shadows1, int shadows2) {
+  int step = 0;
+  for (const int amount : {highlights, shadows1, shadows2}) {
+    const int sum = color[0] + color[1] + color[2];
+    const bool chosen = step++ == 0 ? sum > 510 : sum < 255;
+    if (!chosen || amount == 0) continue;
+    const auto add = [=](int v) { return std::clamp(v + std::clamp(amount, -600, 600), 0, 255); };
+    color = {add(add(color[1])), add(color[1]), add(color[2])};
+  }
+  return color;
 }
 
 struct Operation {
   std::string name;
   std::function<uint32_t(PackedDib**)> call;
-  std::function<uint32_t(uint32_t)> reference;
-  bool pixels_without_table;  // a table changes instead of the pixels at any depth
-  bool in_place_at_24_bits = true;
-  uint32_t refusal = 0;  // result at depths it does not take
+  std::function<Color(Color)> reference;
+  // Indexed images change their table, true-color ones their pixels; or an image with a table, of
+  // any depth, changes that; or a true-color image is replaced, which is not tested here.
+  enum { kByDepth, kByTable, kTableOnly } where;
+  uint32_t other_depths = 0;  // the result there, with nothing changed
 };
 
 std::vector<Operation> Operations() {
   std::vector<Operation> all;
-  constexpr int kTones[][2] = {{40, 0},  {-40, 0},  {300, 0},        {-300, 0},
-                               {0, 50},  {0, 127},  {0, 128},        {0, 255},
-                               {0, -50}, {0, -127}, {0, -200},       {-30, 20},
-                               {60, -9}, {1, 1},    {INT32_MAX, -1}, {INT32_MIN, INT32_MAX}};
+  constexpr int kTones[][2] = {{40, 0},  {-40, 0},   {300, 0},  {INT32_MIN, 0}, {0, 0},
+                               {0, 50},  {0, 127},   {0, 128},  {0, 255},       {0, INT32_MAX},
+                               {0, -50}, {0, -127},  {0, -200}, {1, 1},         {-30, 20},
+                               {60, -9}, {99, -4000}};
   for (const auto& tone : kTones) {
     const int b = tone[0], c = tone[1];
-    all.push_back({"brightness " + std::to_string(b) + " contrast " + std::to_string(c),
-                   [=](PackedDib** image) { return omb_brightnesscontrast(*image, b, c); },
-                   [=](uint32_t rgb) {
-                     return EachChannel(rgb, [=](int v) {
-                       return Toned(v, std::clamp(b, -300, 300), std::min(c, 300));
-                     });
+    all.push_back({"tone", [=](PackedDib** p) { return omb_brightnesscontrast(*p, b, c); },
+                   [=](Color v) {
+                     return Color{Toned(v[0], b, c), Toned(v[1], b, c), Toned(v[2], b, c)};
                    },
-                   false, true, 1});
+                   Operation::kByDepth, 1});
   }
-  for (const double gamma : {0.45, 2.0, 1.0001}) {
-    all.push_back(
-        {"gamma " + std::to_string(gamma),
-         [=](PackedDib** image) { return omb_gammacorrection(*image, gamma); },
-         [=](uint32_t rgb) { return EachChannel(rgb, [=](int v) { return Gamma(v, gamma); }); },
-         true});
-  }
-  constexpr int kLights[][3] = {{-10, 0, 0},
-                                {30, 20, 0},
-                                {0, 20, 20},
-                                {0, 300, 0},
-                                {0, 100, -60},
-                                {5, 90, 90},
-                                {INT32_MIN, INT32_MAX, -7}};
-  for (const auto& light : kLights) {
-    const int h = light[0], s1 = light[1], s2 = light[2];
-    all.push_back({"lights " + std::to_string(h) + " " + std::to_string(s1),
-                   [=](PackedDib** image) { return omb_adjustghms(*image, h, s1, s2); },
-                   [=](uint32_t rgb) {
-                     const auto near = [](int a) { return std::clamp(a, -600, 600); };
-                     return AdjustedLights(rgb, near(h), near(s1), near(s2));
+  for (const double g : {0.45, 2.0, 1.0001}) {
+    all.push_back({"gamma", [=](PackedDib** p) { return omb_gammacorrection(*p, g); },
+                   [=](Color v) {
+                     return Color{Gamma(v[0], g), Gamma(v[1], g), Gamma(v[2], g)};
                    },
-                   true});
+                   Operation::kByTable});
   }
-  for (uint32_t channel = 1; channel <= 3; ++channel) {
-    const uint32_t mask = 0xFF0000u >> 8 * (channel - 1);
-    all.push_back({"filter " + std::to_string(channel),
-                   [=](PackedDib** image) { return omb_filtercolor(*image, channel); },
-                   [=](uint32_t rgb) { return rgb & ~mask; }, false});
-    all.push_back({"extract " + std::to_string(channel),
-                   [=](PackedDib** image) { return omb_extractcolor(image, channel); },
-                   [=](uint32_t rgb) { return rgb & mask; }, false, false});
+  constexpr int kLights[][3] = {{-10, 0, 0},   {30, 20, 0}, {0, 20, 20},
+                                {0, 100, -60}, {5, 90, 90}, {INT32_MIN, INT32_MAX, -7}};
+  for (const auto& l : kLights) {
+    const int h = l[0], s1 = l[1], s2 = l[2];
+    all.push_back({"lights", [=](PackedDib** p) { return omb_adjustghms(*p, h, s1, s2); },
+                   [=](Color v) { return Lit(v, h, s1, s2); }, Operation::kByTable});
+  }
+  for (const size_t c : {0u, 1u, 2u}) {
+    const uint32_t channel = 3 - static_cast<uint32_t>(c);
+    all.push_back({"filter", [=](PackedDib** p) { return omb_filtercolor(*p, channel); },
+                   [=](Color v) { return v[c] = 0, v; }, Operation::kByDepth});
+    all.push_back({"extract", [=](PackedDib** p) { return omb_extractcolor(p, channel); },
+                   [=](Color v) {
+                     Color only = {};
+                     return only[c] = v[c], only;
+                   },
+                   Operation::kTableOnly});
   }
   all.push_back({"gray", omb_gray,
-                 [](uint32_t rgb) {
-                   const int gray = (11 * Blue(rgb) + 59 * Green(rgb) + 30 * Red(rgb)) / 100;
-                   return Rgb(gray, gray, gray);
+                 [](Color v) {
+                   const int gray = (11 * v[0] + 59 * v[1] + 30 * v[2]) / 100;
+                   return Color{gray, gray, gray};
                  },
-                 false, false});
+                 Operation::kTableOnly});
   return all;
 }
 
-// Noise with more than a fair share of very dark and very light colors.
+// Noise with more than a fair share of very dark and very light colors, and their limits.
 uint32_t Scene(int x, int y) {
   const uint32_t noise = Noise(1 << 24, 5)(x, y);
+  if (x % 7 == 0) return Rgb(255, 255, x % 2) - (x % 3 == 0 ? 0xAAAA : 0) * (y % 2u);
   return x % 3 == 0 ? noise & 0x7F7F7F : x % 3 == 1 ? noise | 0x808080 : noise;
 }
 
-TEST(PointOperations, IndexedImagesChangeTheAnnouncedTableAlone) {
-  for (const Operation& op : Operations()) {
+void Map(const Operation& op, std::vector<uint8_t>& bytes, size_t at) {
+  const Color to = op.reference({bytes[at], bytes[at + 1], bytes[at + 2]});
+  for (size_t c = 0; c < 3; ++c) bytes[at + c] = static_cast<uint8_t>(to[c]);
+}
+
+struct Shape {
+  uint32_t size_field;
+  int bits, colors, width, height;
+};
+
+void Check(const Operation& op, const Shape& s) {
+  std::vector<uint32_t> colors;
+  for (int i = 0; i < s.colors; ++i) colors.push_back(Scene(i, 9));
+  TestImage image = ImageBuilder(s.bits, s.width, s.height)
+                        .CoreHeader(s.size_field)
+                        .Colors(colors)
+                        .Pixels(Scene)
+                        .Filler(0xA5)
+                        .Build();
+  const PackedDib* const address = image.get();
+  std::vector<uint8_t> expected = image.Bytes();
+  const bool indexed = s.bits == 1 || s.bits == 4 || s.bits == 8;
+  const size_t step = s.size_field == 40 ? 4 : 3;
+  const size_t rows = s.size_field + step * colors.size();
+  if (indexed || (op.where == Operation::kByTable && s.colors != 0)) {
+    for (size_t i = 0; i < colors.size(); ++i) Map(op, expected, s.size_field + step * i);
+  } else if (s.bits == 24) {
+    const size_t width = static_cast<size_t>(s.width), stride = (3 * width + 3) / 4 * 4;
+    for (size_t at = rows; at < expected.size(); at += stride) {
+      for (size_t x = 0; x < width; ++x) Map(op, expected, at + 3 * x);
+    }
+  }
+  const bool taken = indexed || s.bits == 24 || op.where == Operation::kByTable;
+  EXPECT_EQ(op.call(image.ref()), taken ? 1 : op.other_depths);
+  EXPECT_EQ(image.get(), address);
+  EXPECT_EQ(image.Bytes(), expected);
+}
+
+TEST(PointOperations, ChangeTheTableOrThePixelsAndNothingElse) {
+  std::vector<Shape> shapes;
+  for (const int height : {3, 0, -3}) {
     for (const uint32_t size_field : {40u, 12u, 41u}) {
-      for (const int bits : {1, 4, 8}) {
-        for (const bool full : {true, false}) {
-          if (!full && size_field != 40) continue;  // only an information header has a short table
-          SCOPED_TRACE(op.name + ", header " + std::to_string(size_field) + ", bits " +
-                       std::to_string(bits));
-          std::vector<uint32_t> colors;
-          for (int i = 0; i < (full ? 1 << bits : 1 + bits / 4); ++i) colors.push_back(Scene(i, 9));
-          TestImage image = ImageBuilder(bits, 13, 3)
-                                .CoreHeader(size_field)
-                                .Colors(colors)
-                                .Pixels(Noise(1u << bits, 6))
-                                .Filler(0xA5)
-                                .Build();
-          const PackedDib* const address = image.get();
-          std::vector<uint8_t> expected = image.Bytes();
-          for (size_t i = 0; i < colors.size(); ++i) {
-            const uint32_t rgb = op.reference(colors[i]);
-            uint8_t* entry = &expected[size_field + (size_field == 40 ? 4 : 3) * i];
-            for (int c = 0; c < 3; ++c) entry[c] = static_cast<uint8_t>(rgb >> 8 * c);
-          }
-          EXPECT_EQ(op.call(image.ref()), 1u);
-          EXPECT_EQ(image.get(), address);
-          EXPECT_EQ(image.Bytes(), expected);
-        }
+      for (const int bits : {1, 4, 8}) shapes.push_back({size_field, bits, 1 << bits, 13, height});
+      for (const int width : {1, 5, 70, 1100}) shapes.push_back({size_field, 24, 0, width, height});
+    }
+    for (const int bits : {4, 8, 24}) shapes.push_back({40, bits, 3, 13, height});
+  }
+  for (const Operation& op : Operations()) {
+    for (Shape s : shapes) {
+      SCOPED_TRACE(op.name + ", header " + std::to_string(s.size_field) + ", bits " +
+                   std::to_string(s.bits) + ", width " + std::to_string(s.width));
+      if (s.size_field != 40 && s.height < 0) continue;  // cannot be stored
+      if (s.bits == 24 && op.where == Operation::kTableOnly) continue;
+      Check(op, s);
+      s.colors = 0;
+      for (const int bits : {2, 16, 32}) {
+        s.bits = bits;
+        if (op.where != Operation::kByTable) Check(op, s);
       }
     }
   }
 }
 
-TEST(PointOperations, TrueColorImagesChangeTheirPixelsAndKeepPadding) {
-  for (const Operation& op : Operations()) {
-    if (!op.in_place_at_24_bits) continue;
-    for (const uint32_t size_field : {40u, 12u, 14u}) {
-      for (const int width : {1, 5, 70, 1100}) {
-        SCOPED_TRACE(op.name + ", width " + std::to_string(width));
-        ImageBuilder builder(24, width, 3);
-        builder.CoreHeader(size_field).Filler(0x5A);
-        TestImage image = builder.Pixels(Scene).Build();
-        const TestImage expected =
-            builder.Pixels([&](int x, int y) { return op.reference(Scene(x, y)); }).Build();
-        EXPECT_EQ(op.call(image.ref()), 1u);
-        EXPECT_EQ(image.Bytes(), expected.Bytes());
-      }
-    }
-  }
-}
-
-TEST(PointOperations, AColorTableAtTwentyFourBits) {
-  for (const Operation& op : Operations()) {
-    if (!op.in_place_at_24_bits) continue;
-    SCOPED_TRACE(op.name);
-    const std::vector<uint32_t> colors = {0x010203, 0xFDFEFF, 0x102030};
-    ImageBuilder builder(24, 5, 2);
-    TestImage image = builder.Colors(colors).Pixels(Scene).Build();
-    const TestImage before = image.Clone();
-    EXPECT_EQ(op.call(image.ref()), 1u);
-    for (int i = 0; i < 3; ++i) {
-      const uint32_t color = before.Color(i);
-      EXPECT_EQ(image.Color(i), op.pixels_without_table ? op.reference(color) : color);
-    }
-    const uint32_t pixel = before.Pixel(4, 1);
-    EXPECT_EQ(image.Pixel(4, 1), op.pixels_without_table ? pixel : op.reference(pixel));
-  }
-}
-
-TEST(PointOperations, WhatIsRefusedOrHasNoRowsStaysAsItIs) {
-  for (const Operation& op : Operations()) {
-    SCOPED_TRACE(op.name);
-    for (const int height : {0, -3}) {
-      if (!op.in_place_at_24_bits) continue;
-      TestImage image = ImageBuilder(24, 4, height).Build();
-      const std::vector<uint8_t> before = image.Bytes();
-      EXPECT_EQ(op.call(image.ref()), 1u);
-      EXPECT_EQ(image.Bytes(), before);
-    }
-    for (const int bits : {2, 16, 32}) {
-      if (op.pixels_without_table) continue;
-      TestImage image = ImageBuilder(bits, 5, 2).Pixels(Scene).Build();
-      const std::vector<uint8_t> before = image.Bytes();
-      EXPECT_EQ(op.call(image.ref()), op.refusal);
-      EXPECT_EQ(image.Bytes(), before);
-    }
-  }
-}
-
-TEST(PointOperations, ResultsForNullAndNothingToDo) {
+TEST(PointOperations, NothingToDo) {
   EXPECT_EQ(omb_brightnesscontrast(nullptr, 10, 10), 1u);
   EXPECT_EQ(omb_gammacorrection(nullptr, 2.0), 0u);
   EXPECT_EQ(omb_adjustghms(nullptr, 1, 0, 0), 1u);
@@ -219,7 +177,6 @@ TEST(PointOperations, ResultsForNullAndNothingToDo) {
   for (const int bits : {8, 24}) {
     TestImage image = ImageBuilder(bits, 9, 2).Pixels(Noise(256, 1)).Build();
     const std::vector<uint8_t> before = image.Bytes();
-    EXPECT_EQ(omb_brightnesscontrast(image.get(), 0, 0), 1u);
     EXPECT_EQ(omb_gammacorrection(image.get(), 1.000000001), 0u);
     EXPECT_EQ(omb_adjustghms(image.get(), 0, 0, 0), 0u);
     for (const uint32_t channel : {0u, 4u, 0x80000001u}) {
@@ -230,75 +187,50 @@ TEST(PointOperations, ResultsForNullAndNothingToDo) {
   }
 }
 
-// Values worked out by hand, so that the reference is not the only witness.
+// Worked out by hand, so that the reference is not the only witness.
 TEST(PointOperations, KnownValues) {
-  const auto map = [](int value, const std::function<void(PackedDib*)>& call) {
-    TestImage image = ImageBuilder(24, 1, 1).Pixels([=](int, int) { return value; }).Build();
+  const auto map = [](uint32_t rgb, const std::function<void(PackedDib*)>& call) {
+    TestImage image = ImageBuilder(24, 1, 1).Pixels([=](int, int) { return rgb; }).Build();
     call(image.get());
     return image.Pixel(0, 0);
   };
-  constexpr int kContrast[][3] = {{50, 50, 0},     {50, 51, 1},    {50, 205, 255},  {50, 206, 255},
-                                  {50, 128, 128},  {127, 127, 0},  {127, 128, 255}, {-50, 0, 50},
-                                  {-50, 128, 127}, {-50, 255, 205}};
-  for (const auto& row : kContrast) {
-    const int contrast = row[0], value = row[1], result = row[2];
-    EXPECT_EQ(map(value, [=](PackedDib* p) { omb_brightnesscontrast(p, 0, contrast); }) & 255,
-              static_cast<uint32_t>(result))
-        << contrast << " " << value;
-  }
-  const auto gamma = [&](int value, double g) {
-    return map(value, [=](PackedDib* p) { omb_gammacorrection(p, g); }) & 255;
-  };
-  EXPECT_EQ(gamma(0, 2.0), 0u);
-  EXPECT_EQ(gamma(128, 2.0), 64u);
-  EXPECT_EQ(gamma(255, 2.0), 255u);
-  EXPECT_EQ(gamma(64, 0.5), 128u);
-  EXPECT_EQ(gamma(0, -1.0), 255u);  // infinite
-  EXPECT_EQ(gamma(9, std::nan("")), 0u);
-
-  const auto lights = [&](uint32_t rgb, int h, int s1, int s2) {
-    return map(static_cast<int>(rgb), [=](PackedDib* p) { omb_adjustghms(p, h, s1, s2); });
-  };
-  EXPECT_EQ(lights(0xFFFFFF, -10, 0, 0), Rgb(245, 245, 235));
-  EXPECT_EQ(lights(Rgb(0, 255, 255), -10, 0, 0), Rgb(0, 255, 255));  // sum 510
-  EXPECT_EQ(lights(Rgb(1, 255, 255), -10, 0, 0), Rgb(0, 245, 235));  // sum 511
-  EXPECT_EQ(lights(Rgb(85, 85, 85), 0, 9, 0), Rgb(85, 85, 85));      // sum 255
-  EXPECT_EQ(lights(Rgb(30, 20, 10), 0, 20, 0), Rgb(50, 40, 60));
-  EXPECT_EQ(lights(Rgb(30, 20, 10), 0, 20, 20), Rgb(70, 60, 80));
-  EXPECT_EQ(lights(0, 0, 300, 0), 0xFFFFFFu);
+  const auto contrast = [](PackedDib* p) { omb_brightnesscontrast(p, 0, 50); };
+  EXPECT_EQ(map(Rgb(50, 51, 128), contrast), Rgb(0, 1, 128));
+  const auto gamma = [](double g) { return [=](PackedDib* p) { omb_gammacorrection(p, g); }; };
+  EXPECT_EQ(map(Rgb(0, 128, 255), gamma(2)), Rgb(0, 64, 255));
+  EXPECT_EQ(map(Rgb(0, 1, 255), gamma(-1)), 0xFFFFFFu);  // 0 gives infinity
+  EXPECT_EQ(map(Rgb(0, 1, 255), gamma(std::nan(""))), 0u);
+  const auto lights = [](PackedDib* p) { omb_adjustghms(p, -10, 20, 20); };
+  EXPECT_EQ(map(0xFFFFFF, lights), Rgb(245, 245, 235));
+  EXPECT_EQ(map(Rgb(30, 20, 10), lights), Rgb(70, 60, 80));
 }
 
 // Without a table, gamma and lights walk the pixel data three bytes to a pixel at every depth, with
-// their own row advance, and end with the data.
+// their own row advance, and end with the data: gamma at the last byte, lights at the last group.
 TEST(PointOperations, ByteWalksStayInsideThePixelData) {
   for (const int bits : {2, 8, 16, 32}) {
     for (const int width : {1, 3, 4, 30}) {
       SCOPED_TRACE(std::to_string(bits) + " bits, width " + std::to_string(width));
-      const int height = 4;
-      ImageBuilder builder(bits, width, height);
+      ImageBuilder builder(bits, width, 4);
       builder.Colors({}).Pixels(Noise(1u << std::min(bits, 24), 8)).Filler(0x33);
       if (bits == 8) builder.Field(32, 65536);  // a table of 0 entries
-      const TestImage before = builder.Build();
-      std::vector<uint8_t> toned = before.Bytes(), lit = toned;
-      const size_t stride = (toned.size() - 40) / height;
+      TestImage gamma = builder.Build(), lights = gamma.Clone();
+      std::vector<uint8_t> toned = gamma.Bytes(), lit = toned;
+      const size_t size = toned.size(), stride = (size - 40) / 4;
+      const Operation light = {"", {}, [](Color v) { return Lit(v, 9, 30, 0); }, {}};
       size_t at = 40;
-      for (int y = 0; y < height; ++y) {
+      for (int y = 0; y < 4; ++y, at += stride - static_cast<size_t>(width * bits / 8)) {
         for (int x = 0; x < width; ++x, at += 3) {
-          for (size_t i = at; i < std::min(at + 3, toned.size()); ++i) {
+          for (size_t i = at; i < std::min(at + 3, size); ++i) {
             toned[i] = static_cast<uint8_t>(Gamma(toned[i], 2.0));
           }
-          if (at + 3 > lit.size()) continue;  // a last group that does not fit stays
-          const uint32_t rgb = AdjustedLights(Rgb(lit[at + 2], lit[at + 1], lit[at]), 9, 30, 0);
-          for (int c = 0; c < 3; ++c) lit[at + c] = static_cast<uint8_t>(rgb >> 8 * c);
+          if (at + 3 <= size) Map(light, lit, at);
         }
-        at += stride - static_cast<size_t>(width * bits / 8);
       }
-      TestImage image = before.Clone();
-      EXPECT_EQ(omb_gammacorrection(image.get(), 2.0), 1u);
-      EXPECT_EQ(image.Bytes(), toned);
-      image = before.Clone();
-      EXPECT_EQ(omb_adjustghms(image.get(), 9, 30, 0), 1u);
-      EXPECT_EQ(image.Bytes(), lit);
+      EXPECT_EQ(omb_gammacorrection(gamma.get(), 2.0), 1u);
+      EXPECT_EQ(gamma.Bytes(), toned);
+      EXPECT_EQ(omb_adjustghms(lights.get(), 9, 30, 0), 1u);
+      EXPECT_EQ(lights.Bytes(), lit);
     }
   }
 }

@@ -29,9 +29,15 @@ Format FormatOfPath(const std::filesystem::path& path);
 Format FormatOfName(const std::string& name);
 const char* ExtensionOf(Format format);  // "png"
 
+// What kind of file it is, for people: "PNG", "BMP with a core header of 12 bytes". Throws
+// FileError.
+std::string KindOfFile(const std::filesystem::path& path);
+
 // Reads an image; the format is recognised by the file's first bytes, not by its name. The result
 // has a 40-byte header, bottom-up rows, a color table of the depth's full size and, where the file
-// says it, the resolution. Throws FileError.
+// says it, the resolution. Images of 16 and 32 bits come from BMP files alone; where their layout
+// is not the usual one, they have biCompression 3 and the three masks as the color table. Throws
+// FileError.
 Image ReadImage(const std::filesystem::path& path, const Remark& remark);
 
 // Writes an image to a temporary file beside `path` and renames it: the target is either complete

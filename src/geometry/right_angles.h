@@ -1,0 +1,14 @@
+// Turns by right angles, pixel by pixel exact.
+#pragma once
+
+#include <cstdint>
+
+#include "core/packed_dib.h"
+
+namespace ombrilo {
+
+// Replaces the image, whose view is `source`, by itself turned clockwise by 1, 2 or 3 quarters. 0
+// for depths other than 1, 4, 8 and 24, for sources without rows and when memory runs out.
+uint32_t TurnByQuarters(PackedDib** image, const DibView& source, int quarters);
+
+}  // namespace ombrilo

@@ -1,0 +1,165 @@
+// Flips and turns by right angles: pixels move and nothing else changes.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "core/packed_dib.h"
+#include "rows/row_functions.h"
+#include "support/failing_memory.h"
+#include "support/image.h"
+
+namespace ombrilo::test {
+namespace {
+
+constexpr int kSizes[][2] = {{1, 1}, {1, 9},  {9, 1},   {2, 2},    {3, 2},     {7, 8},
+                             {8, 7}, {9, 17}, {64, 65}, {131, 70}, {1030, 19}, {3, 1025}};
+
+// Every byte of the rows is noise, padding included.
+TestImage NoisyImage(int bits, bool core, int width, int height) {
+  ImageBuilder builder(bits, width, height);
+  builder.Colors(VariedColors(bits <= 8 ? 1 << bits : 0, 1)).Filler(0xA5);
+  if (core) builder.CoreHeader();
+  TestImage image = builder.Build();
+  const Dib dib = *Dib::Open(image.get());
+  const auto noise = Noise(256, 2);
+  for (int y = 0; y < height; ++y) {
+    for (size_t i = 0; i < dib.stride(); ++i) {
+      dib.row(y)[i] = static_cast<uint8_t>(noise(static_cast<int>(i), y));
+    }
+  }
+  return image;
+}
+
+template <class Check>
+void ForEveryImage(std::initializer_list<int> depths, Check&& check) {
+  for (auto level = rows::Supported(); *level != nullptr; ++level) {
+    rows::Use(*level);
+    for (const int bits : depths) {
+      for (const auto& [width, height] : kSizes) {
+        for (const bool core : {false, true}) {
+          SCOPED_TRACE(::testing::Message() << (*level)->name << " " << bits << " bits " << core
+                                            << " " << width << "x" << height);
+          check(NoisyImage(bits, core, width, height));
+          if (::testing::Test::HasFailure()) return;
+        }
+      }
+    }
+  }
+  rows::Use(nullptr);
+}
+
+TEST(RightAngles, MovePixelsExactlyAndZeroThePadding) {
+  ForEveryImage({1, 4, 8, 24}, [](const TestImage& source) {
+    const int w = source.width(), h = source.height();
+    for (const int quarters : {1, 2, 3}) {
+      TestImage turned = source.Clone();
+      ASSERT_EQ(omb_rotate(turned.ref(), static_cast<float>(90 * quarters) + 0.009f, 9), 1u);
+      ASSERT_EQ(turned.width(), quarters == 2 ? w : h);
+      ASSERT_EQ(turned.height(), quarters == 2 ? h : w);
+      // Stored rows: the picture's count from the top.
+      const std::vector<uint32_t> from = source.Pixels();
+      std::vector<uint32_t> expected;
+      for (int j = turned.height() - 1; j >= 0; --j) {
+        for (int i = 0; i < turned.width(); ++i) {
+          const int column = quarters == 1 ? w - 1 - j : quarters == 2 ? w - 1 - i : j;
+          const int row = quarters == 1 ? i : quarters == 2 ? h - 1 - j : h - 1 - i;
+          expected.push_back(from[static_cast<size_t>((h - 1 - row) * w + column)]);
+        }
+      }
+      ASSERT_EQ(turned.Pixels(), expected) << quarters;
+      const DibView view = *DibView::Open(turned.get());
+      const size_t bits = static_cast<size_t>(view.width()) * view.bit_count();
+      for (int y = 0; y < view.height(); ++y) {
+        if (bits % 8 != 0) {
+          ASSERT_EQ(view.row(y)[bits / 8] & (0xFF >> bits % 8), 0);
+        }
+        for (size_t i = (bits + 7) / 8; i < view.stride(); ++i) ASSERT_EQ(view.row(y)[i], 0);
+      }
+      // Header fields other than the sizes, and the color table.
+      const size_t sizes_end = view.core() ? 8 : 12;
+      ASSERT_EQ(std::memcmp(turned.raw(), source.raw(), 4), 0);
+      ASSERT_EQ(std::memcmp(turned.raw() + sizes_end, source.raw() + sizes_end,
+                            view.prefix_size() - sizes_end),
+                0);
+    }
+  });
+}
+
+TEST(RightAngles, ClockwiseAsSeen) {
+  TestImage image = ImageBuilder(4, 3, 2).Rows({"123", "456"}).Build();
+  ASSERT_EQ(omb_rotate(image.ref(), 450, 1), 1u);
+  EXPECT_EQ(image.Rows(), (std::vector<std::string>{"41", "52", "63"}));
+}
+
+TEST(RightAngles, Refusals) {
+  for (const float degrees : {90.0f, 180.0f, 270.0f}) {
+    TestImage deep = NoisyImage(16, false, 5, 4);
+    TestImage empty = ImageBuilder(8, 4, 0).Build();
+    TestImage negative = ImageBuilder(8, 4, 2).Field(8, 0xFFFFFFFE).Build();
+    TestImage narrow = ImageBuilder(8, 4, 2).Field(4, 0xFFFFFFFE).Build();
+    for (TestImage* image : {&deep, &empty, &negative, &narrow}) {
+      const PackedDib* const address = image->get();
+      EXPECT_EQ(omb_rotate(image->ref(), degrees, 1), 0u);
+      EXPECT_EQ(image->get(), address);
+    }
+    TestImage no_columns = ImageBuilder(8, 0, 3).Build();
+    EXPECT_EQ(omb_rotate(no_columns.ref(), degrees, 1), 1u);
+  }
+  // A line of 2^26 pixels is 8 MB; upright each of its pixels takes 4 bytes.
+  TestImage line = ImageBuilder(1, 1 << 26, 1).Build();
+  EXPECT_EQ(omb_rotate(line.ref(), 270, 1), 1u);
+  TestImage longer = ImageBuilder(1, 1 << 29, 1).Build();
+  EXPECT_EQ(omb_rotate(longer.ref(), 90, 1), 0u);
+}
+
+TEST(Flips, LeftToRightKeepsPaddingAndIsItsOwnInverse) {
+  ForEveryImage({1, 4, 8, 24}, [](const TestImage& source) {
+    TestImage image = source.Clone();
+    MemoryWatch watch(1);
+    ASSERT_EQ(omb_fliphor(image.get()), 1u);
+    watch.Stop();
+    ASSERT_EQ(watch.allocations(), 0);
+    std::vector<uint32_t> expected = source.Pixels();
+    for (auto row = expected.begin(); row != expected.end(); row += source.width()) {
+      std::reverse(row, row + source.width());
+    }
+    ASSERT_EQ(image.Pixels(), expected);
+    ASSERT_EQ(omb_fliphor(image.get()), 1u);
+    ASSERT_EQ(image.Bytes(), source.Bytes());  // padding never changed
+  });
+}
+
+TEST(Flips, TopToBottomMovesWholeRowsAtEveryDepth) {
+  ForEveryImage({1, 2, 4, 8, 16, 24, 32}, [](const TestImage& source) {
+    TestImage image = source.Clone();
+    MemoryWatch watch(1);
+    ASSERT_EQ(omb_flipvert(image.get()), 1u);
+    watch.Stop();
+    ASSERT_EQ(watch.allocations(), 0);
+    const DibView from = *DibView::Open(source.get()), to = *DibView::Open(image.get());
+    ASSERT_EQ(std::memcmp(from.block(), to.block(), from.prefix_size()), 0);
+    for (int y = 0; y < from.height(); ++y) {
+      ASSERT_EQ(std::memcmp(from.row(y), to.row(from.height() - 1 - y), from.stride()), 0);
+    }
+  });
+}
+
+TEST(Flips, NullOtherDepthsAndImagesWithoutRows) {
+  EXPECT_EQ(omb_fliphor(nullptr), 0u);
+  EXPECT_EQ(omb_flipvert(nullptr), 0u);
+  for (const int bits : {2, 16, 32}) {
+    TestImage image = NoisyImage(bits, false, 5, 4);
+    const std::vector<uint8_t> before = image.Bytes();
+    EXPECT_EQ(omb_fliphor(image.get()), 0u);
+    EXPECT_EQ(image.Bytes(), before);
+  }
+  for (const uint32_t height : {0u, 0x80000000u, 0x7FFFFFFFu}) {
+    TestImage image = ImageBuilder(24, 0, 0).Field(8, height).Build();
+    EXPECT_EQ(omb_fliphor(image.get()), 1u);
+    EXPECT_EQ(omb_flipvert(image.get()), 1u);
+  }
+}
+
+}  // namespace
+}  // namespace ombrilo::test

@@ -1,0 +1,397 @@
+// omb_scale and omb_rotate beside a plain reference that reads one sample at a time.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+#include "geometry/resampling.h"
+#include "rows/row_functions.h"
+#include "support/failing_memory.h"
+#include "support/image.h"
+
+namespace ombrilo::test {
+namespace {
+
+struct Picture {
+  int width, height;
+  std::vector<uint32_t> pixels;  // rows from the bottom
+};
+
+// The pixels of an image whose header may no longer tell its size.
+Picture Read(TestImage& image, int width, int height) {
+  uint8_t* raw = image.raw();
+  const bool core = raw[0] != 40;
+  const auto put = [&](size_t at, int value) {
+    raw[at] = static_cast<uint8_t>(value);
+    raw[at + 1] = static_cast<uint8_t>(value >> 8);
+  };
+  put(4, width);
+  put(core ? 6 : 8, height);
+  Picture picture = {width, height, {}};
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) picture.pixels.push_back(image.Pixel(x, height - 1 - y));
+  }
+  return picture;
+}
+
+float Cubic(float t) {
+  const float a = std::fabs(t);
+  if (a < 1) return 1 - 2 * (a * a) + (a * a) * a;
+  if (a < 2) return 4 - 8 * a + 5 * (a * a) - (a * a) * a;
+  return 0;
+}
+
+class Reference {
+ public:
+  explicit Reference(const TestImage& source) : bits_(source.bit_count()) {
+    TestImage copy = source.Clone();
+    from_ = Read(copy, source.width(), source.height());
+    // A short color table goes on with the bytes behind it, and with zeros behind the block.
+    std::vector<uint8_t> bytes = source.Bytes();
+    bytes.resize(bytes.size() + 1024);
+    for (size_t i = 0; bits_ <= 8 && i < 1u << bits_; ++i) {
+      const uint8_t* entry = &bytes[bytes[0] + i * (bytes[0] == 40 ? 4 : 3)];
+      colors_.push_back(Rgb(entry[2], entry[1], entry[0]));
+    }
+  }
+
+  Picture Scaled(int width, int height, uint32_t mode) const {
+    const int w = from_.width, h = from_.height;
+    const float fx = static_cast<float>(w) / static_cast<float>(width);
+    const float fy = static_cast<float>(h) / static_cast<float>(height);
+    Picture to = {width, height, {}};
+    for (int y = 0; y < height; ++y) {
+      for (int x = 0; x < width; ++x) {
+        const float sx = static_cast<float>(x) * fx, sy = static_cast<float>(y) * fy;
+        const int ix = static_cast<int>(sx), iy = static_cast<int>(sy);
+        to.pixels.push_back(Sample(sx - static_cast<float>(ix), sy - static_cast<float>(iy),
+                                   std::min(ix, w), std::min(iy, h), x, y, mode));
+      }
+    }
+    return to;
+  }
+
+  Picture Rotated(double degrees, uint32_t mode) const {
+    const double theta = degrees / 180 * 3.1415926;
+    const float c = static_cast<float>(std::cos(theta)), s = static_cast<float>(std::sin(theta));
+    const float w = static_cast<float>(from_.width), h = static_cast<float>(from_.height);
+    const int width =
+        static_cast<int>(std::max(std::fabs(w * c - h * s), std::fabs(w * c + h * s)) + 0.5f);
+    const int height =
+        static_cast<int>(std::max(std::fabs(h * c - w * s), std::fabs(h * c + w * s)) + 0.5f);
+    Picture to = {width, height, {}};
+    for (int y = 0; y < height; ++y) {
+      for (int x = 0; x < width; ++x) {
+        const float u = static_cast<float>(x - width / 2), v = static_cast<float>(height / 2 - y);
+        const float sx = u * c + v * s + static_cast<float>(from_.width / 2);
+        const float sy = u * s - v * c + static_cast<float>(from_.height / 2);
+        const int ix = static_cast<int>(sx), iy = static_cast<int>(sy);
+        const bool inside = ix >= 0 && ix < from_.width && iy >= 0 && iy < from_.height;
+        to.pixels.push_back(inside ? Sample(sx - static_cast<float>(ix),
+                                            sy - static_cast<float>(iy), ix, iy, x, y, mode)
+                                   : (1u << bits_) - 1);
+      }
+    }
+    return to;
+  }
+
+ private:
+  uint32_t PixelAt(int column, int row) const {
+    column = std::max(0, std::min(column, from_.width - 1));
+    row = std::max(0, std::min(row, from_.height - 1));
+    return from_.pixels[static_cast<size_t>(row * from_.width + column)];
+  }
+
+  uint32_t Sample(float dx, float dy, int ix, int iy, int x, int y, uint32_t mode) const {
+    if (mode == 1) return PixelAt(ix, iy);
+    uint32_t color = 0;
+    for (int shift = 0; shift < 24; shift += 8) {
+      const float value =
+          mode == 2 ? Bilinear(dx, dy, ix, iy, shift) : Bicubic(dx, dy, ix, iy, x, y, shift);
+      color |= static_cast<uint32_t>(std::max(0.0f, std::min(255.0f, value))) << shift;
+    }
+    if (bits_ == 24) return color;
+    uint32_t best = 0;
+    for (uint32_t i = 1; i < colors_.size(); ++i) {
+      if (Distance(color, colors_[i]) < Distance(color, colors_[best])) best = i;
+    }
+    return best;
+  }
+
+  static int Distance(uint32_t a, uint32_t b) {
+    int sum = 0;
+    for (int shift = 0; shift < 24; shift += 8) {
+      const int d = static_cast<int>(a >> shift & 255) - static_cast<int>(b >> shift & 255);
+      sum += d * d;
+    }
+    return sum;
+  }
+
+  float ChannelAt(int column, int row, int shift) const {
+    const uint32_t pixel = PixelAt(column, row);
+    return static_cast<float>((bits_ == 24 ? pixel : colors_[pixel]) >> shift & 255);
+  }
+
+  float Bilinear(float dx, float dy, int ix, int iy, int shift) const {
+    if (ix + 1 >= from_.width - 1) ix = from_.width - 2;
+    if (iy + 1 >= from_.height - 1) iy = from_.height - 2;
+    return (1 - dy) * (1 - dx) * ChannelAt(ix, iy, shift) +
+           (1 - dy) * dx * ChannelAt(ix + 1, iy, shift) +
+           (1 - dx) * dy * ChannelAt(ix, iy + 1, shift) +
+           dx * dy * ChannelAt(ix + 1, iy + 1, shift);
+  }
+
+  float Bicubic(float dx, float dy, int ix, int iy, int x, int y, int shift) const {
+    const int w = from_.width, h = from_.height;
+    int dxo[4] = {x - 1 < 0 ? 0 : -1, 0, x + 1 > w - 1 ? 0 : 1, 2};
+    int dyo[4] = {y - 1 < 0 ? 0 : -1, 0, y + 1 > h - 1 ? 0 : 1, 2};
+    if (x + 2 > w - 1) dxo[3] = dxo[2] == 1 ? 1 : 0;
+    if (y + 2 > h - 1) dyo[3] = dyo[2] == 1 ? 1 : 0;
+    if (bits_ == 24 && x + 2 > w - 1) {
+      dxo[2] = 0;
+      dxo[3] = 1;
+    }
+    const float across[4] = {Cubic(1 + dx), Cubic(dx), Cubic(1 - dx), Cubic(2 - dx)};
+    const float down[4] = {Cubic(1 + dy), Cubic(dy), Cubic(1 - dy), Cubic(2 - dy)};
+    float total = 0;
+    for (int j = 0; j < 4; ++j) {
+      float sum = 0;
+      for (int k = 0; k < 4; ++k) {
+        if (iy + dyo[j] > h - 1) iy = h - dyo[j] - 1;
+        if (iy + dyo[j] < 0) iy = -dyo[j];
+        if (ix + dxo[k] > w - 1) ix = w - ix - 1;
+        if (ix + dxo[k] < 0) ix = -dxo[k];
+        sum += ChannelAt(ix + dxo[k], iy + dyo[j], shift) * across[k];
+      }
+      total += sum * down[j];
+    }
+    return total;
+  }
+
+  int bits_;
+  Picture from_;
+  std::vector<uint32_t> colors_;
+};
+
+struct Kind {
+  int bits;
+  bool core;
+  std::vector<uint32_t> colors;
+};
+
+std::vector<Kind> Kinds() {
+  std::vector<Kind> kinds;
+  for (const bool core : {false, true}) {
+    for (const int bits : {1, 4, 8}) {
+      kinds.push_back({bits, core, GrayRamp(1 << bits)});
+      kinds.push_back({bits, core, VariedColors(1 << bits, 5)});
+    }
+    kinds.push_back({24, core, {}});
+  }
+  std::vector<uint32_t> falling = GrayRamp(256);  // gray, but indices are not the levels
+  std::reverse(falling.begin(), falling.end());
+  kinds.push_back({8, false, falling});
+  kinds.push_back({4, false, GrayRamp(3)});  // the rest of the entries lies beyond, partly nowhere
+  kinds.push_back({8, false, VariedColors(5, 6)});
+  return kinds;
+}
+
+TestImage Make(const Kind& kind, int width, int height) {
+  ImageBuilder builder(kind.bits, width, height);
+  builder.Colors(kind.colors).Pixels(Noise(1u << kind.bits, 7)).Filler(0xA5);
+  if (kind.core) builder.CoreHeader();
+  return builder.Build();
+}
+
+// Runs an operation pixel by pixel, and in runs at every level, and compares with the reference.
+template <class Operation>
+void ExpectEverywhere(const TestImage& source, const Picture& expected, Operation&& operation) {
+  const auto check = [&](Resampling resampling, const char* level) {
+    TestImage image = source.Clone();
+    ASSERT_EQ(operation(image.ref(), resampling), 1u);
+    ASSERT_EQ(Read(image, expected.width, expected.height).pixels, expected.pixels) << level;
+  };
+  check(Resampling::kPixelwise, "pixelwise");
+  for (auto level = rows::Supported(); *level != nullptr; ++level) {
+    rows::Use(*level);
+    check(Resampling::kRuns, (*level)->name);
+  }
+  rows::Use(nullptr);
+}
+
+TEST(Scale, EqualsTheReferenceAtEveryDepthSizeAndMode) {
+  constexpr int kSizes[][4] = {{1, 1, 3, 2},   {2, 1, 5, 4},     {1, 2, 2, 7},    {2, 2, 9, 9},
+                               {3, 3, 7, 8},   {4, 4, 3, 11},    {5, 7, 13, 17},  {17, 9, 6, 4},
+                               {9, 30, 31, 9}, {61, 41, 53, 97}, {700, 5, 9, 12}, {9, 6, 1050, 7}};
+  for (const Kind& kind : Kinds()) {
+    for (const auto& [w, h, to_w, to_h] : kSizes) {
+      const auto new_w = static_cast<uint32_t>(to_w), new_h = static_cast<uint32_t>(to_h);
+      const TestImage source = Make(kind, w, h);
+      const Reference reference(source);
+      for (const uint32_t mode : {1u, 2u, 3u}) {
+        SCOPED_TRACE(::testing::Message()
+                     << kind.bits << " bits " << kind.core << " from " << w << "x" << h << " to "
+                     << new_w << "x" << new_h << " mode " << mode);
+        ExpectEverywhere(source, reference.Scaled(to_w, to_h, mode),
+                         [&](PackedDib** image, Resampling resampling) {
+                           return Scale(image, new_w, new_h, mode, resampling);
+                         });
+        if (HasFatalFailure()) return;
+      }
+    }
+  }
+}
+
+TEST(Rotate, EqualsTheReferenceAtEveryDepthAngleAndMode) {
+  constexpr int kSizes[][2] = {{1, 1}, {1, 6}, {2, 2}, {3, 5}, {4, 4}, {31, 23}, {600, 9}};
+  for (const Kind& kind : Kinds()) {
+    for (const auto& [w, h] : kSizes) {
+      const TestImage source = Make(kind, w, h);
+      const Reference reference(source);
+      for (const double degrees : {10.0, -90.0, 187.5, -359.0}) {
+        for (const uint32_t mode : {1u, 2u, 3u}) {
+          SCOPED_TRACE(::testing::Message() << kind.bits << " bits " << kind.core << " " << w << "x"
+                                            << h << " by " << degrees << " mode " << mode);
+          ExpectEverywhere(source, reference.Rotated(degrees, mode),
+                           [&](PackedDib** image, Resampling resampling) {
+                             return Rotate(image,
+                                           static_cast<float>(degrees + (degrees < 0 ? -720 : 720)),
+                                           mode, resampling);
+                           });
+          if (HasFatalFailure()) return;
+        }
+      }
+    }
+  }
+}
+
+TEST(Scale, PointSamplingRepeatsPixels) {
+  TestImage image = ImageBuilder(4, 2, 2).Rows({"1f", "a3"}).Build();
+  EXPECT_EQ(omb_scale(image.ref(), 4, 4, 1), 1u);
+  EXPECT_EQ(image.Rows(), (std::vector<std::string>{"11ff", "11ff", "aa33", "aa33"}));
+}
+
+TEST(Scale, HeaderOfTheResult) {
+  TestImage core = Make({8, true, GrayRamp(256)}, 20, 10);
+  ASSERT_EQ(omb_scale(core.ref(), 300, 200, 1), 1u);
+  EXPECT_EQ(omb_DIBWidth(core.get()), 300u);
+  EXPECT_EQ(omb_DIBHeight(core.get()), 0u);
+  TestImage wide = Make({1, true, GrayRamp(2)}, 20, 1);
+  ASSERT_EQ(omb_scale(wide.ref(), 65536 + 7, 1, 1), 1u);
+  EXPECT_EQ(omb_DIBWidth(wide.get()), 7u);
+  EXPECT_EQ(omb_DIBHeight(wide.get()), 1u);
+
+  TestImage info = ImageBuilder(8, 20, 10).Filler(0xA5).Field(20, 1234).Build();
+  const std::vector<uint8_t> before = info.Bytes();
+  ASSERT_EQ(omb_scale(info.ref(), 30, 9, 2), 1u);
+  std::vector<uint8_t> after = info.Bytes();
+  EXPECT_EQ(after.size(), 40u + 1024 + 32 * 9);
+  EXPECT_EQ(after.back(), 0) << "padding";
+  std::copy_n(before.begin() + 4, 8, after.begin() + 4);
+  EXPECT_TRUE(std::equal(before.begin(), before.begin() + 40 + 1024, after.begin()));
+}
+
+TEST(Scale, OtherDepthsModesAndEmptySizesGiveBlankImages) {
+  for (const int bits : {2, 16, 24, 32}) {
+    TestImage image = ImageBuilder(bits, 5, 4).Pixels(Noise(4, 1)).Filler(9).Build();
+    EXPECT_EQ(omb_scale(image.ref(), 7, 3, bits == 24 ? 4 : 2), 1u);
+    EXPECT_EQ(image.Pixels(), std::vector<uint32_t>(21, 0)) << bits;
+    EXPECT_EQ(image.width(), 7);
+  }
+  for (const uint32_t mode : {0u, 1u, 2u, 3u}) {
+    TestImage image = Make({8, false, VariedColors(256, 1)}, 5, 4);
+    EXPECT_EQ(omb_scale(image.ref(), 0, 4, mode), 1u);
+    EXPECT_EQ(omb_scale(image.ref(), 6, 2, mode), 1u) << "from no width";
+    EXPECT_EQ(image.Pixels(), std::vector<uint32_t>(12, 0));
+    EXPECT_EQ(omb_scale(image.ref(), 6, 0, mode), 1u);
+    EXPECT_EQ(omb_scale(image.ref(), 3, 2, mode), 1u) << "from no height";
+    EXPECT_EQ(image.Pixels(), std::vector<uint32_t>(6, 0));
+  }
+  TestImage negative = ImageBuilder(24, 5, 4).Field(4, 0xFFFFFFFB).Build();
+  EXPECT_EQ(omb_scale(negative.ref(), 2, 2, 3), 1u);
+  EXPECT_EQ(negative.Pixels(), std::vector<uint32_t>(4, 0));
+}
+
+TEST(Scale, RefusesTheSameSizeNullAndSizesThatOverflow) {
+  PackedDib* none = nullptr;
+  EXPECT_EQ(omb_scale(nullptr, 2, 2, 1), 0u);
+  EXPECT_EQ(omb_scale(&none, 2, 2, 1), 0u);
+  TestImage image = Make({8, false, GrayRamp(256)}, 5, 4);
+  const PackedDib* const address = image.get();
+  const std::vector<uint8_t> before = image.Bytes();
+  EXPECT_EQ(omb_scale(image.ref(), 5, 4, 2), 0u);
+  for (const auto& [w, h] : {std::pair{0xFFFFFFFFu, 1u},
+                             {1u, 0xFFFFFFFFu},
+                             {0x10000u, 0x10000u},
+                             {0x7FFFFFFFu, 1u},
+                             {1u, 0x20000000u},
+                             {0x80000000u, 0u}}) {
+    EXPECT_EQ(omb_scale(image.ref(), w, h, 2), 0u) << w << " " << h;
+  }
+  EXPECT_EQ(image.get(), address);
+  EXPECT_EQ(image.Bytes(), before);
+}
+
+TEST(Rotate, SizesAndBackground) {
+  TestImage square = ImageBuilder(24, 100, 100).Build();
+  ASSERT_EQ(omb_rotate(square.ref(), 45, 1), 1u);
+  EXPECT_EQ(square.width(), 141);
+  EXPECT_EQ(square.height(), 141);
+  const std::vector<uint8_t> bytes = square.Bytes();
+  EXPECT_EQ(bytes.back(), 255) << "padding";
+  EXPECT_EQ(square.Pixel(70, 70), 0u);
+
+  // Depths and modes that paint nothing, and sizes without pixels.
+  for (const auto& [bits, mode] : {std::pair{16, 2}, {32, 1}, {24, 4}, {8, 0}}) {
+    TestImage image = ImageBuilder(bits, 9, 3).Build();
+    ASSERT_EQ(omb_rotate(image.ref(), 20, static_cast<uint32_t>(mode)), 1u);
+    const std::vector<uint8_t> all = image.Bytes();
+    const size_t rows = static_cast<size_t>(omb_FindDIBBits(image.get()) - image.raw());
+    EXPECT_GT(all.size(), rows);
+    EXPECT_TRUE(std::all_of(all.begin() + static_cast<ptrdiff_t>(rows), all.end(),
+                            [](uint8_t byte) { return byte == 255; }));
+  }
+  TestImage empty = ImageBuilder(8, 0, 0).Build();
+  EXPECT_EQ(omb_rotate(empty.ref(), 20, 2), 1u);
+  TestImage negative = ImageBuilder(8, 4, 0).Field(8, 0xFFFFFFFC).Build();
+  EXPECT_EQ(omb_rotate(negative.ref(), 45, 2), 1u);
+  EXPECT_EQ(negative.height(), 6);
+  EXPECT_EQ(negative.Pixels(), std::vector<uint32_t>(36, 255));
+}
+
+TEST(Rotate, CoreHeaderKeepsTheLowHalvesOfLargeSizes) {
+  TestImage image = Make({1, true, GrayRamp(2)}, 65535, 700);
+  ASSERT_EQ(omb_rotate(image.ref(), 359.3f, 1), 1u);
+  EXPECT_EQ(image.width(), 65539 - 65536);
+  EXPECT_EQ(image.height(), 1501);
+}
+
+TEST(Rotate, Refusals) {
+  PackedDib* none = nullptr;
+  EXPECT_EQ(omb_rotate(nullptr, 30, 1), 0u);
+  EXPECT_EQ(omb_rotate(&none, 30, 1), 0u);
+  TestImage image = Make({8, false, GrayRamp(256)}, 5, 4);
+  const PackedDib* const address = image.get();
+  const float infinity = std::numeric_limits<float>::infinity();
+  for (const float degrees : {0.0f, 360.0f, 0.005f, -0.005f, 720.005f, -1080.0f, infinity,
+                              -infinity, infinity - infinity, 2147483648.0f, -3e9f}) {
+    EXPECT_EQ(omb_rotate(image.ref(), degrees, 1), 0u) << degrees;
+  }
+  EXPECT_EQ(image.get(), address);
+  TestImage line = Make({1, false, GrayRamp(2)}, 1 << 20, 1);
+  EXPECT_EQ(omb_rotate(line.ref(), 45, 1), 0u) << "68 GB";
+}
+
+TEST(Resampling, RefusesWithoutMemory) {
+  for (const Kind& kind : {Kind{24, false, {}}, Kind{8, true, VariedColors(256, 3)}}) {
+    const auto make = [&] { return Make(kind, 9, 8); };
+    ExpectRefusalWithoutMemory(make, [](PackedDib** i) { return omb_scale(i, 20, 5, 3); });
+    ExpectRefusalWithoutMemory(make, [](PackedDib** i) { return omb_rotate(i, 20, 3); });
+    ExpectRefusalWithoutMemory(make, [](PackedDib** i) { return omb_rotate(i, 90, 3); });
+  }
+}
+
+}  // namespace
+}  // namespace ombrilo::test

@@ -1,0 +1,61 @@
+#include <gtest/gtest.h>
+
+#include "support/image.h"
+
+namespace ombrilo::test {
+namespace {
+
+int32_t Reference(const TestImage& image) {
+  std::vector<int> count(256);
+  for (const uint32_t pixel : image.Pixels()) {
+    const uint32_t rgb = image.bit_count() == 24 ? pixel : image.Color(static_cast<int>(pixel));
+    const double r = rgb >> 16, g = rgb >> 8 & 255, b = rgb & 255;
+    ++count[static_cast<size_t>(0.3 * r + 0.59 * g + 0.11 * b)];
+  }
+  const int half = image.width() * image.height() / 2;
+  int up_to = count[0] + count[1], i = 1;
+  while (up_to <= half) up_to += count[static_cast<size_t>(++i)];
+  const int below = up_to - count[static_cast<size_t>(i)];
+  return half - below < up_to - half ? i - 1 : i;
+}
+
+TEST(AutoThreshold, MedianOfTruncatedGrayLevels) {
+  for (const uint32_t size_field : {40u, 12u, 41u}) {
+    for (const int bits : {1, 4, 8, 24}) {
+      for (const int colors : {bits == 24 ? 0 : 1 << bits, 2}) {
+        if (colors == 2 && (size_field != 40 || bits == 24)) continue;
+        const TestImage image = ImageBuilder(bits, 1041, 3)
+                                    .CoreHeader(size_field)
+                                    .Colors(VariedColors(colors, 41))
+                                    .Pixels(Noise(bits == 24 ? 1 << 24 : 1u << bits, 42))
+                                    .Build();
+        EXPECT_EQ(omb_autothreshold(image.get()), Reference(image)) << size_field << " " << bits;
+      }
+    }
+  }
+}
+
+TEST(AutoThreshold, KnownValues) {
+  const auto of = [](int width, std::function<uint32_t(int, int)> pixel) {
+    return omb_autothreshold(ImageBuilder(24, width, 1).Pixels(std::move(pixel)).Build().get());
+  };
+  const auto gray = [](int v) { return [=](int, int) { return Rgb(v, v, v); }; };
+  EXPECT_EQ(of(8, [](int x, int) { return x % 2 ? 0xFFFFFFu : 0u; }), 254);
+  // One level: a tie gives the level, an odd number of pixels the one below. Level 0 never ends the
+  // search, but may win the comparison.
+  EXPECT_EQ(of(4, gray(90)), 90);
+  EXPECT_EQ(of(5, gray(90)), 89);
+  EXPECT_EQ(of(4, gray(0)), 0);
+  EXPECT_EQ(of(5, gray(0)), 0);
+  // No pixels, and other depths.
+  EXPECT_EQ(omb_autothreshold(nullptr), 0);
+  for (const int height : {0, -4}) {
+    EXPECT_EQ(omb_autothreshold(ImageBuilder(24, 4, height).Build().get()), 0);
+  }
+  for (const int bits : {2, 16, 32}) {
+    EXPECT_EQ(omb_autothreshold(ImageBuilder(bits, 4, 2).Filler(255).Build().get()), 0);
+  }
+}
+
+}  // namespace
+}  // namespace ombrilo::test

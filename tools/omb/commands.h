@@ -1,0 +1,36 @@
+// What omb does, one function for each word after `omb`. Each returns the exit status: 0 for done,
+// 1 when something failed and was told on stderr. Each throws UsageError for a wrong command line.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace omb {
+
+struct ApplyOptions {
+  // INPUT OUTPUT STEP..., or FILES... when there is an output directory.
+  std::vector<std::string> words;
+  // What stood behind `--`: steps. None when there was no `--`.
+  std::optional<std::vector<std::string>> after_dashes;
+  std::string out_dir;  // empty for a single file
+  std::string format;   // empty: from the extension
+  unsigned jobs = 0;    // files at a time; 0: as many as there are processors
+};
+
+struct HistogramOptions {
+  std::string file;
+  std::string channel;  // "red", "green", "blue" or "gray"; empty: whatever suits the image
+  std::string output;   // an SVG file; empty: stdout
+};
+
+int Apply(const ApplyOptions& options);
+int Info(const std::vector<std::string>& files);
+int List(const std::string& step);  // empty: all steps
+int ShowHistogram(const HistogramOptions& options);
+int Gallery(const std::vector<std::string>& words);  // INPUT... DIR
+
+// Writes "omb: where: message" to stderr; without the middle when `where` is empty.
+void Complain(const std::string& where, const std::string& message);
+
+}  // namespace omb

@@ -1,0 +1,317 @@
+// BMP files: a file header of 14 bytes, then what is nearly a packed DIB.
+//
+// Headers: 12 bytes (core), 40 (information), 52 and 56 (with color masks), 64 (OS/2 2.x), 108 (v4)
+// and 124 (v5). All become 40 bytes. See "Bitmap Storage" in the Windows documentation.
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <optional>
+
+#include "core/bytes.h"
+#include "core/pixels.h"
+#include "files/bmp_format.h"
+#include "files/codec.h"
+#include "files/pixels_in.h"
+#include "files/rle.h"
+
+namespace omb {
+
+using namespace ombrilo;
+
+namespace {
+
+constexpr uint32_t kOs2HeaderSize = 64;
+constexpr size_t kMasksAt = kFileHeaderSize + kInfoHeaderSize;  // in and behind a header alike
+
+// Other values of biCompression than kBitfields.
+enum Compression : uint32_t { kRgb = 0, kRle8 = 1, kRle4 = 2, kAlphaBitfields = 6 };
+
+struct Layout {
+  Masks color;
+  uint32_t alpha;  // 0 where pixels have none
+};
+
+struct BmpHeader {
+  uint32_t size;  // of the header behind the file header
+  bool core;
+  ImageSize image;
+  bool top_down;
+  uint32_t compression;
+  uint32_t colors;  // entries of the color table that the header announces
+  Resolution resolution;
+  size_t table_at;
+  size_t pixels_at;
+
+  bool runs() const { return compression == kRle8 || compression == kRle4; }
+  bool masked() const { return compression == kBitfields || compression == kAlphaBitfields; }
+  bool direct() const { return image.bit_count == 16 || image.bit_count == 32; }
+  size_t table_step() const { return core ? 3 : 4; }
+};
+
+void NeedBytes(Bytes file, size_t end, const char* where) {
+  if (file.size() < end) throw FileError(std::string("the file ends inside the ") + where);
+}
+
+void CheckKind(const BmpHeader& header, uint32_t planes) {
+  const uint16_t bits = header.image.bit_count;
+  if (planes > 1) throw FileError("it has " + std::to_string(planes) + " planes instead of 1");
+  if (!IsIndexed(bits) && bits != 24 && !header.direct()) {
+    throw FileError("images of " + std::to_string(bits) + " bits per pixel are not supported");
+  }
+  // Behind an OS/2 header these numbers mean other methods.
+  const bool masks = header.masked() && header.direct() && header.size != kOs2HeaderSize;
+  const bool runs = header.runs() && bits == (header.compression == kRle8 ? 8 : 4);
+  if (header.compression != kRgb && !masks && !runs) {
+    throw FileError("compression method " + std::to_string(header.compression) + " at " +
+                    std::to_string(bits) + " bits is not supported");
+  }
+  if (runs && header.top_down) throw FileError("a compressed image cannot be stored top-down");
+  if (IsIndexed(bits) && header.colors > ColorsOfDepth(bits)) {
+    throw FileError("the color table of " + std::to_string(header.colors) +
+                    " entries does not fit " + std::to_string(bits) + " bits");
+  }
+}
+
+BmpHeader ReadHeader(Bytes file) {
+  NeedBytes(file, kFileHeaderSize + 4, "header");
+  const uint8_t* fields = file.data() + kFileHeaderSize;
+  BmpHeader header = {};
+  header.size = LoadU32(fields);
+  constexpr uint32_t kKnown[] = {
+      kCoreHeaderSize, kInfoHeaderSize, 52, 56, kOs2HeaderSize, 108, 124};
+  if (std::ranges::find(kKnown, header.size) == std::end(kKnown)) {
+    throw FileError("a header of " + std::to_string(header.size) + " bytes is not supported");
+  }
+  NeedBytes(file, kFileHeaderSize + header.size, "header");
+
+  header.core = header.size == kCoreHeaderSize;
+  uint32_t planes;
+  if (header.core) {
+    header.image = {LoadU16(fields + kCoreWidth), LoadU16(fields + kCoreHeight),
+                    LoadU16(fields + kCoreBitCount)};
+    planes = LoadU16(fields + kCoreBitCount - 2);
+  } else {
+    const auto height = static_cast<int32_t>(LoadU32(fields + kInfoHeight));
+    header.image = {static_cast<int32_t>(LoadU32(fields + kInfoWidth)),
+                    height < 0 ? -int64_t{height} : height, LoadU16(fields + kInfoBitCount)};
+    header.top_down = height < 0;
+    planes = LoadU16(fields + kInfoPlanes);
+    header.compression = LoadU32(fields + kInfoCompression);
+    header.resolution = {static_cast<int32_t>(LoadU32(fields + kInfoXPelsPerMeter)),
+                         static_cast<int32_t>(LoadU32(fields + kInfoYPelsPerMeter))};
+    header.colors = LoadU32(fields + kInfoClrUsed);
+  }
+  if (header.colors == 0) header.colors = ColorsOfDepth(header.image.bit_count);
+  CheckKind(header, planes);
+
+  header.table_at = kFileHeaderSize + header.size;
+  if (header.size == kInfoHeaderSize && header.masked()) {
+    header.table_at += header.compression == kAlphaBitfields ? 16 : 12;
+  }
+  header.pixels_at = LoadU32(file.data() + kFilePixels);
+  if (header.pixels_at == 0) {
+    header.pixels_at = header.table_at + header.colors * header.table_step();
+  }
+  if (header.pixels_at < header.table_at) throw FileError("the pixels begin inside the header");
+  return header;
+}
+
+// Old files have fewer colors than the depth implies and say so only by where the pixels begin.
+void ReadTable(Bytes file, const BmpHeader& header, const Dib& dib) {
+  const size_t step = header.table_step();
+  const size_t room = (header.pixels_at - header.table_at) / step;
+  const size_t count = std::min<size_t>(header.colors, room);
+  NeedBytes(file, header.table_at + count * step, "color table");
+  for (size_t i = 0; i < count; ++i) {
+    const uint8_t* bgr = file.data() + header.table_at + i * step;
+    SetColor(dib, static_cast<uint32_t>(i), bgr[2], bgr[1], bgr[0]);
+  }
+}
+
+// The rows as they stand in the file, known to be there.
+class StoredRows {
+ public:
+  StoredRows(Bytes file, const BmpHeader& header)
+      : stride_(static_cast<size_t>(StrideOf(header.image.width, header.image.bit_count))),
+        size_(static_cast<size_t>((header.image.width * header.image.bit_count + 7) / 8)),
+        count_(static_cast<size_t>(header.image.height)),
+        top_down_(header.top_down) {
+    const size_t available = file.size() - std::min(header.pixels_at, file.size());
+    // Only the last row may lack its padding.
+    if (available < stride_ * (count_ - 1) + size_) {
+      throw FileError("the file ends in row " +
+                      std::to_string(std::min(available / stride_ + 1, count_)) + " of " +
+                      std::to_string(count_));
+    }
+    rows_ = file.subspan(header.pixels_at).data();
+  }
+
+  size_t count() const { return count_; }
+  size_t size() const { return size_; }  // bytes that hold pixels
+  // The y-th row from the bottom of the picture.
+  const uint8_t* operator[](size_t y) const {
+    return rows_ + stride_ * (top_down_ ? count_ - 1 - y : y);
+  }
+
+ private:
+  size_t stride_, size_, count_;
+  bool top_down_;
+  const uint8_t* rows_;
+};
+
+// The bits of a mask in a pixel, as a number from 0 to 255.
+class Channel {
+ public:
+  explicit Channel(uint32_t mask)
+      : mask_(mask),
+        shift_(mask == 0 ? 0 : std::countr_zero(mask)),
+        maximum_(static_cast<uint32_t>((uint64_t{1} << std::popcount(mask)) - 1)),
+        contiguous_(mask >> shift_ == maximum_) {
+    for (uint32_t v = 0; v <= std::min<uint32_t>(maximum_, 255); ++v) scaled_[v] = Scale(v);
+  }
+
+  uint32_t mask() const { return mask_; }
+  // The library keeps such channels as they are.
+  bool fits_byte() const { return contiguous_ && maximum_ <= 255; }
+
+  uint8_t Of(uint32_t pixel) const {
+    const uint32_t value = contiguous_ ? (pixel & mask_) >> shift_ : Gather(pixel);
+    return maximum_ <= 255 ? scaled_[value] : Scale(value);
+  }
+
+ private:
+  uint8_t Scale(uint32_t value) const {
+    if (maximum_ == 0) return 0;
+    return static_cast<uint8_t>((uint64_t{value} * 255 + maximum_ / 2) / maximum_);
+  }
+
+  uint32_t Gather(uint32_t pixel) const {
+    uint32_t value = 0;
+    int to = 0;
+    for (uint32_t rest = mask_; rest != 0; rest &= rest - 1) {
+      value |= (pixel >> std::countr_zero(rest) & 1) << to++;
+    }
+    return value;
+  }
+
+  uint32_t mask_;
+  int shift_;
+  uint32_t maximum_;
+  bool contiguous_;
+  uint8_t scaled_[256] = {};
+};
+
+Layout ReadLayout(Bytes file, const BmpHeader& header) {
+  const bool wide = header.image.bit_count == 32;
+  const uint32_t all = wide ? 0xFFFFFFFF : 0xFFFF;
+  if (!header.masked()) {
+    if (wide) return {{0xFF0000, 0xFF00, 0xFF}, 0};
+    return {{0x7C00, 0x03E0, 0x001F}, 0};
+  }
+  NeedBytes(file, header.table_at, "color masks");
+  const uint8_t* masks = file.data() + kMasksAt;
+  Layout layout = {{LoadU32(masks) & all, LoadU32(masks + 4) & all, LoadU32(masks + 8) & all}, 0};
+  if (header.size >= 56 || header.compression == kAlphaBitfields) {
+    layout.alpha = LoadU32(masks + 12) & all;
+  }
+  if ((layout.color.red | layout.color.green | layout.color.blue) == 0) {
+    throw FileError("the color masks are empty");
+  }
+  return layout;
+}
+
+uint32_t PixelAt(const uint8_t* row, size_t x, bool wide) {
+  return wide ? LoadU32(row + 4 * x) : LoadU16(row + 2 * x);
+}
+
+// Files whose alpha is 0 everywhere never meant it.
+bool HasTransparency(const StoredRows& rows, size_t width, bool wide, uint32_t alpha) {
+  bool opaque = true;
+  bool zero = true;
+  for (size_t y = 0; y < rows.count(); ++y) {
+    for (size_t x = 0; x < width; ++x) {
+      const uint32_t value = PixelAt(rows[y], x, wide) & alpha;
+      opaque = opaque && value == alpha;
+      zero = zero && value == 0;
+    }
+  }
+  return !opaque && !zero;
+}
+
+// To 24 bits, what neither depth nor masks of the library can hold.
+Image ConvertPixels(const StoredRows& rows, const BmpHeader& header, const Layout& layout) {
+  const bool wide = header.image.bit_count == 32;
+  Image image = NewImage({header.image.width, header.image.height, 24}, header.resolution);
+  const Dib dib = *Dib::Open(image.get());
+  const Channel red(layout.color.red), green(layout.color.green), blue(layout.color.blue);
+  const Channel alpha(layout.alpha);
+  for (size_t y = 0; y < rows.count(); ++y) {
+    uint8_t* to = dib.row(static_cast<int32_t>(y));
+    for (size_t x = 0; x < static_cast<size_t>(dib.width()); ++x, to += 3) {
+      const uint32_t pixel = PixelAt(rows[y], x, wide);
+      const unsigned cover = layout.alpha == 0 ? 255 : alpha.Of(pixel);
+      to[0] = OnWhite(blue.Of(pixel), cover);
+      to[1] = OnWhite(green.Of(pixel), cover);
+      to[2] = OnWhite(red.Of(pixel), cover);
+    }
+  }
+  return image;
+}
+
+// The masks that the new image needs; null where its depth's own layout says it all.
+std::optional<Masks> MasksToKeep(const BmpHeader& header, const Masks& masks) {
+  const Masks usual =
+      header.image.bit_count == 32 ? Masks{0xFF0000, 0xFF00, 0xFF} : Masks{0x7C00, 0x03E0, 0x001F};
+  if (!header.direct() || masks == usual) return std::nullopt;
+  return masks;
+}
+
+bool LibraryTakes(const Masks& m) {
+  const bool overlap = (m.red & m.green) != 0 || (m.red & m.blue) != 0 || (m.green & m.blue) != 0;
+  return !overlap && Channel(m.red).fits_byte() && Channel(m.green).fits_byte() &&
+         Channel(m.blue).fits_byte();
+}
+
+Image ReadStored(Bytes file, const BmpHeader& header, const Remark& remark) {
+  const StoredRows rows(file, header);
+  Layout layout = {};
+  if (header.direct()) {
+    layout = ReadLayout(file, header);
+    if (layout.alpha != 0 && !HasTransparency(rows, static_cast<size_t>(header.image.width),
+                                              header.image.bit_count == 32, layout.alpha)) {
+      layout.alpha = 0;
+    }
+    if (layout.alpha != 0) remark(kAlphaRemark);
+    if (layout.alpha != 0 || !LibraryTakes(layout.color)) {
+      return ConvertPixels(rows, header, layout);
+    }
+  }
+  const std::optional<Masks> masks = MasksToKeep(header, layout.color);
+  Image image = NewImage(header.image, header.resolution, masks ? &*masks : nullptr);
+  const Dib dib = *Dib::Open(image.get());
+  if (dib.indexed()) ReadTable(file, header, dib);
+  for (size_t y = 0; y < rows.count(); ++y) {
+    std::memcpy(dib.row(static_cast<int32_t>(y)), rows[y], rows.size());
+  }
+  return image;
+}
+
+Image ReadRuns(Bytes file, const BmpHeader& header) {
+  CheckCompressedSize(header.image);
+  NeedBytes(file, header.pixels_at, "color table");
+  Image image = NewImage(header.image, header.resolution);
+  const Dib dib = *Dib::Open(image.get());
+  ReadTable(file, header, dib);
+  DecodeRuns(file.subspan(header.pixels_at), dib);
+  return image;
+}
+
+}  // namespace
+
+Image ReadBmp(Bytes file, const Remark& remark) {
+  const BmpHeader header = ReadHeader(file);
+  CheckSize(header.image);
+  return header.runs() ? ReadRuns(file, header) : ReadStored(file, header, remark);
+}
+
+}  // namespace omb

@@ -1,0 +1,247 @@
+// JPEG through libjpeg-turbo.
+//
+// The library reports errors by a call that must not return. Run() is the only place where the jump
+// out of it lands: nothing with a destructor may live in the functions that it is given.
+#include <csetjmp>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+// The headers need <cstdio>'s names before them.
+#include <jerror.h>
+#include <jpeglib.h>
+
+#include "files/codec.h"
+#include "files/pixels_in.h"
+#include "files/pixels_out.h"
+
+namespace omb {
+
+using namespace ombrilo;
+
+namespace {
+
+constexpr double kInch = 0.0254;  // meters
+constexpr int kQuality = 92;
+// Each scan of a progressive file costs a pass over the whole image; honest files have a dozen.
+constexpr int kMaxScans = 200;
+constexpr long kMaxMemory = std::numeric_limits<int32_t>::max();
+// A Huffman-coded block of 8 x 8 pixels takes a bit at least.
+constexpr int64_t kMaxPixelsPerByte = 64 * 8;
+
+struct Errors {
+  jpeg_error_mgr manager;
+  std::jmp_buf escape;
+  char text[JMSG_LENGTH_MAX] = "";
+  char warning[JMSG_LENGTH_MAX] = "";  // the first one
+  bool ended = false;
+};
+
+Errors& ErrorsOf(j_common_ptr codec) { return *reinterpret_cast<Errors*>(codec->err); }
+
+void OnError(j_common_ptr codec) {
+  Errors& errors = ErrorsOf(codec);
+  codec->err->format_message(codec, errors.text);
+  std::longjmp(errors.escape, 1);
+}
+
+void OnMessage(j_common_ptr codec, int level) {
+  if (level >= 0) return;
+  Errors& errors = ErrorsOf(codec);
+  if (codec->err->msg_code == JWRN_JPEG_EOF) {
+    errors.ended = true;
+    OnError(codec);
+  }
+  if (errors.warning[0] == '\0') codec->err->format_message(codec, errors.warning);
+}
+
+void OnProgress(j_common_ptr codec) {
+  auto* decoder = reinterpret_cast<j_decompress_ptr>(codec);
+  if (decoder->input_scan_number <= kMaxScans) return;
+  Errors& errors = ErrorsOf(codec);
+  std::snprintf(errors.text, sizeof errors.text, "more than %d scans", kMaxScans);
+  std::longjmp(errors.escape, 1);
+}
+
+void Prepare(Errors& errors) {
+  jpeg_std_error(&errors.manager);
+  errors.manager.error_exit = OnError;
+  errors.manager.emit_message = OnMessage;
+}
+
+// False when the library has reported an error.
+template <class Work>
+[[gnu::noinline]] bool Run(Errors& errors, Work& work) {
+  if (setjmp(errors.escape) != 0) return false;
+  work();
+  return true;
+}
+
+int32_t Density(int unit, int dots) {
+  if (unit == 1) return DotsPerMeter(dots, kInch);
+  if (unit == 2) return DotsPerMeter(dots, 0.01);
+  return 0;
+}
+
+// Inks over white paper. Adobe's programs store what each ink leaves of the light instead.
+void InksToBgr(const uint8_t* cmyk, size_t pixels, bool inverted, uint8_t* bgr) {
+  for (size_t x = 0; x < pixels; ++x, cmyk += 4, bgr += 3) {
+    for (int c = 0; c < 3; ++c) {
+      const unsigned light = inverted ? cmyk[c] : 255u - cmyk[c];
+      const unsigned gray = inverted ? cmyk[3] : 255u - cmyk[3];
+      bgr[2 - c] = static_cast<uint8_t>((light * gray + 127) / 255);
+    }
+  }
+}
+
+class Reader {
+ public:
+  Reader() {
+    Prepare(errors_);
+    decoder_.err = &errors_.manager;
+  }
+  Reader(const Reader&) = delete;
+  Reader& operator=(const Reader&) = delete;
+  ~Reader() { jpeg_destroy_decompress(&decoder_); }
+
+  void ReadHeader(Bytes file) {
+    auto read = [&] {
+      jpeg_create_decompress(&decoder_);
+      decoder_.mem->max_memory_to_use = kMaxMemory;
+      progress_.progress_monitor = OnProgress;
+      decoder_.progress = &progress_;
+      jpeg_mem_src(&decoder_, file.data(), static_cast<unsigned long>(file.size()));
+      jpeg_read_header(&decoder_, TRUE);
+    };
+    if (!Run(errors_, read)) Fail();
+  }
+
+  bool gray() const { return decoder_.num_components == 1; }
+  bool inks() const { return decoder_.num_components == 4; }
+  bool huffman() const { return decoder_.arith_code == FALSE; }
+  int components() const { return decoder_.num_components; }
+  ImageSize size() const {
+    return {decoder_.image_width, decoder_.image_height, static_cast<uint16_t>(gray() ? 8 : 24)};
+  }
+  Resolution resolution() const {
+    return {Density(decoder_.density_unit, decoder_.X_density),
+            Density(decoder_.density_unit, decoder_.Y_density)};
+  }
+
+  void ReadRows(const Dib& dib) {
+    std::vector<uint8_t> cmyk(inks() ? 4 * static_cast<size_t>(dib.width()) : 0);
+    auto read = [&] {
+      decoder_.out_color_space = gray() ? JCS_GRAYSCALE : inks() ? JCS_CMYK : JCS_EXT_BGR;
+      jpeg_start_decompress(&decoder_);
+      while (decoder_.output_scanline < decoder_.output_height) {
+        uint8_t* const target = RowFromTop(dib, static_cast<int32_t>(decoder_.output_scanline));
+        JSAMPROW row = inks() ? cmyk.data() : target;
+        jpeg_read_scanlines(&decoder_, &row, 1);
+        if (inks()) {
+          InksToBgr(cmyk.data(), static_cast<size_t>(dib.width()),
+                    decoder_.saw_Adobe_marker != FALSE, target);
+        }
+      }
+      jpeg_finish_decompress(&decoder_);
+    };
+    if (!Run(errors_, read)) Fail();
+  }
+
+  std::string warning() const { return errors_.warning; }
+
+ private:
+  [[noreturn]] void Fail() const {
+    if (errors_.ended) throw FileError("the file ends early");
+    throw FileError(std::string("damaged JPEG data: ") + errors_.text);
+  }
+
+  Errors errors_;
+  jpeg_progress_mgr progress_ = {};
+  jpeg_decompress_struct decoder_ = {};
+};
+
+class Writer {
+ public:
+  Writer() {
+    Prepare(errors_);
+    encoder_.err = &errors_.manager;
+  }
+  Writer(const Writer&) = delete;
+  Writer& operator=(const Writer&) = delete;
+  ~Writer() { jpeg_destroy_compress(&encoder_); }
+
+  void Write(const Picture& picture, std::FILE* file) {
+    const bool gray = picture.AllGray();
+    const auto width = static_cast<size_t>(picture.width());
+    std::vector<uint8_t> samples((gray ? 1 : 3) * width);
+    auto write = [&] {
+      jpeg_create_compress(&encoder_);
+      jpeg_stdio_dest(&encoder_, file);
+      encoder_.image_width = static_cast<JDIMENSION>(picture.width());
+      encoder_.image_height = static_cast<JDIMENSION>(picture.height());
+      encoder_.input_components = gray ? 1 : 3;
+      encoder_.in_color_space = gray ? JCS_GRAYSCALE : JCS_EXT_BGR;
+      jpeg_set_defaults(&encoder_);
+      jpeg_set_quality(&encoder_, kQuality, TRUE);
+      SetDensity(picture.resolution());
+      jpeg_start_compress(&encoder_, TRUE);
+      for (int32_t y = 0; y < picture.height(); ++y) {
+        if (gray) {
+          picture.GrayRow(y, samples.data());
+        } else {
+          picture.ColorRow(y, samples.data());
+        }
+        JSAMPROW row = samples.data();
+        jpeg_write_scanlines(&encoder_, &row, 1);
+      }
+      jpeg_finish_compress(&encoder_);
+    };
+    if (!Run(errors_, write)) throw FileError(std::string("cannot be written: ") + errors_.text);
+  }
+
+ private:
+  // Whole dots per inch, which is what people set.
+  void SetDensity(Resolution resolution) {
+    const double x = resolution.x * kInch + 0.5;
+    const double y = resolution.y * kInch + 0.5;
+    if (x < 1 || y < 1 || x >= 65536 || y >= 65536) return;
+    encoder_.density_unit = 1;
+    encoder_.X_density = static_cast<UINT16>(x);
+    encoder_.Y_density = static_cast<UINT16>(y);
+  }
+
+  Errors errors_;
+  jpeg_compress_struct encoder_ = {};
+};
+
+}  // namespace
+
+Image ReadJpeg(Bytes file, const Remark& remark) {
+  Reader reader;
+  reader.ReadHeader(file);
+  if (reader.components() == 2 || reader.components() > 4) {
+    throw FileError("JPEG files of " + std::to_string(reader.components()) +
+                    " components are not supported");
+  }
+  const ImageSize size = reader.size();
+  CheckCompressedSize(size);
+  if (reader.huffman() &&
+      size.width * size.height / kMaxPixelsPerByte > static_cast<int64_t>(file.size())) {
+    throw FileError("the file is too short for " + PixelsText(size));
+  }
+  Image image = NewImage(size, reader.resolution());
+  const Dib dib = *Dib::Open(image.get());
+  if (dib.indexed()) SetGrayRamp(dib, 256);
+  reader.ReadRows(dib);
+  if (!reader.warning().empty()) remark("damaged JPEG data: " + reader.warning());
+  return image;
+}
+
+void WriteJpeg(const PackedDib* dib, std::FILE* file) {
+  const Picture picture(dib);
+  Writer writer;
+  writer.Write(picture, file);
+}
+
+}  // namespace omb

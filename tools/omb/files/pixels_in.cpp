@@ -1,0 +1,94 @@
+#include "files/pixels_in.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "core/bytes.h"
+#include "core/color_table.h"
+#include "core/replacement.h"
+
+namespace omb {
+
+using namespace ombrilo;
+
+namespace {
+
+constexpr int64_t kMaxSide = 1'000'000;
+constexpr int64_t kMaxCompressedPixels = int64_t{1} << 30;
+
+[[noreturn]] void TooLarge(const ImageSize& size) {
+  throw FileError("an image of " + PixelsText(size) + " at " + std::to_string(size.bit_count) +
+                  " bits is too large");
+}
+
+}  // namespace
+
+int32_t DotsPerMeter(double dots, double meters) {
+  const double result = std::round(dots / meters);
+  return result >= 1 && result <= std::numeric_limits<int32_t>::max() ? static_cast<int32_t>(result)
+                                                                      : 0;
+}
+
+std::string PixelsText(const ImageSize& size) {
+  return std::to_string(size.width) + " x " + std::to_string(size.height) + " pixels";
+}
+
+void CheckSize(const ImageSize& size) {
+  if (size.width < 1 || size.height < 1) throw FileError("the image has no pixels");
+  if (size.width > kMaxSide || size.height > kMaxSide) TooLarge(size);
+  // Room is left for the largest header and color table.
+  const int64_t limit = std::numeric_limits<int32_t>::max() - 2048;
+  if (StrideOf(size.width, size.bit_count) * size.height > limit) TooLarge(size);
+}
+
+void CheckCompressedSize(const ImageSize& size) {
+  CheckSize(size);
+  if (size.width * size.height > kMaxCompressedPixels) TooLarge(size);
+}
+
+Image NewImage(const ImageSize& size, Resolution resolution, const Masks* masks) {
+  CheckSize(size);
+  uint8_t fields[kInfoHeaderSize] = {};
+  StoreU32(fields, kInfoHeaderSize);
+  StoreU32(fields + kInfoWidth, static_cast<uint32_t>(size.width));
+  StoreU32(fields + kInfoHeight, static_cast<uint32_t>(size.height));
+  StoreU16(fields + kInfoPlanes, 1);
+  StoreU16(fields + kInfoBitCount, size.bit_count);
+  StoreU32(fields + kInfoXPelsPerMeter, static_cast<uint32_t>(resolution.x));
+  StoreU32(fields + kInfoYPelsPerMeter, static_cast<uint32_t>(resolution.y));
+  if (masks != nullptr) {
+    StoreU32(fields + kInfoCompression, kBitfields);
+    StoreU32(fields + kInfoClrUsed, 3);
+  }
+  NewBlock block = NewBlock::WithHeader(fields);
+  if (!block) throw FileError("there is not enough memory for " + PixelsText(size));
+  if (masks != nullptr) {
+    StoreU32(block.bytes() + kInfoHeaderSize, masks->red);
+    StoreU32(block.bytes() + kInfoHeaderSize + 4, masks->green);
+    StoreU32(block.bytes() + kInfoHeaderSize + 8, masks->blue);
+  }
+  return Image(block.Release());
+}
+
+void SetColor(const Dib& dib, uint32_t index, uint8_t red, uint8_t green, uint8_t blue) {
+  const uint8_t bgr[3] = {blue, green, red};
+  WriteColors(dib, index, 1, bgr);
+}
+
+void SetGrayRamp(const Dib& dib, uint32_t count, bool white_first) {
+  for (uint32_t i = 0; i < count; ++i) {
+    const auto level = static_cast<uint8_t>(i * 255 / (count - 1));
+    SetColor(dib, white_first ? count - 1 - i : i, level, level, level);
+  }
+}
+
+void ExpandTwoBits(const uint8_t* from, size_t pixels, uint8_t* to) {
+  // From the right, so that in place no pixel is written over before it was read.
+  for (size_t i = (pixels + 1) / 2; i-- > 0;) {
+    const int pair = from[i / 2] >> (i % 2 == 0 ? 4 : 0) & 15;
+    to[i] = static_cast<uint8_t>((pair >> 2) << 4 | (pair & 3));
+  }
+}
+
+}  // namespace omb

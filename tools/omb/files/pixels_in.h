@@ -1,0 +1,71 @@
+// What the readers share: new images within the limits, their color tables, and the pixels that no
+// image of the library can hold.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "core/packed_dib.h"
+#include "files/files.h"
+
+namespace omb {
+
+// Dots per meter; 0 where it is not known.
+struct Resolution {
+  int32_t x = 0;
+  int32_t y = 0;
+};
+
+// From a number of dots on a length; 0 when it makes no sense.
+int32_t DotsPerMeter(double dots, double meters);
+
+// Masks of the red, green and blue bits in a pixel of 16 or 32 bits.
+struct Masks {
+  uint32_t red, green, blue;
+  bool operator==(const Masks&) const = default;
+};
+
+struct ImageSize {
+  int64_t width;
+  int64_t height;
+  uint16_t bit_count;
+};
+
+// "30 x 20 pixels"
+std::string PixelsText(const ImageSize& size);
+
+// Throws FileError unless an image of this size is one that the host takes.
+void CheckSize(const ImageSize& size);
+// The same for files whose pixels are compressed, where a few bytes can claim to be any size.
+void CheckCompressedSize(const ImageSize& size);
+
+// An image with a 40-byte header, black colors and pixels 0. `masks`, when not null, go where the
+// library looks for them. Throws FileError.
+Image NewImage(const ImageSize& size, Resolution resolution, const Masks* masks = nullptr);
+
+// The row `y` rows below the top of the picture.
+inline uint8_t* RowFromTop(const ombrilo::Dib& dib, int32_t y) {
+  return dib.row(dib.height() - 1 - y);
+}
+
+void SetColor(const ombrilo::Dib& dib, uint32_t index, uint8_t red, uint8_t green, uint8_t blue);
+// The first `count` entries become a ramp from black to white, or from white to black.
+void SetGrayRamp(const ombrilo::Dib& dib, uint32_t count, bool white_first = false);
+
+// Rows of 2 bits per pixel become rows of 4. `to` may be `from`.
+void ExpandTwoBits(const uint8_t* from, size_t pixels, uint8_t* to);
+
+inline constexpr char kAlphaRemark[] = "transparency is composed on white";
+
+// A sample of a color that covers white by alpha / 255.
+inline uint8_t OnWhite(unsigned sample, unsigned alpha) {
+  return static_cast<uint8_t>((sample * alpha + 255 * (255 - alpha) + 127) / 255);
+}
+
+// Rounds a sample of 16 bits to 8.
+inline uint8_t ReduceSample(unsigned sample) {
+  return static_cast<uint8_t>((sample * 255 + 32767) / 65535);
+}
+
+}  // namespace omb

@@ -1,0 +1,227 @@
+// omb gallery: a page that shows every step on each input.
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <new>
+
+#include "commands.h"
+#include "core/packed_dib.h"
+#include "errors.h"
+#include "files/files.h"
+#include "files/temporary_file.h"
+#include "gallery_page.h"
+#include "progress.h"
+#include "steps/steps.h"
+#include "text.h"
+#include "thumbnail.h"
+
+namespace omb {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kThumbnailWidth = 480, kThumbnailHeight = 680;
+
+std::string Base64(const std::string& bytes) {
+  static const char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string text;
+  for (size_t i = 0; i < bytes.size(); i += 3) {
+    uint32_t bits = 0;
+    for (size_t k = 0; k < 3; ++k) {
+      bits = bits << 8 | (i + k < bytes.size() ? static_cast<uint8_t>(bytes[i + k]) : 0);
+    }
+    for (size_t k = 0; k < 4; ++k) {
+      text += i + k <= bytes.size() ? kDigits[bits >> (18 - 6 * k) & 63] : '=';
+    }
+  }
+  return text;
+}
+
+// The bytes of an image file; empty when this build cannot write the format.
+std::string Encoded(Format format, const PackedDib* dib, const fs::path& directory) {
+  const fs::path scratch = directory / ("thumbnail.tmp." + std::string(ExtensionOf(format)));
+  try {
+    WriteImage(scratch, format, dib);
+  } catch (const FileError&) {
+    return {};
+  }
+  std::ifstream file(scratch, std::ios::binary);
+  std::string bytes{std::istreambuf_iterator<char>(file), {}};
+  file.close();
+  std::error_code ignored;
+  fs::remove(scratch, ignored);
+  return bytes;
+}
+
+// Drawings and pages are smaller, and sharper, as PNG; photographs as JPEG.
+Shown Show(const PackedDib* dib, const fs::path& directory) {
+  const Image small = Thumbnail(dib, kThumbnailWidth, kThumbnailHeight);
+  const std::string png = Encoded(Format::kPng, small.get(), directory);
+  const std::string jpeg = Encoded(Format::kJpeg, small.get(), directory);
+  std::string uri = "data:image/";
+  if (!png.empty() && (jpeg.empty() || png.size() <= jpeg.size() + jpeg.size() / 4)) {
+    uri += "png;base64," + Base64(png);
+  } else if (!jpeg.empty()) {
+    uri += "jpeg;base64," + Base64(jpeg);
+  } else {
+    const std::string bmp = Encoded(Format::kBmp, small.get(), directory);
+    if (bmp.empty()) throw std::runtime_error(directory.string() + ": cannot be written to");
+    uri += "bmp;base64," + Base64(bmp);
+  }
+  return {std::move(uri), static_cast<int>(omb_DIBWidth(small.get())),
+          static_cast<int>(omb_DIBHeight(small.get()))};
+}
+
+std::string TimeOf(std::chrono::duration<double, std::milli> time) {
+  char text[32];
+  const double ms = time.count();
+  if (ms < 0.01) return "< 0.01 ms";
+  const int digits = ms < 10 ? 2 : ms < 100 ? 1 : 0;
+  std::snprintf(text, sizeof text, "%.*f ms", digits, ms);
+  return text;
+}
+
+// As a shell reads it back.
+std::string Quoted(const std::string& word) {
+  const char* plain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_./=,:%@+-\\";
+  if (!word.empty() && word.find_first_not_of(plain) == std::string::npos) return word;
+  std::string quoted = "'";
+  for (const char c : word) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return quoted + "'";
+}
+
+// The images at hand were read by this program or made by the library: their headers are sound.
+ombrilo::DibView ViewOf(const PackedDib* dib) { return ombrilo::DibView::Open(dib).value(); }
+
+Image Copy(const PackedDib* dib) {
+  const ombrilo::DibView view = ViewOf(dib);
+  Image copy(static_cast<PackedDib*>(std::malloc(view.extent())));
+  if (!copy) throw std::bad_alloc();
+  view.Read(0, copy.get(), view.extent());
+  return copy;
+}
+
+bool SameBytes(const PackedDib* a, const PackedDib* b) {
+  const ombrilo::DibView first = ViewOf(a), second = ViewOf(b);
+  return first.extent() == second.extent() &&
+         std::memcmp(first.block(), second.block(), first.extent()) == 0;
+}
+
+std::string SizeOf(const PackedDib* dib) {
+  return std::to_string(omb_DIBWidth(dib)) + " × " + std::to_string(omb_DIBHeight(dib)) + " pixels";
+}
+
+std::string DepthOf(const PackedDib* dib) {
+  const int bits = omb_DIBBitCount(dib);
+  return std::to_string(bits) + (bits == 1 ? " bit" : " bits");
+}
+
+// What the picture alone does not tell of a change.
+std::string RemarkOn(const PackedDib* before, const PackedDib* after) {
+  if (SameBytes(before, after)) return "Nothing changes in this image.";
+  std::string changes;
+  if (SizeOf(before) != SizeOf(after)) changes = SizeOf(after);
+  if (DepthOf(before) != DepthOf(after)) changes += (changes.empty() ? "" : ", ") + DepthOf(after);
+  return changes.empty() ? "" : "Now " + changes + ".";
+}
+
+// Runs a step on the image and returns the time of it.
+std::string TimedRun(const std::string& step, Image& image) {
+  const Call call = ParseCall(step);
+  const auto start = std::chrono::steady_clock::now();
+  RunCall(call, image);
+  return TimeOf(std::chrono::steady_clock::now() - start);
+}
+
+Exhibit Try(const Step& step, const PackedDib* input, const std::string& file,
+            const fs::path& directory) {
+  Exhibit exhibit;
+  exhibit.step = step.name;
+  exhibit.family = step.family;
+  exhibit.summary = step.summary;
+  const std::string arguments = step.example ? step.example(input) : "";
+  const std::string text = step.name + (arguments.empty() ? "" : "=" + arguments);
+  const std::string command = "omb apply " + Quoted(Utf8(file)) + " out.png ";
+  exhibit.command = command + Quoted(text);
+  Image image = Copy(input);
+  try {
+    exhibit.time = TimedRun(text, image);
+  } catch (const StepError& error) {
+    exhibit.refusal = error.what();
+  }
+  if (!exhibit.refusal.empty() && step.before != nullptr) {
+    try {
+      TimedRun(step.before, image);
+      exhibit.time = TimedRun(text, image);
+      exhibit.command = command + step.before + " " + Quoted(text);
+      exhibit.refusal.clear();
+    } catch (const StepError&) {
+      // The first refusal says more.
+    }
+  }
+  if (!exhibit.refusal.empty()) return exhibit;
+  exhibit.after = Show(image.get(), directory);
+  exhibit.same_size = omb_DIBWidth(input) == omb_DIBWidth(image.get()) &&
+                      omb_DIBHeight(input) == omb_DIBHeight(image.get());
+  exhibit.remark = RemarkOn(input, image.get());
+  return exhibit;
+}
+
+Room RoomOf(const std::string& file, const PackedDib* input, const fs::path& directory,
+            Progress& progress) {
+  Room room;
+  room.name = Utf8(fs::path(file).filename());
+  room.facts = SizeOf(input) + ", " + DepthOf(input);
+  room.before = Show(input, directory);
+  for (const Step* step : AllSteps()) {
+    room.exhibits.push_back(Try(*step, input, file, directory));
+    progress.Advance(room.name + " " + step->name);
+  }
+  return room;
+}
+
+void WritePage(const fs::path& path, const std::string& page) {
+  try {
+    TemporaryFile file(path);
+    std::fwrite(page.data(), 1, page.size(), file.stream());
+    file.Commit();
+  } catch (const FileError& error) {
+    throw std::runtime_error(path.string() + ": " + error.what());
+  }
+}
+
+}  // namespace
+
+int Gallery(const std::vector<std::string>& words) {
+  if (words.size() < 2)
+    throw UsageError("gallery: INPUT and DIR are needed", "usage: omb gallery INPUT... DIR\n");
+  const fs::path directory = words.back();
+  std::error_code error;
+  fs::create_directories(directory, error);
+  if (error) throw std::runtime_error(directory.string() + ": " + error.message());
+
+  std::vector<Room> rooms;
+  {
+    const std::vector<std::string> files(words.begin(), words.end() - 1);
+    Progress progress(files.size() * AllSteps().size());
+    for (const std::string& file : files) {
+      try {
+        const Image input = ReadImage(
+            file, [&](const std::string& remark) { progress.Say("omb: " + file + ": " + remark); });
+        rooms.push_back(RoomOf(file, input.get(), directory, progress));
+      } catch (const FileError& file_error) {
+        throw std::runtime_error(file + ": " + file_error.what());
+      }
+    }
+  }
+  const fs::path page = directory / "index.html";
+  WritePage(page, PageOf(rooms));
+  std::printf("%s\n", page.string().c_str());
+  return 0;
+}
+
+}  // namespace omb

@@ -1,0 +1,100 @@
+#include "gallery_page.h"
+
+#include <sstream>
+#include <utility>
+
+#include "text.h"
+
+namespace omb {
+
+namespace {
+
+std::string Picture(const Shown& shown, const std::string& alt) {
+  return "<img src=\"" + shown.data_uri + "\" width=\"" + std::to_string(shown.width) +
+         "\" height=\"" + std::to_string(shown.height) + "\" alt=\"" + Escaped(alt) + "\">";
+}
+
+// A picture of the input's size lies under the input, which a slider uncovers; one of another size
+// has the input in its corner.
+void WriteFrame(std::ostream& out, const Exhibit& exhibit) {
+  if (!exhibit.refusal.empty()) {
+    out << "<div class=\"frame refused\"><p>" << Escaped(exhibit.refusal) << "</p></div>\n";
+    return;
+  }
+  const std::string after = Picture(exhibit.after, "after " + exhibit.step);
+  if (exhibit.same_size) {
+    out << "<div class=\"frame split\">" << after
+        << "<div class=\"before\"></div><input type=\"range\" value=\"50\" aria-label=\"how much "
+           "of "
+           "the input to show\"></div>\n";
+  } else {
+    out << "<div class=\"frame inset\">" << after << "<div class=\"before\"></div></div>\n";
+  }
+}
+
+void WriteExhibit(std::ostream& out, const Exhibit& exhibit) {
+  out << "<article>\n";
+  WriteFrame(out, exhibit);
+  out << "<h4>" << Escaped(exhibit.step);
+  if (!exhibit.time.empty()) out << "<span>" << Escaped(exhibit.time) << "</span>";
+  out << "</h4>\n<p>" << Escaped(exhibit.summary);
+  if (!exhibit.remark.empty()) out << ". <em>" << Escaped(exhibit.remark) << "</em>";
+  out << "</p>\n<pre title=\"click to copy\" tabindex=\"0\">" << Escaped(exhibit.command)
+      << "</pre>\n</article>\n";
+}
+
+// The exhibits' families with an anchor for each, in order.
+std::vector<std::pair<std::string, std::string>> FamiliesOf(const Room& room,
+                                                            const std::string& id) {
+  std::vector<std::pair<std::string, std::string>> families;
+  for (const Exhibit& exhibit : room.exhibits) {
+    if (families.empty() || families.back().first != exhibit.family) {
+      families.emplace_back(exhibit.family, id + "-" + std::to_string(families.size()));
+    }
+  }
+  return families;
+}
+
+void WriteRoom(std::ostream& out, const Room& room, const std::string& id) {
+  // The input's picture stands in the page once, however many exhibits show it.
+  out << "<style>#" << id << "{--before:url(" << room.before.data_uri
+      << ");--shape:" << room.before.width << "/" << room.before.height
+      << "}</style>\n<section id=\"" << id << "\">\n<header>" << Picture(room.before, room.name)
+      << "<div><h2>" << Escaped(room.name) << "</h2><p>" << Escaped(room.facts) << "</p><p>";
+  const auto families = FamiliesOf(room, id);
+  for (const auto& [family, anchor] : families) {
+    if (families.size() < 2) break;
+    out << "<a href=\"#" << anchor << "\">" << Escaped(family) << "</a> ";
+  }
+  out << "</p></div></header>\n";
+  for (const auto& [family, anchor] : families) {
+    out << "<h3 id=\"" << anchor << "\">" << Escaped(family) << "</h3>\n<div class=\"grid\">\n";
+    for (const Exhibit& exhibit : room.exhibits) {
+      if (exhibit.family == family) WriteExhibit(out, exhibit);
+    }
+    out << "</div>\n";
+  }
+  out << "</section>\n";
+}
+
+}  // namespace
+
+std::string PageOf(const std::vector<Room>& rooms) {
+  std::ostringstream out;
+  out << kPageHead;
+  if (rooms.size() > 1) {
+    out << "<nav>";
+    for (size_t i = 0; i < rooms.size(); ++i) {
+      out << "<a href=\"#input" << i << "\">" << Escaped(rooms[i].name) << "</a>";
+    }
+    out << "</nav>\n";
+  }
+  out << "<main>\n";
+  for (size_t i = 0; i < rooms.size(); ++i) {
+    WriteRoom(out, rooms[i], "input" + std::to_string(i));
+  }
+  out << "</main>\n" << kPageTail;
+  return out.str();
+}
+
+}  // namespace omb

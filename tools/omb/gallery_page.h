@@ -1,0 +1,38 @@
+// The gallery as a page: what it shows, and its writing as HTML.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace omb {
+
+// A picture in the page.
+struct Shown {
+  std::string data_uri;
+  int width = 0, height = 0;
+};
+
+// One step on one input.
+struct Exhibit {
+  std::string step, family, summary;
+  std::string command;  // repeats it
+  std::string time;     // "1.8 ms"
+  std::string remark;   // "nothing changes in this image"
+  std::string refusal;  // why there is no picture; empty when there is one
+  Shown after;
+  bool same_size = true;  // as the input
+};
+
+struct Room {
+  std::string name, facts;  // "photo.jpg", "1920 x 1080 pixels, 24 bits"
+  Shown before;
+  std::vector<Exhibit> exhibits;  // those of a family in a row
+};
+
+std::string PageOf(const std::vector<Room>& rooms);
+
+// The page's unchanging parts: gallery_template.cpp.
+extern const char kPageHead[];  // up to <body>; the style
+extern const char kPageTail[];  // the script and the end
+
+}  // namespace omb

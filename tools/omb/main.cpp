@@ -1,0 +1,165 @@
+// omb: the command line of Ombrilo. This file knows the arguments and nothing else.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <new>
+
+#include "commands.h"
+#include "errors.h"
+#include "ombrilo/ombrilo.h"
+
+#define OMB_TEXT_OF(x) #x
+#define OMB_TEXT(x) OMB_TEXT_OF(x)
+
+namespace {
+
+constexpr const char* kVersion = "omb " OMB_TEXT(OMB_VERSION_MAJOR) "." OMB_TEXT(
+    OMB_VERSION_MINOR) "." OMB_TEXT(OMB_VERSION_PATCH);
+
+constexpr const char* kMoreHelp = "'omb --help' tells how to use it\n";
+
+constexpr const char* kExamples =
+    "Examples:\n"
+    "  omb apply scan.png page.bmp invert crop=10,10,200,300\n"
+    "  omb apply --out-dir small --format jpg *.png -- invert\n"
+    "  omb histogram photo.jpg -o plot.svg\n"
+    "  omb gallery photo.jpg pages/   then open pages/index.html\n"
+    "\n"
+    "'omb COMMAND --help' tells more about a command, 'omb list' shows the steps.\n"
+    "Files are BMP, PNG, JPEG or TIFF, as far as this build has them.\n";
+
+constexpr const char* kApplyHelp =
+    "Each STEP is a name, with arguments after '=' where it takes some: invert, crop=0,0,99,99.\n"
+    "They run in order; without any, the file is only converted. 'omb list' shows them all.\n"
+    "\n"
+    "With many files, one that fails does not stop the others; the failures are told at the end,\n"
+    "and the exit status is 1 then.\n";
+
+constexpr const char* kHistogramHelp =
+    "Without a channel, gray images show gray, others red, green and blue.\n";
+
+constexpr const char* kGalleryHelp =
+    "DIR/index.html is one file with everything in it: it can be mailed or put on a server.\n";
+
+// Writes usage lines as people know them: INPUT OUTPUT STEP... instead of [words...].
+class HelpFormatter : public CLI::Formatter {
+ public:
+  explicit HelpFormatter(std::string usage) : usage_(std::move(usage)) {}
+  std::string make_usage(const CLI::App*, std::string) const override {
+    return "\nUsage: omb " + usage_ + "\n";
+  }
+  std::string make_positionals(const CLI::App*) const override { return {}; }
+
+ private:
+  std::string usage_;
+};
+
+CLI::App* AddCommand(CLI::App& app, const char* name, const char* summary, const char* usage) {
+  CLI::App* command = app.add_subcommand(name, summary);
+  command->formatter(std::make_shared<HelpFormatter>(usage));
+  return command;
+}
+
+int Main(std::vector<std::string> words) {
+  omb::ApplyOptions apply_options;
+  const auto dashes = std::find(words.begin(), words.end(), "--");
+  if (dashes != words.end() && words.front() == "apply") {
+    apply_options.after_dashes.emplace(dashes + 1, words.end());
+    words.erase(dashes, words.end());
+  }
+
+  CLI::App app("Image processing on the command line, with the operations of Ombrilo.", "omb");
+  app.require_subcommand(1);
+  app.allow_windows_style_options(false);
+  app.set_version_flag("--version", kVersion);
+
+  app.formatter(std::make_shared<HelpFormatter>("COMMAND ..."));
+
+  CLI::App* apply =
+      AddCommand(app, "apply", "Run steps on an image, or on many",
+                 "apply INPUT OUTPUT STEP...\n"
+                 "       omb apply --out-dir DIR [--format FORMAT] [--jobs N] FILE... -- STEP...");
+  apply->footer(kApplyHelp);
+  apply->add_option("words", apply_options.words);
+  apply->add_option("--out-dir", apply_options.out_dir, "Where the results of many files go")
+      ->option_text("DIR");
+  apply
+      ->add_option("--format", apply_options.format,
+                   "bmp, png, jpg or tiff, whatever the name says")
+      ->option_text("FORMAT");
+  apply->add_option("--jobs", apply_options.jobs, "Files at a time; all processors if not given")
+      ->option_text("N")
+      ->check(CLI::Range(1, 256));
+
+  std::vector<std::string> files;
+  CLI::App* info =
+      AddCommand(app, "info", "Tell what images are: size, depth, colors", "info FILE...");
+  info->add_option("FILE", files)->required();
+
+  std::string step;
+  CLI::App* list =
+      AddCommand(app, "list", "Show the steps there are, or all about one", "list [STEP]");
+  list->add_option("STEP", step);
+
+  omb::HistogramOptions histogram_options;
+  CLI::App* histogram = AddCommand(app, "histogram", "Plot how often each value occurs",
+                                   "histogram FILE [--channel CHANNEL] [-o PLOT.svg]");
+  histogram->footer(kHistogramHelp);
+  histogram->add_option("FILE", histogram_options.file)->required();
+  histogram->add_option("--channel", histogram_options.channel, "red, green, blue or gray")
+      ->option_text("CHANNEL")
+      ->check(CLI::IsMember({"red", "green", "blue", "gray"}));
+  histogram
+      ->add_option("-o,--output", histogram_options.output,
+                   "An SVG file instead of a plot in the terminal")
+      ->option_text("PLOT.svg");
+
+  CLI::App* gallery =
+      AddCommand(app, "gallery", "Write a page that shows every step", "gallery INPUT... DIR");
+  gallery->footer(kGalleryHelp);
+  gallery->add_option("words", files);
+
+  app.footer(kExamples);  // here, or the commands above would take it over
+
+  if (words.empty()) throw omb::UsageError("a command is needed", app.help());
+  const bool is_option = words[0].starts_with('-');
+  const auto named = [&](const CLI::App* command) { return command->get_name() == words[0]; };
+  if (!is_option && app.get_subcommands(named).empty()) {
+    throw omb::UsageError("there is no command '" + words[0] + "'", kMoreHelp);
+  }
+  try {
+    std::reverse(words.begin(), words.end());
+    app.parse(std::move(words));
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) return app.exit(error);
+    throw omb::UsageError(error.what(), kMoreHelp);
+  }
+  if (*apply) return omb::Apply(apply_options);
+  if (*info) return omb::Info(files);
+  if (*list) return omb::List(step);
+  if (*histogram) return omb::ShowHistogram(histogram_options);
+  return omb::Gallery(files);
+}
+
+}  // namespace
+
+void omb::Complain(const std::string& where, const std::string& message) {
+  std::fprintf(stderr, "omb: %s%s%s\n", where.c_str(), where.empty() ? "" : ": ", message.c_str());
+}
+
+int main(int argc, char** argv) {
+  try {
+    return Main({argv + 1, argv + argc});
+  } catch (const omb::UsageError& error) {
+    omb::Complain("", error.what());
+    std::fputs(error.usage().c_str(), stderr);
+    return 2;
+  } catch (const std::bad_alloc&) {
+    omb::Complain("", "memory ran out");
+    return 1;
+  } catch (const std::exception& error) {
+    omb::Complain("", error.what());
+    return 1;
+  }
+}

@@ -1,0 +1,31 @@
+// Tells a person at a terminal how far a long job is.
+#pragma once
+
+#include <mutex>
+#include <string>
+
+namespace omb {
+
+// A bar on stderr, drawn only where that is a terminal. Any thread may call it.
+class Progress {
+ public:
+  explicit Progress(size_t total);
+  ~Progress();  // takes the bar away
+
+  // One part, named, is done.
+  void Advance(const std::string& name);
+  // Writes a line to stderr, above the bar.
+  void Say(const std::string& line);
+
+ private:
+  void Draw() const;
+  void Erase() const;
+
+  std::mutex mutex_;
+  const size_t total_;
+  const bool terminal_;
+  size_t done_ = 0;
+  std::string name_;
+};
+
+}  // namespace omb

@@ -1,0 +1,122 @@
+// Steps on geometry: scale, rotate, flip.
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+#include "errors.h"
+#include "steps/steps.h"
+
+namespace omb {
+
+namespace {
+
+constexpr double kLargestSide = 1e6, kLargestPercentage = 1e5;
+
+// A size as it is written: 800x600, 800x, x600 or 50%. What is not given is 0.
+struct Size {
+  uint32_t width = 0, height = 0;
+  double percent = 0;
+};
+
+std::optional<uint32_t> Side(std::string_view text) {
+  if (text.empty()) return 0;
+  uint32_t side = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), side);
+  if (error != std::errc() || end != text.data() + text.size()) return {};
+  if (side < 1 || side > kLargestSide) return {};
+  return side;
+}
+
+std::optional<Size> ParseSize(std::string_view text) {
+  Size size;
+  if (text.ends_with('%')) {
+    const char* last = text.data() + text.size() - 1;
+    const auto [end, error] = std::from_chars(text.data(), last, size.percent);
+    if (error != std::errc() || end != last) return {};
+    if (!(size.percent > 0 && size.percent <= kLargestPercentage)) return {};
+    return size;
+  }
+  const size_t x = text.find_first_of("xX");
+  if (x == std::string_view::npos || text.size() == 1) return {};
+  const auto width = Side(text.substr(0, x)), height = Side(text.substr(x + 1));
+  if (!width || !height) return {};
+  return Size{*width, *height};
+}
+
+bool IsSize(const std::string& text) { return ParseSize(text).has_value(); }
+
+uint32_t Scaled(uint32_t side, double factor) {
+  return static_cast<uint32_t>(std::clamp(std::round(side * factor), 1.0, 4e9));
+}
+
+// The size in pixels for an image: a missing side keeps the proportions.
+Size PixelsOf(Size size, uint32_t width, uint32_t height) {
+  if (size.percent > 0) {
+    return {Scaled(width, size.percent / 100), Scaled(height, size.percent / 100)};
+  }
+  if (size.width == 0) size.width = Scaled(width, 1.0 * size.height / height);
+  if (size.height == 0) size.height = Scaled(height, 1.0 * size.width / width);
+  return size;
+}
+
+bool ScaleStep(Image& image, const Arguments& arguments) {
+  const uint32_t width = omb_DIBWidth(image.get()), height = omb_DIBHeight(image.get());
+  const Size size = PixelsOf(ParseSize(arguments.Text(0)).value(), width, height);
+  // The library refuses the size that an image has; to a person it is simply reached.
+  if (size.width == width && size.height == height) return true;
+  const bool done = Replace(image, [&](PackedDib** dib) {
+    return omb_scale(dib, size.width, size.height, arguments.Unsigned(1));
+  });
+  if (done) return true;
+  throw StepError("there is no memory for " + std::to_string(size.width) + " x " +
+                  std::to_string(size.height) + " pixels, or they would take 2 GiB or more");
+}
+
+bool RotateStep(Image& image, const Arguments& arguments) {
+  const auto degrees = static_cast<float>(arguments.Real(0));
+  // The library refuses full turns; to a person they are done.
+  if (std::fabs(std::fmod(degrees, 360.0f)) < 0.01) return true;
+  const bool done = Replace(
+      image, [&](PackedDib** dib) { return omb_rotate(dib, degrees, arguments.Unsigned(1)); });
+  if (done) return true;
+  throw StepError("there is no memory for the turned image, or it would take 2 GiB or more");
+}
+
+bool FliphorStep(Image& image, const Arguments&) { return omb_fliphor(image.get()) != 0; }
+
+bool FlipvertStep(Image& image, const Arguments&) { return omb_flipvert(image.get()) != 0; }
+
+Parameter Mode() {
+  return Choice("mode", "where the new pixels come from: one old pixel, 2 x 2 or 4 x 4",
+                {{"point", 1}, {"bilinear", 2}, {"bicubic", 3}})
+      .Preset("bicubic");
+}
+
+constexpr const char* kFamily = "Geometry";
+
+}  // namespace
+
+std::span<const Step> GeometrySteps() {
+  static const Step steps[] = {
+      {"scale",
+       kFamily,
+       "Bring to another size",
+       {1, 4, 8, 24},
+       {Text("size", "of the new image", "a size such as 800x600, 800x, x600 or 50%", IsSize),
+        Mode()},
+       Always("40%,bicubic"),
+       ScaleStep},
+      {"rotate",
+       kFamily,
+       "Turn clockwise about the center; new corners are white or the last color",
+       {1, 4, 8, 24},
+       {Real("degrees", "clockwise; below 0 the other way", -36000, 36000), Mode()},
+       Always("30,bilinear"),
+       RotateStep},
+      {"fliphor", kFamily, "Mirror left to right", {1, 4, 8, 24}, {}, {}, FliphorStep},
+      {"flipvert", kFamily, "Mirror top to bottom", {1, 4, 8, 16, 24, 32}, {}, {}, FlipvertStep},
+  };
+  return steps;
+}
+
+}  // namespace omb

@@ -1,0 +1,91 @@
+// Steps on whole images: negative, depth, rectangles.
+#include "errors.h"
+#include "steps/steps.h"
+
+namespace omb {
+
+namespace {
+
+bool InvertStep(Image& image, const Arguments&) { return omb_invert(image.get()) != 0; }
+
+bool TransformatStep(Image& image, const Arguments&) { return Replace(image, omb_transformat); }
+
+// A rectangle with inclusive edges, refused with a reason when the library would refuse it.
+void CheckRectangle(const PackedDib* dib, int64_t left, int64_t top, int64_t right,
+                    int64_t bottom) {
+  if (right < left || bottom < top) throw StepError("the rectangle is empty");
+  if (right >= omb_DIBWidth(dib) || bottom >= omb_DIBHeight(dib)) {
+    throw StepError("the rectangle reaches column " + std::to_string(right) + " and row " +
+                    std::to_string(bottom) + ", but the image has " +
+                    std::to_string(omb_DIBWidth(dib)) + " columns and " +
+                    std::to_string(omb_DIBHeight(dib)) + " rows, counted from 0");
+  }
+}
+
+bool CropStep(Image& image, const Arguments& arguments) {
+  const OmbRect rectangle = {arguments.Integer(0), arguments.Integer(1), arguments.Integer(2),
+                             arguments.Integer(3)};
+  CheckRectangle(image.get(), rectangle.left, rectangle.top, rectangle.right, rectangle.bottom);
+  return Replace(image, [&](PackedDib** dib) { return omb_crop(dib, &rectangle); });
+}
+
+bool CpydibrectStep(Image& image, const Arguments& arguments) {
+  const int32_t x = arguments.Integer(0);
+  const uint32_t y = arguments.Unsigned(1), w = arguments.Unsigned(2), h = arguments.Unsigned(3);
+  CheckRectangle(image.get(), x, y, int64_t{x} + w - 1, int64_t{y} + h - 1);
+  const uintptr_t copy = omb_cpydibrect(image.get(), x, y, w, h);
+  if (copy == 0) return false;
+  image.reset(reinterpret_cast<PackedDib*>(copy));
+  return true;
+}
+
+// The middle of the picture, half as wide and high.
+std::string MiddleEdges(const PackedDib* dib) {
+  const uint32_t w = omb_DIBWidth(dib), h = omb_DIBHeight(dib);
+  return std::to_string(w / 4) + "," + std::to_string(h / 4) + "," + std::to_string(w - 1 - w / 4) +
+         "," + std::to_string(h - 1 - h / 4);
+}
+
+// The top left quarter.
+std::string CornerPiece(const PackedDib* dib) {
+  return "0,0," + std::to_string((omb_DIBWidth(dib) + 1) / 2) + "," +
+         std::to_string((omb_DIBHeight(dib) + 1) / 2);
+}
+
+constexpr const char* kFamily = "Whole images";
+
+}  // namespace
+
+std::span<const Step> ImageSteps() {
+  static const Step steps[] = {
+      {"invert", kFamily, "Photographic negative", {1, 4, 8, 24}, {}, {}, InvertStep},
+      {"transformat",
+       kFamily,
+       "Bring 16- and 32-bit images to 24 bits; others stay as they are",
+       {1, 4, 8, 16, 24, 32},
+       {},
+       {},
+       TransformatStep},
+      {"crop",
+       kFamily,
+       "Cut down to a rectangle, given by its edges",
+       {1, 4, 8, 24},
+       {Whole("left", "first column kept, from 0 at the left", 0),
+        Whole("top", "first row kept, from 0 at the top", 0), Whole("right", "last column kept", 0),
+        Whole("bottom", "last row kept", 0)},
+       MiddleEdges,
+       CropStep},
+      {"cpydibrect",
+       kFamily,
+       "Cut down to a rectangle, given by its corner and size",
+       {1, 4, 8, 24},
+       {Whole("x", "first column kept, from 0 at the left", 0),
+        Whole("y", "first row kept, from 0 at the top", 0),
+        Whole("width", "pixels kept of each row", 1), Whole("height", "rows kept", 1)},
+       CornerPiece,
+       CpydibrectStep},
+  };
+  return steps;
+}
+
+}  // namespace omb

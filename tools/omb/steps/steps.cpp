@@ -1,0 +1,145 @@
+#include "steps/steps.h"
+
+#include <algorithm>
+#include <sstream>
+
+#include "errors.h"
+
+namespace omb {
+
+namespace {
+
+std::vector<std::string> SplitAtCommas(const std::string& text) {
+  std::vector<std::string> parts;
+  std::istringstream in(text);
+  for (std::string part; std::getline(in, part, ',');) parts.push_back(part);
+  if (!text.empty() && text.back() == ',') parts.emplace_back();
+  return parts;
+}
+
+[[noreturn]] void Fail(const Step& step, const std::string& reason) {
+  throw UsageError(std::string(step.name) + ": " + reason, step.Help());
+}
+
+Arguments ParseArguments(const Step& step, const std::vector<std::string>& texts) {
+  const size_t count = step.parameters.size();
+  if (texts.size() > count) {
+    Fail(step, count == 0 ? "takes no arguments"
+                          : "takes no more than " + std::to_string(count) +
+                                (count == 1 ? " argument" : " arguments"));
+  }
+  std::vector<Value> values;
+  for (size_t i = 0; i < count; ++i) {
+    const Parameter& parameter = step.parameters[i];
+    const bool given = i < texts.size() && !texts[i].empty();
+    if (!given && !parameter.preset) {
+      Fail(step, "'" + std::string(parameter.name) + "' is missing");
+    }
+    const std::string& text = given ? texts[i] : *parameter.preset;
+    const auto value = parameter.Parse(text);
+    if (!value) {
+      Fail(step, "'" + std::string(parameter.name) + "' must be " + parameter.Form() + ", not '" +
+                     text + "'");
+    }
+    values.push_back(*value);
+  }
+  return Arguments(std::move(values));
+}
+
+std::string DepthReason(const Step& step, int bits) {
+  std::string reason = "not possible on a " + std::to_string(bits) + "-bit image (works on " +
+                       step.DepthList() + " bits)";
+  const bool high_color = bits == 16 || bits == 32;
+  if (high_color && step.TakesDepth(24)) {
+    reason += "; try transformat first";
+  } else if (step.before != nullptr) {
+    reason += "; try " + std::string(step.before) + " first";
+  }
+  return reason;
+}
+
+}  // namespace
+
+std::string Step::Usage() const {
+  std::string usage = name;
+  std::string brackets;
+  for (size_t i = 0; i < parameters.size(); ++i) {
+    if (parameters[i].preset) {
+      usage += '[';
+      brackets += ']';
+    }
+    usage += i == 0 ? '=' : ',';
+    usage += parameters[i].name;
+  }
+  return usage + brackets;
+}
+
+std::string Step::Help() const {
+  std::string help = "usage: " + Usage() + "\n";
+  size_t width = 0;
+  for (const Parameter& p : parameters) width = std::max(width, std::string(p.name).size());
+  for (const Parameter& p : parameters) {
+    std::string name = p.name;
+    name.resize(width, ' ');
+    help += "  " + name + "  " + p.help + ": " + p.Form();
+    if (p.preset) help += " (" + *p.preset + " if left out)";
+    help += "\n";
+  }
+  return help;
+}
+
+std::string Step::DepthList() const {
+  std::string list;
+  for (size_t i = 0; i < depths.size(); ++i) {
+    if (i > 0) list += i + 1 < depths.size() ? ", " : " and ";
+    list += std::to_string(depths[i]);
+  }
+  return list;
+}
+
+bool Step::TakesDepth(int bits) const {
+  return std::find(depths.begin(), depths.end(), bits) != depths.end();
+}
+
+std::vector<const Step*> AllSteps() {
+  std::vector<const Step*> steps;
+  for (const auto family : {ImageSteps(), ToneSteps(), GeometrySteps()}) {
+    for (const Step& step : family) steps.push_back(&step);
+  }
+  return steps;
+}
+
+const Step* FindStep(const std::string& name) {
+  for (const Step* step : AllSteps()) {
+    if (step->name == name) return step;
+  }
+  return nullptr;
+}
+
+Call ParseCall(const std::string& text) {
+  const size_t equals = text.find('=');
+  const std::string name = text.substr(0, equals);
+  const Step* step = FindStep(name);
+  if (step == nullptr) {
+    throw UsageError("there is no step '" + name + "'", "'omb list' shows the steps there are\n");
+  }
+  const std::string arguments = equals == std::string::npos ? "" : text.substr(equals + 1);
+  return {step, ParseArguments(*step, SplitAtCommas(arguments))};
+}
+
+std::vector<Call> ParseCalls(const std::vector<std::string>& texts) {
+  std::vector<Call> calls;
+  for (const std::string& text : texts) calls.push_back(ParseCall(text));
+  return calls;
+}
+
+void RunCall(const Call& call, Image& image) {
+  const int bits = omb_DIBBitCount(image.get());
+  if (!call.step->TakesDepth(bits)) throw StepError(DepthReason(*call.step, bits));
+  if (call.step->run(image, call.arguments)) return;
+  throw StepError("the library refused this image of " + std::to_string(omb_DIBWidth(image.get())) +
+                  " x " + std::to_string(omb_DIBHeight(image.get())) + " pixels and " +
+                  std::to_string(bits) + " bits: the arguments do not suit it, or memory ran out");
+}
+
+}  // namespace omb

@@ -1,0 +1,39 @@
+#include "text.h"
+
+namespace omb {
+
+std::string Escaped(const std::string& text) {
+  std::string escaped;
+  for (const char c : text) {
+    switch (c) {
+      case '&':
+        escaped += "&amp;";
+        break;
+      case '<':
+        escaped += "&lt;";
+        break;
+      case '>':
+        escaped += "&gt;";
+        break;
+      case '"':
+        escaped += "&quot;";
+        break;
+      default:
+        escaped += c;
+    }
+  }
+  return escaped;
+}
+
+std::string Utf8(const std::filesystem::path& path) {
+  const std::u8string text = path.u8string();
+  return {text.begin(), text.end()};
+}
+
+std::string Grouped(uint64_t number) {
+  std::string digits = std::to_string(number);
+  for (size_t i = digits.size(); i > 3;) digits.insert(i -= 3, ",");
+  return digits;
+}
+
+}  // namespace omb
