@@ -64,10 +64,11 @@ NewBlock NewTrueColorBlock(const DibView& source) {
   const auto extent = DibHeader::Read(reinterpret_cast<const PackedDib*>(fields)).Extent();
   if (!extent) return {};
   // A bit count that stays makes the new header's extent another one than the new rows need.
-  const uint64_t rows_size = static_cast<uint64_t>(StrideOf(source.width(), 24)) *
-                             static_cast<uint64_t>(source.pixel_rows());
-  NewBlock block = NewBlock::Zeroed(
-      std::max<uint64_t>({*extent, source.prefix_size() + rows_size, sizeof fields}));
+  const size_t stride = static_cast<size_t>(StrideOf(source.width(), 24));
+  const size_t rows = static_cast<size_t>(source.pixel_rows());
+  NewBlock block = NewBlock::ZeroedAroundPixels(
+      std::max<uint64_t>({*extent, source.prefix_size() + stride * rows, sizeof fields}),
+      source.prefix_size(), rows, size_t{3} * static_cast<size_t>(source.width()), stride);
   if (block) std::memcpy(block.bytes(), fields, sizeof fields);
   return block;
 }
