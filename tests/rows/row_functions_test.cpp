@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <functional>
 #include <vector>
 
@@ -103,6 +104,22 @@ TEST(RowFunctions, ShiftBits) {
                   [=](const RowFunctions& f, uint8_t* bytes, size_t n) {
                     f.shift_bits(bytes, shift, n, bytes + n + 1);
                   });
+  }
+}
+
+// The buffer holds the pixels, then a word of channels for each.
+TEST(RowFunctions, PickChannels) {
+  const ChannelBits layouts[][3] = {{{0x1F, 0, 3}, {0x7E0, 5, 2}, {0xF800, 11, 3}},
+                                    {{0x3FF00000, 20, 30}, {0, 31, 8}, {0x00F00F00, 8, 0}}};
+  for (const ChannelBits(&bgr)[3] : layouts) {
+    for (const size_t size : {2u, 4u}) {
+      CompareLevels([=](size_t n) { return (size + 4) * n; },
+                    [&](const RowFunctions& f, uint8_t* bytes, size_t n) {
+                      std::vector<uint32_t> words(n);
+                      f.pick_channels(bytes, size, n, bgr, words.data());
+                      if (n != 0) std::memcpy(bytes + size * n, words.data(), 4 * n);
+                    });
+    }
   }
 }
 
