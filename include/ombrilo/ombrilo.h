@@ -465,9 +465,9 @@ OMB_API uint32_t omb_scale(PackedDib** image, uint32_t width, uint32_t height, u
  * @param image   the image, replaced; 1, 4, 8 or 24 bits
  * @param degrees the angle
  * @param mode    1 point, 2 bilinear, 3 bicubic
- * @return 1; 0 for null, for an angle within 0.01 of a multiple of 360, one that is not finite or
- *         outside 32-bit integers, for other depths or an image without rows at a right angle, for
- * a size of 2 GiB and more and when memory runs out
+ * @return 1; 0 for null, for an angle that reduces to less than 0.01 either way, one that is not
+ * finite or outside 32-bit integers, for other depths or a negative size at a right angle, for a
+ * size of 2 GiB and more and when memory runs out
  */
 OMB_API uint32_t omb_rotate(PackedDib** image, float degrees, uint32_t mode);
 

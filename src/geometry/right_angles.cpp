@@ -129,7 +129,6 @@ void Transpose(const Transposition& t, uint16_t bit_count, int32_t columns, int3
 uint32_t TurnByQuarters(PackedDib** image, const DibView& source, int quarters) {
   if (!source.indexed() && source.bit_count() != 24) return 0;
   const int32_t width = source.header().width, height = source.header().height;
-  if (width < 0 || height < 1) return 0;
   const int32_t new_width = quarters == 2 ? width : height;
   const int32_t new_height = quarters == 2 ? height : width;
   NewBlock block = NewBlock::Resized(source, new_width, new_height);
@@ -142,7 +141,7 @@ uint32_t TurnByQuarters(PackedDib** image, const DibView& source, int quarters) 
                  row);
       MirrorRow(row, source.bit_count(), width);
     }
-  } else if (width != 0) {
+  } else if (width != 0 && height != 0) {
     const auto from_step = static_cast<ptrdiff_t>(source.stride());
     const auto to_step = static_cast<ptrdiff_t>(turned.stride());
     const Transposition t =
