@@ -30,7 +30,7 @@ TEST(PackedDib, ExtentsThatCannotBeHonouredAreRefused) {
     const TestImage image = ImageBuilder(c.bits, 1, 0).Field(4, c.width).Field(8, c.height).Build();
     EXPECT_EQ(DibView::Open(image.get()).has_value(), c.accepted) << c.width << " x " << c.height;
   }
-  for (const auto& [bits, width] : {std::pair{0, 5}, {24, 0}}) {  // nothing to walk for hours
+  for (const auto& [bits, width] : {std::pair{0, 5}, {24, 0}}) {  // not two billion rows of nothing
     const TestImage image = ImageBuilder(bits, width, 0).Field(8, 0x7FFFFFFF).Build();
     EXPECT_EQ(DibView::Open(image.get())->pixel_rows(), 0) << bits;
   }
