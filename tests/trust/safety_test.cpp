@@ -1,6 +1,8 @@
 // What failing memory, hostile headers and threads do to every export.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <thread>
 
@@ -97,6 +99,11 @@ TEST(Safety, FourThreadsGetWhatOneGets) {
 // Under the address sanitizer this finds what leaves a block, with the undefined-behaviour
 // sanitizer what overflows.
 TEST(Safety, HostileImagesAndParametersDoNoHarm) {
+  for (const auto& file : std::filesystem::directory_iterator(OMBRILO_SEEDS "/library")) {
+    std::ifstream stream(file.path(), std::ios::binary);
+    const std::vector<char> bytes{std::istreambuf_iterator<char>(stream), {}};
+    FuzzLibrary({reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()});
+  }
   for (uint32_t seed = 0; seed < 6000; ++seed) FuzzLibrary(RandomBytes(seed * 77 + 1, 200));
 }
 
