@@ -99,7 +99,11 @@ TEST(Sameness, EveryBuildAndInstructionSetReproducesTheTable) {
   }
   for (const rows::RowFunctions* const* level = rows::Supported(); *level != nullptr; ++level) {
     rows::Use(*level);
-    EXPECT_EQ(Table(), expected) << "row functions " << (*level)->name;
+    const auto table = Table();
+    EXPECT_EQ(table.size(), expected.size());
+    for (const auto& [name, checksums] : table) {
+      EXPECT_EQ(checksums, expected[name]) << name << ", row functions " << (*level)->name;
+    }
   }
   rows::Use(nullptr);
 }
