@@ -304,7 +304,8 @@ OMB_API uint32_t omb_autolevel(PackedDib* dib, double low, double high);
  * counted, H takes fewer than (instead of at most) trunc(samples x high) samples, and each pixel
  * gets the entry nearest to its stretched color; the table stays. Here colors are read four bytes
  * apart from byte 40 of the image whatever its header; and at 1 bit only the first stored row is
- * counted, so that such an image usually stays as it is.
+ * counted, while the number of samples is still that of all pixels, so that such an image usually
+ * stays as it is.
  *
  * @return 1; 0 for null, for other depths, for an indexed image with L = H, and when memory runs
  * out
