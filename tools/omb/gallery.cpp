@@ -137,14 +137,13 @@ std::string TimedRun(const std::string& step, Image& image) {
   return TimeOf(std::chrono::steady_clock::now() - start);
 }
 
-Exhibit Try(const Step& step, const PackedDib* input, const std::string& file,
-            const fs::path& directory) {
+// `text` is the step with arguments.
+Exhibit Try(const Step& step, const std::string& text, const PackedDib* input,
+            const std::string& file, const fs::path& directory) {
   Exhibit exhibit;
   exhibit.step = step.name;
   exhibit.family = step.family;
   exhibit.summary = step.summary;
-  const std::string arguments = step.example ? step.example(input) : "";
-  const std::string text = step.name + (arguments.empty() ? "" : "=" + arguments);
   const std::string command = "omb apply " + Quoted(Utf8(file)) + " out.png ";
   exhibit.command = command + Quoted(text);
   Image image = Copy(input);
@@ -178,7 +177,12 @@ Room RoomOf(const std::string& file, const PackedDib* input, const fs::path& dir
   room.facts = SizeOf(input) + ", " + DepthOf(input);
   room.before = Show(input, directory);
   for (const Step* step : AllSteps()) {
-    room.exhibits.push_back(Try(*step, input, file, directory));
+    const std::vector<std::string> calls = step->ExampleCalls(input);
+    for (const std::string& call : calls) {
+      room.exhibits.push_back(Try(*step, call, input, file, directory));
+      // Several pictures of a step are told apart by its arguments.
+      if (calls.size() > 1) room.exhibits.back().step = call;
+    }
     progress.Advance(room.name + " " + step->name);
   }
   return room;

@@ -17,6 +17,26 @@ std::vector<std::string> SplitAtCommas(const std::string& text) {
   return parts;
 }
 
+// The text in lines of a usual terminal, after `indent` columns.
+std::string Wrapped(const std::string& text, size_t indent) {
+  constexpr size_t kColumns = 80;
+  std::string lines;
+  size_t column = indent;
+  std::istringstream in(text);
+  for (std::string word; in >> word;) {
+    if (!lines.empty() && column + 1 + word.size() > kColumns) {
+      lines += "\n" + std::string(indent, ' ');
+      column = indent;
+    } else if (!lines.empty()) {
+      lines += ' ';
+      ++column;
+    }
+    lines += word;
+    column += word.size();
+  }
+  return lines;
+}
+
 [[noreturn]] void Fail(const Step& step, const std::string& reason) {
   throw UsageError(std::string(step.name) + ": " + reason, step.Help());
 }
@@ -43,7 +63,10 @@ Arguments ParseArguments(const Step& step, const std::vector<std::string>& texts
     }
     values.push_back(*value);
   }
-  return Arguments(std::move(values));
+  Arguments arguments(std::move(values));
+  const char* conflict = step.conflict == nullptr ? nullptr : step.conflict(arguments);
+  if (conflict != nullptr) Fail(step, conflict);
+  return arguments;
 }
 
 std::string DepthReason(const Step& step, int bits) {
@@ -62,16 +85,16 @@ std::string DepthReason(const Step& step, int bits) {
 
 std::string Step::Usage() const {
   std::string usage = name;
-  std::string brackets;
+  bool optional = false;
   for (size_t i = 0; i < parameters.size(); ++i) {
-    if (parameters[i].preset) {
+    if (parameters[i].preset && !optional) {
       usage += '[';
-      brackets += ']';
+      optional = true;
     }
     usage += i == 0 ? '=' : ',';
     usage += parameters[i].name;
   }
-  return usage + brackets;
+  return usage + (optional ? "]" : "");
 }
 
 std::string Step::Help() const {
@@ -81,10 +104,11 @@ std::string Step::Help() const {
   for (const Parameter& p : parameters) {
     std::string name = p.name;
     name.resize(width, ' ');
-    help += "  " + name + "  " + p.help + ": " + p.Form();
-    if (p.preset) help += " (" + *p.preset + " if left out)";
-    help += "\n";
+    std::string text = p.help + (": " + p.Form());
+    if (p.preset) text += " (" + *p.preset + " if left out)";
+    help += "  " + name + "  " + Wrapped(text, width + 4) + "\n";
   }
+  if (note != nullptr) help += Wrapped(note, 0) + "\n";
   return help;
 }
 
@@ -101,9 +125,19 @@ bool Step::TakesDepth(int bits) const {
   return std::find(depths.begin(), depths.end(), bits) != depths.end();
 }
 
+std::vector<std::string> Step::ExampleCalls(const PackedDib* dib) const {
+  if (!examples) return {name};
+  std::vector<std::string> calls;
+  for (const std::string& arguments : examples(dib)) {
+    calls.push_back(name + ("=" + arguments));
+  }
+  return calls;
+}
+
 std::vector<const Step*> AllSteps() {
   std::vector<const Step*> steps;
-  for (const auto family : {ImageSteps(), ToneSteps(), GeometrySteps()}) {
+  for (const auto family : {ImageSteps(), ToneSteps(), GeometrySteps(), FilterSteps(),
+                            MorphologySteps(), PageSteps(), QuantizeSteps()}) {
     for (const Step& step : family) steps.push_back(&step);
   }
   return steps;
