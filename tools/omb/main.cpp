@@ -21,8 +21,9 @@ constexpr const char* kMoreHelp = "'omb --help' tells how to use it\n";
 
 constexpr const char* kExamples =
     "Examples:\n"
-    "  omb apply scan.png page.bmp invert crop=10,10,200,300\n"
-    "  omb apply --out-dir small --format jpg *.png -- invert\n"
+    "  omb apply scan.png page.bmp crop=10,10,200,300 enhancepage=median,3x3 binary\n"
+    "  omb apply --out-dir small --format jpg *.png -- scale=50% 'kernel=unsharp 3x3'\n"
+    "  omb histogram photo.jpg --channel gray\n"
     "  omb histogram photo.jpg -o plot.svg\n"
     "  omb gallery photo.jpg pages/   then open pages/index.html\n"
     "\n"
@@ -98,8 +99,9 @@ int Main(std::vector<std::string> words) {
   info->add_option("FILE", files)->required();
 
   std::string step;
-  CLI::App* list =
-      AddCommand(app, "list", "Show the steps there are, or all about one", "list [STEP]");
+  CLI::App* list = AddCommand(app, "list", "Show the steps there are, or all about one",
+                              "list [STEP | kernels]");
+  list->footer("'omb list kernels' draws the built-in kernels and shapes.\n");
   list->add_option("STEP", step);
 
   omb::HistogramOptions histogram_options;

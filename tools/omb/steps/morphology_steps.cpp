@@ -52,7 +52,7 @@ std::span<const Step> MorphologySteps() {
              "a shape such as 'Circle 5x5', or its number ('omb list kernels' draws them)",
              IsKernel),
         Whole("iterations", "how often", 1, 1000).Preset("1")},
-       Always({"close,Circle 5x5,2", "erode,Row 7x1", "dilate,Circle 11x11"}),
+       Always({"close,Circle 5x5", "erode,Row 7x1", "open,Circle 3x3,2"}),
        MorphStep,
        "neuquant=24",
        nullptr,

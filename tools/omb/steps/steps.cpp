@@ -125,6 +125,13 @@ bool Step::TakesDepth(int bits) const {
   return std::find(depths.begin(), depths.end(), bits) != depths.end();
 }
 
+bool Step::IsFine() const {
+  for (const auto family : {FilterSteps(), MorphologySteps(), PageSteps()}) {
+    if (this >= family.data() && this < family.data() + family.size()) return true;
+  }
+  return false;
+}
+
 std::vector<std::string> Step::ExampleCalls(const PackedDib* dib) const {
   if (!examples) return {name};
   std::vector<std::string> calls;

@@ -38,6 +38,8 @@ struct Step {
   // "1, 4, 8 and 24".
   std::string DepthList() const;
   bool TakesDepth(int bits) const;
+  // Whether what the step does is too fine for a reduced picture.
+  bool IsFine() const;
   // The step as it is written with each of its examples: "crop=10,10,200,300". At least one.
   std::vector<std::string> ExampleCalls(const PackedDib* dib) const;
 };
