@@ -53,6 +53,8 @@ TEST(Calls, NameWhatIsWrongAndShowTheUsage) {
   const std::pair<const char*, const char*> cases[] = {
       {"nonsense", "there is no step 'nonsense'"},
       {"", "there is no step ''"},
+      {"open=1", "there is no step 'open'; there is mathopen, opencompose"},
+      {"Gamacorection", "there is no step 'Gamacorection'; there is gammacorrection"},
       {"invert=1", "invert: takes no arguments"},
       {"crop=1,2,3", "crop: 'bottom' is missing"},
       {"crop=1,,3,4", "crop: 'top' is missing"},
@@ -64,7 +66,7 @@ TEST(Calls, NameWhatIsWrongAndShowTheUsage) {
        "kept"},
       {"enhancepage=higauss,3x3", "enhancepage: higauss comes in 5x5, 7x7 and 9x9"},
       {"kernel=Circle 5x5",
-       "kernel: 'kernel' must be a kernel with weights such as 'unsharp 5x5', "
+       "kernel: 'name' must be a kernel with weights such as 'unsharp 5x5', "
        "or its number ('omb list kernels' draws them), not 'Circle 5x5'"},
   };
   for (const auto& [text, message] : cases) {

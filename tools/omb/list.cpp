@@ -2,7 +2,6 @@
 #include <cstdio>
 
 #include "commands.h"
-#include "errors.h"
 #include "steps/kernels.h"
 #include "steps/steps.h"
 #include "terminal.h"
@@ -52,11 +51,7 @@ int List(const std::string& name) {
     ListKernels();
     return 0;
   }
-  const Step* step = FindStep(name);
-  if (step == nullptr) {
-    throw UsageError("there is no step '" + name + "'", "'omb list' shows the steps there are\n");
-  }
-  ListOne(*step);
+  ListOne(StepNamed(name));
   return 0;
 }
 

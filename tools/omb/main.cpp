@@ -111,7 +111,7 @@ int Main(std::vector<std::string> words) {
   histogram->add_option("FILE", histogram_options.file)->required();
   histogram->add_option("--channel", histogram_options.channel, "red, green, blue or gray")
       ->option_text("CHANNEL")
-      ->check(CLI::IsMember({"red", "green", "blue", "gray"}));
+      ->transform(CLI::IsMember({"red", "green", "blue", "gray"}, CLI::ignore_case));
   histogram
       ->add_option("-o,--output", histogram_options.output,
                    "An SVG file instead of a plot in the terminal")
@@ -125,6 +125,10 @@ int Main(std::vector<std::string> words) {
   app.footer(kExamples);  // here, or the commands above would take it over
 
   if (words.empty()) throw omb::UsageError("a command is needed", app.help());
+  if (words[0] == "help") {
+    words.erase(words.begin());
+    words.push_back("--help");
+  }
   const bool is_option = words[0].starts_with('-');
   const auto named = [&](const CLI::App* command) { return command->get_name() == words[0]; };
   if (!is_option && app.get_subcommands(named).empty()) {

@@ -55,7 +55,7 @@ std::span<const Step> FilterSteps() {
        kFamily,
        "Filter with a built-in kernel; the border stays",
        {8, 24},
-       {Text("kernel", "what to filter with",
+       {Text("name", "what to filter with",
              "a kernel with weights such as 'unsharp 5x5', or its number ('omb list kernels' draws "
              "them)",
              IsWeighted),

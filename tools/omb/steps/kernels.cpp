@@ -6,19 +6,17 @@
 #include <utility>
 #include <vector>
 
+#include "steps/parameter.h"
+
 namespace omb {
 
 namespace {
 
 using Lines = std::vector<std::string>;
 
-std::string Plain(const std::string& name) {
-  std::string plain;
-  for (const char c : name) {
-    if (c == ' ' || c == '-' || c == '_') continue;
-    plain += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  }
-  return plain;
+std::string Plain(std::string name) {
+  std::erase_if(name, [](char c) { return c == ' ' || c == '-' || c == '_'; });
+  return Lowercase(std::move(name));
 }
 
 // Columns that UTF-8 takes in a terminal.

@@ -1,6 +1,7 @@
 #include "steps/steps.h"
 
 #include <algorithm>
+#include <numeric>
 #include <sstream>
 
 #include "errors.h"
@@ -69,9 +70,24 @@ Arguments ParseArguments(const Step& step, const std::vector<std::string>& texts
   return arguments;
 }
 
+// How many letters must be added, taken away or replaced to make one word of the other.
+size_t Distance(const std::string& from, const std::string& to) {
+  std::vector<size_t> row(to.size() + 1);
+  std::iota(row.begin(), row.end(), size_t{0});
+  for (size_t i = 0; i < from.size(); ++i) {
+    size_t diagonal = row[0]++;
+    for (size_t k = 0; k < to.size(); ++k) {
+      const size_t replaced = diagonal + (from[i] == to[k] ? 0 : 1);
+      diagonal = row[k + 1];
+      row[k + 1] = std::min({replaced, row[k] + 1, diagonal + 1});
+    }
+  }
+  return row.back();
+}
+
 std::string DepthReason(const Step& step, int bits) {
-  std::string reason = "not possible on a " + std::to_string(bits) + "-bit image (works on " +
-                       step.DepthList() + " bits)";
+  std::string reason = (bits == 8 ? "not possible on an " : "not possible on a ") +
+                       std::to_string(bits) + "-bit image (works on " + step.DepthList() + " bits)";
   const bool high_color = bits == 16 || bits == 32;
   if (high_color && step.TakesDepth(24)) {
     reason += "; try transformat first";
@@ -152,18 +168,29 @@ std::vector<const Step*> AllSteps() {
 
 const Step* FindStep(const std::string& name) {
   for (const Step* step : AllSteps()) {
-    if (step->name == name) return step;
+    if (step->name == Lowercase(name)) return step;
   }
   return nullptr;
 }
 
+const Step& StepNamed(const std::string& name) {
+  if (const Step* step = FindStep(name)) return *step;
+  std::string meant;
+  for (const Step* step : AllSteps()) {
+    const std::string candidate = step->name;
+    const std::string typed = Lowercase(name);
+    const bool contained = typed.size() > 2 && candidate.find(typed) != std::string::npos;
+    if (contained || Distance(typed, candidate) <= candidate.size() / 4) {
+      meant += (meant.empty() ? "; there is " : ", ") + candidate;
+    }
+  }
+  throw UsageError("there is no step '" + name + "'" + meant,
+                   "'omb list' shows the steps there are\n");
+}
+
 Call ParseCall(const std::string& text) {
   const size_t equals = text.find('=');
-  const std::string name = text.substr(0, equals);
-  const Step* step = FindStep(name);
-  if (step == nullptr) {
-    throw UsageError("there is no step '" + name + "'", "'omb list' shows the steps there are\n");
-  }
+  const Step* step = &StepNamed(text.substr(0, equals));
   const std::string arguments = equals == std::string::npos ? "" : text.substr(equals + 1);
   return {step, ParseArguments(*step, SplitAtCommas(arguments))};
 }

@@ -75,7 +75,10 @@ std::span<const Step> QuantizeSteps();
 
 // All steps, in the order in which they are listed.
 std::vector<const Step*> AllSteps();
-const Step* FindStep(const std::string& name);  // null when there is none
+// Whatever the case; null when there is none.
+const Step* FindStep(const std::string& name);
+// Throws UsageError, with names that may have been meant, when there is none.
+const Step& StepNamed(const std::string& name);
 
 // A step with its arguments: "crop=10,10,200,300" understood.
 struct Call {
