@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <thread>
 
 #include "core/bytes.h"
@@ -229,6 +230,19 @@ TEST(Quantize, RefusesWhatItDoesNotTake) {
   EXPECT_EQ(omb_dither(indexed.ref(), 4), 0);
   TestImage two = Make(24, 9, 4, 40);
   EXPECT_EQ(omb_neuquant(two.ref(), 2), 0);
+  // At 24 bits, the bits of a row no longer fit a signed 32-bit count.
+  TestImage wide = ImageBuilder(1, 100'000'000, 1).Build();
+  EXPECT_EQ(omb_neuquant(wide.ref(), 24), 0);
+  EXPECT_EQ(wide.bit_count(), 1);
+}
+
+// The pixels of the 24-bit copy stand on its width and height.
+TEST(Quantize, SizeFieldsBelowTheHeadersLengthStayInsideTheBlocks) {
+  for (const uint32_t size_field : {0u, 4u, 7u}) {
+    TestImage image = ImageBuilder(8, 30, 20).CoreHeader().Pixels(Noise(256, 9)).Filler(90).Build();
+    std::memcpy(image.raw(), &size_field, sizeof size_field);
+    EXPECT_EQ(omb_neuquant(image.ref(), 4), 1);
+  }
 }
 
 TEST(Quantize, ImagesWithoutPixelsGetTheStartingPalette) {
