@@ -168,6 +168,9 @@ TEST(EnhancePage, RankOrderRefusesAndLeavesAlone) {
   const std::vector<uint8_t> wide_before = wide.Bytes();
   EXPECT_EQ(omb_EnhancePage(wide.get(), 0, 1, 0, 0, 50, 7, 0, 0), 1);
   EXPECT_EQ(wide.Bytes(), wide_before);
+  // A row length of 65536 counts as 0, so that rows overlap.
+  TestImage overlapping = ImageBuilder(24, 21845, 3).Build();
+  EXPECT_EQ(omb_EnhancePage(overlapping.get(), 0, 1, 0, 0, 50, 7, 0, 0), 0);
 }
 
 const KERNAL* Named(const std::string& name) {
