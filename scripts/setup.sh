@@ -10,7 +10,7 @@ packages_of() {
     demo) echo xfdesktop4-data lomiri-wallpapers-20.04 ghostscript ;;
     test) echo libgtest-dev clang libclang-rt-14-dev clang-format doxygen git ;;
     windows) echo g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth ;;
-    bench) echo libbenchmark-dev libopencv-dev libleptonica-dev ;;
+    bench) echo libbenchmark-dev libopencv-dev libleptonica-dev libfreeimage-dev ;;
     *) echo "setup.sh: unknown group '$1'" >&2; exit 2 ;;
   esac
 }

@@ -111,7 +111,7 @@ void PaletteNetwork::TakeColors() {
       const int32_t value = (s.neurons.channel[c][Neurons::kMargin + i] + 8) >> 4;
       s.bgr[i][c] = static_cast<uint8_t>(std::min(value, 255));
     }
-    s.sorted[i] = {s.bgr[i][0], s.bgr[i][1], s.bgr[i][2], static_cast<int32_t>(i)};
+    s.sorted[i] = {s.bgr[i][0], s.bgr[i][1], s.bgr[i][2], static_cast<uint8_t>(i)};
   }
 }
 
@@ -143,6 +143,59 @@ void PaletteNetwork::BuildIndex() {
   for (int32_t g = previous + 1; g < 256; ++g) s.start[g] = count - 1;
   // Color 0 is the one color that a zeroed memo slot would answer for: slot 0.
   s.memo[0] = Search(0, 0, 0);
+}
+
+uint8_t PaletteNetwork::FindSlowly(uint8_t blue, uint8_t green, uint8_t red) {
+  State& s = state_[0];
+  Cell& cell = s.cells[red / kCellWidth][green / kCellWidth][blue / kCellWidth];
+  if (cell.asked != kCrowded && ++cell.asked > kPatience) {
+    Gather(cell, {blue & -kCellWidth, green & -kCellWidth, red & -kCellWidth});
+    if (cell.count != 0) return Find(blue, green, red);
+  }
+  const uint32_t color = static_cast<uint32_t>(blue | green << 8 | red << 16);
+  uint32_t& memo = s.memo[(color * 0x9E3779B1u) >> (32 - kMemoBits)];
+  if (memo >> 8 != color) memo = color << 8 | Search(blue, green, red);
+  return static_cast<uint8_t>(memo);
+}
+
+// An entry that is farther than another one from every color of the cell cannot be an answer. The
+// other one is that nearest to the cell's middle. In each channel, the difference between both
+// distances is the greatest at one of the cell's ends.
+void PaletteNetwork::Gather(Cell& cell, const int32_t (&low)[3]) const {
+  const State& s = state_[0];
+  const auto channel = [](const Entry& e, int c) {
+    return int32_t{c == 0 ? e.blue : c == 1 ? e.green : e.red};
+  };
+  const Entry* other = nullptr;
+  int32_t least = INT32_MAX;
+  for (uint32_t i = 0; i < colors_; ++i) {
+    int32_t distance = 0;
+    for (int c = 0; c < 3; ++c) {
+      distance += std::abs(2 * channel(s.sorted[i], c) - (2 * low[c] + kCellWidth - 1));
+    }
+    if (distance < least) {
+      least = distance;
+      other = &s.sorted[i];
+    }
+  }
+  int count = 0;
+  for (uint32_t i = 0; i < colors_; ++i) {
+    int32_t lead = 0;
+    for (int c = 0; c < 3; ++c) {
+      const int32_t high = low[c] + kCellWidth - 1;
+      const int32_t mine = channel(s.sorted[i], c), others = channel(*other, c);
+      lead += std::max(std::abs(others - low[c]) - std::abs(mine - low[c]),
+                       std::abs(others - high) - std::abs(mine - high));
+    }
+    if (lead < 0) continue;
+    if (count == kMost) {
+      cell.asked = kCrowded;
+      return;
+    }
+    cell.position[count++] = static_cast<uint8_t>(i);
+  }
+  std::fill(cell.position + count, cell.position + kMost, cell.position[0]);
+  cell.count = static_cast<uint8_t>(count);
 }
 
 uint8_t PaletteNetwork::Search(int32_t blue, int32_t green, int32_t red) const {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <thread>
 
 #include "core/bytes.h"
 #include "core/packed_dib.h"
@@ -17,7 +16,7 @@ uint32_t Scene(int x, int y) {
   return Rgb(x * 2 + y / 3, 255 - (x ^ y) % 200, (x * y / 16 + (x > 40 ? 90 : 0)) % 256);
 }
 
-enum Picture { kScene, kNoise, kFlat };
+enum Picture { kScene, kNoise, kFlat, kClose };
 
 TestImage Make(int bits, int width, int height, uint32_t header, Picture picture = kScene) {
   ImageBuilder builder(bits, width, height);
@@ -25,6 +24,8 @@ TestImage Make(int bits, int width, int height, uint32_t header, Picture picture
     builder.Colors(VariedColors(1 << bits, 5)).Pixels(Noise(1u << bits, 6));
   } else if (picture == kFlat) {
     builder.Pixels([](int, int) { return Rgb(200, 17, 90); });
+  } else if (picture == kClose) {
+    builder.Pixels([](int x, int y) { return 0x600000u | (Noise(1u << 24, 8)(x, y) & 0x1F1F1F); });
   } else {
     builder.Pixels(picture == kScene ? Scene : Noise(1u << 24, 7));
   }
@@ -164,10 +165,12 @@ TEST(Quantize, FollowsThePublishedNetworkAtEveryDepthAndHeader) {
   }
 }
 
-// Noise keeps every neuron moving; one color alone drives its neuron's frequency to the top.
+// Noise keeps every neuron moving; one color alone drives its neuron's frequency to the top; close
+// colors are looked up over and over again, some among many entries.
 TEST(Quantize, LongRunsFollowThePublishedNetwork) {
   ExpectBoth(Make(24, 251, 160, 40, kNoise), "noise, ");
   ExpectBoth(Make(24, 500, 250, 40, kFlat), "one color, ");
+  ExpectBoth(Make(24, 250, 200, 40, kClose), "close colors, ");
 }
 
 // Lengths that are multiples of the first prime, and of the first two, of which steps are made.
@@ -277,24 +280,6 @@ TEST(Quantize, RefusesWithoutMemory) {
     EXPECT_EQ(image.Bytes(), expected.Bytes());
     EXPECT_EQ(watch.still_held(), 0);
   }
-}
-
-TEST(Quantize, CallsOnSeveralThreadsDoNotMeet) {
-  constexpr int kThreads = 4;
-  std::vector<TestImage> alone, together;
-  const auto quantize = [](TestImage& image, int i) {
-    return i % 2 == 0 ? omb_neuquant(image.ref(), 8) : omb_dither(image.ref(), 8);
-  };
-  for (int i = 0; i < kThreads; ++i) {
-    alone.push_back(Make(24, 150 + i, 90, 40, i < 2 ? kScene : kNoise));
-    together.push_back(alone.back().Clone());
-    EXPECT_EQ(quantize(alone.back(), i), 1);
-  }
-  std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i)
-    threads.emplace_back([&, i] { quantize(together[static_cast<size_t>(i)], i); });
-  for (std::thread& thread : threads) thread.join();
-  for (size_t i = 0; i < kThreads; ++i) EXPECT_EQ(together[i].Bytes(), alone[i].Bytes());
 }
 
 }  // namespace
