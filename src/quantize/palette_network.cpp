@@ -53,15 +53,14 @@ class Sampler {
 // The share of its distance from a sample by which a neuron moves, out of 2^18, for the winner and
 // its neighbours on both sides. A winner's own share alpha / 1024 is the same fraction.
 void SetRates(int32_t alpha, int32_t radius, Neurons& neurons) {
-  int32_t reach = radius >> kRadiusShift;
-  if (reach <= 1) reach = 0;
+  const int32_t reach = radius >> kRadiusShift;
   std::memset(neurons.rate, 0, sizeof neurons.rate);
   neurons.rate[Neurons::kMargin] = alpha * kRadiusPower;
   for (int32_t i = 1; i < reach; ++i) {
     const int32_t rate = alpha * ((reach * reach - i * i) * kRadiusPower / (reach * reach));
     neurons.rate[Neurons::kMargin - i] = neurons.rate[Neurons::kMargin + i] = rate;
   }
-  neurons.reach = static_cast<size_t>(reach == 0 ? 0 : reach - 1);
+  neurons.reach = static_cast<size_t>(std::max(reach - 1, 0));
 }
 
 }  // namespace
