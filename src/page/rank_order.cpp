@@ -19,19 +19,23 @@ class RankFilter {
   void Begin(const WindowLayout& layout) { step_ = layout.step; }
   void Prepare(uint8_t*) {}
   void Combine(uint8_t* const* rows, size_t first, size_t count, uint8_t* to) {
+    const rows::RowFunctions& functions = rows::Active();
+    if (radius_ <= 2 && rank_ == count_ / 2) {
+      const uint8_t* own[5];
+      for (int32_t dy = 0; dy <= 2 * radius_; ++dy) own[dy] = rows[dy] + first;
+      return functions.median_of_square(own, static_cast<size_t>(2 * radius_ + 1), step_, count,
+                                        to);
+    }
     const uint8_t* from[kMost];
     const uint8_t** next = from;
     for (int32_t dy = 0; dy <= 2 * radius_; ++dy) {
       for (int32_t dx = -radius_; dx <= radius_; ++dx) *next++ = rows[dy] + first + dx * step_;
     }
     const auto samples = static_cast<size_t>(count_);
-    const rows::RowFunctions& functions = rows::Active();
     if (rank_ == 0) {
       functions.min_of(from, samples, count, to);
     } else if (rank_ == count_ - 1) {
       functions.max_of(from, samples, count, to);
-    } else if (count_ == 9 && rank_ == 4) {
-      functions.median9(from, count, to);
     } else {
       functions.rank_of(from, samples, static_cast<size_t>(rank_), count, to);
     }
