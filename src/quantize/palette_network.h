@@ -22,8 +22,8 @@ namespace ombrilo {
 
 class PaletteNetwork {
  public:
-  // A network of 2^bits neurons; `bits` is 1, 2, 4 or 8. Takes all its memory at once: 2
-  // MiB, and false when there is none.
+  // A network of 2^bits neurons; `bits` is 1, 2, 4 or 8. Takes all its memory at once: 2 MiB, and
+  // false when there is none.
   explicit PaletteNetwork(int bits);
   explicit operator bool() const { return state_ != nullptr; }
 
