@@ -214,5 +214,19 @@ TEST(Files, AFullDiskIsNoticed) {
 }
 #endif
 
+// Fuzzing starts from these files and adds those that ever failed.
+TEST(Files, SeedsOfTheFuzzersAreReadOrRefused) {
+  int read = 0;
+  for (const auto& file : std::filesystem::recursive_directory_iterator(OMBRILO_SEEDS)) {
+    if (file.is_directory() || file.path().parent_path().filename() == "library") continue;
+    try {
+      omb::ReadImage(file.path(), [](const std::string&) {});
+      ++read;
+    } catch (const omb::FileError&) {
+    }
+  }
+  EXPECT_GT(read, 11);
+}
+
 }  // namespace
 }  // namespace ombrilo::test
