@@ -11,6 +11,7 @@
 #include "core/packed_dib.h"
 #include "errors.h"
 #include "files/files.h"
+#include "files/long_path.h"
 #include "files/temporary_file.h"
 #include "gallery_page.h"
 #include "progress.h"
@@ -43,7 +44,8 @@ std::string Base64(const std::string& bytes) {
 
 // The bytes of an image file; empty when this build cannot write the format.
 std::string Encoded(Format format, const PackedDib* dib, const fs::path& directory) {
-  const fs::path scratch = directory / ("thumbnail.tmp." + std::string(ExtensionOf(format)));
+  const fs::path scratch =
+      LongPath(directory / ("thumbnail.tmp." + std::string(ExtensionOf(format))));
   try {
     WriteImage(scratch, format, dib);
   } catch (const FileError&) {
@@ -69,7 +71,7 @@ Shown Show(const PackedDib* dib, const fs::path& directory) {
     uri += "jpeg;base64," + Base64(jpeg);
   } else {
     const std::string bmp = Encoded(Format::kBmp, small.get(), directory);
-    if (bmp.empty()) throw std::runtime_error(directory.string() + ": cannot be written to");
+    if (bmp.empty()) throw std::runtime_error(Utf8(directory) + ": cannot be written to");
     uri += "bmp;base64," + Base64(bmp);
   }
   return {std::move(uri), static_cast<int>(omb_DIBWidth(small.get())),
@@ -174,7 +176,7 @@ Exhibit Try(const Step& step, const PackedDib* input, const std::string& file,
 Room RoomOf(const std::string& file, const PackedDib* input, const fs::path& directory,
             Progress& progress) {
   Room room;
-  room.name = Utf8(fs::path(file).filename());
+  room.name = Utf8(PathOf(file).filename());
   room.facts = SizeOf(input) + ", " + DepthOf(input);
   room.before = Show(input, directory);
   for (const Step* step : AllSteps()) {
@@ -190,7 +192,7 @@ void WritePage(const fs::path& path, const std::string& page) {
     std::fwrite(page.data(), 1, page.size(), file.stream());
     file.Commit();
   } catch (const FileError& error) {
-    throw std::runtime_error(path.string() + ": " + error.what());
+    throw std::runtime_error(Utf8(path) + ": " + error.what());
   }
 }
 
@@ -199,10 +201,10 @@ void WritePage(const fs::path& path, const std::string& page) {
 int Gallery(const std::vector<std::string>& words) {
   if (words.size() < 2)
     throw UsageError("gallery: INPUT and DIR are needed", "usage: omb gallery INPUT... DIR\n");
-  const fs::path directory = words.back();
+  const fs::path directory = PathOf(words.back());
   std::error_code error;
-  fs::create_directories(directory, error);
-  if (error) throw std::runtime_error(directory.string() + ": " + error.message());
+  fs::create_directories(LongPath(directory), error);
+  if (error) throw std::runtime_error(words.back() + ": " + error.message());
 
   std::vector<Room> rooms;
   {
@@ -210,8 +212,9 @@ int Gallery(const std::vector<std::string>& words) {
     Progress progress(files.size() * AllSteps().size());
     for (const std::string& file : files) {
       try {
-        const Image input = ReadImage(
-            file, [&](const std::string& remark) { progress.Say("omb: " + file + ": " + remark); });
+        const Image input = ReadImage(PathOf(file), [&](const std::string& remark) {
+          progress.Say("omb: " + file + ": " + remark);
+        });
         rooms.push_back(RoomOf(file, input.get(), directory, progress));
       } catch (const FileError& file_error) {
         throw std::runtime_error(file + ": " + file_error.what());
@@ -220,7 +223,7 @@ int Gallery(const std::vector<std::string>& words) {
   }
   const fs::path page = directory / "index.html";
   WritePage(page, PageOf(rooms));
-  std::printf("%s\n", page.string().c_str());
+  std::printf("%s\n", Utf8(page).c_str());
   return 0;
 }
 
