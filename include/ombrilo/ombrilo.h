@@ -452,12 +452,12 @@ OMB_API uint32_t omb_scale(PackedDib** image, uint32_t width, uint32_t height, u
  *
  * The angle is reduced by full turns and keeps its sign. 90, 180 and 270 degrees, within 0.01, move
  * pixels exactly; the mode does not matter. Every other angle r, negative right angles included,
- * resamples: with c and s the cosine and sine of r / 180 * 3.1415926, the new width is
- * max(|Wc - Hs|, |Wc + Hs|) + 0.5 and the new height max(|Hc - Ws|, |Hc + Ws|) + 0.5, truncated.
- * The position of pixel (x, y), y from the bottom, is uc + vs + W/2, us - vc + H/2 with u = x -
- * width/2 and v = height/2 - y, where halves are whole numbers. Pixels whose truncated position is
- * outside the source are background: all bits 1, which is white at 24 bits and the highest index
- * otherwise; so is row padding.
+ * resamples: with c and s the cosine and sine of r / 180 * 3.1415926, computed in double precision
+ * and rounded to single, the new width is max(|Wc - Hs|, |Wc + Hs|) + 0.5 and the new height
+ * max(|Hc - Ws|, |Hc + Ws|) + 0.5, truncated. The position of pixel (x, y), y from the bottom, is
+ * uc + vs + W/2, us - vc + H/2 with u = x - width/2 and v = height/2 - y, where halves are whole
+ * numbers. Pixels whose truncated position is outside the source are background: all bits 1, which
+ * is white at 24 bits and the highest index otherwise; so is row padding.
  *
  * The color table and biSizeImage stay. When resampling, an image of another depth, without pixels
  * or in another mode becomes background throughout.
@@ -465,9 +465,9 @@ OMB_API uint32_t omb_scale(PackedDib** image, uint32_t width, uint32_t height, u
  * @param image   the image, replaced; 1, 4, 8 or 24 bits
  * @param degrees the angle
  * @param mode    1 point, 2 bilinear, 3 bicubic
- * @return 1; 0 for null, for an angle within 0.01 of a multiple of 360, one that is not finite or
- *         outside 32-bit integers, for other depths or an image without rows at a right angle, for
- * a size of 2 GiB and more and when memory runs out
+ * @return 1; 0 for null, for an angle that reduces to less than 0.01 either way, one that is not
+ * finite or outside 32-bit integers, for other depths or a negative size at a right angle, for a
+ * size of 2 GiB and more and when memory runs out
  */
 OMB_API uint32_t omb_rotate(PackedDib** image, float degrees, uint32_t mode);
 

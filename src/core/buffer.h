@@ -27,7 +27,7 @@ Buffer<T> NewZeroedBuffer(size_t count) {
 }
 
 // `count` elements with unspecified contents, for scratch memory that is written before it is read.
-// Never for blocks that a caller gets: those start zeroed.
+// Blocks that a caller gets come from NewBlock, which leaves no byte of them unwritten.
 template <class T>
 Buffer<T> NewScratchBuffer(size_t count) {
   static_assert(std::is_trivially_destructible_v<T> && std::is_trivially_copyable_v<T>);

@@ -91,8 +91,8 @@ class DibView {
   // Pixels per row and number of rows; 0 where the header holds less.
   int32_t width() const { return header_.width < 1 ? 0 : header_.width; }
   int32_t height() const { return header_.height < 1 ? 0 : header_.height; }
-  // Rows that hold pixels.
-  int32_t pixel_rows() const { return width() == 0 ? 0 : height(); }
+  // Rows that hold pixels: none without columns or bits.
+  int32_t pixel_rows() const { return stride() == 0 ? 0 : height(); }
   size_t stride() const { return static_cast<size_t>(StrideOf(width(), bit_count())); }
   size_t extent() const { return extent_; }
   // Header and color table, the part that size-changing operations copy.

@@ -7,14 +7,55 @@
 
 #include "core/bytes.h"
 
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
 namespace ombrilo {
+
+namespace {
+
+// Pages that are new to the process cost more than what is written to them; of large ones it takes
+// few. The advice is for the whole ones inside the block, and does nothing for pages already there.
+void PreferLargePages([[maybe_unused]] uint8_t* block, [[maybe_unused]] size_t size) {
+#if defined(MADV_HUGEPAGE)
+  constexpr uintptr_t kPage = uintptr_t{2} << 20;
+  if (block == nullptr || size < 2 * kPage) return;
+  const uintptr_t start = reinterpret_cast<uintptr_t>(block);
+  const uintptr_t first = (start + kPage - 1) & ~(kPage - 1);
+  const uintptr_t end = (start + size) & ~(kPage - 1);
+  madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
+#endif
+}
+
+}  // namespace
 
 NewBlock NewBlock::Zeroed(uint64_t size) {
   NewBlock block;
   if (size <= std::numeric_limits<int32_t>::max()) {
     block.size_ = static_cast<size_t>(size);
     block.bytes_ = NewZeroedBuffer<uint8_t>(block.size_);
+    PreferLargePages(block.bytes(), block.size_);
   }
+  return block;
+}
+
+NewBlock NewBlock::ZeroedAroundPixels(uint64_t size, size_t rows_offset, size_t rows,
+                                      size_t pixel_bytes, size_t stride) {
+  NewBlock block;
+  if (size > std::numeric_limits<int32_t>::max()) return block;
+  block.size_ = static_cast<size_t>(size);
+  block.bytes_ = NewScratchBuffer<uint8_t>(block.size_);
+  if (!block) return block;
+  PreferLargePages(block.bytes(), block.size_);
+  uint8_t* const first = block.bytes() + rows_offset;
+  std::memset(block.bytes(), 0, rows_offset);
+  if (pixel_bytes != stride) {
+    for (size_t y = 0; y < rows; ++y) {
+      std::memset(first + y * stride + pixel_bytes, 0, stride - pixel_bytes);
+    }
+  }
+  std::memset(first + rows * stride, 0, block.size_ - rows_offset - rows * stride);
   return block;
 }
 
@@ -27,15 +68,20 @@ NewBlock NewBlock::WithHeader(const uint8_t* fields) {
   return block;
 }
 
-NewBlock NewBlock::Resized(const DibView& source, int64_t width, int64_t height) {
+NewBlock NewBlock::Resized(const DibView& source, int64_t width, int64_t height, Rows rows) {
   constexpr int64_t kLimit = std::numeric_limits<int32_t>::max();
   if (width < 0 || height < 0 || width > kLimit || height > kLimit) return {};
   if (width * source.bit_count() + 31 > kLimit) return {};
-  const uint64_t rows_size =
-      static_cast<uint64_t>(StrideOf(width, source.bit_count())) * static_cast<uint64_t>(height);
+  const uint64_t stride = static_cast<uint64_t>(StrideOf(width, source.bit_count()));
+  const uint64_t rows_size = stride * static_cast<uint64_t>(height);
   // A size field below the header's own length puts the table and rows over the header.
   const size_t header_and_table = std::max(source.prefix_size(), source.header().fields_size());
-  NewBlock block = Zeroed(std::max(source.prefix_size() + rows_size, uint64_t{header_and_table}));
+  const uint64_t size = std::max(source.prefix_size() + rows_size, uint64_t{header_and_table});
+  NewBlock block =
+      rows == Rows::kZeroed
+          ? Zeroed(size)
+          : ZeroedAroundPixels(size, source.prefix_size(), static_cast<size_t>(height),
+                               static_cast<size_t>(width) * source.bit_count() / 8, stride);
   if (!block) return block;
   source.Read(0, block.bytes(), header_and_table);
   if (source.core()) {

@@ -1,6 +1,7 @@
 // The replacement frame: an operation that changes size or depth builds a complete new block, and
 // only then gives up the caller's. A new block starts zeroed, so padding, gaps and unwritten pixels
-// are 0, and it is released by every early return.
+// are 0 (an operation that writes every pixel may have just the rest zeroed), and it is released by
+// every early return.
 //
 //   NewBlock block = NewBlock::Resized(*source, width, height);
 //   if (!block) return 0;
@@ -21,13 +22,22 @@ class NewBlock {
   // out. The caller writes the header.
   static NewBlock Zeroed(uint64_t size);
 
+  // A block of `size` bytes whose rows start at `rows_offset`, for a caller who writes the first
+  // `pixel_bytes` bytes of each row, all of them, before anyone else sees the block. Every other
+  // byte is 0. Null as above.
+  static NewBlock ZeroedAroundPixels(uint64_t size, size_t rows_offset, size_t rows,
+                                     size_t pixel_bytes, size_t stride);
+
   // The zeroed block that a header describes; `fields` are its 12 or 40 bytes, which are copied.
   static NewBlock WithHeader(const uint8_t* fields);
 
   // The source's header and color table with another width and height, and zeroed rows. Sizes are
   // stored in the fields of the source's header kind (16 bits after a core header). Null when the
-  // size cannot be honoured or memory runs out.
-  static NewBlock Resized(const DibView& source, int64_t width, int64_t height);
+  // size cannot be honoured or memory runs out. A caller who writes every pixel says so: then only
+  // what lies behind a row's last whole byte of pixels is zeroed.
+  enum class Rows { kZeroed, kPixelsComeNext };
+  static NewBlock Resized(const DibView& source, int64_t width, int64_t height,
+                          Rows rows = Rows::kZeroed);
 
   // An image of the source's width and height with another bit count: the source's header with that
   // bit count and, after an information header, `colors_used` as biClrUsed and a biClrImportant of

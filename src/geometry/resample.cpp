@@ -49,7 +49,8 @@ bool Sampler::Paints() const {
          mode_ >= kPoint && mode_ <= kBicubic;
 }
 
-// A sample that the operations' own corrections leave outside the source is clamped into it.
+// A sample that the operations' own corrections leave outside the source is clamped into it. Of
+// gray levels the lowest channel is the level and the others are 0.
 uint32_t Sampler::ColorAt(int32_t column, int32_t row) const {
   column = std::clamp(column, 0, width() - 1);
   row = std::clamp(row, 0, height() - 1);
@@ -75,17 +76,11 @@ uint32_t Sampler::BilinearColor(Position column, Position row) const {
   // The last two columns and rows are blended with the fraction as it is.
   const int32_t ix = std::min(column.whole, width() - 2);
   const int32_t iy = std::min(row.whole, height() - 2);
-  Samples lower, upper;
-  for (int k = 0; k < 2; ++k) {
-    lower.tap[k][0] = ColorAt(ix + k, iy);
-    upper.tap[k][0] = ColorAt(ix + k, iy + 1);
-  }
-  if (gray_) {
-    lower.tap[0][0] |= lower.tap[1][0] << 8;
-    upper.tap[0][0] |= upper.tap[1][0] << 8;
-  }
+  const uint32_t samples[4] = {ColorAt(ix, iy), ColorAt(ix + 1, iy), ColorAt(ix, iy + 1),
+                               ColorAt(ix + 1, iy + 1)};
+  const uint32_t* const taps[4] = {samples, samples + 1, samples + 2, samples + 3};
   uint32_t color;
-  Blend(lower, upper, &column.fraction, &row.fraction, true, 0, 1, &color);
+  rows::Active().bilinear(taps, &column.fraction, &row.fraction, true, 1, &color);
   return color;
 }
 
@@ -119,7 +114,6 @@ uint32_t Sampler::BicubicColor(Position column, Position row, int32_t x, int32_t
     functions.cubic_across(taps, across, 1, 1, sums[j]);
   }
   const float* const sum_rows[4] = {sums[0], sums[1], sums[2], sums[3]};
-  // Gray levels are the lowest channel; the others are 0.
   uint32_t color;
   functions.cubic_down(sum_rows, down, true, 1, 1, &color);
   return color;

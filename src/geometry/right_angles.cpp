@@ -115,11 +115,12 @@ void Transpose(const Transposition& t, uint16_t bit_count, int32_t columns, int3
                     : bit_count == 8 ? Turn8
                                      : Turn24;
   // Tiles of about 64 bytes each way.
-  const int32_t c_step = bit_count == 24 ? 32 : 512 / bit_count;
-  const int32_t i_step = c_step;
-  for (int32_t c = 0; c < columns; c += std::min(c_step, columns - c)) {
-    for (int32_t i = 0; i < pixels; i += std::min(i_step, pixels - i)) {
-      turn(t, {c, c + std::min(c_step, columns - c), i, i + std::min(i_step, pixels - i)});
+  const int32_t step = bit_count == 24 ? 32 : 512 / bit_count;
+  for (int32_t c = 0, c_end; c < columns; c = c_end) {
+    c_end = c + std::min(step, columns - c);
+    for (int32_t i = 0, i_end; i < pixels; i = i_end) {
+      i_end = i + std::min(step, pixels - i);
+      turn(t, {c, c_end, i, i_end});
     }
   }
 }
@@ -129,7 +130,6 @@ void Transpose(const Transposition& t, uint16_t bit_count, int32_t columns, int3
 uint32_t TurnByQuarters(PackedDib** image, const DibView& source, int quarters) {
   if (!source.indexed() && source.bit_count() != 24) return 0;
   const int32_t width = source.header().width, height = source.header().height;
-  if (width < 0 || height < 1) return 0;
   const int32_t new_width = quarters == 2 ? width : height;
   const int32_t new_height = quarters == 2 ? height : width;
   NewBlock block = NewBlock::Resized(source, new_width, new_height);
@@ -142,7 +142,7 @@ uint32_t TurnByQuarters(PackedDib** image, const DibView& source, int quarters) 
                  row);
       MirrorRow(row, source.bit_count(), width);
     }
-  } else if (width != 0) {
+  } else if (width != 0 && height != 0) {
     const auto from_step = static_cast<ptrdiff_t>(source.stride());
     const auto to_step = static_cast<ptrdiff_t>(turned.stride());
     const Transposition t =

@@ -8,7 +8,7 @@
 namespace ombrilo {
 
 // Replaces the image, whose view is `source`, by itself turned clockwise by 1, 2 or 3 quarters. 0
-// for depths other than 1, 4, 8 and 24, for sources without rows and when memory runs out.
+// for depths other than 1, 4, 8 and 24, for negative sizes and when memory runs out.
 uint32_t TurnByQuarters(PackedDib** image, const DibView& source, int quarters);
 
 }  // namespace ombrilo

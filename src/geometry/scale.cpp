@@ -117,8 +117,8 @@ class Scaler {
     }
   }
 
-  // Reads a source row's neighbours unless the slot still holds them. Rows of one pixel never share
-  // a slot: they are neighbours, and there is a slot for each.
+  // Whether the slot still holds what a source row gives; from now on it does. Rows of one pixel
+  // never share a slot: they are neighbours, and there is a slot for each.
   bool Keep(int slot, int32_t source_row) {
     const bool kept = kept_[slot] == source_row;
     kept_[slot] = source_row;

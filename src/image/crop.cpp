@@ -34,7 +34,8 @@ uint32_t omb_crop(PackedDib** image, const OmbRect* rectangle) {
   if (r.left < 0 || r.right < r.left || r.right >= source->width()) return 0;
   if (r.top < 0 || r.bottom < r.top || r.bottom >= source->height()) return 0;
 
-  NewBlock block = NewBlock::Resized(*source, r.right - r.left + 1, r.bottom - r.top + 1);
+  NewBlock block = NewBlock::Resized(*source, r.right - r.left + 1, r.bottom - r.top + 1,
+                                     NewBlock::Rows::kPixelsComeNext);
   if (!block) return 0;
   CopyPiece(*source, static_cast<size_t>(r.left), r.top, block.dib());
   block.Replace(image);
@@ -51,7 +52,7 @@ uintptr_t omb_cpydibrect(const PackedDib* image, int32_t x, uint32_t y, uint32_t
   if (uint64_t{y} + h > static_cast<uint32_t>(source->height())) return 0;
   if (h != 0 && !CanCopyPixels(*source)) return 0;
 
-  NewBlock block = NewBlock::Resized(*source, w, h);
+  NewBlock block = NewBlock::Resized(*source, w, h, NewBlock::Rows::kPixelsComeNext);
   if (!block) return 0;
   if (!source->core()) StoreU32(block.bytes() + kInfoSizeImage, 0);
   if (h != 0) CopyPiece(*source, static_cast<size_t>(x), static_cast<int32_t>(y), block.dib());

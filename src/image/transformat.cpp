@@ -12,42 +12,40 @@ namespace ombrilo {
 
 namespace {
 
-struct Channel {
-  uint32_t mask;
-  int shift;  // down to bit 0
-  int up;     // up to bit 7
-
-  Channel() = default;
-  explicit Channel(uint32_t m)
-      : mask(m),
-        // A shift of -1 for an empty mask and of 8 - width below 0 count modulo 32.
-        shift(m == 0 ? 31 : std::countr_zero(m)),
-        up((8 - std::popcount(m)) & 31) {}
-
-  uint8_t Of(uint32_t pixel) const { return static_cast<uint8_t>((pixel & mask) >> shift << up); }
-};
+rows::ChannelBits BitsOf(uint32_t mask) {
+  // A shift of -1 for an empty mask and of 8 - width below 0 count modulo 32.
+  return {mask, mask == 0 ? 31 : std::countr_zero(mask), (8 - std::popcount(mask)) & 31};
+}
 
 struct Layout {
-  Channel blue, green, red;
-  bool IsBytes() const { return blue.mask == 0xFF && green.mask == 0xFF00 && red.mask == 0xFF0000; }
+  rows::ChannelBits bgr[3];
+  bool IsBytes() const {
+    return bgr[0].mask == 0xFF && bgr[1].mask == 0xFF00 && bgr[2].mask == 0xFF0000;
+  }
 };
 
 Layout LayoutOf(const DibView& source) {
   if (source.ReadU32(kInfoCompression) == kBitfields) {
-    return {Channel(source.ReadU32(kInfoHeaderSize + 8)),
-            Channel(source.ReadU32(kInfoHeaderSize + 4)), Channel(source.ReadU32(kInfoHeaderSize))};
+    return {BitsOf(source.ReadU32(kInfoHeaderSize + 8)),
+            BitsOf(source.ReadU32(kInfoHeaderSize + 4)), BitsOf(source.ReadU32(kInfoHeaderSize))};
   }
-  if (source.bit_count() == 32) return {Channel(0xFF), Channel(0xFF00), Channel(0xFF0000)};
-  return {Channel(0x001F), Channel(0x03E0), Channel(0x7C00)};
+  if (source.bit_count() == 32) return {BitsOf(0xFF), BitsOf(0xFF00), BitsOf(0xFF0000)};
+  return {BitsOf(0x001F), BitsOf(0x03E0), BitsOf(0x7C00)};
 }
 
-template <int kBytes>
-void ConvertRow(const Layout& layout, const uint8_t* from, int32_t width, uint8_t* to) {
-  for (int32_t x = 0; x < width; ++x, from += kBytes, to += 3) {
-    const uint32_t pixel = kBytes == 2 ? LoadU16(from) : LoadU32(from);
-    to[0] = layout.blue.Of(pixel);
-    to[1] = layout.green.Of(pixel);
-    to[2] = layout.red.Of(pixel);
+void ConvertRow(const Layout& layout, const uint8_t* from, size_t bytes, size_t pixels,
+                uint8_t* to) {
+  const rows::RowFunctions& functions = rows::Active();
+  if (bytes == 4 && layout.IsBytes()) {
+    functions.drop_fourth_byte(from, pixels, to);
+    return;
+  }
+  constexpr size_t kRun = 512;
+  uint32_t words[kRun];
+  for (size_t x = 0; x < pixels; x += kRun) {
+    const size_t count = std::min(kRun, pixels - x);
+    functions.pick_channels(from + bytes * x, bytes, count, layout.bgr, words);
+    functions.drop_fourth_byte(reinterpret_cast<const uint8_t*>(words), count, to + 3 * x);
   }
 }
 
@@ -64,10 +62,11 @@ NewBlock NewTrueColorBlock(const DibView& source) {
   const auto extent = DibHeader::Read(reinterpret_cast<const PackedDib*>(fields)).Extent();
   if (!extent) return {};
   // A bit count that stays makes the new header's extent another one than the new rows need.
-  const uint64_t rows_size = static_cast<uint64_t>(StrideOf(source.width(), 24)) *
-                             static_cast<uint64_t>(source.pixel_rows());
-  NewBlock block = NewBlock::Zeroed(
-      std::max<uint64_t>({*extent, source.prefix_size() + rows_size, sizeof fields}));
+  const size_t stride = static_cast<size_t>(StrideOf(source.width(), 24));
+  const size_t rows = static_cast<size_t>(source.pixel_rows());
+  NewBlock block = NewBlock::ZeroedAroundPixels(
+      std::max<uint64_t>({*extent, source.prefix_size() + stride * rows, sizeof fields}),
+      source.prefix_size(), rows, size_t{3} * static_cast<size_t>(source.width()), stride);
   if (block) std::memcpy(block.bytes(), fields, sizeof fields);
   return block;
 }
@@ -89,13 +88,8 @@ uint32_t omb_transformat(PackedDib** image) {
   const size_t stride = static_cast<size_t>(StrideOf(source->width(), 24));
   uint8_t* to = block.bytes() + source->prefix_size();
   for (int32_t y = 0; y < source->pixel_rows(); ++y, to += stride) {
-    if (source->bit_count() == 16) {
-      ConvertRow<2>(layout, source->row(y), source->width(), to);
-    } else if (layout.IsBytes()) {
-      rows::Active().drop_fourth_byte(source->row(y), static_cast<size_t>(source->width()), to);
-    } else {
-      ConvertRow<4>(layout, source->row(y), source->width(), to);
-    }
+    ConvertRow(layout, source->row(y), source->bit_count() / 8u,
+               static_cast<size_t>(source->width()), to);
   }
   block.Replace(image);
   return 1;

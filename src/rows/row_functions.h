@@ -58,6 +58,12 @@ struct Neurons {
   size_t reach;                                   // neurons on each side that have a rate
 };
 
+// Where a pixel's bits hold a channel: the low 8 bits of (pixel & mask) >> down << up.
+struct ChannelBits {
+  uint32_t mask;
+  int down, up;  // 0 to 31
+};
+
 struct RowFunctions {
   const char* name;
 
@@ -111,6 +117,9 @@ struct RowFunctions {
   // bgr[3 * i ...] = the three bytes of entry indices[i]
   void (*expand_colors)(const uint8_t* indices, size_t pixels, const uint8_t* table, uint8_t* bgr);
 
+  // words[i] = the channels of a pixel of `bytes` (2 or 4) bytes, blue lowest.
+  void (*pick_channels)(const uint8_t* from, size_t bytes, size_t pixels,
+                        const struct ChannelBits* bgr, uint32_t* words);
   // Four-byte pixels to three-byte ones; the fourth byte is dropped.
   void (*drop_fourth_byte)(const uint8_t* from, size_t pixels, uint8_t* to);
 

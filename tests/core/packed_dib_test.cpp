@@ -30,6 +30,10 @@ TEST(PackedDib, ExtentsThatCannotBeHonouredAreRefused) {
     const TestImage image = ImageBuilder(c.bits, 1, 0).Field(4, c.width).Field(8, c.height).Build();
     EXPECT_EQ(DibView::Open(image.get()).has_value(), c.accepted) << c.width << " x " << c.height;
   }
+  for (const auto& [bits, width] : {std::pair{0, 5}, {24, 0}}) {  // not two billion rows of nothing
+    const TestImage image = ImageBuilder(bits, width, 0).Field(8, 0x7FFFFFFF).Build();
+    EXPECT_EQ(DibView::Open(image.get())->pixel_rows(), 0) << bits;
+  }
   const TestImage far_rows = ImageBuilder(24, 1, 1).CoreHeader().Field(0, 0x7FFFFFFF).Build();
   EXPECT_FALSE(DibView::Open(far_rows.get()).has_value());
   EXPECT_EQ(omb_invert(far_rows.get()), 0u);

@@ -16,13 +16,14 @@ TEST(Transformat, DefaultLayouts) {
                         {16, 0x001F, Rgb(0, 0, 248)},
                         {16, 0x8000 | 3 << 10 | 2 << 5 | 1, Rgb(24, 16, 8)},
                         {32, 0xFF123456, 0x123456u}}) {
-    for (int width = 1; width < 70; ++width) {  // rows of every length, to the last byte
-      TestImage image = ImageBuilder(c.bits, width, 2)
-                            .Pixels([&](int, int) { return c.pixel; })
-                            .Filler(7)
-                            .Build();
-      const TestImage expected =
-          ImageBuilder(24, width, 2).Pixels([&](int, int) { return c.rgb; }).Build();
+    // Rows of every length, to the last byte, and one that is converted in several runs.
+    for (int width = 1; width < 1200; width += width < 70 ? 1 : 1030) {
+      const auto every_third = [](uint32_t value) {
+        return [=](int x, int) { return x % 3 == 0 ? value : 0; };
+      };
+      TestImage image =
+          ImageBuilder(c.bits, width, 2).Pixels(every_third(c.pixel)).Filler(7).Build();
+      const TestImage expected = ImageBuilder(24, width, 2).Pixels(every_third(c.rgb)).Build();
       EXPECT_EQ(omb_transformat(image.ref()), 1u);
       ASSERT_EQ(image.Bytes(), expected.Bytes()) << width;
     }

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 
 namespace {
 
@@ -58,7 +59,12 @@ void* __real_calloc(size_t count, size_t size);
 void* __real_realloc(void* block, size_t size);
 void __real_free(void* block);
 
-void* __wrap_malloc(size_t size) { return Refuse() ? nullptr : Counted(__real_malloc(size)); }
+// Fresh memory holds anything, so that results which depend on it differ from what is expected.
+void* __wrap_malloc(size_t size) {
+  void* block = Refuse() ? nullptr : Counted(__real_malloc(size));
+  if (block != nullptr) std::memset(block, 0xB5, std::min<size_t>(size, 1 << 20));
+  return block;
+}
 
 void* __wrap_calloc(size_t count, size_t size) {
   return Refuse() ? nullptr : Counted(__real_calloc(count, size));
