@@ -304,7 +304,8 @@ OMB_API uint32_t omb_autolevel(PackedDib* dib, double low, double high);
  * counted, H takes fewer than (instead of at most) trunc(samples x high) samples, and each pixel
  * gets the entry nearest to its stretched color; the table stays. Here colors are read four bytes
  * apart from byte 40 of the image whatever its header; and at 1 bit only the first stored row is
- * counted, so that such an image usually stays as it is.
+ * counted, while the number of samples is still that of all pixels, so that such an image usually
+ * stays as it is.
  *
  * @return 1; 0 for null, for other depths, for an indexed image with L = H, and when memory runs
  * out
@@ -521,7 +522,8 @@ typedef struct KERNAL {
 OMB_API KERNAL* omb_newKERNAL(int32_t width, int32_t height, int32_t anchorX, int32_t anchorY,
                               int32_t count, int32_t bias, const char* name);
 
-/** Copies a record, arrays included. Null gives null, and so does running out of memory. */
+/** Copies a record, arrays included. Null gives null, and so do a negative count and running out of
+ * memory. */
 OMB_API KERNAL* omb_cloneKERNAL(const KERNAL* kernel);
 
 /**
@@ -554,12 +556,12 @@ OMB_API const KERNAL* omb_getKERNAL(uint32_t index);
  * Each result depends on the image as it was before the call. Images of 1, 4 and 8 bits are
  * filtered as colors, and a result becomes the index of the nearest entry (least squared distance,
  * the lowest index on a tie) of a palette of 2, 16 or 256 entries, which beyond a shorter color
- * table continues in the bytes that follow. Only omb_DoConvoluteDIB() takes the bytes of an 8-bit
- * image as values.
+ * table continues in the bytes that follow. A border of the image is set to zero bytes (black, or
+ * index 0), and so is the padding of rows; an image that is all border, and an image of another
+ * depth than 1, 4, 8 and 24 bits, comes back with zero bytes only.
  *
- * A border of the image is set to zero bytes (black, or index 0), and so is the padding of rows; an
- * image that is all border, and an image of another depth, comes back with zero bytes only. Without
- * memory the image stays as it is.
+ * omb_DoConvoluteDIB() differs: it takes the bytes of an 8-bit image as values and keeps what it
+ * does not compute. Without memory, none of these functions changes the image.
  * @{ */
 
 /**
@@ -571,6 +573,33 @@ OMB_API const KERNAL* omb_getKERNAL(uint32_t index);
  * Sobel gradient; 20 to 27 the centre minus one of its neighbours; 28 to 35 the rotations of a
  * compass mask; 36 to 39 lines (row, column, diagonals). 2, 4 and 8 are 5x5 and zero a border of 2
  * pixels, the others are 3x3 and zero one of 1 pixel.
+ *
+ * The weights, row by row; the first row lies on the row stored before the pixel's own, which is
+ * the one below it in the picture:
+ *
+ * @verbatim
+ *  1: 1 1 1 / 1 1 1 / 1 1 1               22: 0 0 0 / -1 1 0 / 0 0 0
+ *  3: 1 2 1 / 2 4 2 / 1 2 1               23: 0 -1 0 / 0 1 0 / 0 0 0
+ *  5: -1 -2 -1 / -2 19 -2 / -1 -2 -1      24: 0 0 -1 / 0 1 0 / 0 0 0
+ *  6: 0 -1 0 / -1 5 -1 / 0 -1 0           25: 0 0 0 / 0 1 0 / 0 0 -1
+ *  7: -1 -1 -1 / -1 9 -1 / -1 -1 -1       26: -1 0 0 / 0 1 0 / 0 0 0
+ *  9: 0 -1 0 / -1 4 -1 / 0 -1 0           27: 0 0 0 / 0 1 0 / -1 0 0
+ * 10: -1 -1 -1 / -1 8 -1 / -1 -1 -1       28: 1 1 -1 / 1 -2 -1 / 1 1 -1
+ * 11: 1 -2 1 / -2 4 -2 / 1 -2 1           29: 1 1 1 / 1 -2 1 / -1 -1 -1
+ * 12: 1 0 -1 / 2 0 -2 / 1 0 -1            30: -1 1 1 / -1 -2 1 / -1 1 1
+ * 13: 1 2 1 / 0 0 0 / -1 -2 -1            31: -1 -1 -1 / 1 -2 1 / 1 1 1
+ * 14: -1 0 1 / -2 0 2 / -1 0 1            32: 1 -1 -1 / 1 -2 -1 / 1 1 1
+ * 15: -1 -2 -1 / 0 0 0 / 1 2 1            33: 1 1 1 / 1 -2 -1 / 1 -1 -1
+ * 16: 0 -1 -2 / 1 0 -1 / 2 1 0            34: -1 -1 1 / -1 -2 1 / 1 1 1
+ * 17: 2 1 0 / 1 0 -1 / 0 -1 -2            35: 1 1 1 / -1 -2 1 / -1 -1 1
+ * 18: -2 -1 0 / -1 0 1 / 0 1 2            36: -1 -1 -1 / 2 2 2 / -1 -1 -1
+ * 19: 0 1 2 / -1 0 1 / -2 -1 0            37: -1 2 -1 / -1 2 -1 / -1 2 -1
+ * 20: 0 0 0 / 0 1 -1 / 0 0 0              38: 2 -1 -1 / -1 2 -1 / -1 -1 2
+ * 21: 0 0 0 / 0 1 0 / 0 -1 0              39: -1 -1 2 / -1 2 -1 / 2 -1 -1
+ *  2: 1 everywhere
+ *  4: 1 1 1 1 1 / 1 4 4 4 1 / 1 4 12 4 1 / 1 4 4 4 1 / 1 1 1 1 1
+ *  8: 0 -1 -1 -1 0 / -1 2 -4 2 -1 / -1 -4 13 -4 -1 / -1 2 -4 2 -1 / 0 -1 -1 -1 0
+ * @endverbatim
  *
  * @param dib  the image; 1, 4, 8 or 24 bits
  * @param type 1 to 39; other numbers leave the image unchanged
@@ -595,8 +624,8 @@ OMB_API void omb_convolute(PackedDib* dib, uint32_t type);
  * @param kernel   a record whose offsets lie in the extent that it describes
  * @param passes   how often; 0 or less leaves the image unchanged
  * @param strength the share of the result in tenths; more than 10 overshoots
- * @return 1; 0 for null, for other records, for rows longer than their row length, and when memory
- * runs out
+ * @return 1; 0 for null, for other records, for pixels that do not fit the row length, and when
+ * memory runs out
  */
 OMB_API int32_t omb_DoConvoluteDIB(PackedDib* dib, const KERNAL* kernel, int32_t passes,
                                    int32_t strength);
@@ -633,9 +662,10 @@ OMB_API void omb_medianblur(PackedDib* dib);
 
 /** @defgroup morphology Morphology
  *
- * Images of 1, 4 and 8 bits are treated as colors and results become the nearest palette entry, as
- * with the filters; only omb_DoKernalMorphDIB() takes the bytes of an 8-bit image as values. Images
- * of other depths do not change, and no image does without memory.
+ * Images of 24 bits are processed channel by channel. Those of 1, 4 and 8 bits are treated as
+ * colors and results become the nearest palette entry, as with the filters; only
+ * omb_DoKernalMorphDIB() takes the bytes of an 8-bit image as values. Images of other depths do not
+ * change, and no image does without memory. The padding of rows keeps its bytes.
  * @{ */
 
 /**

@@ -2,7 +2,8 @@
 // indexed image, or in the pixels of a 24-bit one.
 //
 // An operation is a callable `op(uint8_t* bgr, size_t colors)` that changes a run of packed B,G,R
-// colors. It sees the table in pieces and the pixels row by row, never padding or reserved bytes.
+// colors. It sees the table in pieces of at most 256 colors and the pixels row by row, never
+// padding or reserved bytes.
 #pragma once
 
 #include <algorithm>

@@ -25,7 +25,7 @@ Neighbourhood::Neighbourhood(const PixelRows& rows, const Dib* dib, const Reach&
   const size_t pitch =
       left + Aligned((size_t(rows_.width) + size_t(max_reach_.right)) * max_step_ + kAlignment);
   slot_size_ = pitch * (1 + size_t(derived));
-  const size_t result = Aligned(max_row_bytes());
+  const size_t result = Aligned(size_t(rows_.width) * max_step_);
   const size_t indices = Aligned(size_t(rows_.width));
   const uint64_t size = uint64_t{slots} * slot_size_ + result + indices + kAlignment;
   if (size > SIZE_MAX / 2) return;

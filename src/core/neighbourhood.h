@@ -77,7 +77,6 @@ class Neighbourhood {
       : Neighbourhood(rows, nullptr, reach, derived) {}
 
   explicit operator bool() const { return ready_; }
-  size_t max_row_bytes() const { return size_t(rows_.width) * max_step_; }
 
   // Indexed images: channels are told apart even if all colors are gray.
   void SplitChannels() { split_ = true; }

@@ -1,8 +1,8 @@
 // The operations composed of dilations and erosions: omb_mathopen, omb_mathclose, omb_denoise,
 // omb_pickedge, omb_gradientize, omb_opencompose, omb_tophat.
+#include <algorithm>
 #include <cstring>
 #include <optional>
-#include <utility>
 
 #include "core/pixels.h"
 #include "morphology/dilate_erode.h"

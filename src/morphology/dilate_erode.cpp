@@ -8,7 +8,8 @@
 // both. These are computed once, through the color rule; pixels are then bits in words.
 #include "morphology/dilate_erode.h"
 
-#include "core/pixels.h"
+#include <algorithm>
+
 #include "rows/row_functions.h"
 
 namespace ombrilo {
@@ -87,7 +88,14 @@ DilateErode::DilateErode(const Dib& dib) : dib_(dib) {
 
 DilateErode::operator bool() const { return !frame_ || (*frame_ && (!colors_ || *colors_)); }
 
-void DilateErode::SquareBits(bool dilate) {
+void DilateErode::Run(bool dilate) {
+  if (!frame_) return;
+  const Reach& reach = dilate ? kDilateReach : kErodeReach;
+  if (!colors_) {
+    SquareFilter filter = {dilate};
+    frame_->Run(reach, Border::Nearest(), filter);
+    return;
+  }
   colors_->Snapshot(dib_);
   const uint8_t(&color)[256][3] = colors_->palette().bgr;
   uint8_t mixed[3];
@@ -96,21 +104,7 @@ void DilateErode::SquareBits(bool dilate) {
   }
   const auto byte = [&](const uint8_t* bgr) { return uint8_t(colors_->Find(bgr) != 0 ? 255 : 0); };
   SquareBitsFilter filter = {dilate, dib_.width(), {byte(color[0]), byte(color[1]), byte(mixed)}};
-  frame_->Run(dilate ? kDilateReach : kErodeReach, Border::Nearest(), filter);
-}
-
-void DilateErode::Dilate() {
-  if (!frame_) return;
-  if (colors_) return SquareBits(true);
-  SquareFilter filter = {true};
-  frame_->Run(kDilateReach, Border::Nearest(), filter);
-}
-
-void DilateErode::Erode() {
-  if (!frame_) return;
-  if (colors_) return SquareBits(false);
-  SquareFilter filter = {false};
-  frame_->Run(kErodeReach, Border::Nearest(), filter);
+  frame_->Run(reach, Border::Nearest(), filter);
 }
 
 }  // namespace ombrilo

@@ -14,11 +14,11 @@ class DilateErode {
   explicit DilateErode(const Dib& dib);
   explicit operator bool() const;
 
-  void Dilate();
-  void Erode();
+  void Dilate() { Run(true); }
+  void Erode() { Run(false); }
 
  private:
-  void SquareBits(bool dilate);
+  void Run(bool dilate);
 
   Dib dib_;
   std::optional<Neighbourhood> frame_;

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <tuple>
-#include <utility>
 
 #include "core/neighbourhood.h"
 #include "rows/row_functions.h"

@@ -51,11 +51,13 @@ int32_t omb_neuquant(PackedDib** image, int32_t bits) {
   if (source->indexed()) {
     NewBlock block = NewBlock::WithDepth(*source, 24, 0, 0);
     if (!block) return 0;
-    const Dib copy = block.dib();
-    ExpandTo24Bits(*source, copy);
+    ExpandTo24Bits(*source, block.dib());
+    const size_t size = block.size();
     // From here on the caller has the 24-bit copy, also when a later step fails.
     block.Replace(image);
-    source = copy;
+    // Rows over the header, where its size field is that small, make it say anything.
+    source = DibView::Open(*image);
+    if (!source || source->bit_count() != 24 || source->extent() > size) return 0;
   } else if (source->bit_count() != 24) {
     return 0;
   }

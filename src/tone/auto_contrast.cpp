@@ -54,58 +54,43 @@ Levels LevelsOfIndexed(const DibView& dib, double low, double high) {
   return SharedLevels(channels, PixelCount(dib.header()), low, high, UpperTest::kBelow);
 }
 
-class PixelMapper {
- public:
-  PixelMapper(const Dib& dib, NearestEntry& nearest, Levels levels)
-      : dib_(dib), nearest_(nearest), levels_(levels) {
-    const uint32_t entries = ColorsOfDepth(dib.bit_count());
-    // Colors are read four bytes apart from byte 40, on purpose also from a core header's table.
-    const size_t before_rows =
-        dib.prefix_size() < kInfoHeaderSize ? 0 : (dib.prefix_size() - kInfoHeaderSize + 1) / 4;
-    fixed_ = static_cast<uint32_t>(std::min<size_t>(entries, before_rows));
-    for (uint32_t i = 0; i < fixed_; ++i) map_[i] = Map(i);
-    all_fixed_ = fixed_ == entries;
-  }
-
-  void MapRow(uint8_t* row) {
-    const uint16_t bit_count = dib_.bit_count();
-    const size_t width = static_cast<size_t>(dib_.width());
-    if (all_fixed_) {
-      ForEachIndexRun(row, bit_count, width, [&](size_t first, uint8_t* indices, size_t count) {
-        rows::Active().apply_table(indices, count, map_);
-        PackIndices(indices, bit_count, count, row + first * bit_count / 8);
-      });
-      return;
-    }
-    // Entries that lie over the pixels change with them, so each look-up sees the latest bytes.
-    for (size_t x = 0; x < width; ++x) {
-      const uint8_t index = GetIndex(row, bit_count, x);
-      SetIndex(row, bit_count, x, index < fixed_ ? map_[index] : Map(index));
-    }
-  }
-
- private:
-  uint8_t Map(uint32_t index) {
-    uint8_t bgr[3];
-    dib_.Read(kInfoHeaderSize + size_t{4} * index, bgr, 3);
-    return nearest_.Find(levels_.Stretch(bgr[0]), levels_.Stretch(bgr[1]), levels_.Stretch(bgr[2]));
-  }
-
-  const Dib& dib_;
-  NearestEntry& nearest_;
-  const Levels levels_;
-  uint8_t map_[256] = {};  // of the entries before the pixel rows
-  uint32_t fixed_;
-  bool all_fixed_;
-};
-
 bool StretchIndexed(const Dib& dib, double low, double high) {
   NearestEntry nearest(*MakeDIBPalette(dib));
   if (!nearest) return false;
   const Levels levels = LevelsOfIndexed(dib, low, high);
   if (levels.low == levels.high) return false;
-  PixelMapper mapper(dib, nearest, levels);
-  for (int32_t y = 0; y < dib.pixel_rows(); ++y) mapper.MapRow(dib.row(y));
+  // Colors are read four bytes apart from byte 40, on purpose also from a core header's table.
+  const auto map = [&](uint32_t index) {
+    uint8_t bgr[3];
+    dib.Read(kInfoHeaderSize + size_t{4} * index, bgr, 3);
+    return nearest.Find(levels.Stretch(bgr[0]), levels.Stretch(bgr[1]), levels.Stretch(bgr[2]));
+  };
+  // Entries that lie over the pixels change with them: only those before the rows can be mapped
+  // once for all.
+  uint8_t table[256] = {};
+  uint32_t fixed = 0;
+  for (; fixed < 256 && kInfoHeaderSize + 4 * fixed + 3 <= dib.prefix_size(); ++fixed) {
+    table[fixed] = map(fixed);
+  }
+  const uint16_t bit_count = dib.bit_count();
+  for (int32_t y = 0; y < dib.pixel_rows(); ++y) {
+    uint8_t* row = dib.row(y);
+    ForEachIndexRun(row, bit_count, static_cast<size_t>(dib.width()),
+                    [&](size_t first, uint8_t* indices, size_t count) {
+                      uint8_t highest = 0;
+                      for (size_t i = 0; i < count; ++i) highest = std::max(highest, indices[i]);
+                      if (highest < fixed) {
+                        rows::Active().apply_table(indices, count, table);
+                        PackIndices(indices, bit_count, count, row + first * bit_count / 8);
+                        return;
+                      }
+                      for (size_t i = 0; i < count; ++i) {
+                        const uint8_t index = indices[i];
+                        SetIndex(row, bit_count, first + i,
+                                 index < fixed ? table[index] : map(index));
+                      }
+                    });
+  }
   return true;
 }
 

@@ -5,7 +5,6 @@
 #include "core/packed_dib.h"
 #include "rows/row_functions.h"
 #include "tone/histogram.h"
-#include "tone/levels.h"
 
 namespace ombrilo {
 

@@ -89,9 +89,10 @@ uint32_t omb_binary(PackedDib** image, int32_t threshold) {
   NewBlock block = NewBlock::Indexed(*source, 1);
   if (!block) return 0;
   const Dib binary = block.dib();
-  const uint32_t limit = WhiteLimit(threshold, kFirstWhiteTie);
-  if (source->bit_count() == 1) {
-    Convert1Bit(*source, WhiteLimit(threshold, kFirstWhiteTie1Bit), binary);
+  const bool one_bit = source->bit_count() == 1;
+  const uint32_t limit = WhiteLimit(threshold, one_bit ? kFirstWhiteTie1Bit : kFirstWhiteTie);
+  if (one_bit) {
+    Convert1Bit(*source, limit, binary);
   } else {
     if (source->indexed()) {
       ConvertIndexed(*source, limit, binary);

@@ -31,8 +31,8 @@ uint8_t Compressed(uint32_t value, int32_t contrast) {
 uint32_t omb_brightnesscontrast(PackedDib* image, int32_t brightness, int32_t contrast) {
   using namespace ombrilo;
   const auto dib = Dib::Open(image);
-  const int shift = std::clamp(brightness, -255, 255);
   if (!dib) return 1;  // also for null: this operation reports nothing
+  const int shift = std::clamp(brightness, -255, 255);
   if (contrast == 0) {
     if (shift == 0) return 1;
     const auto add = rows::Active().add_amount;

@@ -5,98 +5,83 @@
 #include <cstring>
 
 #include "core/color_table.h"
-#include "core/packed_dib.h"
+#include "core/pixel_rows.h"
 #include "core/pixels.h"
 #include "rows/row_functions.h"
+#include "tone/color_channel.h"
 #include "tone/histogram.h"
 
 namespace ombrilo {
 
 namespace {
 
-constexpr int32_t kGray = 4;  // 1 red, 2 green, 3 blue
-
-// Width and height are cut to 16 bits, and rows are as far apart as the cut width says. Only an
-// image that has no rows at all can have more cut rows than rows; the pixels of those count as 0.
-struct CutImage {
-  explicit CutImage(const Dib& image)
-      : dib(image),
-        width(static_cast<uint16_t>(image.header().width)),
-        height(static_cast<uint16_t>(image.header().height)),
-        stride(static_cast<size_t>(StrideOf(width, image.bit_count()))),
-        rows(image.pixel_rows() == 0 ? 0 : height),
-        missing(rows == 0 ? uint32_t{width} * height : 0) {}
-
-  uint8_t* row(uint32_t y) const { return dib.rows() + y * stride; }
-
-  const Dib& dib;
-  const uint16_t width, height;
-  const size_t stride;
-  const uint32_t rows;     // that lie in the block
-  const uint32_t missing;  // pixels that do not
-};
-
-uint8_t GrayOf(const uint8_t* bgr) {
-  uint8_t gray;
-  rows::Active().gray_percent(bgr, 1, &gray);
-  return gray;
-}
+constexpr uint32_t kGray = 4;  // behind the three channels
 
 // What a pixel of this index adds to; in gray mode its table entry becomes gray.
-uint8_t Measure(const Dib& dib, uint32_t index, int32_t channel) {
+uint8_t Measure(const Dib& dib, uint32_t index, uint32_t channel) {
   uint8_t bgr[3];
   ReadColors(dib, index, 1, bgr);
-  if (channel != kGray) return bgr[3 - channel];
-  const uint8_t gray = GrayOf(bgr);
-  const uint8_t entry[3] = {gray, gray, gray};
-  WriteColors(dib, index, 1, entry);
+  if (channel != kGray) return bgr[ChannelByte(channel)];
+  uint8_t gray;
+  rows::Active().gray_percent(bgr, 1, &gray);
+  rows::Active().spread(&gray, 1, bgr);
+  WriteColors(dib, index, 1, bgr);
   return gray;
 }
 
-void CountIndexed(const CutImage& image, int32_t channel, uint32_t* counters) {
-  const Dib& dib = image.dib;
-  const uint16_t bit_count = dib.bit_count();
-  const size_t full_table = size_t{ColorsOfDepth(bit_count)} * dib.header().table_step();
-  // Gray mode writes into the table while it counts. Entries past a short table lie over the
-  // pixels, so that there each pixel has to see what the ones before it wrote.
-  if (channel == kGray && dib.header().table_size() < full_table) {
-    for (uint32_t y = 0; y < image.rows; ++y) {
-      for (uint32_t x = 0; x < image.width; ++x) {
-        ++counters[Measure(dib, GetIndex(image.row(y), bit_count, x), channel)];
-      }
-    }
-    if (image.missing != 0) counters[Measure(dib, 0, channel)] += image.missing;
-    return;
-  }
+// An image that has no rows can have rows once its sizes are cut. Their pixels count as 0.
+uint32_t MissingPixels(const PixelRows& image) {
+  return static_cast<uint32_t>(image.width) *
+         static_cast<uint32_t>(image.height - image.rows_inside());
+}
+
+void CountIndexed(const Dib& dib, const PixelRows& image, uint32_t channel, uint32_t* counters) {
+  const size_t width = static_cast<size_t>(image.width);
   Histogram indices;
-  for (uint32_t y = 0; y < image.rows; ++y) {
-    ForEachIndexRun(image.row(y), bit_count, image.width,
+  for (int32_t y = 0; y < image.rows_inside(); ++y) {
+    ForEachIndexRun(image.row(y), image.bit_count, width,
                     [&](size_t, const uint8_t* run, size_t count) { indices.Add(run, count); });
   }
-  for (uint32_t i = 0; i < ColorsOfDepth(bit_count); ++i) {
-    const uint32_t count = indices[i] + (i == 0 ? image.missing : 0);
-    if (count != 0) counters[Measure(dib, i, channel)] += count;
+
+  const uint32_t colors = ColorsOfDepth(image.bit_count);
+  const uint32_t table_entries = dib.header().table_size() / dib.header().table_step();
+  uint32_t beyond_table = 0;
+  for (uint32_t i = table_entries; i < colors; ++i) beyond_table |= indices[i];
+  // Entries past a short table lie over the pixels. Gray mode writes into them while it counts, and
+  // each pixel has to see what the ones before it wrote.
+  if (channel == kGray && beyond_table != 0) {
+    for (int32_t y = 0; y < image.rows_inside(); ++y) {
+      for (size_t x = 0; x < width; ++x) {
+        ++counters[Measure(dib, GetIndex(image.row(y), image.bit_count, x), channel)];
+      }
+    }
+    return;
+  }
+  indices.AddTimes(0, MissingPixels(image));
+  for (uint32_t i = 0; i < colors; ++i) {
+    if (indices[i] != 0) counters[Measure(dib, i, channel)] += indices[i];
   }
 }
 
-void CountTrueColor(const CutImage& image, int32_t channel, uint32_t* counters) {
+void CountTrueColor(const PixelRows& image, uint32_t channel, uint32_t* counters) {
+  const size_t width = static_cast<size_t>(image.width);
   Histogram values;
-  for (uint32_t y = 0; y < image.rows; ++y) {
+  for (int32_t y = 0; y < image.rows_inside(); ++y) {
     uint8_t* row = image.row(y);
     if (channel != kGray) {
-      values.Add(row + 3 - channel, image.width, 3);
+      values.Add(row + ChannelByte(channel), width, 3);
       continue;
     }
     uint8_t gray[1024];
-    for (size_t x = 0; x < image.width; x += sizeof gray) {
-      const size_t count = std::min(sizeof gray, image.width - x);
+    for (size_t x = 0; x < width; x += sizeof gray) {
+      const size_t count = std::min(sizeof gray, width - x);
       rows::Active().gray_percent(row + 3 * x, count, gray);
       rows::Active().spread(gray, count, row + 3 * x);
       values.Add(gray, count);
     }
   }
+  values.AddTimes(0, MissingPixels(image));
   for (size_t i = 0; i < 256; ++i) counters[i] = values[i];
-  counters[0] += image.missing;
 }
 
 }  // namespace
@@ -111,16 +96,17 @@ int32_t omb_getchannelhistogram(PackedDib* image, int32_t* counters, int32_t cha
   const auto dib = Dib::Open(image);
   if (!dib || !(dib->indexed() || dib->bit_count() == 24)) return 0;
 
-  const CutImage cut(*dib);
-  if (channel < 1 || channel > kGray) {
+  const PixelRows cut = PixelRows::Of16Bits(*dib);
+  const auto number = static_cast<uint32_t>(channel);
+  if (!IsChannel(number) && number != kGray) {
     // 1-bit images refuse an unknown channel at their first pixel, the others count nothing.
     return dib->bit_count() != 1 || cut.width == 0 || cut.height == 0;
   }
   uint32_t counts[256] = {};
   if (dib->indexed()) {
-    CountIndexed(cut, channel, counts);
+    CountIndexed(*dib, cut, number, counts);
   } else {
-    CountTrueColor(cut, channel, counts);
+    CountTrueColor(cut, number, counts);
   }
   std::memcpy(counters, counts, sizeof counts);
   return 1;

@@ -12,7 +12,7 @@ namespace {
 void MakeTableGray(const Dib& dib) {
   const rows::RowFunctions& rows = rows::Active();
   ChangeTableColors(dib, [&](uint8_t* bgr, size_t colors) {
-    uint8_t gray[256];  // a run of the table
+    uint8_t gray[256];
     rows.gray_percent(bgr, colors, gray);
     rows.spread(gray, colors, bgr);
   });

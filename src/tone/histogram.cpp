@@ -16,4 +16,9 @@ void Histogram::AddIndices(const DibView& dib, int32_t rows) {
   }
 }
 
+int32_t PixelCount(const DibHeader& header) {
+  return static_cast<int32_t>(static_cast<uint32_t>(header.width) *
+                              static_cast<uint32_t>(header.height));
+}
+
 }  // namespace ombrilo

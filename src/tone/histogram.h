@@ -27,4 +27,8 @@ class Histogram {
   uint32_t sets_[8][256] = {};
 };
 
+// The number of pixels that fractions of a histogram refer to: the product of the header's width
+// and height in 32 bits, negative for a negative height.
+int32_t PixelCount(const DibHeader& header);
+
 }  // namespace ombrilo

@@ -36,9 +36,4 @@ Levels FindLevels(const Histogram& histogram, int32_t samples, double low, doubl
   return levels;
 }
 
-int32_t PixelCount(const DibHeader& header) {
-  return static_cast<int32_t>(static_cast<uint32_t>(header.width) *
-                              static_cast<uint32_t>(header.height));
-}
-
 }  // namespace ombrilo

@@ -27,8 +27,4 @@ enum class UpperTest { kAtMost, kBelow };
 Levels FindLevels(const Histogram& histogram, int32_t samples, double low, double high,
                   UpperTest test);
 
-// The image's number of pixels as these operations and the automatic threshold compute it: the
-// product of the header's fields in 32 bits, negative for a negative height.
-int32_t PixelCount(const DibHeader& header);
-
 }  // namespace ombrilo

@@ -64,13 +64,12 @@ TEST(BmpFile, ColorTablesOfOtherSizes) {
     }
   }
   // No offset at all, and a table that only advises at 24 bits.
-  const BmpFile no_offset{
-      .bits = 8, .colors = colors, .colors_used = 3, .pixels_at = 0, .pixel = [](int, int) {
-        return 2u;
-      }};
-  EXPECT_EQ(Colors(Decode(no_offset.Bytes())), std::vector<uint32_t>{0x708090});
-  const BmpFile advice{.colors = colors, .colors_used = 3, .pixel = [](int, int) { return 77u; }};
-  EXPECT_EQ(Colors(Decode(advice.Bytes())), std::vector<uint32_t>{77});
+  BmpFile file{.bits = 8, .colors = colors, .colors_used = 3, .pixels_at = 0};
+  file.pixel = [](int, int) { return 2u; };
+  EXPECT_EQ(Colors(Decode(file.Bytes())), std::vector<uint32_t>{0x708090});
+  file.bits = 24;
+  file.pixels_at = -1;
+  EXPECT_EQ(Colors(Decode(file.Bytes())), std::vector<uint32_t>{2});
 }
 
 struct Runs {
@@ -122,41 +121,6 @@ TEST(BmpFile, RunLengthCompression) {
   }
 }
 
-TEST(BmpFile, MasksThatTheLibraryTakesAreKept) {
-  const std::vector<std::vector<uint32_t>> kept16 = {
-      {0xF800, 0x07E0, 0x001F}, {0x0F00, 0x00F0, 0x000F}, {0x001F, 0x03E0, 0x7C00}};
-  const std::vector<std::vector<uint32_t>> kept32 = {
-      {0x0000FF, 0x00FF00, 0xFF0000}, {0xFF000000, 0xFF0000, 0xFF00}, {0x7F, 0x0, 0x3F00}};
-  for (const uint32_t header : {40, 52, 108, 124}) {
-    for (const int bits : {16, 32}) {
-      for (const auto& masks : bits == 16 ? kept16 : kept32) {
-        SCOPED_TRACE(testing::Message() << header << ' ' << bits << ' ' << masks[0]);
-        const BmpFile file{.bits = bits,
-                           .width = 9,
-                           .height = 3,
-                           .header_size = header,
-                           .top_down = true,
-                           .compression = 3,
-                           .masks = masks,
-                           .pixel = Noise(PixelLimit(bits), 1)};
-        const TestImage image = Decode(file.Bytes());
-        ExpectPlainHeader(image);
-        ASSERT_EQ(image.bit_count(), bits);
-        ASSERT_EQ(LoadU32(image.raw() + 16), 3u);
-        for (size_t i = 0; i < 3; ++i) EXPECT_EQ(LoadU32(image.raw() + 40 + 4 * i), masks[i]);
-        for (int x = 0; x < 9; ++x) EXPECT_EQ(image.Pixel(x, 1), file.pixel(x, 1));
-        // What is written comes back the same.
-        EXPECT_EQ(Decode(Encode(omb::Format::kBmp, image.get())).Bytes(), image.Bytes());
-      }
-      // The usual layout needs none.
-      BmpFile usual{.bits = bits, .header_size = header, .compression = 3};
-      usual.masks = bits == 16 ? std::vector<uint32_t>{0x7C00, 0x03E0, 0x1F}
-                               : std::vector<uint32_t>{0xFF0000, 0xFF00, 0xFF};
-      EXPECT_EQ(LoadU32(Decode(usual.Bytes()).raw() + 16), 0u);
-    }
-  }
-}
-
 // The bits of a mask, gathered one by one and scaled to 0 … 255.
 uint32_t Scaled(uint32_t pixel, uint32_t mask) {
   double value = 0, maximum = 0;
@@ -168,72 +132,69 @@ uint32_t Scaled(uint32_t pixel, uint32_t mask) {
   return maximum == 0 ? 0 : static_cast<uint32_t>(value * 255 / maximum + 0.5);
 }
 
-TEST(BmpFile, OtherMasksBecome24Bits) {
-  const std::vector<std::vector<uint32_t>> all = {
-      {0x3FF00000, 0x000FFC00, 0x000003FF},  // 10 bits each
-      {0x00F0F000, 0x00000F0F, 0xF0000000},  // in pieces
-      {0x00FFFF00, 0x0000FFFF, 0x00000000},  // overlapping, and none
-      {0xFFFFFFFF, 0x00000001, 0x80000000},
-  };
-  for (const auto& masks : all) {
-    const BmpFile file{
-        .bits = 32,
-        .width = 20,
-        .height = 4,
-        .compression = 3,
-        .masks = masks,
-        .pixel = [](int x, int y) { return x == 0 ? 0xFFFFFFFF : Noise(0xFFFFFFFF, 2)(x, y); }};
-    const TestImage image = Decode(file.Bytes());
-    ExpectPlainHeader(image);
-    ASSERT_EQ(image.bit_count(), 24);
-    EXPECT_EQ(LoadU32(image.raw() + 24), kTestXPels);
-    for (int x = 0; x < 20; ++x) {
-      const uint32_t pixel = file.pixel(x, 2);
-      EXPECT_EQ(image.Pixel(x, 2), Rgb(static_cast<int>(Scaled(pixel, masks[0])),
-                                       static_cast<int>(Scaled(pixel, masks[1])),
-                                       static_cast<int>(Scaled(pixel, masks[2]))));
-    }
-  }
-}
-
-TEST(BmpFile, AlphaIsComposedOnWhite) {
+// Masks that the library can work with are kept, others become 24 bits; alpha is composed on white.
+TEST(BmpFile, ColorMasks) {
   struct Case {
     uint32_t header, compression;
     int bits;
     std::vector<uint32_t> masks;
+    bool kept = true;
   };
-  const Case cases[] = {{56, 3, 32, {0xFF0000, 0xFF00, 0xFF, 0xFF000000}},
-                        {124, 3, 32, {0xFF, 0xFF00, 0xFF0000, 0xFF000000}},
-                        {40, 6, 32, {0xFF0000, 0xFF00, 0xFF, 0x7F000000}},
-                        {108, 3, 16, {0x0F00, 0x00F0, 0x000F, 0xF000}},
-                        {108, 3, 16, {0x7C00, 0x03E0, 0x001F, 0x8000}}};
+  std::vector<Case> cases = {
+      {40, 3, 32, {0x3FF00000, 0x000FFC00, 0x000003FF}, false},  // 10 bits each
+      {40, 3, 32, {0x00F0F000, 0x00000F0F, 0xF0000000}, false},  // in pieces
+      {40, 3, 32, {0x00FFFF00, 0x0000FFFF, 0x00000000}, false},  // overlapping, and none
+      {40, 3, 32, {0xFFFFFFFF, 0x00000001, 0x80000000}, false},
+      {56, 3, 32, {0xFF0000, 0xFF00, 0xFF, 0xFF000000}},
+      {124, 3, 32, {0xFF, 0xFF00, 0xFF0000, 0xFF000000}},
+      {40, 6, 32, {0xFF0000, 0xFF00, 0xFF, 0x7F000000}},
+      {108, 3, 16, {0x0F00, 0x00F0, 0x000F, 0xF000}},
+      {108, 3, 16, {0x7C00, 0x03E0, 0x001F, 0x8000}}};
+  for (const uint32_t header : {40, 52, 108, 124}) {
+    cases.push_back({header, 3, 16, {0xF800, 0x07E0, 0x001F}});
+    cases.push_back({header, 3, 16, {0x001F, 0x03E0, 0x7C00}});
+    cases.push_back({header, 3, 16, {0x7C00, 0x03E0, 0x001F}});  // the usual layout
+    cases.push_back({header, 3, 32, {0xFF000000, 0xFF0000, 0xFF00}});
+    cases.push_back({header, 3, 32, {0x7F, 0x0, 0x3F00}});
+    cases.push_back({header, 3, 32, {0xFF0000, 0xFF00, 0xFF}});
+  }
   for (const Case& c : cases) {
-    const uint32_t alpha = c.masks[3];
-    for (const int kind : {0, 1, 2}) {  // opaque, forgotten, meant
-      const BmpFile file{.bits = c.bits,
-                         .width = 30,
-                         .height = 3,
-                         .header_size = c.header,
-                         .compression = c.compression,
-                         .masks = c.masks,
-                         .pixel = [&](int x, int y) {
-                           const uint32_t pixel =
-                               Noise(c.bits == 32 ? 0xFFFFFFFF : 0x10000, 3)(x, y);
-                           return kind == 0 ? pixel | alpha : kind == 1 ? pixel & ~alpha : pixel;
-                         }};
+    const uint32_t alpha = c.masks.size() == 4 ? c.masks[3] : 0;
+    for (const char* kind : {"opaque", "forgotten", "meant"}) {
+      SCOPED_TRACE(testing::Message() << c.header << ' ' << c.bits << ' ' << c.masks[0] << kind);
+      const BmpFile file{
+          .bits = c.bits,
+          .width = 20,
+          .height = 3,
+          .header_size = c.header,
+          .top_down = alpha == 0,
+          .compression = c.compression,
+          .masks = c.masks,
+          .pixel = [&](int x, int y) {
+            const uint32_t pixel = Noise(c.bits == 32 ? 0xFFFFFFFF : 0x10000, 3)(x, y);
+            return *kind == 'o' ? pixel | alpha : *kind == 'f' ? pixel & ~alpha : pixel;
+          }};
       Strings remarks;
       const TestImage image = Decode(file.Bytes(), &remarks);
       ExpectPlainHeader(image);
-      if (kind != 2) {
-        EXPECT_EQ(image.bit_count(), c.bits);
-        EXPECT_EQ(remarks, Strings{});
+      EXPECT_EQ(LoadU32(image.raw() + 24), kTestXPels);
+      const bool composed = alpha != 0 && *kind == 'm';
+      EXPECT_EQ(remarks, composed ? Strings{"transparency is composed on white"} : Strings{});
+      ASSERT_EQ(image.bit_count(), c.kept && !composed ? c.bits : 24);
+      if (image.bit_count() != 24) {
+        const bool usual = c.bits == 16 ? c.masks[0] == 0x7C00 : c.masks[0] == 0xFF0000;
+        EXPECT_EQ(LoadU32(image.raw() + 16), usual ? 0u : 3u);
+        for (size_t i = 0; i < 3 && !usual; ++i) {
+          EXPECT_EQ(LoadU32(image.raw() + 40 + 4 * i), c.masks[i]);
+        }
+        for (int x = 0; x < 20; ++x) EXPECT_EQ(image.Pixel(x, 1), file.pixel(x, 1));
+        // What is written comes back the same.
+        EXPECT_EQ(Decode(Encode(omb::Format::kBmp, image.get())).Bytes(), image.Bytes());
         continue;
       }
-      EXPECT_EQ(remarks, Strings{"transparency is composed on white"});
-      ASSERT_EQ(image.bit_count(), 24);
-      for (int x = 0; x < 30; ++x) {
+      for (int x = 0; x < 20; ++x) {
         const uint32_t pixel = file.pixel(x, 1);
-        const double cover = Scaled(pixel, alpha) / 255.0;
+        const double cover = composed ? Scaled(pixel, alpha) / 255.0 : 1;
         for (size_t i = 0; i < 3; ++i) {
           const double expected = Scaled(pixel, c.masks[i]) * cover + 255 * (1 - cover);
           EXPECT_NEAR(image.Pixel(x, 1) >> (16 - 8 * i) & 255, expected, 0.501);

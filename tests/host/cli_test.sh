@@ -69,6 +69,8 @@ expect 1 '^omb: high.bmp: invert: not possible on a 16-bit image (works on 1, 4,
   apply high.bmp kept.bmp invert
 check test "$(wc -l < err.txt)" = 1
 expect 1 "^omb: nowhere/x.bmp: ." apply 'a b.bmp' nowhere/x.bmp invert
+expect 1 '^omb: -: standard input' apply - x.bmp
+expect 1 '^omb: -: standard output' apply same.bmp - --format bmp
 check cmp -s same.bmp kept.bmp
 ls > after.txt
 check diff before.txt <(grep -v -e after.txt after.txt)
@@ -134,7 +136,7 @@ expect 1 '^omb: broken.bmp: .' info broken.bmp same.bmp
 in_output '2 x 2 pixels'
 expect 0 '' --version
 in_output '^omb [0-9]'
-expect 0 '' apply --help
+expect 0 '' help apply
 in_output '^Usage: omb apply INPUT OUTPUT STEP'
 expect 2 "there is no step 'frob'" list frob
 expect 0 '' list
@@ -145,7 +147,7 @@ check test -n "$steps"
 expect 0 '' gallery 'a b.bmp' high.bmp page
 page=page/index.html
 for step in $steps; do
-  check test "$(grep -c "<h4>$step" $page)" = 2
+  check test "$(grep -c "<h4>$step[=<]" $page)" -ge 2
 done
 check grep -q "omb apply 'a b.bmp' out.png invert" $page
 check grep -q '<p>not possible on a 16-bit image' $page
@@ -153,7 +155,7 @@ check grep -q 'src="data:image/' $page
 check test "$(grep -c -e '\(src\|href\)="[^#d]' -e 'https\?:' $page)" = 0
 check test "$(ls page)" = index.html
 expect 1 '^omb: broken.bmp: .' gallery broken.bmp page2
-check test ! -e page2/index.html
+check test ! -e page2
 
 [ $failures = 0 ] && echo 'all is well'
 exit $((failures > 0))

@@ -90,30 +90,27 @@ TEST(Files, SixteenAndThirtyTwoBits) {
 }
 
 TEST(Files, JpegKeepsGrayGrayAndColorsNear) {
-  const auto smooth = [](int x, int y) { return static_cast<uint32_t>((x * 3 + y) / 4); };
-  const TestImage gray = ImageBuilder(8, 40, 30)
-                             .Colors(Reversed(GrayRamp(256)))
-                             .Pixels(smooth)
-                             .Field(24, 11811)
-                             .Field(28, 5906)
-                             .Build();
-  const TestImage color = ImageBuilder(24, 40, 30)
-                              .Pixels([](int x, int y) { return Rgb(4 * x, 200 - 3 * y, 100); })
-                              .Build();
-  const TestImage indexed =
-      ImageBuilder(4, 40, 30).Colors(std::vector<uint32_t>(16, 0x804020)).Build();
-  for (const TestImage* image : {&gray, &color, &indexed}) {
-    const TestImage again = Decode(Encode(Format::kJpeg, image->get()));
+  const auto build = [](int bits, const std::vector<uint32_t>& colors) {
+    ImageBuilder builder(bits, 40, 30);
+    builder.Colors(colors).Field(24, 11811).Field(28, 5906).Pixels([=](int x, int y) {
+      return bits == 24 ? Rgb(4 * x, 200 - 3 * y, 100) : static_cast<uint32_t>(x * 3 + y) / 10;
+    });
+    return builder.Build();
+  };
+  const TestImage images[] = {build(8, Reversed(GrayRamp(256))), build(24, {}),
+                              build(4, std::vector<uint32_t>(16, 0x804020))};
+  for (const TestImage& image : images) {
+    const TestImage again = Decode(Encode(Format::kJpeg, image.get()));
     ExpectPlainHeader(again);
-    EXPECT_EQ(again.bit_count(), image == &gray ? 8 : 24);
-    const std::vector<uint32_t> before = Colors(*image), after = Colors(again);
+    ExpectResolution(again, 11811, 5906);
+    EXPECT_EQ(again.bit_count(), image.bit_count() == 8 ? 8 : 24);
+    const std::vector<uint32_t> before = Colors(image), after = Colors(again);
     for (size_t i = 0; i < before.size(); ++i) {
       for (const int shift : {0, 8, 16}) {
         ASSERT_NEAR(before[i] >> shift & 255, after[i] >> shift & 255, 12) << i;
       }
     }
   }
-  ExpectResolution(Decode(Encode(Format::kJpeg, gray.get())), 11811, 5906);
 }
 
 TEST(Files, DamagedFilesAreRefusedOrRead) {
@@ -161,12 +158,12 @@ TEST(Files, EveryCodecReadsTheSamplesAlike) {
 }
 
 TEST(Files, NamesSayFormats) {
-  EXPECT_EQ(omb::FormatOfPath("a.b/scan.BMP"), Format::kBmp);
-  EXPECT_EQ(omb::FormatOfPath("x.dib"), Format::kBmp);
-  EXPECT_EQ(omb::FormatOfPath(fs::path(u8"Größe.Png")), Format::kPng);
-  EXPECT_EQ(omb::FormatOfPath("x.jpeg"), Format::kJpeg);
-  EXPECT_EQ(omb::FormatOfName("jpg"), Format::kJpeg);
-  EXPECT_EQ(omb::FormatOfPath("x.tif"), Format::kTiff);
+  const std::pair<fs::path, Format> names[] = {{"a.b/scan.BMP", Format::kBmp},
+                                               {"x.dib", Format::kBmp},
+                                               {u8"Größe.Png", Format::kPng},
+                                               {"x.jpeg", Format::kJpeg},
+                                               {"x.tif", Format::kTiff}};
+  for (const auto& [path, format] : names) EXPECT_EQ(omb::FormatOfPath(path), format) << path;
   for (const Format format : kAll) {
     EXPECT_EQ(omb::FormatOfName(omb::ExtensionOf(format)), format);
   }
@@ -241,6 +238,20 @@ TEST(Files, AFullDiskIsNoticed) {
   EXPECT_TRUE(fs::is_character_file("/dev/full"));
 }
 #endif
+
+// Fuzzing starts from these files and adds those that ever failed.
+TEST(Files, SeedsOfTheFuzzersAreReadOrRefused) {
+  int read = 0;
+  for (const auto& file : std::filesystem::recursive_directory_iterator(OMBRILO_SEEDS)) {
+    if (file.is_directory() || file.path().parent_path().filename() == "library") continue;
+    try {
+      omb::ReadImage(file.path(), [](const std::string&) {});
+      ++read;
+    } catch (const omb::FileError&) {
+    }
+  }
+  EXPECT_GT(read, 11);
+}
 
 }  // namespace
 }  // namespace ombrilo::test

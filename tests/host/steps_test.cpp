@@ -3,64 +3,43 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
+#include <fstream>
+#include <functional>
+#include <map>
 #include <set>
 #include <utility>
 
 #include "errors.h"
+#include "steps/kernels.h"
 #include "support/image.h"
 
 namespace omb {
 namespace {
 
-struct ParseCase {
-  Parameter parameter;
-  const char* text;
-  std::optional<double> number;
-};
-
 TEST(Parameters, TakeWhatTheyDescribeAndNothingElse) {
   const auto whole = [] { return Whole("n", "", -5, 255).Named({{"auto", -1}}); };
-  const auto real = [] { return Real("x", "", 0.5, 10); };
-  const auto channel = [] { return Choice("c", "", {{"red", 1}, {"blue", 3}}); };
-  const auto color = [] { return Color("c", ""); };
-  const ParseCase cases[] = {
-      {whole(), "0", 0},
-      {whole(), "255", 255},
-      {whole(), "+7", 7},
-      {whole(), "-5", -5},
-      {whole(), "Auto", -1},
-      {whole(), "256", {}},
-      {whole(), "-6", {}},
-      {whole(), "1.5", {}},
-      {whole(), "1e2", {}},
-      {whole(), "3 ", {}},
-      {whole(), " 3", {}},
-      {whole(), "+-3", {}},
-      {whole(), "0x10", {}},
-      {whole(), "99999999999999999999", {}},
-      {Whole("n", "", 0), "2147483647", 2147483647.0},
-      {Whole("n", "", 0), "2147483648", {}},
-      {real(), "2.25", 2.25},
-      {real(), "1e1", 10},
-      {real(), "nan", {}},
-      {real(), "inf", {}},
-      {real(), "0.49", {}},
-      {real(), "2,5", {}},
-      {channel(), "RED", 1},
-      {channel(), "blue", 3},
-      {channel(), "1", {}},
-      {channel(), "re", {}},
-      {color(), "#0102fe", 0xFE0201},
-      {color(), "#FFFFFF", 0xFFFFFF},
-      {color(), "0102fe", {}},
-      {color(), "#12345", {}},
-      {color(), "#12345g", {}},
-      {color(), "#-12345", {}},
+  const struct {
+    Parameter parameter;
+    std::map<std::string, double> accepted;
+    std::vector<std::string> refused;
+  } cases[] = {
+      {whole(),
+       {{"0", 0}, {"255", 255}, {"+7", 7}, {"-5", -5}, {"Auto", -1}},
+       {"256", "-6", "1.5", "1e2", "3 ", " 3", "+-3", "0x10", "99999999999999999999"}},
+      {Whole("n", "", 0), {{"2147483647", 2147483647}}, {"2147483648"}},
+      {Real("x", "", 0.5, 10), {{"2.25", 2.25}, {"1e1", 10}}, {"nan", "inf", "0.49", "2,5"}},
+      {Choice("c", "", {{"red", 1}, {"blue", 3}}), {{"RED", 1}, {"blue", 3}}, {"1", "re"}},
+      {Color("c", ""),
+       {{"#0102fe", 0xFE0201}, {"#FFFFFF", 0xFFFFFF}},
+       {"0102fe", "#12345", "#12345g", "#-12345"}},
   };
-  for (const ParseCase& c : cases) {
-    const auto value = c.parameter.Parse(c.text);
-    ASSERT_EQ(value.has_value(), c.number.has_value()) << c.parameter.Form() << " <- " << c.text;
-    EXPECT_EQ(value.value_or(Value{}).number, c.number.value_or(0)) << c.text;
+  for (const auto& c : cases) {
+    for (const auto& [text, number] : c.accepted) {
+      EXPECT_EQ(c.parameter.Parse(text).value_or(Value{"refused", -99}).number, number) << text;
+    }
+    for (const std::string& text : c.refused) EXPECT_FALSE(c.parameter.Parse(text)) << text;
   }
   const Parameter text =
       Text("t", "", "a percentage", [](const std::string& s) { return s.back() == '%'; });
@@ -74,12 +53,21 @@ TEST(Calls, NameWhatIsWrongAndShowTheUsage) {
   const std::pair<const char*, const char*> cases[] = {
       {"nonsense", "there is no step 'nonsense'"},
       {"", "there is no step ''"},
+      {"open=1", "there is no step 'open'; there is mathopen, opencompose"},
+      {"Gamacorection", "there is no step 'Gamacorection'; there is gammacorrection"},
       {"invert=1", "invert: takes no arguments"},
       {"crop=1,2,3", "crop: 'bottom' is missing"},
       {"crop=1,,3,4", "crop: 'top' is missing"},
       {"crop=1,2,3,4,5", "crop: takes no more than 4 arguments"},
       {"crop=1,2,3,4,", "crop: takes no more than 4 arguments"},
       {"crop=x,2,3,4", "crop: 'left' must be a whole number from 0 up, not 'x'"},
+      {"crop=2,0,1,4",
+       "crop: the rectangle is empty: right and bottom are the last column and row "
+       "kept"},
+      {"enhancepage=higauss,3x3", "enhancepage: higauss comes in 5x5, 7x7 and 9x9"},
+      {"kernel=Circle 5x5",
+       "kernel: 'name' must be a kernel with weights such as 'unsharp 5x5', "
+       "or its number ('omb list kernels' draws them), not 'Circle 5x5'"},
   };
   for (const auto& [text, message] : cases) {
     try {
@@ -91,9 +79,15 @@ TEST(Calls, NameWhatIsWrongAndShowTheUsage) {
     }
   }
   EXPECT_EQ(FindStep("crop")->Usage(), "crop=left,top,right,bottom");
-  const Step optional = {"s", "", "", {24}, {Whole("a", "", 0), Whole("b", "", 0).Preset("2")},
-                         {},  {}};
-  EXPECT_EQ(optional.Usage(), "s=a[,b]");
+  const Step optional = {
+      "s",
+      "",
+      "",
+      {24},
+      {Whole("a", "", 0), Whole("b", "", 0).Preset("2"), Whole("c", "", 0).Preset("2")},
+      {},
+      {}};
+  EXPECT_EQ(optional.Usage(), "s=a[,b,c]");
 }
 
 Image Example(int bits) {
@@ -108,37 +102,139 @@ TEST(Tables, ExamplesRunAtEveryDepthTheyPromise) {
   std::set<std::string> names;
   for (const Step* step : AllSteps()) {
     EXPECT_TRUE(names.insert(step->name).second) << step->name << " stands in two tables";
-    EXPECT_FALSE(step->depths.empty()) << step->name;
     for (const Parameter& parameter : step->parameters) {
       EXPECT_TRUE(!parameter.preset || parameter.Parse(*parameter.preset)) << parameter.name;
     }
     for (const int bits : {1, 4, 8, 16, 24, 32}) {
-      Image image = Example(bits);
-      const std::string arguments = step->example ? step->example(image.get()) : "";
-      const Call call = ParseCall(step->name + (arguments.empty() ? "" : "=" + arguments));
-      if (step->TakesDepth(bits)) {
-        EXPECT_NO_THROW(RunCall(call, image)) << step->name << " at " << bits << " bits";
-      } else {
-        EXPECT_THROW(RunCall(call, image), StepError) << step->name << " at " << bits << " bits";
+      for (const std::string& text : step->ExampleCalls(Example(bits).get())) {
+        SCOPED_TRACE(testing::Message() << text << " at " << bits << " bits");
+        Image image = Example(bits);
+        const Call call = ParseCall(text);
+        if (step->TakesDepth(bits)) {
+          EXPECT_NO_THROW(RunCall(call, image));
+          continue;
+        }
+        EXPECT_THROW(RunCall(call, image), StepError);
+        if (step->before == nullptr || bits == 16 || bits == 32) continue;
+        // The hint helps.
+        RunCall(ParseCall(step->before), image);
+        EXPECT_NO_THROW(RunCall(call, image));
       }
-      EXPECT_NE(image, nullptr);
     }
   }
 }
 
-TEST(ImageSteps, PassTheirArgumentsInOrder) {
+// An operation that nobody can reach from the command line is one that was forgotten here.
+TEST(Tables, EveryExportIsAStepOrNoneOnPurpose) {
+  const std::map<std::string, std::string> renamed = {{"DoConvoluteDIB", "kernel"},
+                                                      {"DoKernalMorphDIB", "morph"}};
+  const std::set<std::string> no_steps = {"newdib",
+                                          "freedib",
+                                          "DIBWidth",
+                                          "DIBHeight",
+                                          "DIBBitCount",
+                                          "DIBNumColors",
+                                          "PaletteSize",
+                                          "FindDIBBits",
+                                          "BytesPerLine",
+                                          "CreateDIBPalette",
+                                          "iscolorful",
+                                          "can_gray",
+                                          "can_filtersheet",
+                                          "can_pseudocolor",
+                                          "can_balance",
+                                          "autoclr",
+                                          "getchannelhistogram",
+                                          "autothreshold",
+                                          "newKERNAL",
+                                          "cloneKERNAL",
+                                          "zeroKERNAL",
+                                          "destroyKERNAL",
+                                          "getKERNAL"};
+  std::ifstream exports(OMBRILO_EXPORTS);
+  size_t operations = 0;
+  for (std::string word; exports >> word;) {
+    if (!word.starts_with("omb_")) continue;
+    std::string name = word.substr(4);
+    if (no_steps.contains(name)) continue;
+    ++operations;
+    if (renamed.contains(name)) name = renamed.at(name);
+    for (char& c : name) c = static_cast<char>(std::tolower(c));
+    EXPECT_NE(FindStep(name), nullptr) << word;
+  }
+  EXPECT_EQ(operations, AllSteps().size());
+}
+
+std::vector<uint8_t> BytesOf(const PackedDib* dib) {
+  const auto* rows = omb_FindDIBBits(dib);
+  return {rows, rows + omb_DIBHeight(dib) * static_cast<size_t>(omb_BytesPerLine(dib))};
+}
+
+// Names for numbers, and arguments in the right places.
+TEST(Tables, ArgumentsReachTheLibrary) {
+  const auto kernal = [](uint32_t i) { return omb_getKERNAL(i); };
+  const struct {
+    const char* step;
+    std::function<void(PackedDib*)> expected;
+  } cases[] = {
+      {"brightnesscontrast=20,40", [](auto* dib) { omb_brightnesscontrast(dib, 20, 40); }},
+      {"autolevel=.1,.8", [](auto* dib) { omb_autolevel(dib, .1, .8); }},
+      {"filtercolor=green", [](auto* dib) { omb_filtercolor(dib, 2); }},
+      {"adjustghms=50,-20,9", [](auto* dib) { omb_adjustghms(dib, 50, -20, 9); }},
+      {"convolute=8", [](auto* dib) { omb_convolute(dib, 8); }},
+      {"kernel=unsharp-5X5", [&](auto* dib) { omb_DoConvoluteDIB(dib, kernal(36), 1, 10); }},
+      {"kernel=Sculpt,2,7", [&](auto* dib) { omb_DoConvoluteDIB(dib, kernal(27), 2, 7); }},
+      {"kernel=20,3", [&](auto* dib) { omb_DoConvoluteDIB(dib, kernal(20), 3, 10); }},
+      {"emboss=3,#102030", [](auto* dib) { omb_emboss(dib, 3, 0x302010); }},
+      {"morph=close,Circle 5x5,2",
+       [&](auto* dib) { omb_DoKernalMorphDIB(dib, 24, 3, kernal(1), 2); }},
+      {"morph=erode,4", [&](auto* dib) { omb_DoKernalMorphDIB(dib, 24, 0, kernal(4), 1); }},
+      {"enhancepage=gauss,7x7,2,5",
+       [](auto* dib) { omb_EnhancePage(dib, 2, 2, 5, 0, 0, 2, 0, 0); }},
+      {"enhancepage=higauss,9x9", [](auto* dib) { omb_EnhancePage(dib, 2, 1, 10, 0, 0, 3, 0, 0); }},
+      {"enhancepage=median", [](auto* dib) { omb_EnhancePage(dib, 1, 1, 10, 0, 0, 7, 0, 0); }},
+      {"enhancepage=rank,3x3,,,80",
+       [](auto* dib) { omb_EnhancePage(dib, 0, 1, 10, 0, 80, 8, 0, 0); }},
+      {"edgepage=roberts", [](auto* dib) { omb_EdgePage(dib, 0, 1, 10, 1); }},
+      {"edgepage=vertical,7x7,1,4", [](auto* dib) { omb_EdgePage(dib, 2, 1, 4, 6); }},
+  };
+  for (const auto& c : cases) {
+    Image image = Example(24), expected = Example(24);
+    RunCall(ParseCall(c.step), image);
+    c.expected(expected.get());
+    EXPECT_NE(BytesOf(image.get()), BytesOf(Example(24).get())) << c.step << " does nothing";
+    EXPECT_EQ(BytesOf(image.get()), BytesOf(expected.get())) << c.step;
+  }
+  for (const char* bits : {"4", "8"}) {
+    Image image = Example(24);
+    RunCall(ParseCall(std::string("dither=") + bits), image);
+    EXPECT_EQ(std::to_string(omb_DIBBitCount(image.get())), bits);
+  }
+}
+
+TEST(Kernels, AreDrawnAsTheyLieOnThePicture) {
+  const std::string wide = DrawKernels(100000), narrow = DrawKernels(1);
+  // The upper row is the one that is stored later.
+  ASSERT_EQ(omb_getKERNAL(12)->offsets[1] * omb_getKERNAL(12)->weights[0], -1);
+  for (const char* part : {"4  Colomn 1x3\n   ■\n  [■]\n   ■\n  3 pixels\n",
+                           "\n   -1  -2  -1\n    ·  [·]  ·\n    1   2   1\n  sum 0\n",
+                           "\n    ·  [·]  ·\n    ·   ·   1\n  sum 0, then +128\n"}) {
+    EXPECT_NE(narrow.find(part), std::string::npos) << part;
+  }
+  EXPECT_EQ(std::count(wide.begin(), wide.end(), '\n'), 1 + 11 + 1);
+}
+
+TEST(Calls, RectanglesAreCheckedAgainstTheImage) {
   Image image = Example(24);
   RunCall(ParseCall("crop=3,1,8,20"), image);
-  EXPECT_EQ(omb_DIBWidth(image.get()), 6u);
-  EXPECT_EQ(omb_DIBHeight(image.get()), 20u);
-  const uint8_t* top_left = omb_FindDIBBits(image.get()) + 19 * omb_BytesPerLine(image.get());
-  const uint32_t expected = ombrilo::test::Noise(1u << 24, 7)(3, 1);
-  EXPECT_EQ(top_left[0] | top_left[1] << 8 | top_left[2] << 16, static_cast<int>(expected));
   RunCall(ParseCall("cpydibrect=1,2,4,5"), image);
   EXPECT_EQ(omb_DIBWidth(image.get()), 4u);
   EXPECT_EQ(omb_DIBHeight(image.get()), 5u);
-  for (const char* outside : {"crop=0,0,4,4", "crop=2,0,1,4", "cpydibrect=0,2,4,4",
-                              "cpydibrect=2147483647,0,2147483647,1"}) {
+  const uint8_t* top_left = omb_FindDIBBits(image.get()) + 4 * omb_BytesPerLine(image.get());
+  const uint32_t expected = ombrilo::test::Noise(1u << 24, 7)(4, 3);
+  EXPECT_EQ(top_left[0] | top_left[1] << 8 | top_left[2] << 16, static_cast<int>(expected));
+  for (const char* outside :
+       {"crop=0,0,4,4", "cpydibrect=0,2,4,4", "cpydibrect=2147483647,0,2147483647,1"}) {
     EXPECT_THROW(RunCall(ParseCall(outside), image), StepError) << outside;
     EXPECT_EQ(omb_DIBWidth(image.get()), 4u) << outside;
   }

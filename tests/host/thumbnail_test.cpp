@@ -64,12 +64,5 @@ TEST(Thumbnail, IsTheAverageByArea) {
   }
 }
 
-TEST(Thumbnail, OfAGrayImageHasAGrayRamp) {
-  const TestImage page = ImageBuilder(1, 400, 300).Pixels(Noise(2, 1)).Build();
-  const Image small = Thumbnail(page.get(), 40, 40);
-  EXPECT_EQ(omb_DIBBitCount(small.get()), 8);
-  EXPECT_TRUE(Picture(small.get()).GrayRamp());
-}
-
 }  // namespace
 }  // namespace omb

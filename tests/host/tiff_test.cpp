@@ -200,28 +200,6 @@ TEST(TiffFile, EveryOrientation) {
   }
 }
 
-TEST(TiffFile, BlackAndWhitePagesAreWrittenAsFaxes) {
-  const struct {
-    std::vector<uint32_t> colors;
-    int photometric, compression;
-  } cases[] = {{{0x000000, 0xFFFFFF}, PHOTOMETRIC_MINISBLACK, COMPRESSION_CCITTFAX4},
-               {{0xFFFFFF, 0x000000}, PHOTOMETRIC_MINISWHITE, COMPRESSION_CCITTFAX4},
-               {{0x000080, 0xFFFFFF}, PHOTOMETRIC_PALETTE, COMPRESSION_LZW}};
-  for (const auto& c : cases) {
-    const Directory directory;
-    const std::filesystem::path path = directory / "x.tif";
-    const TestImage image = ImageBuilder(1, 9, 9).Colors(c.colors).Build();
-    omb::WriteImage(path, omb::Format::kTiff, image.get());
-    TIFF* tiff = TIFFOpen(path.c_str(), "r");
-    uint16_t photometric = 99, compression = 0;
-    TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &photometric);
-    TIFFGetField(tiff, TIFFTAG_COMPRESSION, &compression);
-    TIFFClose(tiff);
-    EXPECT_EQ(photometric, c.photometric);
-    EXPECT_EQ(compression, c.compression);
-  }
-}
-
 TEST(TiffFile, DamagedFilesAreRefusedOrRead) {
   ExpectSafe(TiffFile{PHOTOMETRIC_MINISWHITE, 1, 1, COMPRESSION_CCITTFAX4, true}.Bytes(), 4);
   ExpectSafe(TiffFile{PHOTOMETRIC_RGB, 8, 3, COMPRESSION_LZW, false, true}.Bytes(), 4);

@@ -99,6 +99,10 @@ TEST(ChannelHistogram, SizesAreCutTo16Bits) {
     EXPECT_EQ(image.Color(0), bits == 24 ? 0x102030u : GrayOf(0x102030) * 0x010101);
     EXPECT_EQ(image.Color(1), 0x405060u);
   }
+  // The same when there is no color 0 either: a biClrUsed of 65,536 is a table of 0 entries.
+  TestImage bare = ImageBuilder(8, 5, -3).Colors({}).Field(32, 65536).Build();
+  EXPECT_EQ(omb_getchannelhistogram(bare.get(), counted.data(), 4), 1);
+  EXPECT_EQ(counted[0], 5 * 65533);
   // Products beyond a counter's range wrap, and must not take time.
   TestImage huge = ImageBuilder(24, -1, -1).Build();
   EXPECT_EQ(omb_getchannelhistogram(huge.get(), counted.data(), 1), 1);

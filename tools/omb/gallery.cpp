@@ -1,4 +1,5 @@
 // omb gallery: a page that shows every step on each input.
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
@@ -12,6 +13,7 @@
 #include "errors.h"
 #include "files/files.h"
 #include "files/long_path.h"
+#include "files/pixels_out.h"
 #include "files/temporary_file.h"
 #include "gallery_page.h"
 #include "progress.h"
@@ -26,6 +28,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int kThumbnailWidth = 480, kThumbnailHeight = 680;
+constexpr int kDetailWidth = 180, kDetailHeight = 120;
 
 std::string Base64(const std::string& bytes) {
   static const char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -139,14 +142,45 @@ std::string TimedRun(const std::string& step, Image& image) {
   return TimeOf(std::chrono::steady_clock::now() - start);
 }
 
-Exhibit Try(const Step& step, const PackedDib* input, const std::string& file,
-            const fs::path& directory) {
+// The piece of the image that has most to show: the one with the largest differences between
+// neighbours.
+OmbRect DetailOf(const PackedDib* dib) {
+  const Picture picture(dib);
+  const int width = std::min(kDetailWidth, picture.width());
+  const int height = std::min(kDetailHeight, picture.height());
+  const int columns = picture.width() / width, rows = picture.height() / height;
+  std::vector<int64_t> contrast(static_cast<size_t>(columns) * static_cast<size_t>(rows));
+  std::vector<uint8_t> bgr(3 * static_cast<size_t>(picture.width()));
+  for (int y = 0; y < rows * height; ++y) {
+    picture.ColorRow(y, bgr.data());
+    for (int x = 1; x < columns * width; ++x) {
+      const auto green = 3 * static_cast<size_t>(x) + 1;
+      contrast[static_cast<size_t>(y / height * columns + x / width)] +=
+          std::abs(bgr[green] - bgr[green - 3]);
+    }
+  }
+  const auto best = std::max_element(contrast.begin(), contrast.end()) - contrast.begin();
+  const int left = static_cast<int>(best) % columns * width;
+  const int top = static_cast<int>(best) / columns * height;
+  return {left, top, left + width - 1, top + height - 1};
+}
+
+// A piece of the image in its full size; of 16 and 32 bits in 24.
+Image Piece(const PackedDib* dib, const OmbRect& rectangle) {
+  PackedDib* piece = Copy(dib).release();
+  const bool done = omb_transformat(&piece) != 0 && omb_crop(&piece, &rectangle) != 0;
+  Image image(piece);
+  if (!done) throw std::bad_alloc();
+  return image;
+}
+
+// `text` is the step with arguments.
+Exhibit Try(const Step& step, const std::string& text, const PackedDib* input,
+            const OmbRect& detail, const std::string& file, const fs::path& directory) {
   Exhibit exhibit;
   exhibit.step = step.name;
   exhibit.family = step.family;
   exhibit.summary = step.summary;
-  const std::string arguments = step.example ? step.example(input) : "";
-  const std::string text = step.name + (arguments.empty() ? "" : "=" + arguments);
   const std::string command = "omb apply " + Quoted(Utf8(file)) + " out.png ";
   exhibit.command = command + Quoted(text);
   Image image = Copy(input);
@@ -166,9 +200,13 @@ Exhibit Try(const Step& step, const PackedDib* input, const std::string& file,
     }
   }
   if (!exhibit.refusal.empty()) return exhibit;
-  exhibit.after = Show(image.get(), directory);
-  exhibit.same_size = omb_DIBWidth(input) == omb_DIBWidth(image.get()) &&
-                      omb_DIBHeight(input) == omb_DIBHeight(image.get());
+  if (SizeOf(input) != SizeOf(image.get())) {
+    exhibit.frame = Exhibit::Frame::kResized;
+  } else if (step.IsFine()) {
+    exhibit.frame = Exhibit::Frame::kDetail;
+  }
+  const bool whole = exhibit.frame != Exhibit::Frame::kDetail;
+  exhibit.after = Show(whole ? image.get() : Piece(image.get(), detail).get(), directory);
   exhibit.remark = RemarkOn(input, image.get());
   return exhibit;
 }
@@ -179,8 +217,15 @@ Room RoomOf(const std::string& file, const PackedDib* input, const fs::path& dir
   room.name = Utf8(PathOf(file).filename());
   room.facts = SizeOf(input) + ", " + DepthOf(input);
   room.before = Show(input, directory);
+  const OmbRect detail = DetailOf(input);
+  room.detail = Show(Piece(input, detail).get(), directory);
   for (const Step* step : AllSteps()) {
-    room.exhibits.push_back(Try(*step, input, file, directory));
+    const std::vector<std::string> calls = step->ExampleCalls(input);
+    for (const std::string& call : calls) {
+      room.exhibits.push_back(Try(*step, call, input, detail, file, directory));
+      // Several pictures of a step are told apart by its arguments.
+      if (calls.size() > 1) room.exhibits.back().step = call;
+    }
     progress.Advance(room.name + " " + step->name);
   }
   return room;
@@ -202,10 +247,6 @@ int Gallery(const std::vector<std::string>& words) {
   if (words.size() < 2)
     throw UsageError("gallery: INPUT and DIR are needed", "usage: omb gallery INPUT... DIR\n");
   const fs::path directory = PathOf(words.back());
-  std::error_code error;
-  fs::create_directories(LongPath(directory), error);
-  if (error) throw std::runtime_error(words.back() + ": " + error.message());
-
   std::vector<Room> rooms;
   {
     const std::vector<std::string> files(words.begin(), words.end() - 1);
@@ -215,6 +256,9 @@ int Gallery(const std::vector<std::string>& words) {
         const Image input = ReadImage(PathOf(file), [&](const std::string& remark) {
           progress.Say("omb: " + file + ": " + remark);
         });
+        std::error_code error;
+        fs::create_directories(LongPath(directory), error);
+        if (error) throw std::runtime_error(words.back() + ": " + error.message());
         rooms.push_back(RoomOf(file, input.get(), directory, progress));
       } catch (const FileError& file_error) {
         throw std::runtime_error(file + ": " + file_error.what());

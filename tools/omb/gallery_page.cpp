@@ -14,22 +14,29 @@ std::string Picture(const Shown& shown, const std::string& alt) {
          "\" height=\"" + std::to_string(shown.height) + "\" alt=\"" + Escaped(alt) + "\">";
 }
 
-// A picture of the input's size lies under the input, which a slider uncovers; one of another size
-// has the input in its corner.
 void WriteFrame(std::ostream& out, const Exhibit& exhibit) {
   if (!exhibit.refusal.empty()) {
     out << "<div class=\"frame refused\"><p>" << Escaped(exhibit.refusal) << "</p></div>\n";
     return;
   }
-  const std::string after = Picture(exhibit.after, "after " + exhibit.step);
-  if (exhibit.same_size) {
-    out << "<div class=\"frame split\">" << after
-        << "<div class=\"before\"></div><input type=\"range\" value=\"50\" aria-label=\"how much "
-           "of "
-           "the input to show\"></div>\n";
-  } else {
-    out << "<div class=\"frame inset\">" << after << "<div class=\"before\"></div></div>\n";
+  const bool resized = exhibit.frame == Exhibit::Frame::kResized;
+  const bool detail = exhibit.frame == Exhibit::Frame::kDetail;
+  out << "<div class=\"frame "
+      << (resized  ? "inset"
+          : detail ? "split detail"
+                   : "split")
+      << "\">" << Picture(exhibit.after, "after " + exhibit.step) << "<div class=\"before\"></div>";
+  if (!resized) {
+    out << "<input type=\"range\" value=\"50\" aria-label=\"how much of the input to show\">";
   }
+  out << "</div>\n";
+}
+
+// The picture as the style finds it.
+void WriteStyle(std::ostream& out, const char* selector, const std::string& id,
+                const Shown& shown) {
+  out << "#" << id << selector << "{--before:url(" << shown.data_uri << ");--shape:" << shown.width
+      << "/" << shown.height << "}";
 }
 
 void WriteExhibit(std::ostream& out, const Exhibit& exhibit) {
@@ -56,10 +63,11 @@ std::vector<std::pair<std::string, std::string>> FamiliesOf(const Room& room,
 }
 
 void WriteRoom(std::ostream& out, const Room& room, const std::string& id) {
-  // The input's picture stands in the page once, however many exhibits show it.
-  out << "<style>#" << id << "{--before:url(" << room.before.data_uri
-      << ");--shape:" << room.before.width << "/" << room.before.height
-      << "}</style>\n<section id=\"" << id << "\">\n<header>" << Picture(room.before, room.name)
+  // The input's pictures stand in the page once, however many exhibits show them.
+  out << "<style>";
+  WriteStyle(out, "", id, room.before);
+  WriteStyle(out, " .detail", id, room.detail);
+  out << "</style>\n<section id=\"" << id << "\">\n<header>" << Picture(room.before, room.name)
       << "<div><h2>" << Escaped(room.name) << "</h2><p>" << Escaped(room.facts) << "</p><p>";
   const auto families = FamiliesOf(room, id);
   for (const auto& [family, anchor] : families) {

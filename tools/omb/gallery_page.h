@@ -19,13 +19,19 @@ struct Exhibit {
   std::string time;     // "1.8 ms"
   std::string remark;   // "nothing changes in this image"
   std::string refusal;  // why there is no picture; empty when there is one
+  enum class Frame {
+    kWhole,    // lies under the input, which a slider uncovers
+    kDetail,   // the same with the room's detail of it
+    kResized,  // has the input in its corner
+  };
+  Frame frame = Frame::kWhole;
   Shown after;
-  bool same_size = true;  // as the input
 };
 
 struct Room {
   std::string name, facts;  // "photo.jpg", "1920 x 1080 pixels, 24 bits"
   Shown before;
+  Shown detail;                   // a piece of the input, pixel by pixel
   std::vector<Exhibit> exhibits;  // those of a family in a row
 };
 

@@ -64,6 +64,7 @@ article > :not(.frame) { margin-left: 1rem; margin-right: 1rem; }
 }
 .split input { position: absolute; inset: 0; width: 100%; height: 100%; margin: 0; opacity: 0; cursor: ew-resize; touch-action: pan-y; }
 .split:focus-within, pre:focus-visible { outline: 2px solid var(--accent); outline-offset: -2px; }
+.detail img, .detail .before { image-rendering: pixelated; }
 .inset .before {
   position: absolute; left: 3.5%; bottom: 5%; width: 30%; aspect-ratio: var(--shape); border-radius: 4px;
   outline: 2px solid #fff; box-shadow: 0 2px 10px #0008; background-color: #fff; transition: opacity .2s;
@@ -71,7 +72,7 @@ article > :not(.frame) { margin-left: 1rem; margin-right: 1rem; }
 .inset:hover .before { opacity: 0; }
 .refused { display: grid; place-items: center; background: none; border-bottom: 1px dashed var(--line); }
 .refused p { margin: 1rem; color: var(--soft); font-size: .9rem; text-align: center; }
-h4 { margin: .8rem 0 0; font-size: 1.05rem; display: flex; justify-content: space-between; align-items: baseline; gap: 1rem; }
+h4 { margin: .8rem 0 0; font-size: 1.05rem; display: flex; justify-content: space-between; align-items: baseline; gap: 1rem; overflow-wrap: anywhere; }
 h4 span { font-weight: 400; font-size: .85rem; color: var(--soft); font-variant-numeric: tabular-nums; white-space: nowrap; }
 article p { margin-top: .15rem; margin-bottom: .6rem; font-size: .9rem; color: var(--soft); }
 pre {
@@ -87,8 +88,8 @@ footer { padding: 2rem; text-align: center; color: var(--soft); font-size: .85re
 <header>
 <h1>Ombrilo gallery</h1>
 <p>Every step on each image: the input on the left, the result on the right. Move across a picture to
-compare the two; where the size changes, the input is the small picture in the corner. The time is
-that of the library's call on the full-size image.</p>
+compare the two; where the size changes, the input is the small picture in the corner, and what is
+fine is shown on a detail. The time is that of the library's call on the full-size image.</p>
 </header>
 )html";
 

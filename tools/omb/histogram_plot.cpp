@@ -20,7 +20,7 @@ std::vector<uint64_t> Bars(const Histogram& histogram, size_t bars) {
 
 std::string Statistics(const Histogram& histogram) {
   char text[128];
-  std::snprintf(text, sizeof text, "mean %.1f   median %d   min %d   max %d", histogram.mean(),
+  std::snprintf(text, sizeof text, "mean %.1f, median %d, min %d, max %d", histogram.mean(),
                 histogram.median(), histogram.minimum(), histogram.maximum());
   return text;
 }
@@ -214,10 +214,7 @@ std::string SvgPlot(const std::vector<Histogram>& histograms, const std::string&
            "\" width=\"12\" height=\"12\" rx=\"2\" fill=\"" + DrawingColor(histogram.channel) +
            "\"/>\n";
     svg += Label(kLeft + 20, y, "start", histogram.name());
-    svg +=
-        "<g xml:space=\"preserve\">" +
-        Label(kLeft + 76, y, "start", Statistics(histogram) + (note.empty() ? "" : "   " + note)) +
-        "</g>\n";
+    svg += Label(kLeft + 76, y, "start", Statistics(histogram) + (note.empty() ? "" : "; " + note));
     y += 24;
   }
   return svg + "</svg>\n";

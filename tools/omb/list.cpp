@@ -1,34 +1,43 @@
 // omb list: the steps there are.
-#include <algorithm>
 #include <cstdio>
 
 #include "commands.h"
-#include "errors.h"
+#include "steps/kernels.h"
 #include "steps/steps.h"
+#include "terminal.h"
 
 namespace omb {
 
 namespace {
 
 void ListAll() {
-  const std::vector<const Step*> steps = AllSteps();
-  size_t width = 0;
-  for (const Step* step : steps) width = std::max(width, step->Usage().size());
-  width = std::min<size_t>(width, 36);
+  constexpr int kWidth = 36;
   std::string family;
-  for (const Step* step : steps) {
+  for (const Step* step : AllSteps()) {
     if (step->family != family) {
       std::printf("%s%s\n", family.empty() ? "" : "\n", step->family);
       family = step->family;
     }
-    std::printf("  %-*s  %s\n", static_cast<int>(width), step->Usage().c_str(), step->summary);
+    const std::string usage = step->Usage();
+    std::printf("  %-*s", kWidth, usage.c_str());
+    if (usage.size() > kWidth) std::printf("\n  %-*s", kWidth, "");
+    std::printf("  %s\n", step->summary);
   }
-  std::printf("\n'omb list STEP' tells more about a step.\n");
+  std::printf("\n'omb list STEP' tells more about a step, 'omb list kernels' draws the kernels.\n");
 }
 
 void ListOne(const Step& step) {
   std::printf("%s: %s\n\n%s", step.name, step.summary, step.Help().c_str());
   std::printf("depths: %s bits per pixel\nfamily: %s\n", step.DepthList().c_str(), step.family);
+}
+
+void ListKernels() {
+  const int columns = TerminalWidth(stdout);
+  if (columns > 0) PrepareTerminal();
+  std::printf(
+      "Kernels as they lie on the picture, with their numbers and names; [ ] is the pixel that\n"
+      "receives the result. Squares are shapes without weights, for morph.\n\n%s",
+      DrawKernels(columns > 0 ? columns : 100).c_str());
 }
 
 }  // namespace
@@ -38,11 +47,11 @@ int List(const std::string& name) {
     ListAll();
     return 0;
   }
-  const Step* step = FindStep(name);
-  if (step == nullptr) {
-    throw UsageError("there is no step '" + name + "'", "'omb list' shows the steps there are\n");
+  if (name == "kernels") {
+    ListKernels();
+    return 0;
   }
-  ListOne(*step);
+  ListOne(StepNamed(name));
   return 0;
 }
 

@@ -23,8 +23,9 @@ constexpr const char* kMoreHelp = "'omb --help' tells how to use it\n";
 
 constexpr const char* kExamples =
     "Examples:\n"
-    "  omb apply scan.png page.bmp invert crop=10,10,200,300\n"
-    "  omb apply --out-dir small --format jpg *.png -- invert\n"
+    "  omb apply scan.png page.bmp crop=10,10,200,300 enhancepage=median,3x3 binary\n"
+    "  omb apply --out-dir small --format jpg *.png -- scale=50% 'kernel=unsharp 3x3'\n"
+    "  omb histogram photo.jpg --channel gray\n"
     "  omb histogram photo.jpg -o plot.svg\n"
     "  omb gallery photo.jpg pages/   then open pages/index.html\n"
     "\n"
@@ -100,8 +101,9 @@ int Main(std::vector<std::string> words) {
   info->add_option("FILE", files)->required();
 
   std::string step;
-  CLI::App* list =
-      AddCommand(app, "list", "Show the steps there are, or all about one", "list [STEP]");
+  CLI::App* list = AddCommand(app, "list", "Show the steps there are, or all about one",
+                              "list [STEP | kernels]");
+  list->footer("'omb list kernels' draws the built-in kernels and shapes.\n");
   list->add_option("STEP", step);
 
   omb::HistogramOptions histogram_options;
@@ -111,7 +113,7 @@ int Main(std::vector<std::string> words) {
   histogram->add_option("FILE", histogram_options.file)->required();
   histogram->add_option("--channel", histogram_options.channel, "red, green, blue or gray")
       ->option_text("CHANNEL")
-      ->check(CLI::IsMember({"red", "green", "blue", "gray"}));
+      ->transform(CLI::IsMember({"red", "green", "blue", "gray"}, CLI::ignore_case));
   histogram
       ->add_option("-o,--output", histogram_options.output,
                    "An SVG file instead of a plot in the terminal")
@@ -125,6 +127,10 @@ int Main(std::vector<std::string> words) {
   app.footer(kExamples);  // here, or the commands above would take it over
 
   if (words.empty()) throw omb::UsageError("a command is needed", app.help());
+  if (words[0] == "help") {
+    words.erase(words.begin());
+    words.push_back("--help");
+  }
   const bool is_option = words[0].starts_with('-');
   const auto named = [&](const CLI::App* command) { return command->get_name() == words[0]; };
   if (!is_option && app.get_subcommands(named).empty()) {

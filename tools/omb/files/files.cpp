@@ -162,12 +162,14 @@ Image DecodeImage(Bytes file, const Remark& remark) try {
 }
 
 Image ReadImage(const fs::path& path, const Remark& remark) try {
+  if (path == "-") throw FileError("standard input is not read; name a file");
   return DecodeImage(ReadBytes(path), remark);
 } catch (const std::bad_alloc&) {
   throw FileError("there is not enough memory to read it");
 }
 
 void WriteImage(const fs::path& path, Format format, const PackedDib* dib) try {
+  if (path == "-") throw FileError("standard output is not written to; name a file");
   TemporaryFile file(path);
   CodecOf(format).write(dib, file.stream());
   file.Commit();

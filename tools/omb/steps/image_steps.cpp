@@ -10,10 +10,8 @@ bool InvertStep(Image& image, const Arguments&) { return omb_invert(image.get())
 
 bool TransformatStep(Image& image, const Arguments&) { return Replace(image, omb_transformat); }
 
-// A rectangle with inclusive edges, refused with a reason when the library would refuse it.
-void CheckRectangle(const PackedDib* dib, int64_t left, int64_t top, int64_t right,
-                    int64_t bottom) {
-  if (right < left || bottom < top) throw StepError("the rectangle is empty");
+// Refuses, with a reason, a rectangle that the library would refuse; by its last column and row.
+void CheckRectangle(const PackedDib* dib, int64_t right, int64_t bottom) {
   if (right >= omb_DIBWidth(dib) || bottom >= omb_DIBHeight(dib)) {
     throw StepError("the rectangle reaches column " + std::to_string(right) + " and row " +
                     std::to_string(bottom) + ", but the image has " +
@@ -22,17 +20,24 @@ void CheckRectangle(const PackedDib* dib, int64_t left, int64_t top, int64_t rig
   }
 }
 
+const char* CropConflict(const Arguments& arguments) {
+  const bool empty =
+      arguments.Integer(2) < arguments.Integer(0) || arguments.Integer(3) < arguments.Integer(1);
+  return empty ? "the rectangle is empty: right and bottom are the last column and row kept"
+               : nullptr;
+}
+
 bool CropStep(Image& image, const Arguments& arguments) {
   const OmbRect rectangle = {arguments.Integer(0), arguments.Integer(1), arguments.Integer(2),
                              arguments.Integer(3)};
-  CheckRectangle(image.get(), rectangle.left, rectangle.top, rectangle.right, rectangle.bottom);
+  CheckRectangle(image.get(), rectangle.right, rectangle.bottom);
   return Replace(image, [&](PackedDib** dib) { return omb_crop(dib, &rectangle); });
 }
 
 bool CpydibrectStep(Image& image, const Arguments& arguments) {
   const int32_t x = arguments.Integer(0);
   const uint32_t y = arguments.Unsigned(1), w = arguments.Unsigned(2), h = arguments.Unsigned(3);
-  CheckRectangle(image.get(), x, y, int64_t{x} + w - 1, int64_t{y} + h - 1);
+  CheckRectangle(image.get(), int64_t{x} + w - 1, int64_t{y} + h - 1);
   const uintptr_t copy = omb_cpydibrect(image.get(), x, y, w, h);
   if (copy == 0) return false;
   image.reset(reinterpret_cast<PackedDib*>(copy));
@@ -40,16 +45,16 @@ bool CpydibrectStep(Image& image, const Arguments& arguments) {
 }
 
 // The middle of the picture, half as wide and high.
-std::string MiddleEdges(const PackedDib* dib) {
+std::vector<std::string> MiddleEdges(const PackedDib* dib) {
   const uint32_t w = omb_DIBWidth(dib), h = omb_DIBHeight(dib);
-  return std::to_string(w / 4) + "," + std::to_string(h / 4) + "," + std::to_string(w - 1 - w / 4) +
-         "," + std::to_string(h - 1 - h / 4);
+  return {std::to_string(w / 4) + "," + std::to_string(h / 4) + "," +
+          std::to_string(w - 1 - w / 4) + "," + std::to_string(h - 1 - h / 4)};
 }
 
 // The top left quarter.
-std::string CornerPiece(const PackedDib* dib) {
-  return "0,0," + std::to_string((omb_DIBWidth(dib) + 1) / 2) + "," +
-         std::to_string((omb_DIBHeight(dib) + 1) / 2);
+std::vector<std::string> CornerPiece(const PackedDib* dib) {
+  return {"0,0," + std::to_string((omb_DIBWidth(dib) + 1) / 2) + "," +
+          std::to_string((omb_DIBHeight(dib) + 1) / 2)};
 }
 
 constexpr const char* kFamily = "Whole images";
@@ -74,7 +79,9 @@ std::span<const Step> ImageSteps() {
         Whole("top", "first row kept, from 0 at the top", 0), Whole("right", "last column kept", 0),
         Whole("bottom", "last row kept", 0)},
        MiddleEdges,
-       CropStep},
+       CropStep,
+       nullptr,
+       CropConflict},
       {"cpydibrect",
        kFamily,
        "Cut down to a rectangle, given by its corner and size",

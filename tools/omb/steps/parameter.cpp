@@ -7,14 +7,14 @@
 
 namespace omb {
 
-namespace {
-
 std::string Lowercase(std::string text) {
   for (char& c : text) {
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   }
   return text;
 }
+
+namespace {
 
 // The number that the whole text is. A plus sign is welcome: brightness +20.
 template <class Number, class... Base>

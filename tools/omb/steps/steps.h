@@ -18,27 +18,41 @@ struct Step {
   const char* summary;      // one line
   std::vector<int> depths;  // bits per pixel that the step is for; it is not tried on others
   std::vector<Parameter> parameters;
-  // Arguments that show the step well on an image, for the gallery: "10,10,200,300". Left out where
-  // the step needs none.
-  std::function<std::string(const PackedDib*)> example;
+  // Arguments that show the step well on an image, for the gallery: "10,10,200,300". One picture
+  // for each; left out where the step takes none.
+  std::function<std::vector<std::string>(const PackedDib*)> examples;
   // Runs the step. False when the library refused; throws StepError where the reason is known. The
   // image is unchanged then.
   bool (*run)(Image& image, const Arguments& arguments);
-  // A step without arguments that brings images to where this one takes them, for the gallery.
+  // What brings images to where this step takes them: "gray". For hints and the gallery.
   const char* before = nullptr;
+  // Why arguments that are right one by one do not go together; null when they do.
+  const char* (*conflict)(const Arguments& arguments) = nullptr;
+  // What else a person should know; null when nothing.
+  const char* note = nullptr;
 
-  // "crop=left,top,right,bottom"; arguments that can be left out stand in brackets.
+  // "crop=left,top,right,bottom"; from the bracket on, arguments can be left out.
   std::string Usage() const;
   // The usage, and a line on each parameter.
   std::string Help() const;
   // "1, 4, 8 and 24".
   std::string DepthList() const;
   bool TakesDepth(int bits) const;
+  // Whether what the step does is too fine for a reduced picture.
+  bool IsFine() const;
+  // The step as it is written with each of its examples: "crop=10,10,200,300". At least one.
+  std::vector<std::string> ExampleCalls(const PackedDib* dib) const;
 };
 
-// For steps whose example does not depend on the image.
-inline std::function<std::string(const PackedDib*)> Always(const char* arguments) {
-  return [=](const PackedDib*) { return std::string(arguments); };
+// The note of steps that take the bytes of 8-bit images as values.
+inline constexpr const char* kGrayAtEightBits =
+    "At 8 bits the pixel values are filtered, not their colors: right for gray images. "
+    "Bring colors to 24 bits with neuquant=24 first.";
+
+// For steps whose examples do not depend on the image.
+inline std::function<std::vector<std::string>(const PackedDib*)> Always(
+    std::vector<std::string> arguments) {
+  return [=](const PackedDib*) { return arguments; };
 }
 
 // For steps that replace the image: [&](PackedDib** dib) { return omb_crop(dib, &rectangle); }
@@ -54,10 +68,17 @@ bool Replace(Image& image, Operation operation) {
 std::span<const Step> ImageSteps();
 std::span<const Step> ToneSteps();
 std::span<const Step> GeometrySteps();
+std::span<const Step> FilterSteps();
+std::span<const Step> MorphologySteps();
+std::span<const Step> PageSteps();
+std::span<const Step> QuantizeSteps();
 
 // All steps, in the order in which they are listed.
 std::vector<const Step*> AllSteps();
-const Step* FindStep(const std::string& name);  // null when there is none
+// Whatever the case; null when there is none.
+const Step* FindStep(const std::string& name);
+// Throws UsageError, with names that may have been meant, when there is none.
+const Step& StepNamed(const std::string& name);
 
 // A step with its arguments: "crop=10,10,200,300" understood.
 struct Call {

@@ -1,0 +1,391 @@
+#include "support/every_export.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <type_traits>
+
+#include "core/bytes.h"
+#include "core/packed_dib.h"
+
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
+namespace ombrilo::test {
+
+namespace {
+
+constexpr uint32_t kFar[] = {0,          1,       0xFFFFFFFF, 0x80000000, 0x7FFFFFFF, 0x40000000,
+                             0xFFFF,     0x10000, 0x8000,     0x7FFF,     255,        256,
+                             0xFFFF0001, 0x101,   0x55555555, 0xFFFFFF00};
+
+// Functions that take nothing but the image.
+template <auto kFunction>
+uint64_t Alone(PackedDib** image, Draw&, Digest&) {
+  constexpr bool kReplaces = std::is_invocable_v<decltype(kFunction), PackedDib**>;
+  const auto call = [&] {
+    if constexpr (kReplaces) return kFunction(image);
+    if constexpr (!kReplaces) return kFunction(*image);
+  };
+  if constexpr (std::is_void_v<decltype(call())>) {
+    call();
+    return 1;
+  } else {
+    return static_cast<uint64_t>(call());
+  }
+}
+
+uint64_t FindDIBBits(PackedDib** image, Draw&, Digest& digest) {
+  const uint8_t* rows = omb_FindDIBBits(*image);
+  if (rows != nullptr) {
+    digest.Add(static_cast<uint64_t>(rows - reinterpret_cast<const uint8_t*>(*image)));
+  }
+  return rows != nullptr;
+}
+
+uint64_t CreateDIBPalette(PackedDib** image, Draw&, Digest& digest) {
+  const uintptr_t palette = omb_CreateDIBPalette(*image);
+  if (palette == 0) return 0;
+#ifdef _WIN32
+  const HPALETTE handle = reinterpret_cast<HPALETTE>(palette);
+  std::array<uint8_t, 65536 * 4> entries;
+  digest.Add(
+      entries.data(),
+      4 * GetPaletteEntries(handle, 0, 65535, reinterpret_cast<PALETTEENTRY*>(entries.data())));
+  DeleteObject(handle);
+#else
+  auto* bytes = reinterpret_cast<uint8_t*>(palette);
+  digest.Add(bytes + 4, size_t{4} * LoadU16(bytes + 2));
+  std::free(bytes);
+#endif
+  return 1;
+}
+
+uint64_t Crop(PackedDib** image, Draw& draw, Digest&) {
+  const int32_t width = std::max(1, static_cast<int32_t>(omb_DIBWidth(*image)));
+  const int32_t height = std::max(1, static_cast<int32_t>(omb_DIBHeight(*image)));
+  OmbRect rectangle;
+  rectangle.left = draw.Whole(0, width - 1);
+  rectangle.top = draw.Whole(0, height - 1);
+  rectangle.right = draw.Whole(rectangle.left, std::max(rectangle.left, width - 1));
+  rectangle.bottom = draw.Whole(rectangle.top, std::max(rectangle.top, height - 1));
+  return omb_crop(image, &rectangle);
+}
+
+uint64_t Copy(PackedDib** image, Draw& draw, Digest& digest) {
+  const int32_t width = std::max(1, static_cast<int32_t>(omb_DIBWidth(*image)));
+  const int32_t height = std::max(1, static_cast<int32_t>(omb_DIBHeight(*image)));
+  const int32_t x = draw.Whole(0, width - 1), y = draw.Whole(0, height - 1);
+  const int32_t w = draw.Whole(0, width - 1 - std::clamp(x, 0, width - 1));
+  const int32_t h = draw.Whole(0, height - 1 - std::clamp(y, 0, height - 1));
+  TestImage piece(reinterpret_cast<PackedDib*>(omb_cpydibrect(
+      *image, x, static_cast<uint32_t>(y), static_cast<uint32_t>(w), static_cast<uint32_t>(h))));
+  if (!OverlapsItself(*image)) digest.AddImage(piece.get());
+  return piece.get() != nullptr;
+}
+
+uint64_t NewDib(PackedDib**, Draw& draw, Digest& digest) {
+  constexpr uint16_t kDepths[] = {1, 4, 8, 16, 24, 32};
+  const uint16_t depth = kDepths[draw.Byte() % 6];
+  const int32_t width = draw.Whole(1, 50);
+  // One side is small, lest every other call fills gigabytes.
+  PackedDib* dib = omb_newdib(width, width > 50 ? 1 + draw.Byte() % 4 : draw.Whole(1, 50), depth);
+  if (dib != nullptr && omb_DIBWidth(dib) <= 50 && omb_DIBHeight(dib) <= 50) digest.AddImage(dib);
+  const bool made = dib != nullptr;
+  omb_freedib(dib);
+  return made;
+}
+
+uint64_t Histogram(PackedDib** image, Draw& draw, Digest& digest) {
+  std::array<int32_t, 256> counters;
+  counters.fill(-1);
+  const int32_t result = omb_getchannelhistogram(*image, counters.data(), draw.Whole(1, 4));
+  digest.Add(counters.data(), sizeof counters);
+  return static_cast<uint64_t>(result);
+}
+
+uint64_t Pseudocolor(PackedDib** image, Draw& draw, Digest&) {
+  // As many entries as a header can announce.
+  std::vector<uint8_t> table(size_t{4} * 65536);
+  for (uint8_t step = draw.Byte(), value = 0; uint8_t & byte : table) byte = value += step;
+  return omb_pseudocolor(*image, table.data());
+}
+
+template <auto kFunction>
+uint64_t Levels(PackedDib** image, Draw& draw, Digest&) {
+  const double low = draw.Real(0, 0.3);
+  return kFunction(*image, low, draw.Real(0.7, 1));
+}
+
+uint64_t Scale(PackedDib** image, Draw& draw, Digest&) {
+  int32_t width = draw.Whole(0, 90), height = draw.Whole(0, 90);
+  // Sizes that are refused; those in between only take long.
+  if (width > 90) width = std::numeric_limits<int32_t>::min() + draw.Byte();
+  if (height > 90) height = std::numeric_limits<int32_t>::max() - draw.Byte();
+  if (height > 90 && width > 0) width += 32;
+  return omb_scale(image, static_cast<uint32_t>(width), static_cast<uint32_t>(height),
+                   static_cast<uint32_t>(draw.Whole(1, 3)));
+}
+
+uint64_t Rotate(PackedDib** image, Draw& draw, Digest&) {
+  constexpr float kTurns[] = {90, 180, 270, -90, 45, 360, 450, 0.02f};
+  const uint8_t choice = draw.Byte();
+  const float degrees = choice < 8 ? kTurns[choice] : static_cast<float>(draw.Real(-400, 400));
+  // A long thin image would become a huge square.
+  if (omb_DIBWidth(*image) > 2000 || omb_DIBHeight(*image) > 2000) return 0;
+  return omb_rotate(image, degrees, static_cast<uint32_t>(draw.Whole(1, 3)));
+}
+
+// A built-in record, or one with drawn offsets.
+std::unique_ptr<KERNAL, decltype(&omb_destroyKERNAL)> DrawKernal(Draw& draw) {
+  const int32_t index = draw.Whole(0, 60);
+  if (index != 60) {
+    const KERNAL* built_in = omb_getKERNAL(static_cast<uint32_t>(index) % 45);
+    return {omb_cloneKERNAL(built_in), omb_destroyKERNAL};
+  }
+  const int32_t count = draw.Byte() % 60;
+  const int32_t width = draw.Whole(1, 9), height = draw.Whole(1, 9);
+  const int32_t anchor_x = draw.Whole(0, std::max(width, 1) - 1);
+  const int32_t anchor_y = draw.Whole(0, std::max(height, 1) - 1);
+  KERNAL* kernal =
+      omb_newKERNAL(width, height, anchor_x, anchor_y, count, draw.Whole(-20, 20), "drawn");
+  for (int32_t i = 0; kernal != nullptr && i < count; ++i) {
+    kernal->offsets[2 * i] = draw.Whole(0, 8) - 4;
+    kernal->offsets[2 * i + 1] = draw.Whole(0, 8) - 4;
+    kernal->weights[i] = draw.Whole(-30, 30);
+  }
+  return {kernal, omb_destroyKERNAL};
+}
+
+uint64_t Records(PackedDib**, Draw& draw, Digest& digest) {
+  const auto kernal = DrawKernal(draw);
+  KERNAL record;
+  omb_zeroKERNAL(&record);
+  digest.Add(&record.count, sizeof record.count);
+  if (kernal == nullptr) return 0;
+  const auto count = static_cast<size_t>(kernal->count);
+  digest.Add(kernal->offsets, 2 * count * sizeof *kernal->offsets);
+  digest.Add(kernal->weights, count * sizeof *kernal->weights);
+  digest.Add(kernal->name, std::strlen(kernal->name));
+  return 1;
+}
+
+// Few passes: each takes its time.
+int32_t DrawPasses(Draw& draw) { return std::min(draw.Whole(0, 3), 3); }
+
+uint64_t ConvoluteKernal(PackedDib** image, Draw& draw, Digest&) {
+  const auto kernal = DrawKernal(draw);
+  const int32_t passes = DrawPasses(draw);
+  return static_cast<uint64_t>(omb_DoConvoluteDIB(*image, kernal.get(), passes, draw.Whole(0, 20)));
+}
+
+uint64_t MorphKernal(PackedDib** image, Draw& draw, Digest&) {
+  const auto kernal = DrawKernal(draw);
+  const int32_t bits = draw.Byte() % 4 != 0 ? omb_DIBBitCount(*image) : draw.Whole(8, 24);
+  const int32_t op = draw.Whole(0, 3);
+  return static_cast<uint64_t>(
+      omb_DoKernalMorphDIB(*image, bits, op, kernal.get(), DrawPasses(draw)));
+}
+
+uint64_t EnhancePage(PackedDib** image, Draw& draw, Digest&) {
+  const int32_t size = draw.Whole(0, 2), passes = DrawPasses(draw), strength = draw.Whole(0, 20);
+  const int32_t percentile = draw.Whole(0, 100), mode = draw.Whole(0, 8);
+  return static_cast<uint64_t>(omb_EnhancePage(*image, size, passes, strength, draw.Whole(0, 9),
+                                               percentile, mode, draw.Whole(0, 3),
+                                               draw.Whole(0, 9)));
+}
+
+uint64_t EdgePage(PackedDib** image, Draw& draw, Digest&) {
+  const int32_t size = draw.Whole(0, 2), passes = DrawPasses(draw), strength = draw.Whole(0, 20);
+  return static_cast<uint64_t>(omb_EdgePage(*image, size, passes, strength, draw.Whole(0, 6)));
+}
+
+// Functions of an image and one whole number.
+template <auto kFunction, int32_t kLow, int32_t kHigh>
+uint64_t With(PackedDib** image, Draw& draw, Digest&) {
+  constexpr bool kReplaces = std::is_invocable_v<decltype(kFunction), PackedDib**, int32_t>;
+  const int32_t number = draw.Whole(kLow, kHigh);
+  const auto call = [&] {
+    if constexpr (kReplaces) return kFunction(image, number);
+    if constexpr (!kReplaces) return kFunction(*image, number);
+  };
+  if constexpr (std::is_void_v<decltype(call())>) {
+    call();
+    return 1;
+  } else {
+    return static_cast<uint64_t>(call());
+  }
+}
+
+constexpr Export kExports[] = {
+    {"omb_DIBWidth", Alone<omb_DIBWidth>},
+    {"omb_DIBHeight", Alone<omb_DIBHeight>},
+    {"omb_DIBBitCount", Alone<omb_DIBBitCount>},
+    {"omb_DIBNumColors", Alone<omb_DIBNumColors>},
+    {"omb_PaletteSize", Alone<omb_PaletteSize>},
+    {"omb_FindDIBBits", FindDIBBits},
+    {"omb_BytesPerLine", Alone<omb_BytesPerLine>},
+    {"omb_newdib, omb_freedib", NewDib},
+    {"omb_invert", Alone<omb_invert>},
+    {"omb_CreateDIBPalette", CreateDIBPalette},
+    {"omb_transformat", Alone<omb_transformat>},
+    {"omb_crop", Crop},
+    {"omb_cpydibrect", Copy},
+    {"omb_iscolorful", Alone<omb_iscolorful>},
+    {"omb_can_gray", Alone<omb_can_gray>},
+    {"omb_can_filtersheet", Alone<omb_can_filtersheet>},
+    {"omb_can_pseudocolor", Alone<omb_can_pseudocolor>},
+    {"omb_can_balance", Alone<omb_can_balance>},
+    {"omb_autoclr", [](PackedDib**, Draw&, Digest&) { return uint64_t(omb_autoclr()); }},
+    {"omb_getchannelhistogram", Histogram},
+    {"omb_brightnesscontrast",
+     [](PackedDib** image, Draw& draw, Digest&) -> uint64_t {
+       const int32_t brightness = draw.Whole(-130, 130);
+       return omb_brightnesscontrast(*image, brightness, draw.Whole(-130, 130));
+     }},
+    {"omb_gammacorrection",
+     [](PackedDib** image, Draw& draw, Digest&) -> uint64_t {
+       return omb_gammacorrection(*image, draw.Real(0.1, 4));
+     }},
+    {"omb_autolevel", Levels<omb_autolevel>},
+    {"omb_autocontrast", Levels<omb_autocontrast>},
+    {"omb_gray", Alone<omb_gray>},
+    {"omb_pseudocolor", Pseudocolor},
+    {"omb_autothreshold", Alone<omb_autothreshold>},
+    {"omb_binary", With<omb_binary, 0, 255>},
+    {"omb_filtercolor", With<omb_filtercolor, 1, 3>},
+    {"omb_extractcolor", With<omb_extractcolor, 1, 3>},
+    {"omb_adjustghms",
+     [](PackedDib** image, Draw& draw, Digest&) -> uint64_t {
+       const int32_t highlights = draw.Whole(-100, 100), shadows = draw.Whole(-100, 100);
+       return omb_adjustghms(*image, highlights, shadows, draw.Whole(-100, 100));
+     }},
+    {"omb_scale", Scale},
+    {"omb_rotate", Rotate},
+    {"omb_fliphor", Alone<omb_fliphor>},
+    {"omb_flipvert", Alone<omb_flipvert>},
+    {"omb_newKERNAL, omb_cloneKERNAL, omb_zeroKERNAL, omb_destroyKERNAL, omb_getKERNAL", Records},
+    {"omb_convolute", With<omb_convolute, 1, 39>},
+    {"omb_DoConvoluteDIB", ConvoluteKernal},
+    {"omb_emboss",
+     [](PackedDib** image, Draw& draw, Digest&) -> uint64_t {
+       const auto direction = static_cast<uint32_t>(draw.Whole(0, 27));
+       return omb_emboss(*image, direction, static_cast<uint32_t>(draw.Whole(0, 0xFFFF)) * 199);
+     }},
+    {"omb_sobel", Alone<omb_sobel>},
+    {"omb_medianblur", Alone<omb_medianblur>},
+    {"omb_dilate", Alone<omb_dilate>},
+    {"omb_erode", Alone<omb_erode>},
+    {"omb_mathopen", Alone<omb_mathopen>},
+    {"omb_mathclose", Alone<omb_mathclose>},
+    {"omb_denoise", Alone<omb_denoise>},
+    {"omb_pickedge", Alone<omb_pickedge>},
+    {"omb_gradientize", Alone<omb_gradientize>},
+    {"omb_opencompose", Alone<omb_opencompose>},
+    {"omb_tophat", Alone<omb_tophat>},
+    {"omb_DoKernalMorphDIB", MorphKernal},
+    {"omb_EnhancePage", EnhancePage},
+    {"omb_EdgePage", EdgePage},
+    {"omb_neuquant",
+     [](PackedDib** image, Draw& draw, Digest&) -> uint64_t {
+       constexpr int32_t kBits[] = {1, 4, 8, 24, 2};
+       return static_cast<uint64_t>(omb_neuquant(image, kBits[draw.Byte() % 5]));
+     }},
+    {"omb_dither",
+     [](PackedDib** image, Draw& draw, Digest&) -> uint64_t {
+       constexpr int32_t kBits[] = {1, 2, 4, 8, 24};
+       return static_cast<uint64_t>(omb_dither(image, kBits[draw.Byte() % 5]));
+     }},
+};
+
+}  // namespace
+
+uint8_t Draw::Byte() {
+  if (bytes_.empty()) return 0;
+  const uint8_t byte = bytes_.front();
+  bytes_ = bytes_.subspan(1);
+  return byte;
+}
+
+int32_t Draw::Whole(int32_t low, int32_t high) {
+  if (values_ == kAny && Byte() % 8 == 7) {
+    return static_cast<int32_t>(kFar[Byte() % std::size(kFar)]);
+  }
+  const int64_t range = int64_t{high} - low + 1;
+  return static_cast<int32_t>(low + (Byte() | (range > 256 ? Byte() << 8 : 0)) % range);
+}
+
+double Draw::Real(double low, double high) {
+  if (values_ == kAny && Byte() % 8 == 7) {
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    constexpr double kFarReals[] = {0,     -0.0,      1e300, -1e300,     1e-300,
+                                    -1e-9, kInfinity, 3e9,   -kInfinity, NAN};
+    return kFarReals[Byte() % std::size(kFarReals)];
+  }
+  return low + (high - low) * Byte() / 255;
+}
+
+void Digest::Add(const void* bytes, size_t count) {
+  for (size_t i = 0; i < count; ++i) {
+    value_ = (value_ ^ static_cast<const uint8_t*>(bytes)[i]) * 0x100000001B3u;
+  }
+}
+
+void Digest::AddImage(const PackedDib* dib) {
+  const auto view = DibView::Open(dib);
+  if (view) Add(view->block(), view->extent());
+  Add(uint64_t{view.has_value()});
+}
+
+bool OverlapsItself(const PackedDib* dib) {
+  return dib != nullptr && DibHeader::Read(dib).header_size < kCoreHeaderSize;
+}
+
+std::span<const Export> EveryExport() { return kExports; }
+
+TestImage HostileImage(Draw& draw) {
+  constexpr uint32_t kSizeFields[] = {40, 40, 40, 12, 12, 64, 108, 16, 0, 41};
+  constexpr uint16_t kDepths[] = {1, 4, 8, 24, 1, 4, 8, 24, 16, 32, 2, 0, 3, 48, 0xFFFF};
+  std::array<uint8_t, kInfoHeaderSize> header{};
+  const uint8_t kind = draw.Byte();
+  StoreU32(header.data(), kind < 250 ? kSizeFields[kind % std::size(kSizeFields)]
+                                     : static_cast<uint32_t>(draw.Whole(0, 200)));
+  const auto width = static_cast<uint32_t>(draw.Whole(0, 70));
+  const auto height = static_cast<uint32_t>(draw.Whole(0, 40));
+  const auto planes = static_cast<uint16_t>(draw.Byte() % 4 != 3 ? 1 : draw.Whole(0, 3));
+  const uint16_t depth = kDepths[draw.Byte() % std::size(kDepths)];
+  if (DibHeader::Read(reinterpret_cast<const PackedDib*>(header.data())).core) {
+    StoreU16(&header[kCoreWidth], static_cast<uint16_t>(width));
+    StoreU16(&header[kCoreHeight], static_cast<uint16_t>(height));
+    StoreU16(&header[kCoreHeight + 2], planes);
+    StoreU16(&header[kCoreBitCount], depth);
+  } else {
+    StoreU32(&header[kInfoWidth], width);
+    StoreU32(&header[kInfoHeight], height);
+    StoreU16(&header[kInfoPlanes], planes);
+    StoreU16(&header[kInfoBitCount], depth);
+    StoreU32(&header[kInfoCompression], draw.Byte() % 4);
+    StoreU32(&header[kInfoSizeImage], static_cast<uint32_t>(draw.Whole(0, 9)));
+    StoreU32(&header[kInfoClrUsed],
+             draw.Byte() % 4 != 3 ? 0 : static_cast<uint32_t>(draw.Whole(0, 300)));
+  }
+  const DibHeader read = DibHeader::Read(reinterpret_cast<const PackedDib*>(header.data()));
+  const size_t extent = read.Extent().value_or(read.fields_size());
+  if (extent > 65536) return TestImage();
+  auto* block = static_cast<uint8_t*>(std::malloc(extent));
+  // The given bytes, then some that follow from the last.
+  uint32_t filler = draw.Byte();
+  for (size_t i = 0; i < extent; ++i) {
+    filler = filler * 1664525 + 1013904223;
+    block[i] = draw.empty() ? static_cast<uint8_t>(filler >> 24) : draw.Byte();
+  }
+  std::copy_n(header.data(), std::min(extent, read.fields_size()), block);
+  return TestImage(reinterpret_cast<PackedDib*>(block));
+}
+
+}  // namespace ombrilo::test

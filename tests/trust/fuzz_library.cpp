@@ -1,0 +1,39 @@
+#include "trust/fuzz_library.h"
+
+#include "core/packed_dib.h"
+#include "rows/row_functions.h"
+#include "support/every_export.h"
+
+namespace ombrilo::test {
+
+namespace {
+
+// Images that grew from call to call would only take time.
+bool IsSmall(const PackedDib* dib) {
+  const auto view = DibView::Open(dib);
+  return !view || (view->extent() < 1 << 20 && int64_t{view->width()} * view->height() < 1 << 20);
+}
+
+}  // namespace
+
+void FuzzLibrary(std::span<const uint8_t> bytes) {
+  Draw draw(bytes, Draw::kAny);
+  const rows::RowFunctions* const* level = rows::Supported();
+  for (int wider = draw.Byte() % 3; wider > 0 && level[1] != nullptr; --wider) ++level;
+  rows::Use(*level);
+  // The operations come before the image, whose bytes may take all that is left.
+  const uint8_t choices[] = {draw.Byte(), draw.Byte(), draw.Byte()};
+  TestImage image = HostileImage(draw);
+  for (const uint8_t choice : choices) {
+    if (image.get() == nullptr || !IsSmall(image.get())) break;
+    const bool overlaps = OverlapsItself(image.get());
+    Digest digest;
+    EveryExport()[choice % EveryExport().size()].call(image.ref(), draw, digest);
+    if (overlaps) break;
+    // Reads the result to its end: it must be as long as its header says.
+    digest.AddImage(image.get());
+  }
+  rows::Use(nullptr);
+}
+
+}  // namespace ombrilo::test

@@ -1,0 +1,111 @@
+// What failing memory, hostile headers and threads do to every export.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
+
+#include "support/every_export.h"
+#include "support/failing_memory.h"
+#include "trust/fuzz_library.h"
+
+namespace ombrilo::test {
+namespace {
+
+std::vector<uint8_t> RandomBytes(uint32_t seed, size_t count) {
+  std::vector<uint8_t> bytes(count);
+  for (uint8_t& byte : bytes)
+    byte = static_cast<uint8_t>((seed = seed * 1664525 + 1013904223) >> 24);
+  return bytes;
+}
+
+TestImage SmallImage(int depth, bool core) {
+  ImageBuilder builder(depth, 21, 13);
+  if (core) builder.CoreHeader();
+  if (depth <= 8) builder.Colors(VariedColors(1 << depth, 5));
+  return builder.Pixels(Noise(1u << std::min(depth, 24), 7)).Build();
+}
+
+struct Outcome {
+  uint64_t result, digest;
+  std::vector<uint8_t> image;
+  bool operator==(const Outcome&) const = default;
+};
+
+// With the `failing`-th allocation failing, if that is not 0.
+Outcome Call(const Export& operation, TestImage& image, const std::vector<uint8_t>& bytes,
+             int failing = 0, bool* failed = nullptr) {
+  Draw draw(bytes, Draw::kMeant);
+  Digest digest;
+  uint64_t result;
+  if (failed == nullptr) {
+    result = operation.call(image.ref(), draw, digest);
+  } else {
+    MemoryWatch watch(failing);
+    result = operation.call(image.ref(), draw, digest);
+    watch.Stop();
+    *failed = watch.failed();
+    EXPECT_EQ(watch.still_held(), 0) << operation.name << ", allocation " << failing;
+  }
+  return {result, digest.value(), image.Bytes()};
+}
+
+TEST(Safety, FailedAllocationsChangeNothingAndLeakNothing) {
+  for (const int depth : {1, 4, 8, 16, 24, 32}) {
+    for (const bool core : {false, true}) {
+      for (const Export& operation : EveryExport()) {
+        const TestImage image = SmallImage(depth, core);
+        const std::vector<uint8_t> bytes = RandomBytes(2, 400);
+        TestImage done = image.Clone();
+        const Outcome success = Call(operation, done, bytes);
+        // Expanding to 24 bits is a step of its own, which may have been done.
+        const bool may_expand = std::string(operation.name) == "omb_neuquant" && depth <= 8;
+        bool failed = true;
+        for (int n = 1; failed; ++n) {
+          TestImage copy = image.Clone();
+          const Outcome outcome = Call(operation, copy, bytes, n, &failed);
+          if (!failed || outcome == success) continue;
+          EXPECT_EQ(outcome.image == image.Bytes() || (may_expand && copy.bit_count() == 24), true)
+              << operation.name << ", " << depth << " bits, allocation " << n;
+          // Functions without a result count as 1.
+          EXPECT_TRUE(outcome.result == 0 || outcome.result == success.result) << operation.name;
+        }
+      }
+    }
+  }
+}
+
+TEST(Safety, FourThreadsGetWhatOneGets) {
+  const auto all = [] {
+    std::vector<Outcome> outcomes;
+    for (const int depth : {1, 8, 24, 32}) {
+      for (const Export& operation : EveryExport()) {
+        TestImage image = SmallImage(depth, false);
+        outcomes.push_back(Call(operation, image, RandomBytes(3, 400)));
+      }
+    }
+    return outcomes;
+  };
+  const std::vector<Outcome> expected = all();
+  std::vector<Outcome> outcomes[4];
+  {
+    std::vector<std::jthread> threads;
+    for (auto& own : outcomes) threads.emplace_back([&] { own = all(); });
+  }
+  for (const auto& own : outcomes) EXPECT_TRUE(own == expected);
+}
+
+// Under the address sanitizer this finds what leaves a block, with the undefined-behaviour
+// sanitizer what overflows.
+TEST(Safety, HostileImagesAndParametersDoNoHarm) {
+  for (const auto& file : std::filesystem::directory_iterator(OMBRILO_SEEDS "/library")) {
+    std::ifstream stream(file.path(), std::ios::binary);
+    const std::vector<char> bytes{std::istreambuf_iterator<char>(stream), {}};
+    FuzzLibrary({reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()});
+  }
+  for (uint32_t seed = 0; seed < 6000; ++seed) FuzzLibrary(RandomBytes(seed * 77 + 1, 200));
+}
+
+}  // namespace
+}  // namespace ombrilo::test

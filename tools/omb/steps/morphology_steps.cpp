@@ -1,0 +1,64 @@
+// Steps on shapes: dilation, erosion and what is made of them.
+#include "steps/kernels.h"
+#include "steps/steps.h"
+
+namespace omb {
+
+namespace {
+
+template <auto kOperation>
+bool InPlace(Image& image, const Arguments&) {
+  kOperation(image.get());
+  return true;
+}
+
+bool MorphStep(Image& image, const Arguments& arguments) {
+  return omb_DoKernalMorphDIB(image.get(), omb_DIBBitCount(image.get()), arguments.Integer(0),
+                              FindKernel(arguments.Text(1)), arguments.Integer(2)) != 0;
+}
+
+bool IsKernel(const std::string& text) { return FindKernel(text) != nullptr; }
+
+constexpr const char* kFamily = "Morphology";
+
+Step Simple(const char* name, const char* summary, bool (*run)(Image&, const Arguments&)) {
+  return {name, kFamily, summary, {1, 4, 8, 24}, {}, {}, run};
+}
+
+Step TrueColorOnly(const char* name, const char* summary, bool (*run)(Image&, const Arguments&)) {
+  return {name, kFamily, summary, {24}, {}, {}, run, "neuquant=24"};
+}
+
+}  // namespace
+
+std::span<const Step> MorphologySteps() {
+  static const Step steps[] = {
+      Simple("dilate", "Grow what is light: the maximum of 3 x 3 pixels", InPlace<omb_dilate>),
+      Simple("erode", "Grow what is dark: the minimum of 3 x 3 pixels", InPlace<omb_erode>),
+      Simple("mathopen", "Opening: remove light detail smaller than 3 x 3", InPlace<omb_mathopen>),
+      Simple("mathclose", "Closing: remove dark detail smaller than 3 x 3", InPlace<omb_mathclose>),
+      Simple("denoise", "Opening, then closing: remove specks of both kinds", InPlace<omb_denoise>),
+      Simple("pickedge", "Inner edges: the image minus its erosion", InPlace<omb_pickedge>),
+      Simple("gradientize", "The dilation, by another name", InPlace<omb_gradientize>),
+      TrueColorOnly("opencompose", "The opening plus the erosion: lighter and softer",
+                    InPlace<omb_opencompose>),
+      TrueColorOnly("tophat", "Light detail smaller than 3 x 3, on black", InPlace<omb_tophat>),
+      {"morph",
+       kFamily,
+       "Erosion, dilation, opening or closing with any shape",
+       {8, 24},
+       {Choice("operation", "what to do", {{"erode", 0}, {"dilate", 1}, {"open", 2}, {"close", 3}}),
+        Text("shape", "of the neighbourhood",
+             "a shape such as 'Circle 5x5', or its number ('omb list kernels' draws them)",
+             IsKernel),
+        Whole("iterations", "how often", 1, 1000).Preset("1")},
+       Always({"close,Circle 5x5", "erode,Row 7x1", "open,Circle 3x3,2"}),
+       MorphStep,
+       "neuquant=24",
+       nullptr,
+       kGrayAtEightBits},
+  };
+  return steps;
+}
+
+}  // namespace omb
