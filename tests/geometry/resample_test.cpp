@@ -8,7 +8,6 @@
 
 #include "geometry/resampling.h"
 #include "rows/row_functions.h"
-#include "support/failing_memory.h"
 #include "support/image.h"
 
 namespace ombrilo::test {
@@ -382,15 +381,6 @@ TEST(Rotate, Refusals) {
   EXPECT_EQ(image.get(), address);
   TestImage line = Make({1, false, GrayRamp(2)}, 1 << 20, 1);
   EXPECT_EQ(omb_rotate(line.ref(), 45, 1), 0u) << "68 GB";
-}
-
-TEST(Resampling, RefusesWithoutMemory) {
-  for (const Kind& kind : {Kind{24, false, {}}, Kind{8, true, VariedColors(256, 3)}}) {
-    const auto make = [&] { return Make(kind, 9, 8); };
-    ExpectRefusalWithoutMemory(make, [](PackedDib** i) { return omb_scale(i, 20, 5, 3); });
-    ExpectRefusalWithoutMemory(make, [](PackedDib** i) { return omb_rotate(i, 20, 3); });
-    ExpectRefusalWithoutMemory(make, [](PackedDib** i) { return omb_rotate(i, 90, 3); });
-  }
 }
 
 }  // namespace

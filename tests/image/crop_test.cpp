@@ -3,7 +3,6 @@
 #include <cstring>
 
 #include "core/packed_dib.h"
-#include "support/failing_memory.h"
 #include "support/image.h"
 
 namespace ombrilo::test {
@@ -127,20 +126,6 @@ TEST(CopyRectangle, EmptyPiecesAreHeaderAndTable) {
   const TestImage narrow(reinterpret_cast<PackedDib*>(omb_cpydibrect(image.get(), 21, 0, 0, 3)));
   ASSERT_NE(narrow.get(), nullptr);
   EXPECT_EQ(narrow.height(), 3);
-}
-
-TEST(Crop, RefusesWithoutMemory) {
-  for (const uint32_t size_field : {40u, 12u}) {
-    const auto make = [=] { return Source(4, size_field); };
-    ExpectRefusalWithoutMemory(make, [](PackedDib** image) {
-      const OmbRect rect = {1, 1, 5, 3};
-      return uintptr_t{omb_crop(image, &rect)};
-    });
-    ExpectRefusalWithoutMemory(make, [](PackedDib** image) {
-      TestImage piece(reinterpret_cast<PackedDib*>(omb_cpydibrect(*image, 1, 1, 5, 3)));
-      return reinterpret_cast<uintptr_t>(piece.get());
-    });
-  }
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "core/bytes.h"
-#include "support/failing_memory.h"
 #include "support/image.h"
 
 namespace ombrilo::test {
@@ -130,10 +129,6 @@ TEST(Transformat, ImagesWithoutRows) {
     EXPECT_EQ(image.height(), height);
     EXPECT_EQ(image.Bytes().size(), 40u);
   }
-}
-
-TEST(Transformat, RefusesWithoutMemory) {
-  ExpectRefusalWithoutMemory([] { return ImageBuilder(16, 3, 2).Build(); }, omb_transformat);
 }
 
 }  // namespace

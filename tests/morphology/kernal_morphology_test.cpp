@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "support/failing_memory.h"
 #include "support/kernals.h"
 #include "support/naive.h"
 
@@ -161,11 +160,6 @@ TEST(KernalMorphology, RefusalsAndNothingToDo) {
   EXPECT_EQ(omb_DoKernalMorphDIB(image.get(), 24, 1, outside.get(), 1), 1);
   EXPECT_EQ(image.Bytes(), before);
   EXPECT_EQ(omb_DoKernalMorphDIB(image.get(), 24, 1, element, INT32_MAX), 1);  // comes to rest
-  ExpectRefusalWithoutMemory(
-      [] { return Patches(8, 12, 12); },
-      [](PackedDib** dib) {
-        return uintptr_t(omb_DoKernalMorphDIB(*dib, 8, 2, omb_getKERNAL(21), 2));
-      });
 }
 
 }  // namespace

@@ -10,7 +10,6 @@
 #include "core/neighbourhood.h"
 #include "morphology/kernal.h"
 #include "rows/row_functions.h"
-#include "support/failing_memory.h"
 #include "support/image.h"
 
 namespace ombrilo::test {
@@ -225,19 +224,6 @@ TEST(EdgePage, RootsAreTruncatedExactly) {
         ASSERT_EQ(result[static_cast<size_t>(a)], Root(a, b) & 255) << a << ", " << b;
       }
     }
-  }
-}
-
-TEST(PageFilters, ChangeNothingWithoutMemory) {
-  const auto make = [] { return ImageBuilder(24, 20, 12).Pixels(Noise(1u << 24, 6)).Build(); };
-  for (const int mode : {2, 5, 7, 8}) {
-    ExpectRefusalWithoutMemory(make, [=](PackedDib** image) {
-      return omb_EnhancePage(*image, 1, 2, 10, 0, 30, mode, 0, 0) != 0;
-    });
-  }
-  for (const int mode : {0, 1, 2, 3}) {
-    ExpectRefusalWithoutMemory(
-        make, [=](PackedDib** image) { return omb_EdgePage(*image, 1, 2, 10, mode) != 0; });
   }
 }
 

@@ -5,7 +5,6 @@
 #include <cstring>
 
 #include "rows/row_functions.h"
-#include "support/failing_memory.h"
 
 namespace ombrilo::test {
 
@@ -120,15 +119,6 @@ void ExpectAtEveryLevel(const TestImage& image, const std::vector<uint8_t>& expe
     EXPECT_EQ(copy.Bytes(), expected);
   }
   rows::Use(nullptr);
-}
-
-void ExpectNoChangeWithoutMemory(const std::function<TestImage()>& make,
-                                 const std::function<void(PackedDib*)>& operation) {
-  const std::vector<uint8_t> before = make().Bytes();
-  ExpectRefusalWithoutMemory(make, [&](PackedDib** image) -> uintptr_t {
-    operation(*image);
-    return std::memcmp(*image, before.data(), before.size()) != 0;
-  });
 }
 
 }  // namespace ombrilo::test

@@ -39,9 +39,4 @@ void ForVariedImages(const std::function<void(const TestImage&)>& test);
 void ExpectAtEveryLevel(const TestImage& image, const std::vector<uint8_t>& expected,
                         const std::function<void(PackedDib*)>& operation);
 
-// ExpectRefusalWithoutMemory for operations without a result: with all memory they change the
-// image.
-void ExpectNoChangeWithoutMemory(const std::function<TestImage()>& make,
-                                 const std::function<void(PackedDib*)>& operation);
-
 }  // namespace ombrilo::test

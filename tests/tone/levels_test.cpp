@@ -4,7 +4,6 @@
 #include <array>
 #include <cmath>
 
-#include "support/failing_memory.h"
 #include "support/image.h"
 
 namespace ombrilo::test {
@@ -175,11 +174,6 @@ TEST(Levels, AutoContrastMapsPixelsOfIndexedImagesToTheKeptTable) {
     EXPECT_EQ(omb_autocontrast(image.get(), 0.02, high), 1u);
     EXPECT_EQ(image.Bytes(), expected) << shape.size_field << " " << shape.bits;
   }
-  ExpectRefusalWithoutMemory(
-      [] {
-        return Build({40, 8, 256});
-      },
-      [](PackedDib** image) { return omb_autocontrast(*image, 0.01, 0.9); });
 }
 
 TEST(Levels, RefusalsAndImagesWithoutRows) {

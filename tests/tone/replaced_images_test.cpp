@@ -1,7 +1,6 @@
 // omb_gray, omb_extractcolor and omb_binary: the new block and its pixels.
 #include <gtest/gtest.h>
 
-#include "support/failing_memory.h"
 #include "support/image.h"
 
 namespace ombrilo::test {
@@ -116,17 +115,6 @@ TEST(ReplacedImages, RefusalsLeaveTheImage) {
       EXPECT_EQ(conversion.call(image.ref()), 0u);
       EXPECT_EQ(image.get(), address);
       EXPECT_EQ(image.Bytes(), before);
-    }
-    for (const int bits : {1, 4, 8, 24}) {
-      if (bits != 24 && conversion.bit_count == 8) continue;  // these allocate nothing
-      ExpectRefusalWithoutMemory(
-          [=] { return ImageBuilder(bits, 33, 3).Pixels(Noise(2, 1)).Build(); },
-          [&](PackedDib** image) {
-            conversion.call(image);
-            const int colors_used = reinterpret_cast<const uint8_t*>(*image)[32];
-            return uintptr_t{omb_DIBBitCount(*image) == conversion.bit_count &&
-                             colors_used == (conversion.bit_count == 1 ? 2 : 0)};
-          });
     }
   }
 }
