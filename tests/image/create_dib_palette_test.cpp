@@ -72,7 +72,6 @@ TEST(CreateDIBPalette, EntriesPastTheBlockAreBlack) {
 }
 
 TEST(CreateDIBPalette, NothingToMakeAPaletteOf) {
-  EXPECT_EQ(omb_CreateDIBPalette(nullptr), 0u);
   EXPECT_EQ(omb_CreateDIBPalette(ImageBuilder(24, 1, 1).Build().get()), 0u);
   EXPECT_EQ(omb_CreateDIBPalette(ImageBuilder(8, 1, 1).Field(32, 0x10000).Build().get()), 0u);
   EXPECT_EQ(omb_CreateDIBPalette(ImageBuilder(24, 1, 1).CoreHeader().Build().get()), 0u);
