@@ -856,6 +856,63 @@ OMB_API int32_t omb_dither(PackedDib** image, int32_t bits);
 
 /** @} */
 
+/** @defgroup gdi Windows bitmaps and windows
+ * These exist in Windows builds alone. Handles are Windows' own: HBITMAP is `struct HBITMAP__*`,
+ * and so on, so that this header does without Windows' headers. The system's gdi32 and user32 are
+ * loaded by the first call; where there is no desktop, the result is 0.
+ * @{ */
+
+#if defined(_WIN32)
+
+struct HBITMAP__;
+struct HPALETTE__;
+struct HWND__;
+
+/**
+ * Copies a device bitmap to a new image with an information header: 1 bit for device bitmaps of
+ * 1 bit per pixel, 4 bits for up to 4, 8 bits for up to 8, otherwise 24. The colors of the table
+ * are those that GetDIBits() gives; biSizeImage is the size of the rows.
+ *
+ * For a short time a bitmap of more than 8 bits takes 64 MiB more than the image.
+ *
+ * @param bitmap  an HBITMAP, not selected into a device context
+ * @param palette an HPALETTE that gives meaning to the pixels of palette devices; null for the
+ *                default palette
+ * @return the address of the new image, which the caller releases; 0 for null, for what is no
+ *         bitmap, when GetDIBits() fails (the block it was given stays allocated then) and when
+ *         memory runs out
+ */
+OMB_API uintptr_t omb_bmtodib(struct HBITMAP__* bitmap, struct HPALETTE__* palette);
+
+/**
+ * Makes a DIB section of an image: a bitmap that GDI draws, with the image's header and pixels. At
+ * up to 8 bits it gets the full 2, 16 or 256 colors from behind the header, whatever biClrUsed
+ * says; what lies past the block counts as black.
+ *
+ * Of every row, as many bytes count as planes x width x bits per pixel give; with 1 plane, as it
+ * should be, that is all of them.
+ *
+ * @param dib an image with an information header, of any depth that CreateDIBSection() takes
+ * @return an HBITMAP, which the caller deletes with DeleteObject(); null for null, for a core
+ *         header, for an image without pixels and when the section cannot be created
+ */
+OMB_API struct HBITMAP__* omb_DIBToDIBSection(const PackedDib* dib);
+
+/**
+ * Copies what is on the screen where a window is to a new image, as omb_bmtodib() makes it. Parts
+ * outside the screen are cut off: a window half to the left of it gives its right half.
+ *
+ * @param window   an HWND
+ * @param selector 1 for the whole window, 2 for its client area
+ * @return the address of the new image, which the caller releases; 0 for null, other selectors, a
+ *         rectangle that is empty or not on the screen, and when memory runs out
+ */
+OMB_API uintptr_t omb_CopyWindowToDIB(struct HWND__* window, uint16_t selector);
+
+#endif /* _WIN32 */
+
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

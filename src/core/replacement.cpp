@@ -120,6 +120,17 @@ NewBlock NewBlock::Indexed(const DibView& source, uint16_t bit_count) {
   return WithDepth(source, bit_count, colors, bit_count == 8 ? 0 : colors);
 }
 
+bool NewBlock::Resize(uint64_t size) {
+  if (size == 0 || size > std::numeric_limits<int32_t>::max()) return false;
+  void* moved = std::realloc(bytes_.get(), static_cast<size_t>(size));
+  if (moved == nullptr) return false;
+  (void)bytes_.release();
+  bytes_.reset(static_cast<uint8_t*>(moved));
+  if (size > size_) std::memset(bytes_.get() + size_, 0, static_cast<size_t>(size) - size_);
+  size_ = static_cast<size_t>(size);
+  return true;
+}
+
 void NewBlock::Replace(PackedDib** image) {
   std::free(*image);
   *image = Release();
