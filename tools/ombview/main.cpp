@@ -1,6 +1,6 @@
 // ombview: images in a window, with every operation of Ombrilo in its menus.
 #include <windows.h>
-// After it:
+// The others build on it.
 #include <commctrl.h>
 
 #include <cstdlib>
