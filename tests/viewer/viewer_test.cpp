@@ -269,6 +269,14 @@ LRESULT CALLBACK PaintStripes(HWND window, UINT message, WPARAM wparam, LPARAM l
   return 0;
 }
 
+int OpenMenus() {
+  int count = 0;
+  for (HWND menu = nullptr; (menu = FindWindowExW(nullptr, menu, L"#32768", nullptr)) != nullptr;) {
+    count += IsWindowVisible(menu) ? 1 : 0;
+  }
+  return count;
+}
+
 TEST_F(ViewerTest, CapturesTheWindowThatTheMenuNames) {
   const Viewer& viewer = *viewer_;
   ASSERT_NE(viewer.view(), nullptr);
@@ -281,7 +289,9 @@ TEST_F(ViewerTest, CapturesTheWindowThatTheMenuNames) {
   PumpMessages();
   // The file menu, the list of windows in it, and the topmost one there.
   PostMessageW(viewer.main(), WM_SYSCOMMAND, SC_KEYMENU, 'f');
+  ASSERT_TRUE(WaitFor([] { return OpenMenus() == 1; }));
   PostMessageW(viewer.main(), WM_CHAR, 'c', 0);
+  ASSERT_TRUE(WaitFor([] { return OpenMenus() == 2; }));
   PostMessageW(viewer.main(), WM_KEYDOWN, VK_RETURN, 0);
   EXPECT_TRUE(WaitFor([&] { return TextOf(viewer.main()).starts_with(L"*untitled"); }, 20000));
   const TestImage expected =
