@@ -118,7 +118,8 @@ class ParameterDialog {
       Add(WC_BUTTONW, L"Choose…", WS_TABSTOP, beside, kFirstColorButton + i);
     }
     top_ += kRow + Scaled(2);
-    AddText(CapitalizedFirst(parameter.help) + ": " + parameter.Form(), kControls);
+    const bool listed = parameter.kind == Parameter::Kind::kChoice;
+    AddText(CapitalizedFirst(parameter.help) + (listed ? "" : ": " + parameter.Form()), kControls);
     top_ += kGap;
   }
 
