@@ -21,8 +21,9 @@ void ComparePrepared(const std::string& row, double pixels, std::function<void()
 // The rows of each family.
 void AddGeometryRows();
 void AddImageRows();
-void AddToneRows();
-
 void AddNeighbourhoodRows();
+void AddPageRows();
+void AddQuantizeRows();
+void AddToneRows();
 
 }  // namespace ombrilo::bench

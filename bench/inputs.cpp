@@ -125,4 +125,27 @@ cv::Mat AsMat(PackedDib* image) {
 }
 #endif
 
+#ifdef OMBRILO_HAVE_LEPTONICA
+std::shared_ptr<PIX> AsPix(const PackedDib* image) {
+  const DibView dib = *DibView::Open(image);
+  const int bits = dib.bit_count();
+  std::shared_ptr<PIX> pix(pixCreate(dib.width(), dib.height(), bits == 24 ? 32 : bits),
+                           [](PIX* made) { pixDestroy(&made); });
+  for (int y = 0; y < dib.height(); ++y) {
+    const uint8_t* row = dib.row(y);
+    l_uint32* to = pixGetData(pix.get()) + static_cast<ptrdiff_t>(y) * pixGetWpl(pix.get());
+    for (int x = 0; x < dib.width(); ++x) {
+      if (bits == 24) {
+        composeRGBPixel(row[3 * x + 2], row[3 * x + 1], row[3 * x], to + x);
+      } else if (bits == 8) {
+        SET_DATA_BYTE(to, x, row[x]);
+      } else if ((row[x / 8] >> (7 - x % 8) & 1) != 0) {
+        SET_DATA_BIT(to, x);
+      }
+    }
+  }
+  return pix;
+}
+#endif
+
 }  // namespace ombrilo::bench

@@ -9,6 +9,9 @@
 #ifdef OMBRILO_HAVE_OPENCV
 #include <opencv2/core.hpp>
 #endif
+#ifdef OMBRILO_HAVE_LEPTONICA
+#include <leptonica/allheaders.h>
+#endif
 
 namespace ombrilo::bench {
 
@@ -32,6 +35,10 @@ double Pixels(const PackedDib* dib);
 #ifdef OMBRILO_HAVE_OPENCV
 // The image's rows as a matrix over the same memory, bottom row first (CV_8UC3 or CV_8UC1).
 cv::Mat AsMat(PackedDib* dib);
+#endif
+#ifdef OMBRILO_HAVE_LEPTONICA
+// A copy of the image, bottom row first, of depth 1, 8 (values) or 32.
+std::shared_ptr<PIX> AsPix(const PackedDib* dib);
 #endif
 
 }  // namespace ombrilo::bench

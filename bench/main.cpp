@@ -124,6 +124,8 @@ int main(int argc, char** argv) {
   ombrilo::bench::AddToneRows();
   ombrilo::bench::AddGeometryRows();
   ombrilo::bench::AddNeighbourhoodRows();
+  ombrilo::bench::AddPageRows();
+  ombrilo::bench::AddQuantizeRows();
   ombrilo::bench::Table table;
   benchmark::RunSpecifiedBenchmarks(&table);
   return 0;

@@ -12,9 +12,6 @@
 #ifdef OMBRILO_HAVE_OPENCV
 #include <opencv2/imgproc.hpp>
 #endif
-#ifdef OMBRILO_HAVE_LEPTONICA
-#include <leptonica/allheaders.h>
-#endif
 
 namespace ombrilo::bench {
 
@@ -155,27 +152,6 @@ const Row kRows[] = {
 
 #endif
 
-#ifdef OMBRILO_HAVE_LEPTONICA
-
-struct FreePix {
-  void operator()(PIX* pix) const { pixDestroy(&pix); }
-};
-using Pix = std::unique_ptr<PIX, FreePix>;
-
-Pix AsPix(const PackedDib* image) {
-  const DibView dib = *DibView::Open(image);
-  Pix pix(pixCreate(dib.width(), dib.height(), 1));
-  for (int y = 0; y < dib.height(); ++y) {
-    for (int x = 0; x < dib.width(); ++x) {
-      const bool one = (dib.row(y)[x / 8] >> (7 - x % 8) & 1) != 0;
-      pixSetPixel(pix.get(), x, y, one);
-    }
-  }
-  return pix;
-}
-
-#endif
-
 }  // namespace
 
 void AddNeighbourhoodRows() {
@@ -199,8 +175,7 @@ void AddNeighbourhoodRows() {
     auto mine = std::make_shared<Image>(Copy(Page1()));
     const auto call = [=] { ours(mine->get()); };
 #ifdef OMBRILO_HAVE_LEPTONICA
-    std::shared_ptr<PIX> from(AsPix(Page1()).release(), FreePix());
-    std::shared_ptr<PIX> to(pixCopy(nullptr, from.get()), FreePix());
+    const auto from = AsPix(Page1()), to = AsPix(Page1());
     Compare(std::string(name) + ", 1-bit page", Pixels(Page1()), call, "Leptonica brick 3x3",
             [=] { peer(to.get(), from.get()); });
 #else

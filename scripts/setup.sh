@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that the given groups of work need, asking apt only for those that are
-# missing: scripts/setup.sh build|demo|test|windows|fuzz|bench|format ...
+# missing: scripts/setup.sh build|demo|test|windows|fuzz|bench|quality|format ...
 # With --optional, packages that cannot be had are a message and exit status 3 instead of a failure.
 set -euo pipefail
 
@@ -11,7 +11,8 @@ packages_of() {
     test) echo libgtest-dev clang libclang-rt-14-dev clang-format doxygen git python3 ;;
     windows) echo g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth ;;
     fuzz) echo clang libclang-rt-14-dev ;;
-    bench) echo libbenchmark-dev libopencv-dev libleptonica-dev ;;
+    bench) echo libbenchmark-dev libopencv-dev libleptonica-dev libfreeimage-dev ;;
+    quality) echo lomiri-wallpapers-16.04 ;;
     format) echo clang-format git ;;
     *) echo "setup.sh: unknown group '$1'" >&2; exit 2 ;;
   esac

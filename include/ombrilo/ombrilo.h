@@ -738,7 +738,11 @@ OMB_API int32_t omb_DoKernalMorphDIB(PackedDib* dib, int32_t bits, int32_t op,
 
 /** @defgroup page Page processing
  * Filters for images of pages, in place. Convolutions take omb_DoConvoluteDIB()'s depths and keep
- * its promises; "lopass 3x3" and the like are names of omb_getKERNAL()'s records. @{ */
+ * its promises; "lopass 3x3" and the like are names of omb_getKERNAL()'s records.
+ *
+ * The row length of all of them is ((bit count x planes x width + 31) / 32) x 4 bytes, with bit
+ * count and planes at their information header positions even for a core header; bytes outside the
+ * image count as 0 and are not written. An image without planes does not change. @{ */
 
 /**
  * Smooths, sharpens or rank-filters a page.
@@ -758,8 +762,7 @@ OMB_API int32_t omb_DoKernalMorphDIB(PackedDib* dib, int32_t bits, int32_t op,
  * index (n - 1) x percentile / 100 of the square's sorted values. 24 bits: blue, green and red
  * apart. Other depths: bytes, whatever they hold, as many columns as the image is wide but not
  * beyond the row. A band of 1, 2 or 3 pixels keeps its values. Width and height count in their low
- * 16 bits, and so does the row length, which includes the planes field; with 0 planes nothing
- * changes.
+ * 16 bits, and so does the row length that follows from them.
  *
  * @param dib       the image
  * @param size      0, 1 or 2
@@ -794,7 +797,8 @@ OMB_API int32_t omb_EnhancePage(PackedDib* dib, int32_t size, int32_t p3, int32_
  * 1, 2, 1; the magnitude is limited to 255. A frame of one pixel keeps its values.
  * Roberts cross: x = P(x, y) - P(x + 1, y - 1), y = P(x, y - 1) - P(x + 1, y); of a magnitude of
  * 256 and more the low 8 bits are stored. The first stored row and the last column keep their
- * values. The row length includes the planes field; with 0 planes nothing changes.
+ * values. For both, the width in the row length too is the 32 bits at its information header
+ * position.
  *
  * @param dib  the image
  * @param size 0, 1 or 2 where it counts
@@ -811,18 +815,20 @@ OMB_API int32_t omb_EdgePage(PackedDib* dib, int32_t size, int32_t p3, int32_t p
 /** @defgroup quantize Color quantization
  * Palettes learned from the image by a self-organising network of 2, 4, 16 or 256 neurons (A. H.
  * Dekker, "Kohonen neural networks for optimal colour quantization", 1994) in integer arithmetic.
- * The rows of the 24-bit image, padding included, are sampled as one stream of bytes: length / 30
- * colors, at steps of 499, 491, 487 or 503 pixels, in cycles of a hundredth of the samples each (at
- * least one). A color maps to the entry with the least sum of absolute differences.
+ * The rows of the 24-bit image, padding included, are sampled as one stream of bytes, round and
+ * round: length / 30 colors, at steps of 3 x 499 bytes (491, 487, 503 where it is a multiple
+ * of all before), in cycles of a hundredth of the samples each (at least one). A color maps to the
+ * entry with the least sum of absolute differences.
  * @{ */
 
 /**
  * Reduces an image to a learned palette, or expands an indexed image to 24 bits.
  *
- * An indexed image is replaced by its 24-bit copy first (biClrUsed and biClrImportant 0). For 24
- * bits that is all. For 1, 4 and 8 bits the network learns 2, 16 or 256 colors, which become the
- * color table (biClrUsed their number, biClrImportant 0), and every pixel is mapped to it. All
- * other header fields keep their values.
+ * An indexed image is replaced by its 24-bit copy first (biClrUsed and biClrImportant 0, padding 0;
+ * beyond a short color table, colors are the bytes that follow it). For 24 bits that is all. For 1,
+ * 4 and 8 bits the network learns 2, 16 or 256 colors, which become the color table (biClrUsed
+ * their number, biClrImportant 0), and every pixel is mapped to it. All other header fields keep
+ * their values.
  *
  * @param image the image, replaced; 1, 4, 8 or 24 bits
  * @param bits  bits per pixel of the result: 1, 4, 8 or 24

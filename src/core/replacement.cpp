@@ -96,7 +96,9 @@ NewBlock NewBlock::Resized(const DibView& source, int64_t width, int64_t height,
 
 NewBlock NewBlock::WithDepth(const DibView& source, uint16_t bit_count, uint32_t entries,
                              uint32_t colors_used, uint16_t room) {
+  constexpr int64_t kLimit = std::numeric_limits<int32_t>::max();
   const DibHeader& header = source.header();
+  if (source.pixel_rows() != 0 && int64_t{source.width()} * bit_count + 31 > kLimit) return {};
   const size_t header_bytes = std::max<size_t>(header.header_size, header.fields_size());
   const uint64_t size = uint64_t{header.header_size} + entries * header.table_step() +
                         static_cast<uint64_t>(StrideOf(source.width(), room)) *

@@ -19,19 +19,23 @@ class RankFilter {
   void Begin(const WindowLayout& layout) { step_ = layout.step; }
   void Prepare(uint8_t*) {}
   void Combine(uint8_t* const* rows, size_t first, size_t count, uint8_t* to) {
+    const rows::RowFunctions& functions = rows::Active();
+    if (radius_ <= 2 && rank_ == count_ / 2) {
+      const uint8_t* own[5];
+      for (int32_t dy = 0; dy <= 2 * radius_; ++dy) own[dy] = rows[dy] + first;
+      return functions.median_of_square(own, static_cast<size_t>(2 * radius_ + 1), step_, count,
+                                        to);
+    }
     const uint8_t* from[kMost];
     const uint8_t** next = from;
     for (int32_t dy = 0; dy <= 2 * radius_; ++dy) {
       for (int32_t dx = -radius_; dx <= radius_; ++dx) *next++ = rows[dy] + first + dx * step_;
     }
     const auto samples = static_cast<size_t>(count_);
-    const rows::RowFunctions& functions = rows::Active();
     if (rank_ == 0) {
       functions.min_of(from, samples, count, to);
     } else if (rank_ == count_ - 1) {
       functions.max_of(from, samples, count, to);
-    } else if (count_ == 9 && rank_ == 4) {
-      functions.median9(from, count, to);
     } else {
       functions.rank_of(from, samples, static_cast<size_t>(rank_), count, to);
     }
@@ -50,11 +54,11 @@ class RankFilter {
 int32_t RankOrder(PackedDib* image, int32_t radius, int32_t passes, int32_t percentile) {
   const auto dib = Dib::Open(image);
   if (!dib || percentile < 0 || percentile > 100) return 0;
+  if (PixelRows::WithoutPlanes(*dib)) return 1;
   // Apart from 24 bits, columns are bytes: as many as the image is wide, as far as a row has them.
   const bool color = dib->bit_count() == 24;
   PixelRows rows = PixelRows::WithPlanes(*dib, static_cast<uint16_t>(dib->header().width),
                                          color ? uint16_t{24} : uint16_t{8});
-  if (rows.stride == 0) return 1;  // no planes: rows without bytes
   if (!color) rows.width = static_cast<int32_t>(std::min<size_t>(rows.width, rows.stride));
   if (!rows.Fits(*dib)) return 0;
   if (passes < 1 || rows.width <= 2 * radius || rows.height <= 2 * radius) return 1;

@@ -21,8 +21,8 @@ constexpr int32_t kRadiusPower = 256;
 
 // Steps of a prime number of pixels through the picture: the first whose prime does not divide the
 // picture's length; the last stands for the rest.
-int32_t StepFor(int32_t length) {
-  for (const int32_t prime : {499, 491, 487}) {
+size_t StepFor(size_t length) {
+  for (const size_t prime : {499, 491, 487}) {
     if (length % prime != 0) return 3 * prime;
   }
   return 3 * 503;
@@ -32,16 +32,12 @@ int32_t StepFor(int32_t length) {
 // lie across row ends, and colors change places in each round whose length is no multiple of 3.
 class Sampler {
  public:
-  Sampler(const uint8_t* picture, int32_t length)
+  Sampler(const uint8_t* picture, size_t length)
       : picture_(picture), length_(length), step_(StepFor(length)) {}
 
   void Next(uint8_t* bgr) {
-    if (length_ - position_ >= 3) {
-      std::memcpy(bgr, picture_ + position_, 3);
-    } else {  // what lies past the picture counts as 0
-      for (int32_t c = 0; c < 3; ++c) {
-        bgr[c] = c < length_ - position_ ? picture_[position_ + c] : uint8_t{0};
-      }
+    for (size_t c = 0; c < 3; ++c) {  // what lies past the picture counts as 0
+      bgr[c] = position_ + c < length_ ? picture_[position_ + c] : uint8_t{0};
     }
     position_ += step_;
     while (position_ >= length_) position_ -= length_;
@@ -49,23 +45,22 @@ class Sampler {
 
  private:
   const uint8_t* picture_;
-  int32_t length_;
-  int32_t step_;
-  int32_t position_ = 0;
+  size_t length_;
+  size_t step_;
+  size_t position_ = 0;  // below the length
 };
 
 // The share of its distance from a sample by which a neuron moves, out of 2^18, for the winner and
 // its neighbours on both sides. A winner's own share alpha / 1024 is the same fraction.
 void SetRates(int32_t alpha, int32_t radius, Neurons& neurons) {
-  int32_t reach = radius >> kRadiusShift;
-  if (reach <= 1) reach = 0;
+  const int32_t reach = radius >> kRadiusShift;
   std::memset(neurons.rate, 0, sizeof neurons.rate);
   neurons.rate[Neurons::kMargin] = alpha * kRadiusPower;
   for (int32_t i = 1; i < reach; ++i) {
     const int32_t rate = alpha * ((reach * reach - i * i) * kRadiusPower / (reach * reach));
     neurons.rate[Neurons::kMargin - i] = neurons.rate[Neurons::kMargin + i] = rate;
   }
-  neurons.reach = static_cast<size_t>(reach == 0 ? 0 : reach - 1);
+  neurons.reach = static_cast<size_t>(std::max(reach - 1, 0));
 }
 
 }  // namespace
@@ -81,17 +76,16 @@ void PaletteNetwork::Learn(const DibView& image) {
     }
     neurons.wins[i] = static_cast<uint16_t>(65536 / colors_ - 1);
   }
-  const size_t length = image.stride() * static_cast<size_t>(image.pixel_rows());
-  LearnCycles(image.rows(), static_cast<int32_t>(length));
+  LearnCycles(image.rows(), image.stride() * static_cast<size_t>(image.pixel_rows()));
   TakeColors();
   BuildIndex();
 }
 
-void PaletteNetwork::LearnCycles(const uint8_t* picture, int32_t length) {
+void PaletteNetwork::LearnCycles(const uint8_t* picture, size_t length) {
   constexpr int32_t kRun = 1024;
   uint8_t run[3 * kRun];
   Neurons& neurons = state_[0].neurons;
-  const int32_t samples = length / (3 * kSamplingFactor);
+  const auto samples = static_cast<int32_t>(length / (3 * kSamplingFactor));
   const int32_t cycle = std::max(1, samples / kCycles);
   int32_t alpha = kFirstAlpha;
   int32_t radius = static_cast<int32_t>(colors_ >> 3) << kRadiusShift;
@@ -116,8 +110,13 @@ void PaletteNetwork::TakeColors() {
       const int32_t value = (s.neurons.channel[c][Neurons::kMargin + i] + 8) >> 4;
       s.bgr[i][c] = static_cast<uint8_t>(std::min(value, 255));
     }
-    s.sorted[i] = {s.bgr[i][0], s.bgr[i][1], s.bgr[i][2], static_cast<int32_t>(i)};
+    s.sorted[i] = {s.bgr[i][0], s.bgr[i][1], s.bgr[i][2], static_cast<uint8_t>(i)};
   }
+}
+
+uint8_t* PaletteNetwork::WriteTable(uint8_t* table, size_t step) const {
+  for (uint32_t i = 0; i < colors_; ++i, table += step) std::memcpy(table, state_[0].bgr[i], 3);
+  return table;
 }
 
 // The selection sort is not stable, and the order of equal greens decides ties later.
@@ -143,6 +142,59 @@ void PaletteNetwork::BuildIndex() {
   for (int32_t g = previous + 1; g < 256; ++g) s.start[g] = count - 1;
   // Color 0 is the one color that a zeroed memo slot would answer for: slot 0.
   s.memo[0] = Search(0, 0, 0);
+}
+
+uint8_t PaletteNetwork::FindSlowly(uint8_t blue, uint8_t green, uint8_t red) {
+  State& s = state_[0];
+  Cell& cell = s.cells[red / kCellWidth][green / kCellWidth][blue / kCellWidth];
+  if (cell.asked != kCrowded && ++cell.asked > kPatience) {
+    Gather(cell, {blue & -kCellWidth, green & -kCellWidth, red & -kCellWidth});
+    if (cell.count != 0) return Find(blue, green, red);
+  }
+  const uint32_t color = static_cast<uint32_t>(blue | green << 8 | red << 16);
+  uint32_t& memo = s.memo[(color * 0x9E3779B1u) >> (32 - kMemoBits)];
+  if (memo >> 8 != color) memo = color << 8 | Search(blue, green, red);
+  return static_cast<uint8_t>(memo);
+}
+
+// An entry that is farther than another one from every color of the cell cannot be an answer. The
+// other one is that nearest to the cell's middle. In each channel, the difference between both
+// distances is the greatest at one of the cell's ends.
+void PaletteNetwork::Gather(Cell& cell, const int32_t (&low)[3]) const {
+  const State& s = state_[0];
+  const auto channel = [](const Entry& e, int c) {
+    return int32_t{c == 0 ? e.blue : c == 1 ? e.green : e.red};
+  };
+  const Entry* other = nullptr;
+  int32_t least = INT32_MAX;
+  for (uint32_t i = 0; i < colors_; ++i) {
+    int32_t distance = 0;
+    for (int c = 0; c < 3; ++c) {
+      distance += std::abs(2 * channel(s.sorted[i], c) - (2 * low[c] + kCellWidth - 1));
+    }
+    if (distance < least) {
+      least = distance;
+      other = &s.sorted[i];
+    }
+  }
+  int count = 0;
+  for (uint32_t i = 0; i < colors_; ++i) {
+    int32_t lead = 0;
+    for (int c = 0; c < 3; ++c) {
+      const int32_t high = low[c] + kCellWidth - 1;
+      const int32_t mine = channel(s.sorted[i], c), others = channel(*other, c);
+      lead += std::max(std::abs(others - low[c]) - std::abs(mine - low[c]),
+                       std::abs(others - high) - std::abs(mine - high));
+    }
+    if (lead < 0) continue;
+    if (count == kMost) {
+      cell.asked = kCrowded;
+      return;
+    }
+    cell.position[count++] = static_cast<uint8_t>(i);
+  }
+  std::fill(cell.position + count, cell.position + kMost, cell.position[0]);
+  cell.count = static_cast<uint8_t>(count);
 }
 
 uint8_t PaletteNetwork::Search(int32_t blue, int32_t green, int32_t red) const {

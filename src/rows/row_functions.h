@@ -153,6 +153,10 @@ struct RowFunctions {
   // to[i] = the rank-th (0: the least) of from[0][i] to from[samples - 1][i]; at most 49 samples.
   void (*rank_of)(const uint8_t* const* from, size_t samples, size_t rank, size_t count,
                   uint8_t* to);
+  // to[i] = the median of the square of `size` (3 or 5) rows and columns around i; rows[k] are its
+  // rows from top to bottom at i = 0, and `step` (1 to 3) bytes lie between neighbours.
+  void (*median_of_square)(const uint8_t* const* rows, size_t size, ptrdiff_t step, size_t count,
+                           uint8_t* to);
   // Gradient magnitudes sqrt(x^2 + y^2), truncated. Sobel: of three rows, around the middle one,
   // limited to 255. Roberts: differences across the diagonals of a pixel, its right neighbour and
   // the two before them, modulo 256. `step` bytes lie between neighbours.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <numeric>
 #include <vector>
 
 #include "rows/row_functions.h"
@@ -48,6 +49,11 @@ std::vector<std::pair<const char*, Call>> Calls() {
       [](auto& f, auto& in, size_t n, uint8_t* to) { f.copy_unless(in.from[0], 255, n, to); });
   add("median9", [](auto& f, auto& in, size_t n, uint8_t* to) { f.median9(in.from, n, to); });
   for (const int step : {1, 3}) {
+    for (const size_t size : {3, 5}) {
+      add("median_of_square", [=](auto& f, auto& in, size_t n, uint8_t* to) {
+        f.median_of_square(in.from, size, step, n, to);
+      });
+    }
     add("sobel", [=](auto& f, auto& in, size_t n, uint8_t* to) { f.sobel(in.from, step, n, to); });
   }
   add("add_saturated",
@@ -160,6 +166,35 @@ TEST(NeighbourhoodRows, MedianOfAllZerosAndOnes) {
     std::vector<uint8_t> to(512);
     (*level)->median9(from, 512, to.data());
     EXPECT_EQ(to, expected) << (*level)->name;
+  }
+}
+
+// Likewise where columns are sorted first: only the number of ones in each column counts.
+TEST(NeighbourhoodRows, MedianOfSquaresOfZerosAndOnes) {
+  for (const int size : {3, 5}) {
+    std::vector<uint8_t> rows[5], expected;
+    std::vector<int> ones(static_cast<size_t>(size));
+    while (ones.back() <= size) {
+      for (int x = 0; x < size; ++x) {
+        const int first = static_cast<int>(expected.size()) % size;  // of the ones, around the end
+        for (int y = 0; y < size; ++y) {
+          rows[y].push_back((y + first) % size < ones[static_cast<size_t>(x)]);
+        }
+      }
+      expected.push_back(std::accumulate(ones.begin(), ones.end(), 0) > size * size / 2);
+      ++ones[0];
+      for (size_t x = 0; x + 1 < ones.size() && ones[x] > size; ++x) ones[x] = 0, ++ones[x + 1];
+    }
+    const uint8_t* from[5];
+    for (int y = 0; y < size; ++y) from[y] = rows[y].data() + size / 2;
+    const size_t count = rows[0].size() - static_cast<size_t>(size - 1);
+    for (auto level = rows::Supported(); *level != nullptr; ++level) {
+      std::vector<uint8_t> to(count);
+      (*level)->median_of_square(from, static_cast<size_t>(size), 1, count, to.data());
+      for (size_t i = 0; i < expected.size(); ++i) {
+        ASSERT_EQ(to[i * static_cast<size_t>(size)], expected[i]) << (*level)->name << ", " << i;
+      }
+    }
   }
 }
 
