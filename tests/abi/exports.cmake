@@ -36,7 +36,7 @@ if(OBJDUMP)
     # gdi32 and user32 are not among them: a server may have no desktop.
     set(allowed "KERNEL32|${c_runtime}")
     if(NOT program STREQUAL "${LIBRARY}")
-      string(APPEND allowed "|ADVAPI32|ole32|SHELL32|SHLWAPI")
+      string(APPEND allowed "|ole32|WindowsCodecs")
     endif()
     tables_of(${program})
     string(REGEX MATCHALL "DLL Name: [^\n]+" imported "${tables}")

@@ -124,32 +124,35 @@ TEST(Files, DamagedFilesAreRefusedOrRead) {
   }
 }
 
-// Files of kinds that the host does not write, beside what they hold as a BMP file: by every codec.
-TEST(Files, SamplesAreReadAlikeEverywhere) {
+// What a file of a kind that the host does not write holds stands beside it as a BMP file.
+void ExpectSample(const fs::path& path) {
+  const std::string stem = path.stem().string();
+  const std::string extension = path.extension().string().substr(1);
+  SCOPED_TRACE(path.filename().string());
+  Strings remarks;
+  const TestImage image = Decode(Load(path), &remarks);
+  const TestImage expected = Decode(Load(path.parent_path() / (stem + "_" + extension + ".bmp")));
+  ExpectPlainHeader(image);
+  EXPECT_EQ(remarks.size(), stem.ends_with("_remark") ? 1u : 0u);
+  ASSERT_EQ(image.bit_count(), expected.bit_count());
+  ASSERT_EQ(image.width(), expected.width());
+  ASSERT_EQ(image.height(), expected.height());
+  ExpectResolution(image, LoadU32(expected.raw() + 24), LoadU32(expected.raw() + 28));
+  const std::vector<uint32_t> colors = Colors(image), wanted = Colors(expected);
+  const int tolerance = extension == "png" ? 0 : 2;
+  for (size_t i = 0; i < colors.size(); ++i) {
+    for (const int shift : {0, 8, 16}) {
+      ASSERT_NEAR(colors[i] >> shift & 255, wanted[i] >> shift & 255, tolerance) << i;
+    }
+  }
+}
+
+TEST(Files, EveryCodecReadsTheSamplesAlike) {
   int count = 0;
   for (const auto& entry : fs::directory_iterator(OMBRILO_SAMPLES)) {
-    const std::string stem = entry.path().stem().string();
-    const std::string extension = entry.path().extension().string().substr(1);
-    if (extension == "bmp") continue;
+    if (entry.path().extension() == ".bmp") continue;
+    ExpectSample(entry.path());
     ++count;
-    SCOPED_TRACE(stem + " " + extension);
-    Strings remarks;
-    const TestImage image = Decode(Load(entry.path()), &remarks);
-    const TestImage expected =
-        Decode(Load(fs::path(OMBRILO_SAMPLES) / (stem + "_" + extension + ".bmp")));
-    ExpectPlainHeader(image);
-    EXPECT_EQ(remarks.size(), stem.ends_with("_remark") ? 1u : 0u);
-    ASSERT_EQ(image.bit_count(), expected.bit_count());
-    ASSERT_EQ(image.width(), expected.width());
-    ASSERT_EQ(image.height(), expected.height());
-    ExpectResolution(image, LoadU32(expected.raw() + 24), LoadU32(expected.raw() + 28));
-    const std::vector<uint32_t> colors = Colors(image), wanted = Colors(expected);
-    const int tolerance = extension == "png" ? 0 : 2;
-    for (size_t i = 0; i < colors.size(); ++i) {
-      for (const int shift : {0, 8, 16}) {
-        ASSERT_NEAR(colors[i] >> shift & 255, wanted[i] >> shift & 255, tolerance) << i;
-      }
-    }
   }
   EXPECT_GT(count, 30);
 }
@@ -247,7 +250,7 @@ TEST(Files, SeedsOfTheFuzzersAreReadOrRefused) {
     } catch (const omb::FileError&) {
     }
   }
-  EXPECT_GE(read, 12);
+  EXPECT_GT(read, 11);
 }
 
 }  // namespace

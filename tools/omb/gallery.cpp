@@ -247,10 +247,6 @@ int Gallery(const std::vector<std::string>& words) {
   if (words.size() < 2)
     throw UsageError("gallery: INPUT and DIR are needed", "usage: omb gallery INPUT... DIR\n");
   const fs::path directory = PathOf(words.back());
-  std::error_code error;
-  fs::create_directories(LongPath(directory), error);
-  if (error) throw std::runtime_error(words.back() + ": " + error.message());
-
   std::vector<Room> rooms;
   {
     const std::vector<std::string> files(words.begin(), words.end() - 1);
@@ -260,6 +256,9 @@ int Gallery(const std::vector<std::string>& words) {
         const Image input = ReadImage(PathOf(file), [&](const std::string& remark) {
           progress.Say("omb: " + file + ": " + remark);
         });
+        std::error_code error;
+        fs::create_directories(LongPath(directory), error);
+        if (error) throw std::runtime_error(words.back() + ": " + error.message());
         rooms.push_back(RoomOf(file, input.get(), directory, progress));
       } catch (const FileError& file_error) {
         throw std::runtime_error(file + ": " + file_error.what());

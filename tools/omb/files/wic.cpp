@@ -256,7 +256,7 @@ Image Upright(Image image, int orientation) {
   PackedDib* dib = image.release();
   bool done = true;
   if (orientation >= 5 && orientation <= 8) {
-    done = omb_rotate(&dib, orientation <= 6 ? 90.0f : -90.0f, 1) != 0;
+    done = omb_rotate(&dib, orientation <= 6 ? 90.0f : 270.0f, 1) != 0;
     auto* fields = reinterpret_cast<uint8_t*>(dib);
     const uint32_t x = LoadU32(fields + kInfoXPelsPerMeter);
     StoreU32(fields + kInfoXPelsPerMeter, LoadU32(fields + kInfoYPelsPerMeter));
