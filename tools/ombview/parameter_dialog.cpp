@@ -16,7 +16,7 @@ namespace {
 using omb::Parameter;
 
 constexpr int kFirstColorButton = 200, kComplaint = 300;
-constexpr int kChoiceHeight = 300;  // of lists that open
+constexpr int kListHeight = 300;  // of lists that open
 
 // What can be chosen rather than typed: the names of values, and kernels where one is wanted.
 std::vector<std::string> SuggestionsFor(const Parameter& parameter) {
@@ -98,20 +98,11 @@ class ParameterDialog {
         {kLeft, top_ + Scaled(4), kControls, top_ + kRow}, 0);
     RECT where = {kControls, top_, kControls + Scaled(180), top_ + kRow};
     const auto suggestions = SuggestionsFor(parameter);
-    if (suggestions.empty()) {
+    if (!suggestions.empty()) {
+      AddList(parameter, suggestions, initial, where, id);
+    } else {
       const HWND edit = Add(WC_EDITW, initial, WS_TABSTOP | ES_AUTOHSCROLL, where, id);
       if (parameter.kind == Parameter::Kind::kWhole) AddArrows(edit, parameter);
-    } else {
-      const bool fixed = parameter.kind == Parameter::Kind::kChoice;
-      where.bottom += Scaled(kChoiceHeight);
-      const HWND box =
-          Add(WC_COMBOBOXW, L"",
-              WS_TABSTOP | WS_VSCROLL | (fixed ? CBS_DROPDOWNLIST : CBS_DROPDOWN), where, id);
-      for (const std::string& text : suggestions) {
-        SendMessageW(box, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Wide(text).c_str()));
-      }
-      SendMessageW(box, CB_SELECTSTRING, WPARAM(-1), reinterpret_cast<LPARAM>(initial.c_str()));
-      if (!fixed) SetWindowTextW(box, initial.c_str());
     }
     if (parameter.kind == Parameter::Kind::kColor) {
       const RECT beside = {where.right + Scaled(8), top_, where.right + Scaled(96), top_ + kRow};
@@ -121,6 +112,22 @@ class ParameterDialog {
     const bool listed = parameter.kind == Parameter::Kind::kChoice;
     AddText(CapitalizedFirst(parameter.help) + (listed ? "" : ": " + parameter.Form()), kControls);
     top_ += kGap;
+  }
+
+  // Only choices keep to the list; elsewhere other texts can be typed.
+  void AddList(const Parameter& parameter, const std::vector<std::string>& suggestions,
+               const std::wstring& initial, RECT where, int id) {
+    const bool fixed = parameter.kind == Parameter::Kind::kChoice;
+    where.bottom += Scaled(kListHeight);
+    const DWORD style = WS_TABSTOP | WS_VSCROLL | (fixed ? CBS_DROPDOWNLIST : CBS_DROPDOWN);
+    const HWND list = Add(WC_COMBOBOXW, L"", style, where, id);
+    for (const std::string& suggestion : suggestions) {
+      const std::wstring text = Wide(suggestion);
+      SendMessageW(list, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.c_str()));
+    }
+    const auto wanted = reinterpret_cast<LPARAM>(initial.c_str());
+    SendMessageW(list, CB_SETCURSEL, SendMessageW(list, CB_FINDSTRINGEXACT, WPARAM(-1), wanted), 0);
+    if (!fixed) SetWindowTextW(list, initial.c_str());
   }
 
   void AddArrows(HWND edit, const Parameter& parameter) {
