@@ -218,6 +218,7 @@ void MainWindow::ShowStatus(const std::wstring& remark) {
 
 void MainWindow::Arrange() {
   SendMessageW(status_, WM_SIZE, 0, 0);
+  InvalidateRect(status_, nullptr, TRUE);
   RECT status = {};
   GetWindowRect(status_, &status);
   const RECT area = ClientRect();
