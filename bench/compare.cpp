@@ -71,7 +71,7 @@ void InPlace(const std::string& row, const PackedDib* image, std::function<void(
   Row added = {row, Pixels(image), 2 * RowBytes(image), std::move(peer)};
   const auto once = [=](PackedDib** copy) { ours(*copy); };
   added.check = Checker(row, image, once, added.peer, agreement);
-  added.start = [=] { *mine = Copy(image); };
+  added.start = [=](Row&) { *mine = Copy(image); };
   added.ours = [=] { ours(mine->get()); };
   Add(std::move(added));
 }
@@ -87,10 +87,14 @@ void Replacing(const std::string& row, const PackedDib* image,
                std::function<void(PackedDib**)> ours, Peer peer,
                std::optional<Agreement> agreement) {
   auto mine = std::make_shared<Image>();
-  PackedDib* result = Copy(image).release();
-  ours(&result);
-  Row added = {row, Pixels(result), RowBytes(image) + RowBytes(result), std::move(peer)};
-  omb_freedib(result);
+  Row added = {row, 0, 0, std::move(peer)};
+  added.start = [=](Row& started) {
+    PackedDib* result = Copy(image).release();
+    ours(&result);
+    started.pixels = Pixels(result);
+    started.bytes = RowBytes(image) + RowBytes(result);
+    omb_freedib(result);
+  };
   added.check = Checker(row, image, ours, added.peer, agreement);
   added.prepare = [=] { *mine = Copy(image); };
   added.ours = [=] {

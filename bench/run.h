@@ -10,9 +10,9 @@ struct Row {
   double pixels = 0;
   double bytes = 0;  // that have to be read and written; 0 where nobody counts them
   Peer peer = {};
-  std::function<void()> check = nullptr;    // ends the program where results differ
-  std::function<void()> start = nullptr;    // before the row
-  std::function<void()> prepare = nullptr;  // before each call of ours
+  std::function<void()> check = nullptr;      // ends the program where results differ
+  std::function<void(Row&)> start = nullptr;  // before the row, whose sizes it may set
+  std::function<void()> prepare = nullptr;    // before each call of ours
   std::function<void()> ours = nullptr;
 
   double time = 0;   // nanoseconds of processor time for a pixel
@@ -20,7 +20,9 @@ struct Row {
   double share = 0;  // the time of a memcpy that moves as many bytes to ours
 
   // Lets go of the images.
-  void Forget() { check = start = prepare = ours = peer.call = nullptr, peer.result = nullptr; }
+  void Forget() {
+    start = nullptr, check = prepare = ours = peer.call = nullptr, peer.result = nullptr;
+  }
 };
 
 void Add(Row row);

@@ -17,6 +17,7 @@ namespace ombrilo {
 namespace {
 
 constexpr int kRun = Sampler::kRun;
+constexpr int32_t kStrip = 496;  // a run's pixels at most: few enough for the first-level cache
 
 // Sizes and positions are computed in single precision throughout.
 struct Turn {
@@ -58,7 +59,7 @@ class Rotator {
       uint8_t* row = new_rows + static_cast<size_t>(y) * stride;
       std::memset(row, 255, stride);
       for (int32_t x = 0, count; x < width; x += count) {
-        count = std::min(kRun, width - x);
+        count = std::min(kStrip, width - x);
         Work& w = work_[0];
         Locate(x, y, count);
         int first = 0, end = count;
