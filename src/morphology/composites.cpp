@@ -58,20 +58,48 @@ class IndexedDifference {
   explicit IndexedDifference(const PixelRows& rows)
       : width_(static_cast<size_t>(rows.width)),
         bit_count_(rows.bit_count),
-        scratch_(NewScratchBuffer<uint8_t>(7 * width_)) {}
+        scratch_(NewScratchBuffer<uint8_t>(8 * std::max<size_t>(width_, 4))) {}
   explicit operator bool() const { return colors_ && scratch_; }
 
-  void Snapshot(const Dib& dib) { colors_.Snapshot(dib); }
+  void Snapshot(const Dib& dib) {
+    colors_.Snapshot(dib);
+    if (bit_count_ != 1) return;
+    uint8_t own[4] = {0, 0, 1, 1};
+    const uint8_t other[4] = {0, 1, 0, 1};
+    SubtractColors(own, other, 4);
+    for (int i = 0; i < 4; ++i) outcome_[i] = own[i] != 0 ? 255 : 0;
+  }
 
   // row -= other, over as many pixels as `bytes` hold.
   void Subtract(uint8_t* row, const uint8_t* other, size_t bytes) {
+    if (colors_.identity() && bit_count_ == 8) {
+      return rows::Active().subtract_saturated(other, bytes, row);
+    }
     const size_t pixels = std::min(width_, bytes * 8 / bit_count_);
+    if (bit_count_ == 1) {
+      const auto map = rows::Active().map_bit_pairs;
+      const size_t whole = pixels / 8, rest = pixels % 8;
+      map(other, outcome_, whole, row);
+      if (rest == 0) return;
+      uint8_t last = row[whole];
+      map(other + whole, outcome_, 1, &last);
+      CopyPixels(&last, 1, 0, rest, row + whole);
+      return;
+    }
     uint8_t* const indices = scratch_.get();
-    uint8_t* const first = indices + width_;
-    uint8_t* const second = first + 3 * width_;
-    UnpackIndices(other, bit_count_, pixels, indices);
-    colors_.Decode(indices, pixels, first);
+    uint8_t* const others = indices + width_;
     UnpackIndices(row, bit_count_, pixels, indices);
+    UnpackIndices(other, bit_count_, pixels, others);
+    SubtractColors(indices, others, pixels);
+    PackIndices(indices, bit_count_, pixels, row);
+  }
+
+ private:
+  // indices -= others
+  void SubtractColors(uint8_t* indices, const uint8_t* others, size_t pixels) {
+    uint8_t* const first = scratch_.get() + 2 * width_;
+    uint8_t* const second = first + 3 * std::max<size_t>(width_, 4);
+    colors_.Decode(others, pixels, first);
     colors_.Decode(indices, pixels, second);
     // At 1 and 4 bits a negative difference comes round at 255 instead of stopping at 0. That is
     // the contract.
@@ -79,13 +107,12 @@ class IndexedDifference {
         bit_count_ == 8 ? rows::Active().subtract_saturated : rows::Active().subtract_wrapped;
     subtract(first, pixels * colors_.step(), second);
     colors_.Encode(second, pixels, indices);
-    PackIndices(indices, bit_count_, pixels, row);
   }
 
- private:
   size_t width_;
   uint16_t bit_count_;
-  Buffer<uint8_t> scratch_;
+  Buffer<uint8_t> scratch_;  // a row of indices, another, and the colors of both
+  uint8_t outcome_[4] = {};  // 1 bit: the difference's bytes by own index and the other
   IndexedColors colors_;
 };
 

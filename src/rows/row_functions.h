@@ -58,7 +58,8 @@ struct Neurons {
   size_t reach;                                   // neurons on each side that have a rate
 };
 
-// Where a pixel's bits hold a channel: the low 8 bits of (pixel & mask) >> down << up.
+// Where a pixel's bits hold a channel: the low 8 bits of (pixel & mask) >> down << up. The mask's
+// lowest `down` bits are 0.
 struct ChannelBits {
   uint32_t mask;
   int down, up;  // 0 to 31
@@ -114,12 +115,16 @@ struct RowFunctions {
   void (*choose_bits)(const uint8_t* const* any, const uint8_t* const* all, const uint8_t* outcome,
                       size_t count, uint8_t* to);
 
+  // One-bit pixels: to's bits become those of outcome[0] to [3] where the bits of `to` and `other`
+  // are 0 and 0, 0 and 1, 1 and 0, 1 and 1.
+  void (*map_bit_pairs)(const uint8_t* other, const uint8_t* outcome, size_t count, uint8_t* to);
+
   // bgr[3 * i ...] = the three bytes of entry indices[i]
   void (*expand_colors)(const uint8_t* indices, size_t pixels, const uint8_t* table, uint8_t* bgr);
 
-  // words[i] = the channels of a pixel of `bytes` (2 or 4) bytes, blue lowest.
+  // Pixels of `bytes` (2 or 4) bytes to three-byte ones.
   void (*pick_channels)(const uint8_t* from, size_t bytes, size_t pixels,
-                        const struct ChannelBits* bgr, uint32_t* words);
+                        const struct ChannelBits* bgr, uint8_t* to);
   // Four-byte pixels to three-byte ones; the fourth byte is dropped.
   void (*drop_fourth_byte)(const uint8_t* from, size_t pixels, uint8_t* to);
 

@@ -75,6 +75,10 @@ std::vector<std::pair<const char*, Call>> Calls() {
     const uint8_t outcome[] = {0xFF, 0, 0x5A};
     f.choose_bits(in.from, in.from + 3, outcome, n, to);
   });
+  add("map_bit_pairs", [](auto& f, auto& in, size_t n, uint8_t* to) {
+    const uint8_t outcome[] = {0xFF, 0, 0x5A, 0x33};
+    f.map_bit_pairs(in.from[0], outcome, n, to);
+  });
   add("expand_colors", [](auto& f, auto& in, size_t n, uint8_t* to) {
     std::vector<uint8_t> table(768);
     for (size_t i = 0; i < 768; ++i) table[i] = static_cast<uint8_t>(i * 7 + i / 256);
