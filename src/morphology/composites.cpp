@@ -34,15 +34,16 @@ class KeptRows {
   void Keep() {
     if (size_ != 0) std::memcpy(bytes_.get(), rows_.first, size_);
   }
-  // Turns kept rows into results by `op(kept, image, bytes)` over the pixel bytes that are there,
-  // and puts these into the image; `whole` rows bring their old padding along.
+  // Turns the image's rows into results by `op(row, kept, bytes)` over the pixel bytes that are
+  // there; with `padding`, what lies behind these comes back.
   template <class Op>
-  void PutBack(bool whole, Op&& op) {
+  void Combine(bool padding, Op&& op) const {
     for (int32_t y = 0; y < rows_.rows_inside(); ++y) {
-      uint8_t* const kept = bytes_.get() + size_t(y) * rows_.stride;
+      const uint8_t* const kept = bytes_.get() + size_t(y) * rows_.stride;
       const size_t bytes = rows_.Inside(y, rows_.row_bytes());
-      op(kept, rows_.row(y), bytes);
-      std::memcpy(rows_.row(y), kept, whole ? rows_.Inside(y, rows_.stride) : bytes);
+      op(rows_.row(y), kept, bytes);
+      if (!padding) continue;
+      std::memcpy(rows_.row(y) + bytes, kept + bytes, rows_.Inside(y, rows_.stride) - bytes);
     }
   }
 
@@ -64,34 +65,34 @@ class IndexedDifference {
   void Snapshot(const Dib& dib) {
     colors_.Snapshot(dib);
     if (bit_count_ != 1) return;
-    uint8_t own[4] = {0, 0, 1, 1};
-    const uint8_t other[4] = {0, 1, 0, 1};
-    SubtractColors(own, other, 4);
-    for (int i = 0; i < 4; ++i) outcome_[i] = own[i] != 0 ? 255 : 0;
+    const uint8_t own[4] = {0, 0, 1, 1};
+    uint8_t other[4] = {0, 1, 0, 1};
+    SubtractColors(other, own, 4);
+    for (int i = 0; i < 4; ++i) outcome_[i] = other[i] != 0 ? 255 : 0;
   }
 
-  // row -= other, over as many pixels as `bytes` hold.
-  void Subtract(uint8_t* row, const uint8_t* other, size_t bytes) {
+  // row = other - row, over as many pixels as `bytes` hold; the rest of these bytes is other's.
+  void SubtractFrom(const uint8_t* other, uint8_t* row, size_t bytes) {
     if (colors_.identity() && bit_count_ == 8) {
-      return rows::Active().subtract_saturated(other, bytes, row);
+      return rows::Active().subtract_from(other, bytes, row);
     }
     const size_t pixels = std::min(width_, bytes * 8 / bit_count_);
     if (bit_count_ == 1) {
-      const auto map = rows::Active().map_bit_pairs;
-      const size_t whole = pixels / 8, rest = pixels % 8;
-      map(other, outcome_, whole, row);
-      if (rest == 0) return;
-      uint8_t last = row[whole];
-      map(other + whole, outcome_, 1, &last);
-      CopyPixels(&last, 1, 0, rest, row + whole);
+      rows::Active().map_bit_pairs(other, outcome_, bytes, row);
+      if (pixels % 8 != 0) {
+        const uint8_t last = row[bytes - 1];
+        row[bytes - 1] = other[bytes - 1];
+        CopyPixels(&last, 1, 0, pixels % 8, &row[bytes - 1]);
+      }
       return;
     }
     uint8_t* const indices = scratch_.get();
     uint8_t* const others = indices + width_;
     UnpackIndices(row, bit_count_, pixels, indices);
     UnpackIndices(other, bit_count_, pixels, others);
-    SubtractColors(indices, others, pixels);
-    PackIndices(indices, bit_count_, pixels, row);
+    SubtractColors(others, indices, pixels);
+    if (bytes != 0) row[bytes - 1] = other[bytes - 1];
+    PackIndices(others, bit_count_, pixels, row);
   }
 
  private:
@@ -130,11 +131,11 @@ void PickEdge(const Dib& dib) {
   step.Erode();
   // Colors are those after the erosion: a short table goes on in the pixels.
   if (indexed) difference->Snapshot(dib);
-  unfiltered.PutBack(true, [&](uint8_t* kept, const uint8_t* row, size_t bytes) {
+  unfiltered.Combine(true, [&](uint8_t* row, const uint8_t* kept, size_t bytes) {
     if (indexed) {
-      difference->Subtract(kept, row, bytes);
+      difference->SubtractFrom(kept, row, bytes);
     } else {
-      rows::Active().subtract_saturated(row, bytes, kept);
+      rows::Active().subtract_from(kept, bytes, row);
     }
   });
 }
@@ -173,8 +174,8 @@ void omb_opencompose(PackedDib* image) {
   step.Erode();
   eroded.Keep();
   step.Dilate();
-  eroded.PutBack(false, [](uint8_t* kept, const uint8_t* row, size_t bytes) {
-    rows::Active().add_saturated(row, bytes, kept);
+  eroded.Combine(false, [](uint8_t* row, const uint8_t* kept, size_t bytes) {
+    rows::Active().add_saturated(kept, bytes, row);
   });
 }
 
@@ -188,7 +189,7 @@ void omb_tophat(PackedDib* image) {
   unfiltered.Keep();
   step.Erode();
   step.Dilate();
-  unfiltered.PutBack(false, [](uint8_t* kept, const uint8_t* row, size_t bytes) {
-    rows::Active().subtract_saturated(row, bytes, kept);
+  unfiltered.Combine(false, [](uint8_t* row, const uint8_t* kept, size_t bytes) {
+    rows::Active().subtract_from(kept, bytes, row);
   });
 }

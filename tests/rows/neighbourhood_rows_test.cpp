@@ -60,6 +60,8 @@ std::vector<std::pair<const char*, Call>> Calls() {
       [](auto& f, auto& in, size_t n, uint8_t* to) { f.add_saturated(in.from[0], n, to); });
   add("subtract_saturated",
       [](auto& f, auto& in, size_t n, uint8_t* to) { f.subtract_saturated(in.from[0], n, to); });
+  add("subtract_from",
+      [](auto& f, auto& in, size_t n, uint8_t* to) { f.subtract_from(in.from[0], n, to); });
   add("subtract_wrapped",
       [](auto& f, auto& in, size_t n, uint8_t* to) { f.subtract_wrapped(in.from[0], n, to); });
   for (const bool left : {true, false}) {
