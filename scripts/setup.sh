@@ -8,7 +8,7 @@ packages_of() {
   case "$1" in
     build) echo g++ cmake ninja-build pkg-config libcli11-dev libpng-dev libjpeg62-turbo-dev libtiff-dev ;;
     demo) echo lomiri-wallpapers-16.04 ghostscript ;;
-    test) echo libgtest-dev clang libclang-rt-14-dev clang-format doxygen git ;;
+    test) echo libgtest-dev clang libclang-rt-14-dev clang-format doxygen git python3 ;;
     windows) echo g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth ;;
     fuzz) echo clang libclang-rt-14-dev ;;
     bench) echo libopencv-dev libleptonica-dev libfreeimage-dev ;;

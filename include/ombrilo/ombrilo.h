@@ -738,7 +738,11 @@ OMB_API int32_t omb_DoKernalMorphDIB(PackedDib* dib, int32_t bits, int32_t op,
 
 /** @defgroup page Page processing
  * Filters for images of pages, in place. Convolutions take omb_DoConvoluteDIB()'s depths and keep
- * its promises; "lopass 3x3" and the like are names of omb_getKERNAL()'s records. @{ */
+ * its promises; "lopass 3x3" and the like are names of omb_getKERNAL()'s records.
+ *
+ * The row length of all of them is ((bit count x planes x width + 31) / 32) x 4 bytes, with bit
+ * count and planes at their information header positions even for a core header; bytes outside the
+ * image count as 0 and are not written. An image without planes does not change. @{ */
 
 /**
  * Smooths, sharpens or rank-filters a page.
@@ -758,8 +762,7 @@ OMB_API int32_t omb_DoKernalMorphDIB(PackedDib* dib, int32_t bits, int32_t op,
  * index (n - 1) x percentile / 100 of the square's sorted values. 24 bits: blue, green and red
  * apart. Other depths: bytes, whatever they hold, as many columns as the image is wide but not
  * beyond the row. A band of 1, 2 or 3 pixels keeps its values. Width and height count in their low
- * 16 bits, and so does the row length, which includes the planes field; with 0 planes nothing
- * changes.
+ * 16 bits, and so does the row length that follows from them.
  *
  * @param dib       the image
  * @param size      0, 1 or 2
@@ -794,7 +797,8 @@ OMB_API int32_t omb_EnhancePage(PackedDib* dib, int32_t size, int32_t p3, int32_
  * 1, 2, 1; the magnitude is limited to 255. A frame of one pixel keeps its values.
  * Roberts cross: x = P(x, y) - P(x + 1, y - 1), y = P(x, y - 1) - P(x + 1, y); of a magnitude of
  * 256 and more the low 8 bits are stored. The first stored row and the last column keep their
- * values. The row length includes the planes field; with 0 planes nothing changes.
+ * values. For both, the width in the row length too is the 32 bits at its information header
+ * position.
  *
  * @param dib  the image
  * @param size 0, 1 or 2 where it counts
@@ -811,18 +815,20 @@ OMB_API int32_t omb_EdgePage(PackedDib* dib, int32_t size, int32_t p3, int32_t p
 /** @defgroup quantize Color quantization
  * Palettes learned from the image by a self-organising network of 2, 4, 16 or 256 neurons (A. H.
  * Dekker, "Kohonen neural networks for optimal colour quantization", 1994) in integer arithmetic.
- * The rows of the 24-bit image, padding included, are sampled as one stream of bytes: length / 30
- * colors, at steps of 499, 491, 487 or 503 pixels, in cycles of a hundredth of the samples each (at
- * least one). A color maps to the entry with the least sum of absolute differences.
+ * The rows of the 24-bit image, padding included, are sampled as one stream of bytes, round and
+ * round: length / 30 colors, at steps of 3 x 499 bytes (491, 487, 503 where it is a multiple
+ * of all before), in cycles of a hundredth of the samples each (at least one). A color maps to the
+ * entry with the least sum of absolute differences.
  * @{ */
 
 /**
  * Reduces an image to a learned palette, or expands an indexed image to 24 bits.
  *
- * An indexed image is replaced by its 24-bit copy first (biClrUsed and biClrImportant 0). For 24
- * bits that is all. For 1, 4 and 8 bits the network learns 2, 16 or 256 colors, which become the
- * color table (biClrUsed their number, biClrImportant 0), and every pixel is mapped to it. All
- * other header fields keep their values.
+ * An indexed image is replaced by its 24-bit copy first (biClrUsed and biClrImportant 0, padding 0;
+ * beyond a short color table, colors are the bytes that follow it). For 24 bits that is all. For 1,
+ * 4 and 8 bits the network learns 2, 16 or 256 colors, which become the color table (biClrUsed
+ * their number, biClrImportant 0), and every pixel is mapped to it. All other header fields keep
+ * their values.
  *
  * @param image the image, replaced; 1, 4, 8 or 24 bits
  * @param bits  bits per pixel of the result: 1, 4, 8 or 24
@@ -853,6 +859,63 @@ OMB_API int32_t omb_neuquant(PackedDib** image, int32_t bits);
  * @return 1; 0 for null, other depths of the image or the result, and when memory runs out
  */
 OMB_API int32_t omb_dither(PackedDib** image, int32_t bits);
+
+/** @} */
+
+/** @defgroup gdi Windows bitmaps and windows
+ * These exist in Windows builds alone. Handles are Windows' own: HBITMAP is `struct HBITMAP__*`,
+ * and so on, so that this header does without Windows' headers. The system's gdi32 and user32 are
+ * loaded by the first call; where there is no desktop, the result is 0.
+ * @{ */
+
+#if defined(_WIN32)
+
+struct HBITMAP__;
+struct HPALETTE__;
+struct HWND__;
+
+/**
+ * Copies a device bitmap to a new image with an information header: 1 bit for device bitmaps of
+ * 1 bit per pixel, 4 bits for up to 4, 8 bits for up to 8, otherwise 24. The colors of the table
+ * are those that GetDIBits() gives; biSizeImage is the size of the rows.
+ *
+ * For a short time a bitmap of more than 8 bits takes 64 MiB more than the image.
+ *
+ * @param bitmap  an HBITMAP, not selected into a device context
+ * @param palette an HPALETTE that gives meaning to the pixels of palette devices; null for the
+ *                default palette
+ * @return the address of the new image, which the caller releases; 0 for null, for what is no
+ *         bitmap, when GetDIBits() fails (the block it was given stays allocated then) and when
+ *         memory runs out
+ */
+OMB_API uintptr_t omb_bmtodib(struct HBITMAP__* bitmap, struct HPALETTE__* palette);
+
+/**
+ * Makes a DIB section of an image: a bitmap that GDI draws, with the image's header and pixels. At
+ * up to 8 bits it gets the full 2, 16 or 256 colors from behind the header, whatever biClrUsed
+ * says; what lies past the block counts as black.
+ *
+ * Of every row, as many bytes count as planes x width x bits per pixel give; with 1 plane, as it
+ * should be, that is all of them.
+ *
+ * @param dib an image with an information header, of any depth that CreateDIBSection() takes
+ * @return an HBITMAP, which the caller deletes with DeleteObject(); null for null, for a core
+ *         header, for an image without pixels and when the section cannot be created
+ */
+OMB_API struct HBITMAP__* omb_DIBToDIBSection(const PackedDib* dib);
+
+/**
+ * Copies what is on the screen where a window is to a new image, as omb_bmtodib() makes it. Parts
+ * outside the screen are cut off: a window half to the left of it gives its right half.
+ *
+ * @param window   an HWND
+ * @param selector 1 for the whole window, 2 for its client area
+ * @return the address of the new image, which the caller releases; 0 for null, other selectors, a
+ *         rectangle that is empty or not on the screen, and when memory runs out
+ */
+OMB_API uintptr_t omb_CopyWindowToDIB(struct HWND__* window, uint16_t selector);
+
+#endif /* _WIN32 */
 
 /** @} */
 

@@ -35,6 +35,10 @@ struct PixelRows {
     return With(dib, width, height, static_cast<size_t>(StrideOf(width, dib.bit_count())),
                 dib.bit_count());
   }
+  // Rows of no planes hold no bytes, whatever their width.
+  static bool WithoutPlanes(const Dib& dib) {
+    return dib.ReadU16(kInfoPlanes) == 0 || dib.ReadU16(kInfoBitCount) == 0;
+  }
   // A row length that counts planes. Its fields are taken at their information header positions
   // after a core header too.
   static int32_t StrideWithPlanes(const Dib& dib, uint32_t width) {

@@ -96,7 +96,9 @@ NewBlock NewBlock::Resized(const DibView& source, int64_t width, int64_t height,
 
 NewBlock NewBlock::WithDepth(const DibView& source, uint16_t bit_count, uint32_t entries,
                              uint32_t colors_used, uint16_t room) {
+  constexpr int64_t kLimit = std::numeric_limits<int32_t>::max();
   const DibHeader& header = source.header();
+  if (source.pixel_rows() != 0 && int64_t{source.width()} * bit_count + 31 > kLimit) return {};
   const size_t header_bytes = std::max<size_t>(header.header_size, header.fields_size());
   const uint64_t size = uint64_t{header.header_size} + entries * header.table_step() +
                         static_cast<uint64_t>(StrideOf(source.width(), room)) *
@@ -118,6 +120,17 @@ NewBlock NewBlock::Indexed(const DibView& source, uint16_t bit_count) {
   const uint32_t colors = ColorsOfDepth(bit_count);
   // 8 bits imply their number of colors; for 1 bit it is stated.
   return WithDepth(source, bit_count, colors, bit_count == 8 ? 0 : colors);
+}
+
+bool NewBlock::Resize(uint64_t size) {
+  if (size == 0 || size > std::numeric_limits<int32_t>::max()) return false;
+  void* moved = std::realloc(bytes_.get(), static_cast<size_t>(size));
+  if (moved == nullptr) return false;
+  (void)bytes_.release();
+  bytes_.reset(static_cast<uint8_t*>(moved));
+  if (size > size_) std::memset(bytes_.get() + size_, 0, static_cast<size_t>(size) - size_);
+  size_ = static_cast<size_t>(size);
+  return true;
 }
 
 void NewBlock::Replace(PackedDib** image) {

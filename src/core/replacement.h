@@ -62,6 +62,10 @@ class NewBlock {
   // The image that the block's header describes by now.
   Dib dib() const { return *Dib::Open(packed()); }
 
+  // Makes the block larger, with zeros at its end, or smaller. False, with the block as it was,
+  // when the size exceeds a signed 32-bit count or memory runs out.
+  bool Resize(uint64_t size);
+
   // Hands the block to the caller, who releases it with free().
   PackedDib* Release() { return reinterpret_cast<PackedDib*>(bytes_.release()); }
   // Frees the caller's block and stores the new one in its place.

@@ -26,8 +26,7 @@ int32_t Convolute(const Dib& dib, const KERNAL& kernel, int32_t passes, int32_t 
   const PixelRows rows =
       PixelRows::WithPlanes(dib, dib.ReadU32(kInfoWidth), dib.header().bit_count);
   if (rows.bit_count != 8 && rows.bit_count != 24) return 1;
-  // Rows that hold no bits have nothing to change.
-  if (dib.ReadU16(kInfoPlanes) == 0 || dib.ReadU16(kInfoBitCount) == 0) return 1;
+  if (PixelRows::WithoutPlanes(dib)) return 1;
   if (!rows.Fits(dib)) return 0;
   if (passes < 1) return 1;
 

@@ -48,7 +48,7 @@ uintptr_t omb_CreateDIBPalette(const PackedDib* image) {
   Buffer<uint8_t> palette = NewLogicalPalette(*dib);
   if (!palette) return 0;
 #ifdef _WIN32
-  return gdi::CreatePalette(palette.get());
+  return reinterpret_cast<uintptr_t>(gdi::CreatePalette(palette.get()));
 #else
   return reinterpret_cast<uintptr_t>(palette.release());
 #endif

@@ -51,8 +51,8 @@ int32_t ReplaceByMagnitude(PackedDib* image) {
   constexpr Reach kReach = Filter::kReach;
   if (dib->width() <= kReach.left + kReach.right) return 1;
   if (dib->height() <= kReach.before + kReach.after) return 1;
+  if (PixelRows::WithoutPlanes(*dib)) return 1;
   const int32_t stride = PixelRows::StrideWithPlanes(*dib, dib->ReadU32(kInfoWidth));
-  if (stride == 0) return 1;  // no planes: rows without bytes
   if (stride < 0) return 0;
   const PixelRows rows = PixelRows::With(*dib, dib->width(), dib->height(),
                                          static_cast<size_t>(stride), dib->bit_count());

@@ -54,11 +54,11 @@ class RankFilter {
 int32_t RankOrder(PackedDib* image, int32_t radius, int32_t passes, int32_t percentile) {
   const auto dib = Dib::Open(image);
   if (!dib || percentile < 0 || percentile > 100) return 0;
+  if (PixelRows::WithoutPlanes(*dib)) return 1;
   // Apart from 24 bits, columns are bytes: as many as the image is wide, as far as a row has them.
   const bool color = dib->bit_count() == 24;
   PixelRows rows = PixelRows::WithPlanes(*dib, static_cast<uint16_t>(dib->header().width),
                                          color ? uint16_t{24} : uint16_t{8});
-  if (rows.stride == 0) return 1;  // no planes: rows without bytes
   if (!color) rows.width = static_cast<int32_t>(std::min<size_t>(rows.width, rows.stride));
   if (!rows.Fits(*dib)) return 0;
   if (passes < 1 || rows.width <= 2 * radius || rows.height <= 2 * radius) return 1;

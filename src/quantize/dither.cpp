@@ -101,7 +101,7 @@ int32_t omb_dither(PackedDib** image, int32_t bits) {
   const uint16_t packing = bits == 8 ? 8 : 4;
   const auto depth = static_cast<uint16_t>(bits);
   const uint32_t colors = 1u << bits;
-  NewBlock block = NewBlock::WithDepth(*source, depth, colors, 0, std::max(packing, depth));
+  NewBlock block = NewBlock::WithDepth(*source, depth, colors, 0, packing);
   if (!block) return 0;
   PaletteNetwork network(bits);
   Ditherer ditherer(source->pixel_rows() == 0 ? 0 : static_cast<size_t>(source->width()));
@@ -109,11 +109,10 @@ int32_t omb_dither(PackedDib** image, int32_t bits) {
 
   network.Learn(*source);
   // Not by the block's own header, which announces no table at 2 bits.
-  const size_t step = source->header().table_step();
-  uint8_t* const table = block.bytes() + source->header().header_size;
-  for (uint32_t i = 0; i < colors; ++i) std::memcpy(table + step * i, network.bgr() + 3 * i, 3);
-  uint8_t* const rows = table + step * colors;
-  const size_t stride = static_cast<size_t>(StrideOf(source->width(), depth));
+  const DibHeader& header = source->header();
+  uint8_t* const table = block.bytes() + header.header_size;
+  uint8_t* const rows = network.WriteTable(table, header.table_step());
+  const auto stride = static_cast<size_t>(StrideOf(source->width(), depth));
 
   // Errors are taken to the colors at byte 40, where the table of an information header stands,
   // after any header. That is the contract.

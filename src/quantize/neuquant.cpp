@@ -1,7 +1,6 @@
 // omb_neuquant: colors mapped to a learned palette.
 #include <algorithm>
 
-#include "core/color_table.h"
 #include "core/palette.h"
 #include "core/pixels.h"
 #include "core/replacement.h"
@@ -24,18 +23,19 @@ void ExpandTo24Bits(const DibView& source, const Dib& copy) {
   }
 }
 
-void MapPixels(const DibView& source, PaletteNetwork& network, const Dib& to) {
+void MapPixels(const DibView& source, PaletteNetwork& network, uint16_t bit_count, uint8_t* to) {
   constexpr size_t kRun = 1024;
   uint8_t indices[kRun];
   const size_t width = static_cast<size_t>(source.width());
-  for (int32_t y = 0; y < source.pixel_rows(); ++y) {
+  const auto stride = static_cast<size_t>(StrideOf(source.width(), bit_count));
+  for (int32_t y = 0; y < source.pixel_rows(); ++y, to += stride) {
     const uint8_t* bgr = source.row(y);
     for (size_t first = 0; first < width; first += kRun) {
       const size_t count = std::min(kRun, width - first);
       for (size_t x = 0; x < count; ++x, bgr += 3) {
         indices[x] = network.Find(bgr[0], bgr[1], bgr[2]);
       }
-      PackIndices(indices, to.bit_count(), count, to.row(y) + first * to.bit_count() / 8);
+      PackIndices(indices, bit_count, count, to + first * bit_count / 8);
     }
   }
 }
@@ -51,28 +51,28 @@ int32_t omb_neuquant(PackedDib** image, int32_t bits) {
   if (source->indexed()) {
     NewBlock block = NewBlock::WithDepth(*source, 24, 0, 0);
     if (!block) return 0;
-    ExpandTo24Bits(*source, block.dib());
-    const size_t size = block.size();
+    const Dib copy = block.dib();
+    ExpandTo24Bits(*source, copy);
     // From here on the caller has the 24-bit copy, also when a later step fails.
     block.Replace(image);
-    // Rows over the header, where its size field is that small, make it say anything.
-    source = DibView::Open(*image);
-    if (!source || source->bit_count() != 24 || source->extent() > size) return 0;
+    source = copy;
   } else if (source->bit_count() != 24) {
     return 0;
   }
   if (bits == 24) return 1;
   if (bits != 1 && bits != 4 && bits != 8) return 0;
 
+  const auto depth = static_cast<uint16_t>(bits);
   const uint32_t colors = 1u << bits;
-  NewBlock block = NewBlock::WithDepth(*source, static_cast<uint16_t>(bits), colors, colors);
+  NewBlock block = NewBlock::WithDepth(*source, depth, colors, colors);
   if (!block) return 0;
   PaletteNetwork network(bits);
   if (!network) return 0;
-  const Dib result = block.dib();
   network.Learn(*source);
-  WriteColors(result, 0, colors, network.bgr());
-  MapPixels(*source, network, result);
+  // Not by the block's own header: with a size field below its length, the copy's rows stand there.
+  const DibHeader& header = source->header();
+  uint8_t* const table = block.bytes() + header.header_size;
+  MapPixels(*source, network, depth, network.WriteTable(table, header.table_step()));
   block.Replace(image);
   return 1;
 }

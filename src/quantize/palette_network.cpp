@@ -21,8 +21,8 @@ constexpr int32_t kRadiusPower = 256;
 
 // Steps of a prime number of pixels through the picture: the first whose prime does not divide the
 // picture's length; the last stands for the rest.
-int32_t StepFor(int32_t length) {
-  for (const int32_t prime : {499, 491, 487}) {
+size_t StepFor(size_t length) {
+  for (const size_t prime : {499, 491, 487}) {
     if (length % prime != 0) return 3 * prime;
   }
   return 3 * 503;
@@ -32,16 +32,12 @@ int32_t StepFor(int32_t length) {
 // lie across row ends, and colors change places in each round whose length is no multiple of 3.
 class Sampler {
  public:
-  Sampler(const uint8_t* picture, int32_t length)
+  Sampler(const uint8_t* picture, size_t length)
       : picture_(picture), length_(length), step_(StepFor(length)) {}
 
   void Next(uint8_t* bgr) {
-    if (length_ - position_ >= 3) {
-      std::memcpy(bgr, picture_ + position_, 3);
-    } else {  // what lies past the picture counts as 0
-      for (int32_t c = 0; c < 3; ++c) {
-        bgr[c] = c < length_ - position_ ? picture_[position_ + c] : uint8_t{0};
-      }
+    for (size_t c = 0; c < 3; ++c) {  // what lies past the picture counts as 0
+      bgr[c] = position_ + c < length_ ? picture_[position_ + c] : uint8_t{0};
     }
     position_ += step_;
     while (position_ >= length_) position_ -= length_;
@@ -49,23 +45,22 @@ class Sampler {
 
  private:
   const uint8_t* picture_;
-  int32_t length_;
-  int32_t step_;
-  int32_t position_ = 0;
+  size_t length_;
+  size_t step_;
+  size_t position_ = 0;  // below the length
 };
 
 // The share of its distance from a sample by which a neuron moves, out of 2^18, for the winner and
 // its neighbours on both sides. A winner's own share alpha / 1024 is the same fraction.
 void SetRates(int32_t alpha, int32_t radius, Neurons& neurons) {
-  int32_t reach = radius >> kRadiusShift;
-  if (reach <= 1) reach = 0;
+  const int32_t reach = radius >> kRadiusShift;
   std::memset(neurons.rate, 0, sizeof neurons.rate);
   neurons.rate[Neurons::kMargin] = alpha * kRadiusPower;
   for (int32_t i = 1; i < reach; ++i) {
     const int32_t rate = alpha * ((reach * reach - i * i) * kRadiusPower / (reach * reach));
     neurons.rate[Neurons::kMargin - i] = neurons.rate[Neurons::kMargin + i] = rate;
   }
-  neurons.reach = static_cast<size_t>(reach == 0 ? 0 : reach - 1);
+  neurons.reach = static_cast<size_t>(std::max(reach - 1, 0));
 }
 
 }  // namespace
@@ -81,17 +76,16 @@ void PaletteNetwork::Learn(const DibView& image) {
     }
     neurons.wins[i] = static_cast<uint16_t>(65536 / colors_ - 1);
   }
-  const size_t length = image.stride() * static_cast<size_t>(image.pixel_rows());
-  LearnCycles(image.rows(), static_cast<int32_t>(length));
+  LearnCycles(image.rows(), image.stride() * static_cast<size_t>(image.pixel_rows()));
   TakeColors();
   BuildIndex();
 }
 
-void PaletteNetwork::LearnCycles(const uint8_t* picture, int32_t length) {
+void PaletteNetwork::LearnCycles(const uint8_t* picture, size_t length) {
   constexpr int32_t kRun = 1024;
   uint8_t run[3 * kRun];
   Neurons& neurons = state_[0].neurons;
-  const int32_t samples = length / (3 * kSamplingFactor);
+  const auto samples = static_cast<int32_t>(length / (3 * kSamplingFactor));
   const int32_t cycle = std::max(1, samples / kCycles);
   int32_t alpha = kFirstAlpha;
   int32_t radius = static_cast<int32_t>(colors_ >> 3) << kRadiusShift;
@@ -118,6 +112,11 @@ void PaletteNetwork::TakeColors() {
     }
     s.sorted[i] = {s.bgr[i][0], s.bgr[i][1], s.bgr[i][2], static_cast<uint8_t>(i)};
   }
+}
+
+uint8_t* PaletteNetwork::WriteTable(uint8_t* table, size_t step) const {
+  for (uint32_t i = 0; i < colors_; ++i, table += step) std::memcpy(table, state_[0].bgr[i], 3);
+  return table;
 }
 
 // The selection sort is not stable, and the order of equal greens decides ties later.

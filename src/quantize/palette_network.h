@@ -22,18 +22,18 @@ namespace ombrilo {
 
 class PaletteNetwork {
  public:
-  // A network of 2^bits neurons; `bits` is 1, 2, 4 or 8. Takes all its memory at once: 2
-  // MiB, and false when there is none.
+  // A network of 2^bits neurons; `bits` is 1, 2, 4 or 8. Takes all its memory at once: 2 MiB, and
+  // false when there is none.
   explicit PaletteNetwork(int bits);
   explicit operator bool() const { return state_ != nullptr; }
-  uint32_t colors() const { return colors_; }
 
   // Learns the palette of a 24-bit image. Its rows are taken as one stream of bytes, padding
   // included.
   void Learn(const DibView& image);
 
-  // The learned palette in the order of the neurons: packed B,G,R.
-  const uint8_t* bgr() const { return state_[0].bgr[0]; }
+  // Writes the learned palette, in the order of the neurons, as a color table with `step` bytes per
+  // entry. The end of the table, where rows start.
+  uint8_t* WriteTable(uint8_t* table, size_t step) const;
 
   // The entry for a color: least sum of absolute differences; among equals the one that the search
   // along the green-sorted index meets first.
@@ -87,7 +87,7 @@ class PaletteNetwork {
     uint32_t memo[1 << kMemoBits];  // color and answer; zeroed slots hold color 0
   };
 
-  void LearnCycles(const uint8_t* picture, int32_t length);
+  void LearnCycles(const uint8_t* picture, size_t length);
   void TakeColors();
   void BuildIndex();
   uint8_t FindSlowly(uint8_t blue, uint8_t green, uint8_t red);

@@ -2,6 +2,7 @@
 # Runs omb from end to end: cli_test.sh DIRECTORY OMB...
 # OMB may be several words, such as a runner and the program.
 set -u
+export LC_ALL=C.UTF-8
 directory=$1
 shift
 omb=("$@")
@@ -103,6 +104,27 @@ expect 2 'would be replaced by its own result' apply --out-dir . same.bmp -- inv
 expect 2 "'--' is missing" apply --out-dir new same.bmp invert
 check test ! -e new
 check cmp -s same.bmp kept.bmp
+
+# Names of other alphabets, and long ones.
+name='Größe – 漢字 🎨'
+expect 0 '' apply 'a b.bmp' "$name.png"
+expect 0 '' apply "$name.png" again.bmp
+check cmp -s same.bmp again.bmp
+expect 0 '' apply --out-dir "$name" --format tif "$name.png" -- invert
+check test -e "$name/$name.tif"
+expect 0 '' info "$name/$name.tif"
+in_output "$name"
+expect 0 '' histogram "$name.png" -o "$name.svg"
+check grep -q "$name" "$name.svg"
+expect 1 "^omb: $name 2.bmp: the file does not exist" info "$name 2.bmp"
+deep=$(printf 'a%.0s' {1..120})
+deep="$deep/$deep/$deep"
+expect 0 '' apply --out-dir "$deep" --format bmp 'a b.bmp' -- invert
+check cmp -s negative.bmp "$deep/a b.bmp"
+expect 0 '' apply "$deep/a b.bmp" again.bmp invert
+check cmp -s same.bmp again.bmp
+expect 0 '' gallery "$name.png" "$deep/$name"
+check grep -q "<h2>$name" "$deep/$name/index.html"
 
 # What people read.
 expect 0 '' info same.bmp high.bmp

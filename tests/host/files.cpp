@@ -36,16 +36,6 @@ std::vector<uint8_t> Encode(omb::Format format, const PackedDib* dib) {
   return Load(directory / "image");
 }
 
-bool Available(omb::Format format) {
-  try {
-    Encode(format, ImageBuilder(8, 1, 1).Build().get());
-    return true;
-  } catch (const omb::FileError& error) {
-    EXPECT_NE(std::strstr(error.what(), "not supported by this build"), nullptr) << error.what();
-    return false;
-  }
-}
-
 std::vector<uint32_t> Colors(const TestImage& image) {
   std::vector<uint32_t> colors;
   for (const uint32_t value : image.Pixels()) {

@@ -32,7 +32,6 @@ void ExpectResolution(const TestImage& image, uint32_t x, uint32_t y) {
 
 TEST(Files, WithoutLossDepthColorsAndResolutionComeBack) {
   for (const Format format : {Format::kBmp, Format::kPng, Format::kTiff}) {
-    if (!Available(format)) continue;
     for (const int bits : {1, 4, 8, 24}) {
       const int count = bits <= 8 ? 1 << bits : 0;
       for (const auto& colors :
@@ -57,7 +56,6 @@ TEST(Files, WithoutLossDepthColorsAndResolutionComeBack) {
 
 TEST(Files, CoreHeadersAndShortColorTables) {
   for (const Format format : {Format::kBmp, Format::kPng, Format::kTiff}) {
-    if (!Available(format)) continue;
     for (const int bits : {1, 4, 8, 24}) {
       const TestImage core = Noisy(bits, 7, 3, VariedColors(bits <= 8 ? 1 << bits : 0, 5))
                                  .CoreHeader(bits == 4 ? 20 : 12)
@@ -84,7 +82,6 @@ TEST(Files, SixteenAndThirtyTwoBits) {
     TestImage expected = image.Clone();
     ASSERT_EQ(omb_transformat(expected.ref()), 1u);
     for (const Format format : {Format::kPng, Format::kTiff}) {
-      if (!Available(format)) continue;
       const TestImage again = Decode(Encode(format, image.get()));
       EXPECT_EQ(again.bit_count(), 24);
       EXPECT_EQ(again.Pixels(), expected.Pixels());
@@ -93,7 +90,6 @@ TEST(Files, SixteenAndThirtyTwoBits) {
 }
 
 TEST(Files, JpegKeepsGrayGrayAndColorsNear) {
-  if (!Available(Format::kJpeg)) GTEST_SKIP() << "no JPEG in this build";
   const auto build = [](int bits, const std::vector<uint32_t>& colors) {
     ImageBuilder builder(bits, 40, 30);
     builder.Colors(colors).Field(24, 11811).Field(28, 5906).Pixels([=](int x, int y) {
@@ -119,7 +115,6 @@ TEST(Files, JpegKeepsGrayGrayAndColorsNear) {
 
 TEST(Files, DamagedFilesAreRefusedOrRead) {
   for (const Format format : {Format::kPng, Format::kJpeg, Format::kTiff}) {
-    if (!Available(format)) continue;
     for (const int bits : {1, 8, 24}) {
       SCOPED_TRACE(testing::Message() << omb::ExtensionOf(format) << ", " << bits << " bits");
       const TestImage image = Noisy(bits, 9, 7, GrayRamp(bits <= 8 ? 1 << bits : 0)).Build();
@@ -127,6 +122,39 @@ TEST(Files, DamagedFilesAreRefusedOrRead) {
       ExpectSafe(Encode(format, image.get()), format == Format::kTiff ? 4 : 0);
     }
   }
+}
+
+// What a file of a kind that the host does not write holds stands beside it as a BMP file.
+void ExpectSample(const fs::path& path) {
+  const std::string stem = path.stem().string();
+  const std::string extension = path.extension().string().substr(1);
+  SCOPED_TRACE(path.filename().string());
+  Strings remarks;
+  const TestImage image = Decode(Load(path), &remarks);
+  const TestImage expected = Decode(Load(path.parent_path() / (stem + "_" + extension + ".bmp")));
+  ExpectPlainHeader(image);
+  EXPECT_EQ(remarks.size(), stem.ends_with("_remark") ? 1u : 0u);
+  ASSERT_EQ(image.bit_count(), expected.bit_count());
+  ASSERT_EQ(image.width(), expected.width());
+  ASSERT_EQ(image.height(), expected.height());
+  ExpectResolution(image, LoadU32(expected.raw() + 24), LoadU32(expected.raw() + 28));
+  const std::vector<uint32_t> colors = Colors(image), wanted = Colors(expected);
+  const int tolerance = extension == "png" ? 0 : 2;
+  for (size_t i = 0; i < colors.size(); ++i) {
+    for (const int shift : {0, 8, 16}) {
+      ASSERT_NEAR(colors[i] >> shift & 255, wanted[i] >> shift & 255, tolerance) << i;
+    }
+  }
+}
+
+TEST(Files, EveryCodecReadsTheSamplesAlike) {
+  int count = 0;
+  for (const auto& entry : fs::directory_iterator(OMBRILO_SAMPLES)) {
+    if (entry.path().extension() == ".bmp") continue;
+    ExpectSample(entry.path());
+    ++count;
+  }
+  EXPECT_GT(count, 30);
 }
 
 TEST(Files, NamesSayFormats) {
@@ -222,7 +250,7 @@ TEST(Files, SeedsOfTheFuzzersAreReadOrRefused) {
     } catch (const omb::FileError&) {
     }
   }
-  EXPECT_GT(read, 11);
+  EXPECT_GE(read, 12);
 }
 
 }  // namespace

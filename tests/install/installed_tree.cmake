@@ -1,7 +1,7 @@
-# Installs the build and builds the example against the installed tree, by the CMake package (shared
-# and static) and by pkg-config. Arguments: BUILD, SOURCE, C_COMPILER, LIBDIR.
+# Installs the build and builds the examples against the installed tree, by the CMake package (shared
+# and static) and by pkg-config; those in other languages run where their tools are found, and all
+# stand in the README as they are. Arguments: BUILD, SOURCE, C_COMPILER, CXX_COMPILER, LIBDIR.
 set(prefix ${BUILD}/installed)
-set(expected "3 x 2 pixels, the first one 255 255 255")
 
 function(run)
   execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE output ERROR_VARIABLE output RESULT_VARIABLE result)
@@ -11,26 +11,53 @@ function(run)
   set(output "${output}" PARENT_SCOPE)
 endfunction()
 
-function(expect_example program)
-  run(${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${prefix}/${LIBDIR} ${program})
+function(expect_example size)
+  run(${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${prefix}/${LIBDIR} ${ARGN})
   string(STRIP "${output}" output)
-  if(NOT output STREQUAL expected)
-    message(FATAL_ERROR "${program} printed: ${output}")
+  if(NOT output STREQUAL "${size} pixels, the first one 255 255 255")
+    message(FATAL_ERROR "${ARGN} printed: ${output}")
   endif()
 endfunction()
+
+file(READ ${SOURCE}/README.md readme)
+foreach(example negative.c scaled.cpp Scaled.cs scaled.dpr scaled.py)
+  file(READ ${SOURCE}/examples/${example} text)
+  string(FIND "${readme}" "\n${text}```\n" found)
+  if(found EQUAL -1)
+    message(FATAL_ERROR "The README does not show ${example} as it is")
+  endif()
+endforeach()
 
 file(REMOVE_RECURSE ${prefix} ${BUILD}/example)
 run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix})
 
 # The linker takes along a function that needs libm.
 run(${CMAKE_COMMAND} -S ${SOURCE}/examples -B ${BUILD}/example -DCMAKE_PREFIX_PATH=${prefix}
-  -DCMAKE_C_COMPILER=${C_COMPILER} -DCMAKE_EXE_LINKER_FLAGS=-Wl,--undefined=omb_gammacorrection)
+  -DCMAKE_C_COMPILER=${C_COMPILER} -DCMAKE_CXX_COMPILER=${CXX_COMPILER}
+  -DCMAKE_EXE_LINKER_FLAGS=-Wl,--undefined=omb_gammacorrection)
 run(${CMAKE_COMMAND} --build ${BUILD}/example)
-expect_example(${BUILD}/example/negative)
-expect_example(${BUILD}/example/negative_static)
+expect_example("3 x 2" ${BUILD}/example/negative)
+expect_example("3 x 2" ${BUILD}/example/negative_static)
+expect_example("6 x 4" ${BUILD}/example/scaled)
 
 run(${CMAKE_COMMAND} -E env PKG_CONFIG_PATH=${prefix}/${LIBDIR}/pkgconfig
   pkg-config --cflags --libs ombrilo)
 separate_arguments(flags UNIX_COMMAND "${output}")
 run(${C_COMPILER} ${SOURCE}/examples/negative.c -o ${BUILD}/example/by_pkg_config ${flags})
-expect_example(${BUILD}/example/by_pkg_config)
+expect_example("3 x 2" ${BUILD}/example/by_pkg_config)
+
+find_program(PYTHON python3)
+if(PYTHON)
+  expect_example("6 x 4" ${PYTHON} ${SOURCE}/examples/scaled.py ${prefix}/${LIBDIR}/libombrilo.so)
+endif()
+find_program(FPC fpc)
+if(FPC)
+  run(${FPC} -Mdelphi -Fl${prefix}/${LIBDIR} -o${BUILD}/example/pascal ${SOURCE}/examples/scaled.dpr)
+  expect_example("6 x 4" ${BUILD}/example/pascal)
+endif()
+find_program(MCS mcs)
+find_program(MONO mono)
+if(MCS AND MONO)
+  run(${MCS} -out:${BUILD}/example/cs.exe ${SOURCE}/examples/Scaled.cs)
+  expect_example("6 x 4" ${MONO} ${BUILD}/example/cs.exe)
+endif()

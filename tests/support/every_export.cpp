@@ -155,8 +155,8 @@ std::unique_ptr<KERNAL, decltype(&omb_destroyKERNAL)> DrawKernal(Draw& draw) {
   KERNAL* kernal =
       omb_newKERNAL(width, height, anchor_x, anchor_y, count, draw.Whole(-20, 20), "drawn");
   for (int32_t i = 0; kernal != nullptr && i < count; ++i) {
-    kernal->offsets[2 * i] = draw.Whole(0, 8) - 4;
-    kernal->offsets[2 * i + 1] = draw.Whole(0, 8) - 4;
+    kernal->offsets[2 * i] = draw.Whole(-4, 4);
+    kernal->offsets[2 * i + 1] = draw.Whole(-4, 4);
     kernal->weights[i] = draw.Whole(-30, 30);
   }
   return {kernal, omb_destroyKERNAL};

@@ -1,10 +1,9 @@
-// What failing memory, hostile headers and threads do to every export.
+// What failing memory and hostile headers do to every export.
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <thread>
 
 #include "support/every_export.h"
 #include "support/failing_memory.h"
@@ -33,21 +32,16 @@ struct Outcome {
   bool operator==(const Outcome&) const = default;
 };
 
-// With the `failing`-th allocation failing, if that is not 0.
-Outcome Call(const Export& operation, TestImage& image, const std::vector<uint8_t>& bytes,
-             int failing = 0, bool* failed = nullptr) {
+// With the `failing`-th allocation failing, if there is one; `failed` tells.
+Outcome Call(const Export& operation, TestImage& image, int failing, bool* failed) {
+  const std::vector<uint8_t> bytes = RandomBytes(2, 400);
   Draw draw(bytes, Draw::kMeant);
   Digest digest;
-  uint64_t result;
-  if (failed == nullptr) {
-    result = operation.call(image.ref(), draw, digest);
-  } else {
-    MemoryWatch watch(failing);
-    result = operation.call(image.ref(), draw, digest);
-    watch.Stop();
-    *failed = watch.failed();
-    EXPECT_EQ(watch.still_held(), 0) << operation.name << ", allocation " << failing;
-  }
+  MemoryWatch watch(failing);
+  const uint64_t result = operation.call(image.ref(), draw, digest);
+  watch.Stop();
+  *failed = watch.failed();
+  EXPECT_EQ(watch.still_held(), 0) << operation.name << ", allocation " << failing;
   return {result, digest.value(), image.Bytes()};
 }
 
@@ -56,17 +50,17 @@ TEST(Safety, FailedAllocationsChangeNothingAndLeakNothing) {
     for (const bool core : {false, true}) {
       for (const Export& operation : EveryExport()) {
         const TestImage image = SmallImage(depth, core);
-        const std::vector<uint8_t> bytes = RandomBytes(2, 400);
+        bool failed;
         TestImage done = image.Clone();
-        const Outcome success = Call(operation, done, bytes);
+        const Outcome success = Call(operation, done, 0, &failed);
         // Expanding to 24 bits is a step of its own, which may have been done.
         const bool may_expand = std::string(operation.name) == "omb_neuquant" && depth <= 8;
-        bool failed = true;
+        failed = true;
         for (int n = 1; failed; ++n) {
           TestImage copy = image.Clone();
-          const Outcome outcome = Call(operation, copy, bytes, n, &failed);
+          const Outcome outcome = Call(operation, copy, n, &failed);
           if (!failed || outcome == success) continue;
-          EXPECT_EQ(outcome.image == image.Bytes() || (may_expand && copy.bit_count() == 24), true)
+          EXPECT_TRUE(outcome.image == image.Bytes() || (may_expand && copy.bit_count() == 24))
               << operation.name << ", " << depth << " bits, allocation " << n;
           // Functions without a result count as 1.
           EXPECT_TRUE(outcome.result == 0 || outcome.result == success.result) << operation.name;
@@ -74,26 +68,6 @@ TEST(Safety, FailedAllocationsChangeNothingAndLeakNothing) {
       }
     }
   }
-}
-
-TEST(Safety, FourThreadsGetWhatOneGets) {
-  const auto all = [] {
-    std::vector<Outcome> outcomes;
-    for (const int depth : {1, 8, 24, 32}) {
-      for (const Export& operation : EveryExport()) {
-        TestImage image = SmallImage(depth, false);
-        outcomes.push_back(Call(operation, image, RandomBytes(3, 400)));
-      }
-    }
-    return outcomes;
-  };
-  const std::vector<Outcome> expected = all();
-  std::vector<Outcome> outcomes[4];
-  {
-    std::vector<std::jthread> threads;
-    for (auto& own : outcomes) threads.emplace_back([&] { own = all(); });
-  }
-  for (const auto& own : outcomes) EXPECT_TRUE(own == expected);
 }
 
 // Under the address sanitizer this finds what leaves a block, with the undefined-behaviour

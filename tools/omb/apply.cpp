@@ -9,8 +9,10 @@
 #include "commands.h"
 #include "errors.h"
 #include "files/files.h"
+#include "files/long_path.h"
 #include "progress.h"
 #include "steps/steps.h"
+#include "text.h"
 
 namespace omb {
 
@@ -32,14 +34,14 @@ Format FormatFor(const fs::path& path, const std::string& name) {
   try {
     return name.empty() ? FormatOfPath(path) : FormatOfName(name);
   } catch (const FileError& error) {
-    throw UsageError((name.empty() ? path.string() : "--format " + name) + ": " + error.what());
+    throw UsageError((name.empty() ? Utf8(path) : "--format " + name) + ": " + error.what());
   }
 }
 
 // Reads, runs and writes. Returns what went wrong, or nothing.
 std::string Do(const Job& job, const std::vector<Call>& calls, const Remark& remark) {
   try {
-    Image image = ReadImage(job.input, remark);
+    Image image = ReadImage(PathOf(job.input), remark);
     for (const Call& call : calls) {
       try {
         RunCall(call, image);
@@ -50,7 +52,7 @@ std::string Do(const Job& job, const std::vector<Call>& calls, const Remark& rem
     try {
       WriteImage(job.output, job.format, image.get());
     } catch (const FileError& error) {
-      return job.output.string() + ": " + error.what();
+      return Utf8(job.output) + ": " + error.what();
     }
     return {};
   } catch (const std::bad_alloc&) {
@@ -62,7 +64,7 @@ std::string Do(const Job& job, const std::vector<Call>& calls, const Remark& rem
 
 // What a file system that does not tell A from a calls the file.
 std::string Folded(const fs::path& path) {
-  std::string name = path.string();
+  std::string name = Utf8(path);
   for (char& c : name) {
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   }
@@ -74,16 +76,17 @@ std::vector<Job> JobsOf(const std::vector<std::string>& files, const ApplyOption
   std::vector<Job> jobs;
   std::map<std::string, std::string> inputs;  // by output
   for (const std::string& file : files) {
-    const Format format = FormatFor(file, options.format);
-    fs::path name = fs::path(file).stem();
+    const fs::path input = PathOf(file);
+    const Format format = FormatFor(input, options.format);
+    fs::path name = input.stem();
     name += std::string(".") + ExtensionOf(format);
-    const fs::path output = options.out_dir / name;
+    const fs::path output = PathOf(options.out_dir) / name;
     const auto [other, is_new] = inputs.emplace(Folded(output), file);
     if (!is_new) {
-      throw UsageError(other->second + " and " + file + " would both become " + output.string());
+      throw UsageError(other->second + " and " + file + " would both become " + Utf8(output));
     }
     std::error_code ignored;
-    if (fs::equivalent(file, output, ignored)) {
+    if (fs::equivalent(LongPath(input), LongPath(output), ignored)) {
       throw UsageError(file + " would be replaced by its own result; choose another --out-dir");
     }
     jobs.push_back({file, output, format});
@@ -97,7 +100,7 @@ int ApplyToMany(const ApplyOptions& options) {
   const std::vector<Call> calls = ParseCalls(*options.after_dashes);
   const std::vector<Job> jobs = JobsOf(options.words, options);
   std::error_code error;
-  fs::create_directories(options.out_dir, error);
+  fs::create_directories(LongPath(PathOf(options.out_dir)), error);
   if (error) {
     Complain(options.out_dir, error.message());
     return 1;
@@ -141,7 +144,8 @@ int ApplyToOne(const ApplyOptions& options) {
   }
   if (words.size() < 2) throw UsageError("INPUT and OUTPUT are needed", kUsage);
   const std::vector<Call> calls = ParseCalls({words.begin() + 2, words.end()});
-  const Job job = {words[0], words[1], FormatFor(words[1], options.format)};
+  const fs::path output = PathOf(words[1]);
+  const Job job = {words[0], output, FormatFor(output, options.format)};
   const std::string failure =
       Do(job, calls, [&](const std::string& remark) { Complain(job.input, remark); });
   if (failure.empty()) return 0;

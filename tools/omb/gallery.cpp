@@ -12,6 +12,7 @@
 #include "core/packed_dib.h"
 #include "errors.h"
 #include "files/files.h"
+#include "files/long_path.h"
 #include "files/pixels_out.h"
 #include "files/temporary_file.h"
 #include "gallery_page.h"
@@ -46,7 +47,8 @@ std::string Base64(const std::string& bytes) {
 
 // The bytes of an image file; empty when this build cannot write the format.
 std::string Encoded(Format format, const PackedDib* dib, const fs::path& directory) {
-  const fs::path scratch = directory / ("thumbnail.tmp." + std::string(ExtensionOf(format)));
+  const fs::path scratch =
+      LongPath(directory / ("thumbnail.tmp." + std::string(ExtensionOf(format))));
   try {
     WriteImage(scratch, format, dib);
   } catch (const FileError&) {
@@ -72,7 +74,7 @@ Shown Show(const PackedDib* dib, const fs::path& directory) {
     uri += "jpeg;base64," + Base64(jpeg);
   } else {
     const std::string bmp = Encoded(Format::kBmp, small.get(), directory);
-    if (bmp.empty()) throw std::runtime_error(directory.string() + ": cannot be written to");
+    if (bmp.empty()) throw std::runtime_error(Utf8(directory) + ": cannot be written to");
     uri += "bmp;base64," + Base64(bmp);
   }
   return {std::move(uri), static_cast<int>(omb_DIBWidth(small.get())),
@@ -212,7 +214,7 @@ Exhibit Try(const Step& step, const std::string& text, const PackedDib* input,
 Room RoomOf(const std::string& file, const PackedDib* input, const fs::path& directory,
             Progress& progress) {
   Room room;
-  room.name = Utf8(fs::path(file).filename());
+  room.name = Utf8(PathOf(file).filename());
   room.facts = SizeOf(input) + ", " + DepthOf(input);
   room.before = Show(input, directory);
   const OmbRect detail = DetailOf(input);
@@ -235,7 +237,7 @@ void WritePage(const fs::path& path, const std::string& page) {
     std::fwrite(page.data(), 1, page.size(), file.stream());
     file.Commit();
   } catch (const FileError& error) {
-    throw std::runtime_error(path.string() + ": " + error.what());
+    throw std::runtime_error(Utf8(path) + ": " + error.what());
   }
 }
 
@@ -244,18 +246,19 @@ void WritePage(const fs::path& path, const std::string& page) {
 int Gallery(const std::vector<std::string>& words) {
   if (words.size() < 2)
     throw UsageError("gallery: INPUT and DIR are needed", "usage: omb gallery INPUT... DIR\n");
-  const fs::path directory = words.back();
+  const fs::path directory = PathOf(words.back());
   std::vector<Room> rooms;
   {
     const std::vector<std::string> files(words.begin(), words.end() - 1);
     Progress progress(files.size() * AllSteps().size());
     for (const std::string& file : files) {
       try {
-        const Image input = ReadImage(
-            file, [&](const std::string& remark) { progress.Say("omb: " + file + ": " + remark); });
+        const Image input = ReadImage(PathOf(file), [&](const std::string& remark) {
+          progress.Say("omb: " + file + ": " + remark);
+        });
         std::error_code error;
-        fs::create_directories(directory, error);
-        if (error) throw std::runtime_error(directory.string() + ": " + error.message());
+        fs::create_directories(LongPath(directory), error);
+        if (error) throw std::runtime_error(words.back() + ": " + error.message());
         rooms.push_back(RoomOf(file, input.get(), directory, progress));
       } catch (const FileError& file_error) {
         throw std::runtime_error(file + ": " + file_error.what());
@@ -264,7 +267,7 @@ int Gallery(const std::vector<std::string>& words) {
   }
   const fs::path page = directory / "index.html";
   WritePage(page, PageOf(rooms));
-  std::printf("%s\n", page.string().c_str());
+  std::printf("%s\n", Utf8(page).c_str());
   return 0;
 }
 

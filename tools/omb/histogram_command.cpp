@@ -34,7 +34,6 @@ int BarsFor(int columns) {
 
 void Print(const std::string& title, const std::vector<Histogram>& histograms) {
   const int columns = TerminalWidth(stdout);
-  if (columns > 0) PrepareTerminal();
   const int bars = BarsFor(columns);
   std::printf(
       "%s, %s\n\n%s", title.c_str(),
@@ -57,17 +56,18 @@ int ShowHistogram(const HistogramOptions& options) {
   }
   std::string file = options.file;  // what a failure is about
   try {
-    Image image = ReadImage(file, [&](const std::string& remark) { Complain(file, remark); });
+    Image image =
+        ReadImage(PathOf(file), [&](const std::string& remark) { Complain(file, remark); });
     RunCall(ParseCall("transformat"), image);
     const std::vector<Histogram> histograms =
         Measure(image.get(), ChannelsOf(options.channel, image.get()));
-    const std::string title = Utf8(std::filesystem::path(file).filename()) + ": " +
-                              Grouped(histograms[0].total()) + " pixels";
+    const std::string title =
+        Utf8(PathOf(file).filename()) + ": " + Grouped(histograms[0].total()) + " pixels";
     if (options.output.empty()) {
       Print(title, histograms);
     } else {
       file = options.output;
-      Save(options.output, SvgPlot(histograms, title));
+      Save(PathOf(options.output), SvgPlot(histograms, title));
     }
     return 0;
   } catch (const std::bad_alloc&) {

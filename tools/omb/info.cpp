@@ -6,6 +6,7 @@
 #include "core/packed_dib.h"
 #include "files/files.h"
 #include "histogram.h"
+#include "text.h"
 
 namespace omb {
 
@@ -38,7 +39,7 @@ void Describe(const std::string& file, const PackedDib* image) {
   const ombrilo::DibView dib = ombrilo::DibView::Open(image).value();
   const uint32_t colors = dib.header().color_count;
   std::printf("%s\n", file.c_str());
-  Line("file", KindOfFile(file));
+  Line("file", KindOfFile(PathOf(file)));
   Line("size", std::to_string(dib.width()) + " x " + std::to_string(dib.height()) + " pixels");
   Line("depth",
        std::to_string(dib.bit_count()) + (dib.bit_count() == 1 ? " bit" : " bits") + " per pixel");
@@ -55,7 +56,7 @@ int Info(const std::vector<std::string>& files) {
   for (const std::string& file : files) {
     try {
       const Image image =
-          ReadImage(file, [&](const std::string& remark) { Complain(file, remark); });
+          ReadImage(PathOf(file), [&](const std::string& remark) { Complain(file, remark); });
       Describe(file, image.get());
     } catch (const FileError& error) {
       Complain(file, error.what());

@@ -8,6 +8,8 @@
 #include "commands.h"
 #include "errors.h"
 #include "ombrilo/ombrilo.h"
+#include "terminal.h"
+#include "text.h"
 
 #define OMB_TEXT_OF(x) #x
 #define OMB_TEXT(x) OMB_TEXT_OF(x)
@@ -154,9 +156,17 @@ void omb::Complain(const std::string& where, const std::string& message) {
   std::fprintf(stderr, "omb: %s%s%s\n", where.c_str(), where.empty() ? "" : ": ", message.c_str());
 }
 
+#ifdef _WIN32
+// The narrow main() would lose what the system's code page lacks.
+int wmain(int argc, wchar_t** argv) {
+#else
 int main(int argc, char** argv) {
+#endif
+  omb::PrepareTerminal();
   try {
-    return Main({argv + 1, argv + argc});
+    std::vector<std::string> words;
+    for (int i = 1; i < argc; ++i) words.push_back(omb::Utf8(argv[i]));
+    return Main(std::move(words));
   } catch (const omb::UsageError& error) {
     omb::Complain("", error.what());
     std::fputs(error.usage().c_str(), stderr);

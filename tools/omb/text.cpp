@@ -30,6 +30,10 @@ std::string Utf8(const std::filesystem::path& path) {
   return {text.begin(), text.end()};
 }
 
+std::filesystem::path PathOf(const std::string& word) {
+  return std::u8string(word.begin(), word.end());
+}
+
 std::string Grouped(uint64_t number) {
   std::string digits = std::to_string(number);
   for (size_t i = digits.size(); i > 3;) digits.insert(i -= 3, ",");

@@ -13,6 +13,7 @@
 
 #include "core/bytes.h"
 #include "files/codec.h"
+#include "files/long_path.h"
 #include "files/temporary_file.h"
 
 namespace omb {
@@ -83,7 +84,8 @@ const Codec* FindName(const std::string& name) {
   return nullptr;
 }
 
-std::ifstream Open(const fs::path& path) {
+std::ifstream Open(const fs::path& name) {
+  const fs::path path = LongPath(name);
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   if (!fs::exists(status)) throw FileError("the file does not exist");
@@ -104,7 +106,7 @@ std::vector<uint8_t> ReadBytes(const fs::path& path) {
   std::ifstream stream = Open(path);
   std::error_code error;
   std::vector<uint8_t> bytes;
-  const auto expected = fs::file_size(path, error);
+  const auto expected = fs::file_size(LongPath(path), error);
   if (!error) {
     if (expected > kLimit) throw FileError("the file is too large");
     bytes.reserve(static_cast<size_t>(expected) + 1);

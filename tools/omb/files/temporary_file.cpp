@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "files/files.h"
+#include "files/long_path.h"
 
 namespace omb {
 
@@ -49,7 +50,7 @@ fs::path Followed(const fs::path& target) {
 
 }  // namespace
 
-TemporaryFile::TemporaryFile(const fs::path& target) : target_(Followed(target)) {
+TemporaryFile::TemporaryFile(const fs::path& target) : target_(Followed(LongPath(target))) {
   std::error_code error;
   const fs::file_status status = fs::status(target_, error);
   // Renaming over a device would take it away from everybody.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <new>
 #include <optional>
@@ -311,11 +312,33 @@ struct Turn {
         bottom(orientation == 3 || orientation == 4 || orientation == 7 || orientation == 8) {}
 };
 
+// How many bytes one byte of compressed data can become.
+uint64_t MostInflated(int compression) {
+  switch (compression) {
+    case COMPRESSION_NONE:
+      return 1;
+    case COMPRESSION_PACKBITS:
+      return 64;
+    case COMPRESSION_LZW:
+      return 4096;
+    case COMPRESSION_DEFLATE:
+    case COMPRESSION_ADOBE_DEFLATE:
+      return 1032;
+    default:
+      return std::numeric_limits<uint32_t>::max();
+  }
+}
+
 // By libtiff's own conversion of everything that it knows. Alpha comes multiplied into the colors.
 Image ReadByRgba(TIFF* tiff, const Directory& d, const Errors& errors, const Remark& remark) {
   const Turn turn(d.orientation);
   ImageSize size = {d.width, d.height, 24};
-  CheckCompressedSize({d.width, d.height, 32});
+  CheckSize(size);
+  // The raster takes four bytes for each pixel, and a blank fax can claim any number of them.
+  if (int64_t{d.width} * d.height > kMaxAllocation / 4) {
+    throw FileError("TIFF files of this kind are read up to " + std::to_string(kMaxAllocation / 4) +
+                    " pixels; this one has " + PixelsText(size));
+  }
   Resolution resolution = d.resolution;
   if (turn.swapped) {
     std::swap(size.width, size.height);
@@ -430,7 +453,7 @@ Image ReadTiff(Bytes file, const Remark& remark) {
   if (errors.text[0] != '\0') errors.Fail("damaged TIFF data");
   // Each pixel has a sample of its own at least.
   const uint64_t pixels = uint64_t{directory.width} * directory.height;
-  if (directory.compression == COMPRESSION_NONE && pixels * directory.bits / 8 > file.size()) {
+  if (pixels * directory.bits / 8 / MostInflated(directory.compression) > file.size()) {
     throw FileError("the file is too short for " +
                     PixelsText({directory.width, directory.height, directory.bits}));
   }

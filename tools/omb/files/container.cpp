@@ -1,0 +1,192 @@
+#include "files/container.h"
+
+#include <algorithm>
+
+namespace omb {
+
+namespace {
+
+constexpr double kInch = 0.0254;  // meters
+// No byte of a deflate stream stands for more bytes than this.
+constexpr double kMostInflated = 1032;
+// A Huffman-coded block of 8 x 8 pixels takes a bit at least.
+constexpr double kMostPixelsPerByte = 64 * 8;
+
+// Numbers at offsets, in either byte order.
+class Numbers {
+ public:
+  Numbers(Bytes bytes, bool big_endian) : bytes_(bytes), big_endian_(big_endian) {}
+
+  uint32_t U8(size_t at) const { return Number(at, 1); }
+  uint32_t U16(size_t at) const { return Number(at, 2); }
+  uint32_t U32(size_t at) const { return Number(at, 4); }
+  // Whether `count` bytes from `at` are there.
+  bool Has(uint64_t at, uint64_t count) const {
+    return at <= bytes_.size() && count <= bytes_.size() - at;
+  }
+
+ private:
+  uint32_t Number(size_t at, size_t count) const {
+    if (!Has(at, count)) throw FileError("the file ends early");
+    uint32_t value = 0;
+    for (size_t i = 0; i < count; ++i) {
+      value = value << 8 | bytes_[at + (big_endian_ ? i : count - 1 - i)];
+    }
+    return value;
+  }
+
+  Bytes bytes_;
+  bool big_endian_;
+};
+
+// A TIFF directory's entries of short and long numbers and fractions.
+class TiffDirectory {
+ public:
+  TiffDirectory(Bytes file) : numbers_(file, file[0] == 'M') {
+    if (numbers_.U16(2) != 42) throw FileError("TIFF files of 64-bit offsets are not supported");
+    first_ = numbers_.U32(4);
+    count_ = numbers_.U16(first_);
+    if (!numbers_.Has(first_ + 2, 12 * count_ + 4)) throw FileError("the file ends early");
+  }
+
+  uint32_t Value(uint32_t tag, uint32_t otherwise) const {
+    const Entry entry = Find(tag);
+    return entry.count == 0 ? otherwise : entry.Value(0, numbers_);
+  }
+
+  double Fraction(uint32_t tag) const {
+    const Entry entry = Find(tag);
+    if (entry.type != 5 || entry.count == 0) return 0;
+    const size_t at = entry.Place(8, numbers_);
+    const double below = numbers_.U32(at + 4);
+    return below == 0 ? 0 : numbers_.U32(at) / below;
+  }
+
+  // The strips or tiles lie in the file.
+  void CheckPlaces(uint32_t places_tag, uint32_t sizes_tag) const {
+    const Entry places = Find(places_tag), sizes = Find(sizes_tag);
+    for (uint32_t i = 0; i < std::min(places.count, sizes.count); ++i) {
+      if (!numbers_.Has(places.Value(i, numbers_), sizes.Value(i, numbers_))) {
+        throw FileError("the file ends early");
+      }
+    }
+  }
+
+ private:
+  struct Entry {
+    uint32_t type = 0, count = 0;
+    size_t value_at = 0;
+    // Values stand in the entry itself where they have room.
+    size_t Place(size_t size, const Numbers& numbers) const {
+      return count * uint64_t{size} <= 4 ? value_at : numbers.U32(value_at);
+    }
+    uint32_t Value(uint32_t index, const Numbers& numbers) const {
+      const size_t size = type == 3 ? 2 : 4;
+      const size_t at = Place(size, numbers) + size * index;
+      return size == 2 ? numbers.U16(at) : numbers.U32(at);
+    }
+  };
+
+  // A count of 0 where the tag is not there.
+  Entry Find(uint32_t tag) const {
+    for (size_t i = 0; i < count_; ++i) {
+      const size_t at = first_ + 2 + 12 * i;
+      if (numbers_.U16(at) == tag) return Entry{numbers_.U16(at + 2), numbers_.U32(at + 4), at + 8};
+    }
+    return {};
+  }
+
+  Numbers numbers_;
+  size_t first_ = 0;
+  size_t count_ = 0;
+};
+
+constexpr uint32_t kWidthTag = 256, kHeightTag = 257, kBitsTag = 258, kCompressionTag = 259,
+                   kPhotometricTag = 262, kStripsTag = 273, kOrientationTag = 274,
+                   kSamplesTag = 277, kStripSizesTag = 279, kXResolutionTag = 282,
+                   kYResolutionTag = 283, kUnitTag = 296, kTilesTag = 324, kTileSizesTag = 325;
+
+}  // namespace
+
+Container ReadPngContainer(Bytes file) {
+  const Numbers numbers(file, true);
+  Container c;
+  for (size_t at = 8;; at += 12 + numbers.U32(at)) {
+    const size_t size = numbers.U32(at), body = at + 8;
+    numbers.U32(body + size);  // the checksum is there
+    const uint32_t type = numbers.U32(at + 4);
+    if (at == 8) {
+      c.width = numbers.U32(body);
+      c.height = numbers.U32(body + 4);
+      const uint32_t depth = numbers.U8(body + 8), kind = numbers.U8(body + 9);
+      const int64_t channels = (kind & 2) != 0 && kind != 3 ? 3 : 1;
+      const int64_t bits = (channels + (kind >> 2 & 1)) * depth;
+      c.gray = (kind & 3) == 0;
+      c.least_size = static_cast<double>(bits * c.width) / 8 * c.height / kMostInflated;
+    }
+    if (type == 0x70485973 && size >= 9 && numbers.U8(body + 8) == 1) {  // pHYs, in meters
+      c.resolution = {DotsPerMeter(numbers.U32(body), 1), DotsPerMeter(numbers.U32(body + 4), 1)};
+    }
+    if (type == 0x49454E44) return c;  // IEND
+  }
+}
+
+Container ReadJpegContainer(Bytes file) {
+  const Numbers numbers(file, true);
+  Container c;
+  for (size_t at = 2;;) {
+    while (numbers.U8(at) == 0xFF && numbers.U8(at + 1) == 0xFF) ++at;
+    const uint32_t marker = numbers.U16(at), size = numbers.U16(at + 2);
+    const size_t body = at + 4;
+    if (marker < 0xFFC0 || size < 2) throw FileError("damaged JPEG data");
+    const bool frame = marker <= 0xFFCF && marker != 0xFFC4 && marker != 0xFFC8 && marker != 0xFFCC;
+    if (frame) {
+      c.height = numbers.U16(body + 1);
+      c.width = numbers.U16(body + 3);
+      c.gray = numbers.U8(body + 5) == 1;
+      c.least_size = static_cast<double>(c.width * c.height) / kMostPixelsPerByte;
+    }
+    if (marker == 0xFFE0 && size >= 14 && numbers.U32(body) == 0x4A464946) {  // JFIF
+      const uint32_t unit = numbers.U8(body + 7);
+      if (unit == 1 || unit == 2) {
+        const double length = unit == 1 ? kInch : 0.01;
+        c.resolution = {DotsPerMeter(numbers.U16(body + 8), length),
+                        DotsPerMeter(numbers.U16(body + 10), length)};
+      }
+    }
+    at += 2 + size;
+    if (marker == 0xFFDA) {  // scans, up to the end of the image
+      static constexpr uint8_t kEnd[] = {0xFF, 0xD9};
+      numbers.U8(at);
+      if (std::search(file.begin() + static_cast<std::ptrdiff_t>(at), file.end(), kEnd, kEnd + 2) ==
+          file.end()) {
+        throw FileError("the file ends early");
+      }
+      if (c.width == 0) throw FileError("damaged JPEG data");
+      return c;
+    }
+  }
+}
+
+Container ReadTiffContainer(Bytes file) {
+  const TiffDirectory directory(file);
+  Container c;
+  c.width = directory.Value(kWidthTag, 0);
+  c.height = directory.Value(kHeightTag, 0);
+  c.gray = directory.Value(kPhotometricTag, 0) <= 1 && directory.Value(kSamplesTag, 1) == 1;
+  c.orientation = static_cast<int>(directory.Value(kOrientationTag, 1));
+  const uint32_t unit = directory.Value(kUnitTag, 2);
+  if (unit == 2 || unit == 3) {
+    const double length = unit == 2 ? kInch : 0.01;
+    c.resolution = {DotsPerMeter(directory.Fraction(kXResolutionTag), length),
+                    DotsPerMeter(directory.Fraction(kYResolutionTag), length)};
+  }
+  if (directory.Value(kCompressionTag, 1) == 1) {
+    c.least_size = static_cast<double>(c.width) * directory.Value(kBitsTag, 1) / 8 * c.height;
+  }
+  directory.CheckPlaces(kStripsTag, kStripSizesTag);
+  directory.CheckPlaces(kTilesTag, kTileSizesTag);
+  return c;
+}
+
+}  // namespace omb

@@ -1,0 +1,23 @@
+// What PNG, JPEG and TIFF files say about themselves, read apart from any codec: enough to refuse
+// what is too large or cut off before a codec sees it.
+#pragma once
+
+#include "files/codec.h"
+#include "files/pixels_in.h"
+
+namespace omb {
+
+struct Container {
+  int64_t width = 0, height = 0;
+  double least_size = 0;  // bytes that the pixels of an honest file take
+  bool gray = false;      // neither colors nor a color table
+  int orientation = 1;    // TIFF's number
+  Resolution resolution;
+};
+
+// Throw FileError where the file is cut off or makes no sense.
+Container ReadPngContainer(Bytes file);
+Container ReadJpegContainer(Bytes file);
+Container ReadTiffContainer(Bytes file);
+
+}  // namespace omb
