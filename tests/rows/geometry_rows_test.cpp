@@ -99,6 +99,12 @@ const Case kCases[] = {
      [](const RowFunctions& f, const Inputs& in, Outputs& out) {
        f.fetch_words(in.bytes.data(), static_cast<int32_t>(in.bytes.size()), in.offsets.data(), 2,
                      in.count, out.New<uint32_t>(in.count));
+       // Neighbours in a row, up to the last bytes.
+       std::vector<int32_t> close(in.count);
+       const auto count = static_cast<int32_t>(in.count);
+       for (int32_t i = 0; i < count; ++i) close[i] = i * 5 / 2;
+       f.fetch_words(in.bytes.data(), count * 5 / 2 + 4, close.data(), 0, in.count,
+                     out.New<uint32_t>(in.count));
      }},
     {"fetch_indexed",
      [](const RowFunctions& f, const Inputs& in, Outputs& out) {

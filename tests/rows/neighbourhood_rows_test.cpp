@@ -60,6 +60,8 @@ std::vector<std::pair<const char*, Call>> Calls() {
       [](auto& f, auto& in, size_t n, uint8_t* to) { f.add_saturated(in.from[0], n, to); });
   add("subtract_saturated",
       [](auto& f, auto& in, size_t n, uint8_t* to) { f.subtract_saturated(in.from[0], n, to); });
+  add("subtract_from",
+      [](auto& f, auto& in, size_t n, uint8_t* to) { f.subtract_from(in.from[0], n, to); });
   add("subtract_wrapped",
       [](auto& f, auto& in, size_t n, uint8_t* to) { f.subtract_wrapped(in.from[0], n, to); });
   for (const bool left : {true, false}) {
@@ -74,6 +76,10 @@ std::vector<std::pair<const char*, Call>> Calls() {
   add("choose_bits", [](auto& f, auto& in, size_t n, uint8_t* to) {
     const uint8_t outcome[] = {0xFF, 0, 0x5A};
     f.choose_bits(in.from, in.from + 3, outcome, n, to);
+  });
+  add("map_bit_pairs", [](auto& f, auto& in, size_t n, uint8_t* to) {
+    const uint8_t outcome[] = {0xFF, 0, 0x5A, 0x33};
+    f.map_bit_pairs(in.from[0], outcome, n, to);
   });
   add("expand_colors", [](auto& f, auto& in, size_t n, uint8_t* to) {
     std::vector<uint8_t> table(768);

@@ -46,7 +46,7 @@ TEST(ToneRows, EveryLevelGivesTheSameBytes) {
   calls.push_back([](auto& f, size_t n, auto* p, auto* q) { f.gray_double(p, n, q); });
   for (const size_t step : {1u, 3u}) {
     calls.push_back([=](auto& f, size_t n, auto* p, auto* q) {
-      uint32_t sets[8][256] = {};
+      uint32_t sets[8][rows::kCounters] = {};
       f.count_bytes(p, step, n, sets);
       for (size_t v = 0; v < n && v < 256; ++v) {
         q[v] = 0;
