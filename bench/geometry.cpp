@@ -2,35 +2,16 @@
 #include <cmath>
 
 #include "compare.h"
-#include "inputs.h"
 
 #ifdef OMBRILO_HAVE_OPENCV
 #include <opencv2/imgproc.hpp>
-#endif
-#ifdef OMBRILO_HAVE_LEPTONICA
-#include <allheaders.h>
 #endif
 
 namespace ombrilo::bench {
 
 namespace {
 
-using Operation = std::function<void(PackedDib**)>;
-
-struct Input {
-  const char* name;
-  const PackedDib* image;
-};
-
 #ifdef OMBRILO_HAVE_OPENCV
-
-std::function<void()> OnMat(const PackedDib* source,
-                            std::function<void(const cv::Mat&, cv::Mat&)> operation) {
-  return [=, from = AsMat(const_cast<PackedDib*>(source))] {
-    cv::Mat to;
-    operation(from, to);
-  };
-}
 
 // What warpAffine needs for a turn with the whole image kept.
 void Warp(const cv::Mat& from, cv::Mat& to, double degrees, int mode) {
@@ -47,165 +28,85 @@ void Warp(const cv::Mat& from, cv::Mat& to, double degrees, int mode) {
 
 #endif
 
-void Add(const std::string& row, double pixels, const PackedDib* source, Operation ours,
-         const std::string& peer_name = "", std::function<void()> peer = nullptr) {
-  // Ours replaces its image, so that each call needs a fresh copy.
-  auto image = std::make_shared<Image>();
-  ComparePrepared(
-      row, pixels, [=] { *image = Copy(source); },
-      [=] {
-        PackedDib* replaced = image->release();
-        ours(&replaced);
-        omb_freedib(replaced);
-      },
-      peer_name, std::move(peer));
+using Operation = std::function<void(PackedDib**)>;
+
+Operation Scale(const PackedDib* image, double factor, uint32_t mode) {
+  const auto w = static_cast<uint32_t>(omb_DIBWidth(image) * factor);
+  const auto h = static_cast<uint32_t>(omb_DIBHeight(image) * factor);
+  return [=](PackedDib** p) { omb_scale(p, w, h, mode); };
 }
 
-#ifdef OMBRILO_HAVE_LEPTONICA
-
-// The page as a Pix, and an operation whose result is thrown away.
-std::function<void()> OnPix(std::function<Pix*(Pix*)> operation) {
-  const Image page = Copy(Page1());
-  const int width = static_cast<int>(omb_DIBWidth(page.get()));
-  const int height = static_cast<int>(omb_DIBHeight(page.get()));
-  std::shared_ptr<Pix> pix(pixCreate(width, height, 1), [](Pix* p) { pixDestroy(&p); });
-  const uint8_t* rows = omb_FindDIBBits(page.get());
-  const int stride = omb_BytesPerLine(page.get());
-  for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x) {
-      if ((rows[y * stride + x / 8] >> (7 - x % 8) & 1) != 0) {
-        pixSetPixel(pix.get(), static_cast<l_uint32>(x), static_cast<l_uint32>(y), 1);
-      }
-    }
-  }
-  return [=] {
-    Pix* result = operation(pix.get());
-    if (result != pix.get()) pixDestroy(&result);
-  };
+Operation Rotate(float degrees, uint32_t mode) {
+  return [=](PackedDib** p) { omb_rotate(p, degrees, mode); };
 }
-
-#endif
 
 }  // namespace
 
 void AddGeometryRows() {
-  const Input inputs[] = {{"photo", Photo24()}, {"page 8", Page8()}};
-  constexpr const char* kModes[] = {"", "point", "bilinear", "bicubic"};
-  for (const Input& input : inputs) {
-    const double pixels = Pixels(input.image);
+  constexpr const char* kModes[] = {"", " point, ", " bilinear, ", " bicubic, "};
+  for (const auto& [name, image] : {std::pair{"photo", Photo24()}, {"page 8", Page8()}}) {
     for (uint32_t mode = 1; mode <= 3; ++mode) {
+      [[maybe_unused]] const int cv_mode = static_cast<int>(mode) - 1;
       for (const double factor : {0.4, 1.5}) {
-        const auto w = static_cast<uint32_t>(omb_DIBWidth(input.image) * factor);
-        const auto h = static_cast<uint32_t>(omb_DIBHeight(input.image) * factor);
-        const std::string row = std::string("scale ") + (factor < 1 ? "0.4 " : "1.5 ") +
-                                kModes[mode] + ", " + input.name;
-        const auto ours = [=](PackedDib** image) { omb_scale(image, w, h, mode); };
-#ifdef OMBRILO_HAVE_OPENCV
-        Add(row, pixels * factor * factor, input.image, ours, "OpenCV resize",
-            OnMat(input.image, [=](const cv::Mat& from, cv::Mat& to) {
-              cv::resize(from, to, cv::Size(static_cast<int>(w), static_cast<int>(h)), 0, 0,
-                         static_cast<int>(mode) - 1);
-            }));
-#else
-        Add(row, pixels * factor * factor, input.image, ours);
-#endif
+        Replacing((factor < 1 ? "scale 0.4" : "scale 1.5") + std::string(kModes[mode]) + name,
+                  image, Scale(image, factor, mode),
+                  WITH_OPENCV(OntoMat("resize", image, [=](const cv::Mat& from, cv::Mat& to) {
+                    cv::resize(from, to, {}, factor, factor, cv_mode);
+                  })));
       }
-      const std::string row = std::string("rotate 7 ") + kModes[mode] + ", " + input.name;
-      const auto ours = [=](PackedDib** image) { omb_rotate(image, 7, mode); };
-#ifdef OMBRILO_HAVE_OPENCV
-      Add(row, pixels, input.image, ours, "OpenCV warpAffine",
-          OnMat(input.image, [=](const cv::Mat& from, cv::Mat& to) {
-            Warp(from, to, -7, static_cast<int>(mode) - 1);
-          }));
-#else
-      Add(row, pixels, input.image, ours);
-#endif
+      Replacing("rotate 7" + std::string(kModes[mode]) + name, image, Rotate(7, mode),
+                WITH_OPENCV(OntoMat("warpAffine", image, [=](const cv::Mat& from, cv::Mat& to) {
+                  Warp(from, to, -7, cv_mode);
+                })));
     }
-    for (const int quarters : {1, 2}) {
-      const std::string row = "rotate " + std::to_string(90 * quarters) + ", " + input.name;
-      const auto ours = [=](PackedDib** image) {
-        omb_rotate(image, static_cast<float>(90 * quarters), 1);
-      };
-#ifdef OMBRILO_HAVE_OPENCV
-      Add(row, pixels, input.image, ours, "OpenCV rotate",
-          OnMat(input.image,
-                [=](const cv::Mat& from, cv::Mat& to) { cv::rotate(from, to, quarters - 1); }));
-#else
-      Add(row, pixels, input.image, ours);
-#endif
+    for (const int degrees : {90, 180}) {
+      Replacing("rotate " + std::to_string(degrees) + ", " + name, image,
+                Rotate(static_cast<float>(degrees), 1),
+                WITH_OPENCV(OntoMat("rotate", image,
+                                    [=](const cv::Mat& from, cv::Mat& to) {
+                                      cv::rotate(from, to,
+                                                 degrees == 90 ? cv::ROTATE_90_COUNTERCLOCKWISE
+                                                               : cv::ROTATE_180);
+                                    })),
+                Agreement());
     }
-    for (const bool horizontal : {true, false}) {
-      const std::string row = std::string(horizontal ? "fliphor, " : "flipvert, ") + input.name;
-      auto image = std::make_shared<Image>(Copy(input.image));
-      const auto flip = horizontal ? omb_fliphor : omb_flipvert;
-      const auto ours = [=] { flip(image->get()); };
-#ifdef OMBRILO_HAVE_OPENCV
-      cv::Mat mat = AsMat(image->get());
-      Compare(row, pixels, ours, "OpenCV flip", [=] { cv::flip(mat, mat, horizontal ? 1 : 0); });
-#else
-      Compare(row, pixels, ours);
-#endif
-    }
+    InPlace(std::string("fliphor, ") + name, image, omb_fliphor,
+            WITH_OPENCV(InMat("flip", image, [](cv::Mat& m) { cv::flip(m, m, 1); })), Agreement());
+    InPlace(std::string("flipvert, ") + name, image, omb_flipvert,
+            WITH_OPENCV(InMat("flip", image, [](cv::Mat& m) { cv::flip(m, m, 0); })), Agreement());
   }
 
-  const double indexed = Pixels(Indexed8());
-  Add("scale 0.4 bilinear, indexed", indexed * 0.16, Indexed8(),
-      [](PackedDib** image) { omb_scale(image, 640, 500, 2); });
-  Add("rotate 7 bicubic, indexed", indexed, Indexed8(),
-      [](PackedDib** image) { omb_rotate(image, 7, 3); });
-
-  const double page = Pixels(Page1());
-  struct PageRow {
-    const char* name;
-    double work;
-    Operation ours;
-    const char* peer_name;
-#ifdef OMBRILO_HAVE_LEPTONICA
-    std::function<Pix*(Pix*)> peer;
-#define OMBRILO_PIX(...) [](Pix* pix) -> Pix* { return __VA_ARGS__; }
-#else
-    std::nullptr_t peer;
-#define OMBRILO_PIX(...) nullptr
-#endif
-  };
-  const PageRow page_rows[] = {
-      {"scale 0.4 point, page 1", page * 0.16,
-       [](PackedDib** image) { omb_scale(image, 992, 1403, 1); }, "Leptonica pixScale",
-       OMBRILO_PIX(pixScale(pix, 0.4f, 0.4f))},
-      {"scale 1.5 point, page 1", page * 2.25,
-       [](PackedDib** image) { omb_scale(image, 3720, 5262, 1); }, "Leptonica pixScale",
-       OMBRILO_PIX(pixScale(pix, 1.5f, 1.5f))},
-      {"rotate 7 point, page 1", page, [](PackedDib** image) { omb_rotate(image, 7, 1); },
-       "Leptonica pixRotateBySampling",
-       OMBRILO_PIX(pixRotateBySampling(pix, 1240, 1754, 0.12217f, L_BRING_IN_WHITE))},
-      {"rotate 90, page 1", page, [](PackedDib** image) { omb_rotate(image, 90, 1); },
-       "Leptonica pixRotate90", OMBRILO_PIX(pixRotate90(pix, 1))},
-      {"rotate 180, page 1", page, [](PackedDib** image) { omb_rotate(image, 180, 1); },
-       "Leptonica pixRotate180", OMBRILO_PIX(pixRotate180(nullptr, pix))},
-  };
-  for (const PageRow& row : page_rows) {
-#ifdef OMBRILO_HAVE_LEPTONICA
-    Add(row.name, row.work, Page1(), row.ours, row.peer_name, OnPix(row.peer));
-#else
-    Add(row.name, row.work, Page1(), row.ours);
-#endif
-  }
-  for (const bool horizontal : {true, false}) {
-    const char* row = horizontal ? "fliphor, page 1" : "flipvert, page 1";
-    auto image = std::make_shared<Image>(Copy(Page1()));
-    const auto flip = horizontal ? omb_fliphor : omb_flipvert;
-    const auto ours = [=] { flip(image->get()); };
-#ifdef OMBRILO_HAVE_LEPTONICA
-    Compare(
-        row, page, ours, horizontal ? "Leptonica pixFlipLR" : "Leptonica pixFlipTB",
-        OnPix([=](Pix* pix) { return horizontal ? pixFlipLR(pix, pix) : pixFlipTB(pix, pix); }));
-#else
-    Compare(row, page, ours);
-#endif
-  }
+#define OMBRILO_PIX(name, ...) \
+  WITH_LEPTONICA(OnPix(name, Page1(), [](PIX* pix) -> PIX* { return __VA_ARGS__; }))
+  const PackedDib* page = Page1();
+  Replacing("scale 0.4 point, page 1", page, Scale(page, 0.4, 1),
+            OMBRILO_PIX("pixScaleBySampling", pixScaleBySampling(pix, 0.4f, 0.4f)));
+  Replacing("scale 1.5 point, page 1", page, Scale(page, 1.5, 1),
+            OMBRILO_PIX("pixScaleBySampling", pixScaleBySampling(pix, 1.5f, 1.5f)));
+  Replacing("scale 0.4 bilinear, page 1", page, Scale(page, 0.4, 2),
+            OMBRILO_PIX("pixScaleToGray", pixScaleToGray(pix, 0.4f)));
+  Replacing("rotate 7 point, page 1", page, Rotate(7, 1),
+            OMBRILO_PIX("pixRotateBySampling",
+                        pixRotateBySampling(pix, 1240, 1754, 0.12217f, L_BRING_IN_WHITE)));
+  Replacing("rotate 90, page 1", page, Rotate(90, 1),
+            OMBRILO_PIX("pixRotate90", pixRotate90(pix, -1)), Agreement());
+  Replacing("rotate 180, page 1", page, Rotate(180, 1),
+            OMBRILO_PIX("pixRotate180", pixRotate180(pix, pix)), Agreement());
+  InPlace("fliphor, page 1", page, omb_fliphor, OMBRILO_PIX("pixFlipLR", pixFlipLR(pix, pix)),
+          Agreement());
+  InPlace("flipvert, page 1", page, omb_flipvert, OMBRILO_PIX("pixFlipTB", pixFlipTB(pix, pix)),
+          Agreement());
 #undef OMBRILO_PIX
-  Add("scale 0.4 bilinear, page 1", page * 0.16, Page1(),
-      [](PackedDib** image) { omb_scale(image, 992, 1403, 2); });
+
+  // Colors are computed, then mapped to the table's nearest. The peer looks for these in a part of
+  // color space at a time.
+  Replacing("scale 0.4 bilinear, indexed", Indexed8(), Scale(Indexed8(), 0.4, 2),
+            WITH_LEPTONICA(OnIndexedPix("pixScale", Indexed8(),
+                                        [](PIX* colors) { return pixScale(colors, 0.4f, 0.4f); })));
+  Replacing("rotate 7 bicubic, indexed", Indexed8(), Rotate(7, 3),
+            WITH_LEPTONICA(OnIndexedPix("pixRotateAMColor", Indexed8(), [](PIX* colors) {
+              return pixRotateAMColor(colors, 0.12217f, 0xFFFFFF00);
+            })));
 }
 
 }  // namespace ombrilo::bench

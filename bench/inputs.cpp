@@ -120,8 +120,7 @@ double Pixels(const PackedDib* dib) {
 #ifdef OMBRILO_HAVE_OPENCV
 cv::Mat AsMat(PackedDib* image) {
   const Dib dib = *Dib::Open(image);
-  return cv::Mat(dib.height(), dib.width(), dib.bit_count() == 24 ? CV_8UC3 : CV_8UC1, dib.rows(),
-                 dib.stride());
+  return cv::Mat(dib.height(), dib.width(), CV_8UC(dib.bit_count() / 8), dib.rows(), dib.stride());
 }
 #endif
 

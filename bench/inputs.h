@@ -33,7 +33,7 @@ const PackedDib* Indexed8();
 double Pixels(const PackedDib* dib);
 
 #ifdef OMBRILO_HAVE_OPENCV
-// The image's rows as a matrix over the same memory, bottom row first (CV_8UC3 or CV_8UC1).
+// The image's rows as a matrix over the same memory, bottom row first; bytes are channels.
 cv::Mat AsMat(PackedDib* dib);
 #endif
 #ifdef OMBRILO_HAVE_LEPTONICA

@@ -1,21 +1,20 @@
-// The benchmark program: runs every row on Google Benchmark, both sides interleaved, and prints the
-// medians side by side.
-#include <benchmark/benchmark.h>
+// The benchmark program: ombrilo_bench [--report] [--seconds=S] [WORD...] measures the rows whose
+// names contain one of the words, and with --report writes docs/performance.md.
+#include <time.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstdio>
-#include <map>
-#include <string>
+#include <cstdlib>
+#include <cstring>
 #include <utility>
-#include <vector>
 
-#include "compare.h"
+#include "run.h"
 
 #if defined(__GLIBC__)
 #include <malloc.h>
 #endif
 #ifdef OMBRILO_HAVE_OPENCV
-#include <opencv2/core.hpp>
 #include <opencv2/core/ocl.hpp>
 #endif
 
@@ -23,83 +22,76 @@ namespace ombrilo::bench {
 
 namespace {
 
-struct Row {
-  std::string name;
-  double pixels;
-  std::string peer_name;
-  double ours = 0;  // processor time of one call in nanoseconds
-  double peer = 0;
-};
-
 std::vector<Row>& Rows() {
   static std::vector<Row> rows;
   return rows;
 }
 
-void Register(const std::string& name, std::function<void()> call,
-              std::function<void()> prepare = nullptr) {
-  benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-    for (auto unused : state) {
-      if (prepare) {
-        state.PauseTiming();
-        prepare();
-        state.ResumeTiming();
-      }
-      call();
-    }
-  })->Unit(benchmark::kMillisecond);
+// Nanoseconds of processor time.
+double Now() {
+  timespec now;
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) * 1e9 + static_cast<double>(now.tv_nsec);
 }
 
-// Google Benchmark shuffles the repetitions of all rows; this collects their medians.
-class Table : public benchmark::BenchmarkReporter {
- public:
-  bool ReportContext(const Context&) override { return true; }
+double Time(int calls, const std::function<void()>& prepare, const std::function<void()>& call) {
+  double sum = 0;
+  for (int i = 0; i < calls; ++i) {
+    if (prepare) prepare();
+    const double start = Now();
+    call();
+    sum += Now() - start;
+  }
+  return sum / calls;
+}
 
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      if (run.run_type != Run::RT_Aggregate || run.aggregate_name != "median") continue;
-      medians_[run.run_name.function_name] = run.GetAdjustedCPUTime() * 1e6;
+double Median(std::vector<double> values) {
+  if (values.empty()) return 0;
+  const auto middle = values.begin() + static_cast<ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+void CopyThatMoves(double bytes) {
+  constexpr size_t kMost = 64 << 20;
+  static void* const from = std::memset(std::malloc(kMost), 1, kMost);
+  static void* const to = std::memset(std::malloc(kMost), 2, kMost);
+  std::memcpy(to, from, std::min(static_cast<size_t>(bytes / 2), kMost));
+}
+
+// All sides take turns; ratios are those of one turn.
+void Measure(Row& row, double seconds) {
+  const double give_up = Now() + 10 * seconds * 1e9;
+  if (row.check) row.check();
+  if (row.start) row.start(row);
+  double once = Time(1, row.prepare, row.ours);
+  if (once < 1e9) {  // the first call is the slowest
+    once = Time(1, row.prepare, row.ours);
+    if (row.peer.call) row.peer.call();
+  }
+  const int calls = static_cast<int>(2e6 / once) + 1;
+  std::vector<double> ours, ratios, shares;
+  const double end = Now() + seconds * 1e9;
+  while (ours.empty() || Now() < end || (ours.size() < 7 && Now() < give_up)) {
+    ours.push_back(Time(calls, row.prepare, row.ours));
+    if (row.peer.call) ratios.push_back(Time(calls, nullptr, row.peer.call) / ours.back());
+    if (row.bytes > 0) {
+      shares.push_back(Time(calls, nullptr, [&] { CopyThatMoves(row.bytes); }) / ours.back());
     }
   }
-
-  void Finalize() override {
-    std::printf("%-34s %9s  %-28s %9s %7s\n", "row", "ns/pixel", "peer", "ns/pixel", "ratio");
-    for (Row& row : Rows()) {
-      const auto ours = medians_.find(row.name + "|ombrilo");
-      if (ours == medians_.end()) continue;
-      row.ours = ours->second / row.pixels;
-      std::printf("%-34s %9.4f", row.name.c_str(), row.ours);
-      const auto peer = medians_.find(row.name + "|peer");
-      if (peer != medians_.end()) {
-        row.peer = peer->second / row.pixels;
-        std::printf("  %-28s %9.4f %7.2f", row.peer_name.c_str(), row.peer, row.peer / row.ours);
-      }
-      std::printf("\n");
-    }
-  }
-
- private:
-  std::map<std::string, double> medians_;
-};
+  row.time = Median(std::move(ours)) / row.pixels;
+  row.ratio = Median(std::move(ratios));
+  row.share = Median(std::move(shares));
+}
 
 }  // namespace
 
-void Compare(const std::string& row, double pixels, std::function<void()> ours,
-             const std::string& peer_name, std::function<void()> peer) {
-  ComparePrepared(row, pixels, nullptr, std::move(ours), peer_name, std::move(peer));
-}
-
-void ComparePrepared(const std::string& row, double pixels, std::function<void()> prepare,
-                     std::function<void()> ours, const std::string& peer_name,
-                     std::function<void()> peer) {
-  Rows().push_back({row, pixels, peer_name});
-  Register(row + "|ombrilo", std::move(ours), std::move(prepare));
-  if (peer) Register(row + "|peer", std::move(peer));
-}
+void Add(Row row) { Rows().push_back(std::move(row)); }
 
 }  // namespace ombrilo::bench
 
 int main(int argc, char** argv) {
+  using namespace ombrilo::bench;
 #if defined(__GLIBC__)
   // On both sides, blocks come from memory that the process already has: rows measure the work and
   // not how the kernel hands out pages.
@@ -107,26 +99,50 @@ int main(int argc, char** argv) {
   mallopt(M_TRIM_THRESHOLD, INT_MAX);
   mallopt(M_TOP_PAD, 256 << 20);
 #endif
-  // Alternate both sides and keep the medians; arguments given by the user come last and win.
-  std::vector<char*> arguments(argv, argv + 1);
-  std::string defaults[] = {"--benchmark_repetitions=5", "--benchmark_min_time=0.1",
-                            "--benchmark_enable_random_interleaving=true"};
-  for (std::string& argument : defaults) arguments.push_back(argument.data());
-  arguments.insert(arguments.end(), argv + 1, argv + argc);
-  int count = static_cast<int>(arguments.size());
-  benchmark::Initialize(&count, arguments.data());
-  if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 2;
 #ifdef OMBRILO_HAVE_OPENCV
   cv::setNumThreads(1);
   cv::ocl::setUseOpenCL(false);
 #endif
-  ombrilo::bench::AddImageRows();
-  ombrilo::bench::AddToneRows();
-  ombrilo::bench::AddGeometryRows();
-  ombrilo::bench::AddNeighbourhoodRows();
-  ombrilo::bench::AddPageRows();
-  ombrilo::bench::AddQuantizeRows();
-  ombrilo::bench::Table table;
-  benchmark::RunSpecifiedBenchmarks(&table);
-  return 0;
+  bool report = false;
+  double seconds = 0.3;
+  std::vector<std::string> words;
+  for (int i = 1; i < argc; ++i) {
+    const std::string argument = argv[i];
+    if (argument == "--report") {
+      report = true;
+    } else if (argument.starts_with("--seconds=")) {
+      seconds = std::atof(argument.c_str() + argument.find('=') + 1);
+    } else {
+      words.push_back(argument);
+    }
+  }
+  AddImageRows();
+  AddToneRows();
+  AddGeometryRows();
+  AddNeighbourhoodRows();
+  AddPageRows();
+  AddQuantizeRows();
+
+  std::printf("%-36s %9s  %-34s %9s %7s %8s\n", "row", "ns/pixel", "peer", "ns/pixel", "ratio",
+              "memcpy");
+  std::vector<Row> measured;
+  for (Row& row : Rows()) {
+    const auto named = [&](const std::string& word) {
+      return row.name.find(word) != std::string::npos;
+    };
+    if (!words.empty() && std::none_of(words.begin(), words.end(), named)) continue;
+    Measure(row, seconds);
+    std::printf("%-36s %9.4f  ", row.name.c_str(), row.time);
+    if (row.ratio > 0) {
+      std::printf("%-34s %9.4f %7.2f", row.peer.name.c_str(), row.time * row.ratio, row.ratio);
+    } else {
+      std::printf("%-34s %9s %7s", "", "", "");
+    }
+    if (row.share > 0) std::printf(" %6.0f %%", 100 * row.share);
+    std::printf("\n");
+    std::fflush(stdout);
+    measured.push_back(std::exchange(row, {}));
+    measured.back().Forget();
+  }
+  return report && !WriteReport(measured) ? 1 : 0;
 }

@@ -2,12 +2,7 @@
 //
 // Peers that compute out of place get a destination that exists; borders are left to each side's
 // own rule.
-#include <cstring>
-#include <string>
-
 #include "compare.h"
-#include "core/packed_dib.h"
-#include "inputs.h"
 
 #ifdef OMBRILO_HAVE_OPENCV
 #include <opencv2/imgproc.hpp>
@@ -21,13 +16,15 @@ using Ours = void (*)(PackedDib*);
 
 #ifdef OMBRILO_HAVE_OPENCV
 
-using Peer = void (*)(const cv::Mat& from, cv::Mat& to);
+using OnMats = void (*)(const cv::Mat& from, cv::Mat& to);
 
 struct Row {
   const char* name;
   Ours ours;
   const char* peer_name;
-  Peer peer;
+  OnMats peer;
+  std::optional<Agreement> agreement = {};
+  bool deep = false;  // 24 bits only
 };
 
 template <int kIndex>
@@ -95,59 +92,82 @@ const cv::Mat& Square() {
   return square;
 }
 
+template <int kOp>
+void Square3(const cv::Mat& from, cv::Mat& to) {
+  cv::morphologyEx(from, to, kOp, Square());
+}
+
+// The square starts at the pixel; a dilation's ends there.
+void Erode(const cv::Mat& from, cv::Mat& to) { cv::erode(from, to, Square(), {0, 0}); }
+
+// OpenCV rounds sums where the library truncates them.
+constexpr Agreement kRounded = {4, 1};
+
 const Row kRows[] = {
-    {"convolute 1 (box 3x3)", [](PackedDib* d) { omb_convolute(d, 1); }, "OpenCV blur", Blur<3>},
-    {"convolute 2 (box 5x5)", [](PackedDib* d) { omb_convolute(d, 2); }, "OpenCV blur", Blur<5>},
-    {"convolute 4 (5x5)", [](PackedDib* d) { omb_convolute(d, 4); }, "OpenCV filter2D",
+    {"convolute 1 (box 3x3)", [](PackedDib* d) { omb_convolute(d, 1); }, "blur", Blur<3>, kRounded},
+    {"convolute 2 (box 5x5)", [](PackedDib* d) { omb_convolute(d, 2); }, "blur", Blur<5>, kRounded},
+    {"convolute 4 (5x5)", [](PackedDib* d) { omb_convolute(d, 4); }, "filter2D",
      [](const cv::Mat& from, cv::Mat& to) {
        static const cv::Mat weights = (cv::Mat_<float>(5, 5) << 1, 1, 1, 1, 1, 1, 4, 4, 4, 1, 1, 4,
                                        12, 4, 1, 1, 4, 4, 4, 1, 1, 1, 1, 1, 1) /
                                       60;
        cv::filter2D(from, to, -1, weights);
-     }},
-    {"convolute 7 (sharpen 3x3)", [](PackedDib* d) { omb_convolute(d, 7); }, "OpenCV filter2D",
+     },
+     kRounded},
+    {"convolute 7 (sharpen 3x3)", [](PackedDib* d) { omb_convolute(d, 7); }, "filter2D",
      Filter2D<6>},
-    {"kernel lopass 7x7", Convolute<20>, "OpenCV blur", Blur<7>},
-    {"kernel unsharp 5x5", Convolute<36>, "OpenCV filter2D", Filter2D<36>},
-    {"kernel higauss 9x9", Convolute<11>, "OpenCV filter2D", Filter2D<11>},
+    {"kernel lopass 7x7", Convolute<20>, "blur", Blur<7>, kRounded},
+    {"kernel unsharp 5x5", Convolute<36>, "filter2D", Filter2D<36>, kRounded},
+    {"kernel higauss 9x9", Convolute<11>, "filter2D", Filter2D<11>, kRounded},
     {"kernel unsharp 5x5, strength 5",
-     [](PackedDib* d) { omb_DoConvoluteDIB(d, omb_getKERNAL(36), 1, 5); },
-     "OpenCV filter2D, addWeighted",
+     [](PackedDib* d) { omb_DoConvoluteDIB(d, omb_getKERNAL(36), 1, 5); }, "filter2D, addWeighted",
      [](const cv::Mat& from, cv::Mat& to) {
        Filter2D<36>(from, to);
        cv::addWeighted(from, 0.5, to, 0.5, 0, to);
      }},
-    {"emboss", [](PackedDib* d) { omb_emboss(d, 1, 0x808080); }, "OpenCV filter2D + 128",
+    {"emboss", [](PackedDib* d) { omb_emboss(d, 1, 0x808080); }, "filter2D + 128",
      [](const cv::Mat& from, cv::Mat& to) {
        static const cv::Mat weights = (cv::Mat_<float>(3, 3) << 1, 2, 1, 0, 0, 0, -1, -2, -1);
        cv::filter2D(from, to, -1, weights, {-1, -1}, 128);
      }},
-    {"sobel", omb_sobel, "OpenCV Sobel x, y and max", SobelMagnitude},
-    {"medianblur", omb_medianblur, "OpenCV medianBlur 3",
+    {"sobel", omb_sobel, "Sobel x, y and max", SobelMagnitude},
+    {"medianblur", omb_medianblur, "medianBlur 3",
      [](const cv::Mat& from, cv::Mat& to) { cv::medianBlur(from, to, 3); }},
-    {"dilate", omb_dilate, "OpenCV dilate",
-     [](const cv::Mat& from, cv::Mat& to) { cv::dilate(from, to, Square()); }},
-    {"erode", omb_erode, "OpenCV erode",
-     [](const cv::Mat& from, cv::Mat& to) { cv::erode(from, to, Square()); }},
-    {"mathopen", omb_mathopen, "OpenCV morphologyEx open",
+    {"dilate", omb_dilate, "dilate",
      [](const cv::Mat& from, cv::Mat& to) {
-       cv::morphologyEx(from, to, cv::MORPH_OPEN, Square());
-     }},
-    {"pickedge", omb_pickedge, "OpenCV erode, subtract",
+       cv::dilate(from, to, Square(), {2, 2});
+     },
+     Agreement()},
+    {"erode", omb_erode, "erode", Erode, Agreement()},
+    {"mathopen", omb_mathopen, "morphologyEx", Square3<cv::MORPH_OPEN>, Agreement{4}},
+    {"mathclose", omb_mathclose, "morphologyEx", Square3<cv::MORPH_CLOSE>, Agreement{4}},
+    {"denoise", omb_denoise, "2 x morphologyEx",
      [](const cv::Mat& from, cv::Mat& to) {
-       cv::erode(from, to, Square());
+       Square3<cv::MORPH_OPEN>(from, to);
+       Square3<cv::MORPH_CLOSE>(to, to);
+     },
+     Agreement{6}},
+    {"pickedge", omb_pickedge, "erode, subtract",
+     [](const cv::Mat& from, cv::Mat& to) {
+       Erode(from, to);
        cv::subtract(from, to, to);
-     }},
-    {"tophat", omb_tophat, "OpenCV morphologyEx tophat",
+     },
+     Agreement()},
+    {"opencompose", omb_opencompose, "erode, dilate, add",
      [](const cv::Mat& from, cv::Mat& to) {
-       cv::morphologyEx(from, to, cv::MORPH_TOPHAT, Square());
-     }},
-    {"morph dilate, Square 7x7", Morph<31, 1>, "OpenCV morphologyEx",
-     MorphologyEx<31, cv::MORPH_DILATE>},
-    {"morph dilate, Circle 11x11", Morph<3, 1>, "OpenCV morphologyEx",
-     MorphologyEx<3, cv::MORPH_DILATE>},
-    {"morph close, Circle 5x5", Morph<1, 3>, "OpenCV morphologyEx",
-     MorphologyEx<1, cv::MORPH_CLOSE>},
+       static cv::Mat eroded;
+       Erode(from, eroded);
+       cv::dilate(eroded, to, Square(), {2, 2});
+       cv::add(eroded, to, to);
+     },
+     Agreement{4}, true},
+    {"tophat", omb_tophat, "morphologyEx", Square3<cv::MORPH_TOPHAT>, Agreement{4}, true},
+    {"morph dilate, Square 7x7", Morph<31, 1>, "morphologyEx", MorphologyEx<31, cv::MORPH_DILATE>,
+     Agreement{4}},
+    {"morph dilate, Circle 11x11", Morph<3, 1>, "morphologyEx", MorphologyEx<3, cv::MORPH_DILATE>,
+     Agreement{6}},
+    {"morph close, Circle 5x5", Morph<1, 3>, "morphologyEx", MorphologyEx<1, cv::MORPH_CLOSE>,
+     Agreement{5}},
 };
 
 #endif
@@ -156,55 +176,52 @@ const Row kRows[] = {
 
 void AddNeighbourhoodRows() {
 #ifdef OMBRILO_HAVE_OPENCV
-  for (const auto& [input, image] : {std::pair{"photo", Photo24()}, {"page", Page8()}}) {
+  for (const auto& [input, image] : {std::pair{"photo", Photo24()}, {"page 8", Page8()}}) {
     for (const Row& row : kRows) {
-      // 24 bits only.
-      if (row.ours == omb_tophat && image != Photo24()) continue;
-      auto mine = std::make_shared<Image>(Copy(image));
-      const cv::Mat from = AsMat(const_cast<PackedDib*>(image));
-      cv::Mat to = from.clone();
-      const Ours ours = row.ours;
-      const Peer peer = row.peer;
-      Compare(
-          std::string(row.name) + ", " + input, Pixels(image), [=] { ours(mine->get()); },
-          row.peer_name, [=]() mutable { peer(from, to); });
+      if (row.deep && image != Photo24()) continue;
+      InPlace(std::string(row.name) + ", " + input, image, row.ours,
+              OntoMat(row.peer_name, image, row.peer), row.agreement);
     }
   }
 #endif
-  const auto page = [](const char* name, Ours ours, auto peer) {
-    auto mine = std::make_shared<Image>(Copy(Page1()));
-    const auto call = [=] { ours(mine->get()); };
-#ifdef OMBRILO_HAVE_LEPTONICA
-    const auto from = AsPix(Page1()), to = AsPix(Page1());
-    Compare(std::string(name) + ", 1-bit page", Pixels(Page1()), call, "Leptonica brick 3x3",
-            [=] { peer(to.get(), from.get()); });
-#else
-    (void)peer;
-    Compare(std::string(name) + ", 1-bit page", Pixels(Page1()), call);
-#endif
+
+#define OMBRILO_PIX(name, ...) \
+  WITH_LEPTONICA(OnPix(name, Page1(), [](PIX* pix) -> PIX* { return __VA_ARGS__; }))
+  const PackedDib* page = Page1();
+  InPlace("dilate, page 1", page, omb_dilate,
+          OMBRILO_PIX("pixDilateBrick", pixDilateBrick(nullptr, pix, 3, 3)));
+  InPlace("erode, page 1", page, omb_erode,
+          OMBRILO_PIX("pixErodeBrick", pixErodeBrick(nullptr, pix, 3, 3)));
+  InPlace("mathopen, page 1", page, omb_mathopen,
+          OMBRILO_PIX("pixOpenBrick", pixOpenBrick(nullptr, pix, 3, 3)), Agreement{3});
+  InPlace("mathclose, page 1", page, omb_mathclose,
+          OMBRILO_PIX("pixCloseBrick", pixCloseBrick(nullptr, pix, 3, 3)), Agreement{3});
+  InPlace("denoise, page 1", page, omb_denoise,
+          OMBRILO_PIX("pixOpenBrick, pixCloseBrick",
+                      [](PIX* opened) {
+                        return pixCloseBrick(opened, opened, 3, 3);
+                      }(pixOpenBrick(nullptr, pix, 3, 3))),
+          Agreement{5});
+  InPlace("pickedge, page 1", page, omb_pickedge,
+          OMBRILO_PIX("pixErodeBrick, pixXor", [](PIX* original, PIX* eroded) {
+            return pixXor(eroded, eroded, original);
+          }(pix, pixErodeBrick(nullptr, pix, 3, 3))));
+#undef OMBRILO_PIX
+
+  // Results are searched for in the table, so that colors have to be new ones each time.
+  const auto indexed = [](const char* name, Ours ours, Peer peer) {
+    Replacing(
+        std::string(name) + ", indexed", Indexed8(), [=](PackedDib** p) { ours(*p); }, peer);
   };
-#ifdef OMBRILO_HAVE_LEPTONICA
-  page("dilate", omb_dilate, [](PIX* to, PIX* from) { pixDilateBrick(to, from, 3, 3); });
-  page("mathopen", omb_mathopen, [](PIX* to, PIX* from) { pixOpenBrick(to, from, 3, 3); });
-  page("denoise", omb_denoise, [](PIX* to, PIX* from) {
-    pixOpenBrick(to, from, 3, 3);
-    pixCloseBrick(to, to, 3, 3);
-  });
-#else
-  page("dilate", omb_dilate, nullptr);
-  page("mathopen", omb_mathopen, nullptr);
-  page("denoise", omb_denoise, nullptr);
-#endif
-  for (const auto& [name, ours] :
-       {std::pair<const char*, Ours>{"sobel", omb_sobel}, {"dilate", omb_dilate}}) {
-    auto mine = std::make_shared<Image>(Copy(Indexed8()));
-    // Results are searched for in the palette: the colors have to be new ones each time.
-    Compare(std::string(name) + ", colored 8-bit", Pixels(Indexed8()), [=, call = ours] {
-      const DibView source = *DibView::Open(Indexed8());
-      std::memcpy(mine->get(), source.block(), source.extent());
-      call(mine->get());
-    });
-  }
+  indexed("dilate", omb_dilate,
+          WITH_LEPTONICA(OnIndexedPix("pixColorMorph", Indexed8(), [](PIX* colors) {
+            return pixColorMorph(colors, L_MORPH_DILATE, 3, 3);
+          })));
+  indexed(
+      "convolute 1 (box 3x3)", [](PackedDib* d) { omb_convolute(d, 1); },
+      WITH_LEPTONICA(OnIndexedPix("pixBlockconv", Indexed8(),
+                                  [](PIX* colors) { return pixBlockconv(colors, 1, 1); })));
+  indexed("sobel", omb_sobel, {});
 }
 
 }  // namespace ombrilo::bench

@@ -11,7 +11,7 @@ packages_of() {
     test) echo libgtest-dev clang libclang-rt-14-dev clang-format doxygen git python3 ;;
     windows) echo g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth ;;
     fuzz) echo clang libclang-rt-14-dev ;;
-    bench) echo libbenchmark-dev libopencv-dev libleptonica-dev libfreeimage-dev ;;
+    bench) echo libopencv-dev libleptonica-dev libfreeimage-dev ;;
     quality) echo lomiri-wallpapers-16.04 ;;
     format) echo clang-format git ;;
     *) echo "setup.sh: unknown group '$1'" >&2; exit 2 ;;

@@ -132,7 +132,8 @@ uint32_t TurnByQuarters(PackedDib** image, const DibView& source, int quarters) 
   const int32_t width = source.header().width, height = source.header().height;
   const int32_t new_width = quarters == 2 ? width : height;
   const int32_t new_height = quarters == 2 ? height : width;
-  NewBlock block = NewBlock::Resized(source, new_width, new_height);
+  NewBlock block =
+      NewBlock::Resized(source, new_width, new_height, NewBlock::Rows::kPixelsComeNext);
   if (!block) return 0;
   const Dib turned = block.dib();
   if (quarters == 2) {

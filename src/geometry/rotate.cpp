@@ -17,6 +17,7 @@ namespace ombrilo {
 namespace {
 
 constexpr int kRun = Sampler::kRun;
+constexpr int32_t kStrip = 496;  // a run's pixels at most: few enough for the first-level cache
 
 // Sizes and positions are computed in single precision throughout.
 struct Turn {
@@ -47,7 +48,7 @@ class Rotator {
 
   explicit operator bool() const { return work_ != nullptr; }
 
-  // Pixels that come from outside the source keep their value.
+  // Pixels that come from outside the source are 255, and so is the padding.
   void Run(Resampling resampling, uint8_t* new_rows, size_t stride) {
     const bool runs = resampling == Resampling::kRuns && sampler_.FitsRuns();
     const Sampler::Range columns = sampler_.Inner(sampler_.width());
@@ -56,8 +57,9 @@ class Rotator {
     const int32_t height = static_cast<int32_t>(turn_.height);
     for (int32_t y = 0; y < height; ++y) {
       uint8_t* row = new_rows + static_cast<size_t>(y) * stride;
+      std::memset(row, 255, stride);
       for (int32_t x = 0, count; x < width; x += count) {
-        count = std::min(kRun, width - x);
+        count = std::min(kStrip, width - x);
         Work& w = work_[0];
         Locate(x, y, count);
         int first = 0, end = count;
@@ -179,7 +181,8 @@ uint32_t Rotate(PackedDib** image, float degrees, uint32_t mode, Resampling resa
   }
 
   const Turn turn(rest, source->header());
-  NewBlock block = NewBlock::Resized(*source, turn.width, turn.height);
+  NewBlock block =
+      NewBlock::Resized(*source, turn.width, turn.height, NewBlock::Rows::kPixelsComeNext);
   if (!block) return 0;
   Sampler sampler(*source, mode);
   Rotator rotator(sampler, turn, source->bit_count());
@@ -187,8 +190,11 @@ uint32_t Rotate(PackedDib** image, float degrees, uint32_t mode, Resampling resa
   // Not block.dib(): a core header may have cut the size to 16 bits.
   uint8_t* new_rows = block.bytes() + source->prefix_size();
   const size_t stride = static_cast<size_t>(StrideOf(turn.width, source->bit_count()));
-  std::memset(new_rows, 255, stride * static_cast<size_t>(turn.height));
-  if (turn.height >= 1 && sampler.Paints()) rotator.Run(resampling, new_rows, stride);
+  if (sampler.Paints()) {
+    rotator.Run(resampling, new_rows, stride);
+  } else {
+    std::memset(new_rows, 255, stride * static_cast<size_t>(turn.height));
+  }
   block.Replace(image);
   return 1;
 }

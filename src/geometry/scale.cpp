@@ -190,13 +190,15 @@ uint32_t Scale(PackedDib** image, uint32_t width, uint32_t height, uint32_t mode
   if (!source) return 0;
   // The same size is "not done".
   if (width == omb_DIBWidth(*image) && height == omb_DIBHeight(*image)) return 0;
-  NewBlock block = NewBlock::Resized(*source, width, height);
+  Sampler sampler(*source, mode);
+  if (!sampler) return 0;
+  NewBlock block = NewBlock::Resized(
+      *source, width, height,
+      sampler.Paints() ? NewBlock::Rows::kPixelsComeNext : NewBlock::Rows::kZeroed);
   if (!block) return 0;
   // A core header gets the width as 32 bits too: its height field ends as the width's high half.
   StoreU32(block.bytes() + kInfoWidth, width);
 
-  Sampler sampler(*source, mode);
-  if (!sampler) return 0;
   if (width != 0 && height != 0 && sampler.Paints()) {
     // Not block.dib(): a core header no longer tells the height.
     const NewRows new_rows = {block.bytes() + source->prefix_size(),

@@ -35,17 +35,10 @@ Layout LayoutOf(const DibView& source) {
 
 void ConvertRow(const Layout& layout, const uint8_t* from, size_t bytes, size_t pixels,
                 uint8_t* to) {
-  const rows::RowFunctions& functions = rows::Active();
   if (bytes == 4 && layout.IsBytes()) {
-    functions.drop_fourth_byte(from, pixels, to);
-    return;
-  }
-  constexpr size_t kRun = 512;
-  uint32_t words[kRun];
-  for (size_t x = 0; x < pixels; x += kRun) {
-    const size_t count = std::min(kRun, pixels - x);
-    functions.pick_channels(from + bytes * x, bytes, count, layout.bgr, words);
-    functions.drop_fourth_byte(reinterpret_cast<const uint8_t*>(words), count, to + 3 * x);
+    rows::Active().drop_fourth_byte(from, pixels, to);
+  } else {
+    rows::Active().pick_channels(from, bytes, pixels, layout.bgr, to);
   }
 }
 

@@ -34,15 +34,16 @@ class KeptRows {
   void Keep() {
     if (size_ != 0) std::memcpy(bytes_.get(), rows_.first, size_);
   }
-  // Turns kept rows into results by `op(kept, image, bytes)` over the pixel bytes that are there,
-  // and puts these into the image; `whole` rows bring their old padding along.
+  // Turns the image's rows into results by `op(row, kept, bytes)` over the pixel bytes that are
+  // there; with `padding`, what lies behind these comes back.
   template <class Op>
-  void PutBack(bool whole, Op&& op) {
+  void Combine(bool padding, Op&& op) const {
     for (int32_t y = 0; y < rows_.rows_inside(); ++y) {
-      uint8_t* const kept = bytes_.get() + size_t(y) * rows_.stride;
+      const uint8_t* const kept = bytes_.get() + size_t(y) * rows_.stride;
       const size_t bytes = rows_.Inside(y, rows_.row_bytes());
-      op(kept, rows_.row(y), bytes);
-      std::memcpy(rows_.row(y), kept, whole ? rows_.Inside(y, rows_.stride) : bytes);
+      op(rows_.row(y), kept, bytes);
+      if (!padding) continue;
+      std::memcpy(rows_.row(y) + bytes, kept + bytes, rows_.Inside(y, rows_.stride) - bytes);
     }
   }
 
@@ -58,20 +59,48 @@ class IndexedDifference {
   explicit IndexedDifference(const PixelRows& rows)
       : width_(static_cast<size_t>(rows.width)),
         bit_count_(rows.bit_count),
-        scratch_(NewScratchBuffer<uint8_t>(7 * width_)) {}
+        scratch_(NewScratchBuffer<uint8_t>(8 * std::max<size_t>(width_, 4))) {}
   explicit operator bool() const { return colors_ && scratch_; }
 
-  void Snapshot(const Dib& dib) { colors_.Snapshot(dib); }
+  void Snapshot(const Dib& dib) {
+    colors_.Snapshot(dib);
+    if (bit_count_ != 1) return;
+    const uint8_t own[4] = {0, 0, 1, 1};
+    uint8_t other[4] = {0, 1, 0, 1};
+    SubtractColors(other, own, 4);
+    for (int i = 0; i < 4; ++i) outcome_[i] = other[i] != 0 ? 255 : 0;
+  }
 
-  // row -= other, over as many pixels as `bytes` hold.
-  void Subtract(uint8_t* row, const uint8_t* other, size_t bytes) {
+  // row = other - row, over as many pixels as `bytes` hold; the rest of these bytes is other's.
+  void SubtractFrom(const uint8_t* other, uint8_t* row, size_t bytes) {
+    if (colors_.identity() && bit_count_ == 8) {
+      return rows::Active().subtract_from(other, bytes, row);
+    }
     const size_t pixels = std::min(width_, bytes * 8 / bit_count_);
+    if (bit_count_ == 1) {
+      rows::Active().map_bit_pairs(other, outcome_, bytes, row);
+      if (pixels % 8 != 0) {
+        const uint8_t last = row[bytes - 1];
+        row[bytes - 1] = other[bytes - 1];
+        CopyPixels(&last, 1, 0, pixels % 8, &row[bytes - 1]);
+      }
+      return;
+    }
     uint8_t* const indices = scratch_.get();
-    uint8_t* const first = indices + width_;
-    uint8_t* const second = first + 3 * width_;
-    UnpackIndices(other, bit_count_, pixels, indices);
-    colors_.Decode(indices, pixels, first);
+    uint8_t* const others = indices + width_;
     UnpackIndices(row, bit_count_, pixels, indices);
+    UnpackIndices(other, bit_count_, pixels, others);
+    SubtractColors(others, indices, pixels);
+    if (bytes != 0) row[bytes - 1] = other[bytes - 1];
+    PackIndices(others, bit_count_, pixels, row);
+  }
+
+ private:
+  // indices -= others
+  void SubtractColors(uint8_t* indices, const uint8_t* others, size_t pixels) {
+    uint8_t* const first = scratch_.get() + 2 * width_;
+    uint8_t* const second = first + 3 * std::max<size_t>(width_, 4);
+    colors_.Decode(others, pixels, first);
     colors_.Decode(indices, pixels, second);
     // At 1 and 4 bits a negative difference comes round at 255 instead of stopping at 0. That is
     // the contract.
@@ -79,13 +108,12 @@ class IndexedDifference {
         bit_count_ == 8 ? rows::Active().subtract_saturated : rows::Active().subtract_wrapped;
     subtract(first, pixels * colors_.step(), second);
     colors_.Encode(second, pixels, indices);
-    PackIndices(indices, bit_count_, pixels, row);
   }
 
- private:
   size_t width_;
   uint16_t bit_count_;
-  Buffer<uint8_t> scratch_;
+  Buffer<uint8_t> scratch_;  // a row of indices, another, and the colors of both
+  uint8_t outcome_[4] = {};  // 1 bit: the difference's bytes by own index and the other
   IndexedColors colors_;
 };
 
@@ -103,11 +131,11 @@ void PickEdge(const Dib& dib) {
   step.Erode();
   // Colors are those after the erosion: a short table goes on in the pixels.
   if (indexed) difference->Snapshot(dib);
-  unfiltered.PutBack(true, [&](uint8_t* kept, const uint8_t* row, size_t bytes) {
+  unfiltered.Combine(true, [&](uint8_t* row, const uint8_t* kept, size_t bytes) {
     if (indexed) {
-      difference->Subtract(kept, row, bytes);
+      difference->SubtractFrom(kept, row, bytes);
     } else {
-      rows::Active().subtract_saturated(row, bytes, kept);
+      rows::Active().subtract_from(kept, bytes, row);
     }
   });
 }
@@ -146,8 +174,8 @@ void omb_opencompose(PackedDib* image) {
   step.Erode();
   eroded.Keep();
   step.Dilate();
-  eroded.PutBack(false, [](uint8_t* kept, const uint8_t* row, size_t bytes) {
-    rows::Active().add_saturated(row, bytes, kept);
+  eroded.Combine(false, [](uint8_t* row, const uint8_t* kept, size_t bytes) {
+    rows::Active().add_saturated(kept, bytes, row);
   });
 }
 
@@ -161,7 +189,7 @@ void omb_tophat(PackedDib* image) {
   unfiltered.Keep();
   step.Erode();
   step.Dilate();
-  unfiltered.PutBack(false, [](uint8_t* kept, const uint8_t* row, size_t bytes) {
-    rows::Active().subtract_saturated(row, bytes, kept);
+  unfiltered.Combine(false, [](uint8_t* row, const uint8_t* kept, size_t bytes) {
+    rows::Active().subtract_from(kept, bytes, row);
   });
 }

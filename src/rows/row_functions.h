@@ -58,7 +58,12 @@ struct Neurons {
   size_t reach;                                   // neurons on each side that have a rate
 };
 
-// Where a pixel's bits hold a channel: the low 8 bits of (pixel & mask) >> down << up.
+// Counters of a histogram's set: 256 and some room, as counters of two sets that stand a multiple
+// of 4 KiB apart would wait for each other.
+enum { kCounters = 272 };
+
+// Where a pixel's bits hold a channel: the low 8 bits of (pixel & mask) >> down << up. The mask's
+// lowest `down` bits are 0.
 struct ChannelBits {
   uint32_t mask;
   int down, up;  // 0 to 31
@@ -100,9 +105,11 @@ struct RowFunctions {
   // One row of a convolution. Blending starts from the bytes that `to` holds.
   void (*convolve)(const Convolution& convolution, size_t count, uint8_t* to);
 
-  // to[i] = min(from[i] + to[i], 255); max(to[i] - from[i], 0); to[i] - from[i] modulo 256
+  // to[i] = min(from[i] + to[i], 255); max(to[i] - from[i], 0); max(from[i] - to[i], 0);
+  // to[i] - from[i] modulo 256
   void (*add_saturated)(const uint8_t* from, size_t count, uint8_t* to);
   void (*subtract_saturated)(const uint8_t* from, size_t count, uint8_t* to);
+  void (*subtract_from)(const uint8_t* from, size_t count, uint8_t* to);
   void (*subtract_wrapped)(const uint8_t* from, size_t count, uint8_t* to);
 
   // One-bit pixels, eight to a byte: whether any and whether all of a pixel and the two left of it
@@ -114,12 +121,16 @@ struct RowFunctions {
   void (*choose_bits)(const uint8_t* const* any, const uint8_t* const* all, const uint8_t* outcome,
                       size_t count, uint8_t* to);
 
+  // One-bit pixels: to's bits become those of outcome[0] to [3] where the bits of `to` and `other`
+  // are 0 and 0, 0 and 1, 1 and 0, 1 and 1.
+  void (*map_bit_pairs)(const uint8_t* other, const uint8_t* outcome, size_t count, uint8_t* to);
+
   // bgr[3 * i ...] = the three bytes of entry indices[i]
   void (*expand_colors)(const uint8_t* indices, size_t pixels, const uint8_t* table, uint8_t* bgr);
 
-  // words[i] = the channels of a pixel of `bytes` (2 or 4) bytes, blue lowest.
+  // Pixels of `bytes` (2 or 4) bytes to three-byte ones.
   void (*pick_channels)(const uint8_t* from, size_t bytes, size_t pixels,
-                        const struct ChannelBits* bgr, uint32_t* words);
+                        const struct ChannelBits* bgr, uint8_t* to);
   // Four-byte pixels to three-byte ones; the fourth byte is dropped.
   void (*drop_fourth_byte)(const uint8_t* from, size_t pixels, uint8_t* to);
 
@@ -148,7 +159,7 @@ struct RowFunctions {
 
   // Counts byte values at bytes[0], bytes[step], ...; a value's count is the sum over the eight
   // sets.
-  void (*count_bytes)(const uint8_t* bytes, size_t step, size_t count, uint32_t (*sets)[256]);
+  void (*count_bytes)(const uint8_t* bytes, size_t step, size_t count, uint32_t (*sets)[kCounters]);
 
   // to[i] = the rank-th (0: the least) of from[0][i] to from[samples - 1][i]; at most 49 samples.
   void (*rank_of)(const uint8_t* const* from, size_t samples, size_t rank, size_t count,

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "core/packed_dib.h"
+#include "rows/row_functions.h"
 
 namespace ombrilo {
 
@@ -24,7 +25,7 @@ class Histogram {
   }
 
  private:
-  uint32_t sets_[8][256] = {};
+  uint32_t sets_[8][rows::kCounters] = {};
 };
 
 // The number of pixels that fractions of a histogram refer to: the product of the header's width

@@ -1,6 +1,6 @@
 # The names that the header declares, the .def table lists and the library exports are the same, and
 # the programs need nothing at run time but what every system has. Arguments: SOURCE, LIBRARY; for
-# Windows also OBJDUMP and PROGRAM, for others NM and READELF.
+# Windows also OBJDUMP, PROGRAM and VIEWER, for others NM and READELF.
 function(fail_unless_same what names)
   if(NOT declared STREQUAL names)
     message(FATAL_ERROR "declared: ${declared}\n${what}: ${names}")
@@ -41,11 +41,14 @@ if(OBJDUMP)
   fail_unless_same(exported "${exported}")
 
   set(c_runtime "api-ms-win-crt-[a-z]+-l1-1-0|msvcrt")
-  foreach(program ${LIBRARY} ${PROGRAM})
+  foreach(program ${LIBRARY} ${PROGRAM} ${VIEWER})
     # gdi32 and user32 are not among them: a server may have no desktop.
     set(allowed "KERNEL32|${c_runtime}")
     if(NOT program STREQUAL "${LIBRARY}")
       string(APPEND allowed "|ole32|WindowsCodecs")
+    endif()
+    if(program STREQUAL "${VIEWER}")
+      string(APPEND allowed "|COMCTL32|comdlg32|GDI32|SHELL32|USER32")
     endif()
     tables_of(${program})
     string(REGEX MATCHALL "DLL Name: [^\n]+" imported "${tables}")

@@ -120,8 +120,8 @@ void AddPixelCases(std::vector<Case>& all) {
             f.extract_channel(in.bytes.data(), n, c, o.New(n));
           }
           for (const size_t size : {2, 4}) {
-            f.pick_channels(in.bytes.data(), size, n, five_six_five, o.template New<uint32_t>(n));
-            f.pick_channels(in.bytes.data(), size, n, odd, o.template New<uint32_t>(n));
+            f.pick_channels(in.bytes.data(), size, n, five_six_five, o.New(3 * n));
+            f.pick_channels(in.bytes.data(), size, n, odd, o.New(3 * n));
           }
           f.apply_channel_tables(o.Copy(in.bytes.data(), 3 * n), n, in.table);
           f.spread(in.bytes.data(), n, o.New(3 * n));
@@ -132,7 +132,7 @@ void AddPixelCases(std::vector<Case>& all) {
        {"count_bytes",
         [](auto& f, auto& in, auto n, auto& o) {
           for (const size_t step : {1, 3}) {
-            uint32_t sets[8][256] = {};
+            uint32_t sets[8][rows::kCounters] = {};
             f.count_bytes(in.bytes.data(), step, n, sets);
             auto* counts = o.template New<uint32_t>(256);
             for (int v = 0; v < 256; ++v) {
@@ -185,14 +185,16 @@ void AddNeighbourhoodCases(std::vector<Case>& all) {
                    f.add_saturated(in.from[0], n, o.New(n));
                    f.subtract_saturated(in.from[0], n, o.New(n));
                    f.subtract_wrapped(in.from[0], n, o.New(n));
+                   f.subtract_from(in.from[0], n, o.New(n));
                  }});
   all.push_back({"spread_bits, choose_bits", [](auto& f, auto& in, auto n, auto& o) {
-                   constexpr uint8_t kOutcome[] = {0xFF, 0, 0x5A};
+                   constexpr uint8_t kOutcome[] = {0xFF, 0, 0x5A, 0x33};
                    uint8_t* any = o.New(n);
                    f.spread_bits_left(in.from[0], n, any, o.New(n));
                    any = o.New(n);
                    f.spread_bits_right(in.from[0], n, any, o.New(n));
                    f.choose_bits(in.from, in.from + 3, kOutcome, n, o.New(n));
+                   f.map_bit_pairs(in.from[0], kOutcome, n, o.New(n));
                  }});
   all.push_back({"weigh", [](auto& f, auto& in, auto n, auto& o) {
                    constexpr int32_t kWeights[] = {3, -70, 100000, 1, -1, 9, 0, 5, -12};
@@ -240,6 +242,12 @@ void AddResamplingCases(std::vector<Case>& all) {
                    const auto bytes = static_cast<int32_t>(in.bytes.size());
                    const std::vector<uint8_t> whole(n);
                    f.fetch_words(base, bytes, offsets, 2, n, o.template New<uint32_t>(n));
+                   // Neighbours in a row, up to the last bytes.
+                   const auto count = static_cast<int32_t>(n);
+                   std::vector<int32_t> close(n);
+                   for (int32_t i = 0; i < count; ++i) close[static_cast<size_t>(i)] = i * 5 / 2;
+                   f.fetch_words(base, count * 5 / 2 + 4, close.data(), 0, n,
+                                 o.template New<uint32_t>(n));
                    f.fetch_indexed(base, bytes, offsets, in.shifts.data(), 2, 1, in.colors, n,
                                    o.template New<uint32_t>(n));
                    f.fetch_indexed(base, bytes, offsets, whole.data(), 2, 255, in.colors, n,

@@ -1,0 +1,33 @@
+// Rows to be measured, and their report.
+#pragma once
+
+#include "compare.h"
+
+namespace ombrilo::bench {
+
+struct Row {
+  std::string name;
+  double pixels = 0;
+  double bytes = 0;  // that have to be read and written; 0 where nobody counts them
+  Peer peer = {};
+  std::function<void()> check = nullptr;      // ends the program where results differ
+  std::function<void(Row&)> start = nullptr;  // before the row, whose sizes it may set
+  std::function<void()> prepare = nullptr;    // before each call of ours
+  std::function<void()> ours = nullptr;
+
+  double time = 0;   // nanoseconds of processor time for a pixel
+  double ratio = 0;  // the peer's time to ours
+  double share = 0;  // the time of a memcpy that moves as many bytes to ours
+
+  // Lets go of the images.
+  void Forget() {
+    start = nullptr, check = prepare = ours = peer.call = nullptr, peer.result = nullptr;
+  }
+};
+
+void Add(Row row);
+
+// Puts the rows into docs/performance.md, between its marks, and draws docs/performance.svg.
+bool WriteReport(const std::vector<Row>& rows);
+
+}  // namespace ombrilo::bench

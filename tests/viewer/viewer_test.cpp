@@ -1,0 +1,310 @@
+// The viewer as a program: started on a file, driven by messages, judged by what its window shows
+// and by the file that it saves. Argument: the path of ombview.exe.
+#include <gtest/gtest.h>
+#include <windows.h>
+// The others build on it.
+#include <commdlg.h>
+#include <dlgs.h>
+
+#include <cstring>
+#include <functional>
+#include <optional>
+
+#include "host/files.h"
+#include "ombview/commands.h"
+#include "ombview/document.h"
+#include "ombview/parameter_dialog.h"
+#include "support/image.h"
+#include "thumbnail.h"
+
+namespace ombrilo::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::wstring viewer_path;
+
+void PumpMessages() {
+  MSG message;
+  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
+}
+
+bool WaitFor(const std::function<bool()>& condition, DWORD milliseconds = 60000) {
+  const ULONGLONG end = GetTickCount64() + milliseconds;
+  while (!condition()) {
+    if (GetTickCount64() > end) return false;
+    PumpMessages();
+    Sleep(10);
+  }
+  return true;
+}
+
+std::wstring TextOf(HWND window) {
+  wchar_t text[300] = {};
+  SendMessageW(window, WM_GETTEXT, ARRAYSIZE(text), reinterpret_cast<LPARAM>(text));
+  return text;
+}
+
+class Viewer {
+ public:
+  explicit Viewer(const fs::path& file) {
+    std::wstring command = L"\"" + viewer_path + L"\" \"" + file.native() + L"\"";
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof startup;
+    if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                        &startup, &process_)) {
+      return;
+    }
+    WaitFor([&] {
+      main_ = FindWindowW(L"OmbviewMain", nullptr);
+      return main_ != nullptr && TextOf(main_).starts_with(file.filename().native());
+    });
+    view_ = FindWindowExW(main_, nullptr, L"OmbviewImage", nullptr);
+    MoveWindow(main_, 0, 0, 900, 600, TRUE);
+  }
+  ~Viewer() {
+    TerminateProcess(process_.hProcess, 1);
+    CloseHandle(process_.hProcess);
+    CloseHandle(process_.hThread);
+  }
+
+  HWND main() const { return main_; }
+  HWND view() const { return view_; }
+
+  // A command that asks nothing is done when this returns.
+  void Do(WORD command) const { SendMessageW(main_, WM_COMMAND, command, 0); }
+  void Do(const char* step) const { Do(ombview::CommandOf(omb::StepNamed(step))); }
+  // Others open a dialog.
+  HWND Dialog(UINT message, WPARAM wparam) const {
+    PostMessageW(main_, message, wparam, 0);
+    HWND dialog = nullptr;
+    EXPECT_TRUE(WaitFor([&] {
+      dialog = GetLastActivePopup(main_);
+      return dialog != nullptr && dialog != main_ && IsWindowVisible(dialog);
+    }));
+    return dialog;
+  }
+  void Enter(HWND dialog, int control, const wchar_t* text) const {
+    ASSERT_NE(GetDlgItem(dialog, control), nullptr);
+    SendMessageW(GetDlgItem(dialog, control), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text));
+  }
+  void Press(HWND dialog, WORD button) const {
+    SendMessageW(dialog, WM_COMMAND, button, 0);
+    EXPECT_TRUE(WaitFor([&] { return !IsWindow(dialog); }));
+    SendMessageW(main_, WM_NULL, 0, 0);  // what it asked for is done
+  }
+
+  // All that the image's part of the window shows.
+  TestImage Screen() const {
+    SetForegroundWindow(main_);
+    RedrawWindow(main_, nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN | RDW_UPDATENOW);
+    Sleep(100);
+    return TestImage(reinterpret_cast<PackedDib*>(omb_CopyWindowToDIB(view_, 2)));
+  }
+
+  // Whether the window shows this image in its middle.
+  testing::AssertionResult Shows(const PackedDib* image) const {
+    TestImage screen = Screen();
+    const int width = static_cast<int>(omb_DIBWidth(image));
+    const int height = static_cast<int>(omb_DIBHeight(image));
+    const int x = (screen.width() - width) / 2, y = (screen.height() - height) / 2;
+    const OmbRect rectangle = {x, y, x + width - 1, y + height - 1};
+    if (omb_crop(screen.ref(), &rectangle) == 0) {
+      return testing::AssertionFailure() << "the image is larger than the window";
+    }
+    const std::vector<uint32_t> shown = Colors(screen);
+    const std::vector<uint32_t> wanted = Colors(TestImage(ombview::CopyOf(image).release()));
+    for (size_t i = 0; i < wanted.size(); ++i) {
+      if (shown[i] == wanted[i]) continue;
+      return testing::AssertionFailure()
+             << "pixel " << i << ": " << std::hex << shown[i] << " instead of " << wanted[i];
+    }
+    return testing::AssertionSuccess();
+  }
+
+  DWORD WaitForEnd() const {
+    DWORD code = STILL_ACTIVE;
+    WaitForSingleObject(process_.hProcess, 60000);
+    GetExitCodeProcess(process_.hProcess, &code);
+    return code;
+  }
+
+ private:
+  PROCESS_INFORMATION process_ = {};
+  HWND main_ = nullptr, view_ = nullptr;
+};
+
+omb::Image After(const PackedDib* image, const char* step) {
+  omb::Image result = ombview::CopyOf(image);
+  omb::RunCall(omb::ParseCall(step), result);
+  return result;
+}
+
+void PutOnClipboard(const TestImage& image) {
+  const std::vector<uint8_t> bytes = image.Bytes();
+  const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, bytes.size());
+  std::memcpy(GlobalLock(block), bytes.data(), bytes.size());
+  GlobalUnlock(block);
+  ASSERT_TRUE(WaitFor([] { return OpenClipboard(nullptr) != 0; }));
+  EmptyClipboard();
+  SetClipboardData(CF_DIB, block);
+  CloseClipboard();
+}
+
+std::vector<uint8_t> BytesOnClipboard() {
+  EXPECT_TRUE(WaitFor([] { return OpenClipboard(nullptr) != 0; }));
+  const HGLOBAL block = GetClipboardData(CF_DIB);
+  const auto* bytes = static_cast<const uint8_t*>(GlobalLock(block));
+  std::vector<uint8_t> copy(bytes, bytes + (bytes == nullptr ? 0 : GlobalSize(block)));
+  GlobalUnlock(block);
+  CloseClipboard();
+  return copy;
+}
+
+class ViewerTest : public testing::Test {
+ protected:
+  ViewerTest()
+      : image_(ImageBuilder(24, 150, 90).Pixels(Noise(0x1000000, 5)).Build()),
+        file_(directory_ / fs::path(u8"Größe 写真.bmp")) {
+    Save(file_, Encode(omb::Format::kBmp, image_.get()));
+    viewer_.emplace(file_);
+  }
+
+  Directory directory_;
+  TestImage image_;
+  fs::path file_;
+  std::optional<Viewer> viewer_;
+};
+
+TEST_F(ViewerTest, WorksOnFilesByMenusAndDialogs) {
+  const Viewer& viewer = *viewer_;
+  ASSERT_NE(viewer.view(), nullptr);
+  EXPECT_TRUE(viewer.Shows(image_.get()));
+
+  const omb::Image inverted = After(image_.get(), "invert");
+  viewer.Do("invert");
+  EXPECT_TRUE(viewer.Shows(inverted.get()));
+  EXPECT_TRUE(TextOf(viewer.main()).starts_with(L"*"));
+  viewer.Do(ombview::kUndo);
+  EXPECT_TRUE(viewer.Shows(image_.get()));
+  viewer.Do(ombview::kRedo);
+  EXPECT_TRUE(viewer.Shows(inverted.get()));
+
+  // A dialog stays until its arguments can be understood.
+  const WORD step = ombview::CommandOf(omb::StepNamed("brightnesscontrast"));
+  HWND dialog = viewer.Dialog(WM_COMMAND, step);
+  viewer.Enter(dialog, ombview::kFirstParameter, L"bright");
+  viewer.Enter(dialog, ombview::kFirstParameter + 1, L"-30");
+  SendMessageW(dialog, WM_COMMAND, IDOK, 0);
+  ASSERT_TRUE(IsWindow(dialog));
+  viewer.Enter(dialog, ombview::kFirstParameter, L"+60");
+  viewer.Press(dialog, IDOK);
+  const omb::Image adjusted = After(inverted.get(), "brightnesscontrast=60,-30");
+  EXPECT_TRUE(viewer.Shows(adjusted.get()));
+
+  // What cannot be done is told and changes nothing.
+  viewer.Do("gray");
+  viewer.Press(viewer.Dialog(WM_COMMAND, ombview::CommandOf(omb::StepNamed("tophat"))), IDOK);
+  EXPECT_TRUE(viewer.Shows(After(adjusted.get(), "gray").get()));
+
+  const fs::path saved = directory_ / fs::path(u8"Später.png");
+  dialog = viewer.Dialog(WM_COMMAND, ombview::kSaveAs);
+  viewer.Enter(dialog, GetDlgItem(dialog, edt1) != nullptr ? edt1 : cmb13, saved.c_str());
+  viewer.Press(dialog, IDOK);
+  ASSERT_TRUE(WaitFor([&] { return TextOf(viewer.main()).starts_with(L"Später.png"); }));
+  EXPECT_EQ(Colors(TestImage(omb::ReadImage(saved, {}).release())),
+            Colors(TestImage(After(adjusted.get(), "gray").release())));
+
+  // Only what is not saved is asked for.
+  viewer.Do(ombview::kUndo);
+  viewer.Press(viewer.Dialog(WM_CLOSE, 0), IDCANCEL);
+  ASSERT_TRUE(IsWindow(viewer.main()));
+  viewer.Do(ombview::kRedo);
+  PostMessageW(viewer.main(), WM_CLOSE, 0, 0);
+  EXPECT_EQ(viewer.WaitForEnd(), 0u);
+}
+
+TEST_F(ViewerTest, PastesCopiesFitsAndScrolls) {
+  const Viewer& viewer = *viewer_;
+  ASSERT_NE(viewer.view(), nullptr);
+  viewer.Do(ombview::kCopy);
+  EXPECT_EQ(BytesOnClipboard(), image_.Bytes());
+
+  const TestImage indexed =
+      ImageBuilder(4, 31, 17).Colors(VariedColors(16, 8)).Pixels(Noise(16, 4)).Build();
+  PutOnClipboard(indexed);
+  viewer.Do(ombview::kPaste);
+  EXPECT_TRUE(viewer.Shows(indexed.get()));
+
+  const TestImage large = ImageBuilder(24, 2000, 1500)
+                              .Pixels([](int x, int y) { return Rgb(x / 9, y / 7, x * y / 9000); })
+                              .Build();
+  PutOnClipboard(large);
+  viewer.Do(ombview::kPaste);
+  const TestImage fitted = viewer.Screen();
+  EXPECT_TRUE(viewer.Shows(omb::Thumbnail(large.get(), fitted.width(), fitted.height()).get()));
+
+  viewer.Do(ombview::kFit);
+  SendMessageW(viewer.view(), WM_VSCROLL, SB_PAGEDOWN, 0);
+  SendMessageW(viewer.view(), WM_HSCROLL, SB_LINEDOWN, 0);
+  const TestImage screen = viewer.Screen();
+  EXPECT_LT(screen.width(), fitted.width());   // for the scroll bar
+  const int left = 48, top = screen.height();  // a line and a page further
+  for (const auto& [x, y] : {std::pair(0, 0), {screen.width() - 1, screen.height() - 1}}) {
+    EXPECT_EQ(screen.Pixel(x, y), large.Pixel(left + x, top + y));
+  }
+}
+
+// A window in stripes.
+LRESULT CALLBACK PaintStripes(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+  if (message != WM_PAINT) return DefWindowProcW(window, message, wparam, lparam);
+  PAINTSTRUCT paint;
+  const HDC dc = BeginPaint(window, &paint);
+  for (int x = 0; x < 200; ++x) {
+    const RECT column = {x, 0, x + 1, 100};
+    SetDCBrushColor(dc, RGB(x, 255 - x, 77));
+    FillRect(dc, &column, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
+  }
+  EndPaint(window, &paint);
+  return 0;
+}
+
+int OpenMenus() {
+  int count = 0;
+  for (HWND menu = nullptr; (menu = FindWindowExW(nullptr, menu, L"#32768", nullptr)) != nullptr;) {
+    count += IsWindowVisible(menu) ? 1 : 0;
+  }
+  return count;
+}
+
+TEST_F(ViewerTest, CapturesTheWindowThatTheMenuNames) {
+  const Viewer& viewer = *viewer_;
+  ASSERT_NE(viewer.view(), nullptr);
+  WNDCLASSW stripes = {};
+  stripes.lpfnWndProc = PaintStripes;
+  stripes.lpszClassName = L"Stripes";
+  RegisterClassW(&stripes);
+  const HWND window = CreateWindowExW(0, L"Stripes", L"Stripes", WS_POPUP | WS_VISIBLE, 950, 100,
+                                      200, 100, nullptr, nullptr, nullptr, nullptr);
+  PumpMessages();
+  // The file menu, the list of windows in it, and the topmost one there.
+  PostMessageW(viewer.main(), WM_SYSCOMMAND, SC_KEYMENU, 'f');
+  ASSERT_TRUE(WaitFor([] { return OpenMenus() == 1; }));
+  PostMessageW(viewer.main(), WM_CHAR, 'c', 0);
+  ASSERT_TRUE(WaitFor([] { return OpenMenus() == 2; }));
+  PostMessageW(viewer.main(), WM_KEYDOWN, VK_RETURN, 0);
+  EXPECT_TRUE(WaitFor([&] { return TextOf(viewer.main()).starts_with(L"*untitled"); }, 20000));
+  const TestImage expected =
+      ImageBuilder(24, 200, 100).Pixels([](int x, int) { return Rgb(x, 255 - x, 77); }).Build();
+  EXPECT_TRUE(viewer.Shows(expected.get()));
+  DestroyWindow(window);
+}
+
+}  // namespace
+}  // namespace ombrilo::test
+
+int wmain(int argc, wchar_t** argv) {
+  testing::InitGoogleTest(&argc, argv);
+  if (argc > 1) ombrilo::test::viewer_path = argv[1];
+  return RUN_ALL_TESTS();
+}

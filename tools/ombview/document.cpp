@@ -1,0 +1,88 @@
+#include "document.h"
+
+#include <cstring>
+#include <new>
+#include <utility>
+
+#include "core/packed_dib.h"
+#include "files/bmp_format.h"
+#include "files/codec.h"
+
+namespace ombview {
+
+namespace {
+
+size_t SizeOf(const PackedDib* dib) {
+  const auto view = ombrilo::DibView::Open(dib);
+  return view ? view->extent() : 0;
+}
+
+}  // namespace
+
+void Document::Open(const std::filesystem::path& file, const omb::Remark& remark) {
+  Push({omb::ReadImage(file, remark), "opening", file, true});
+}
+
+void Document::Apply(const omb::Call& call) {
+  omb::Image result = CopyOf(image());
+  omb::RunCall(call, result);
+  Push({std::move(result), call.step->name, file(), false});
+}
+
+void Document::Put(omb::Image image, std::string deed) {
+  Push({std::move(image), std::move(deed), {}, false});
+}
+
+void Document::SaveAs(const std::filesystem::path& file) {
+  omb::WriteImage(file, omb::FormatOfPath(file), image());
+  State& state = states_[current_ - 1];
+  state.file = file;
+  state.saved = true;
+}
+
+bool Document::Undo() {
+  if (undo() == nullptr) return false;
+  --current_;
+  return true;
+}
+
+bool Document::Redo() {
+  if (redo() == nullptr) return false;
+  ++current_;
+  return true;
+}
+
+const std::string* Document::redo() const {
+  return current_ < states_.size() ? &states_[current_].deed : nullptr;
+}
+
+void Document::Push(State state) {
+  states_.erase(states_.begin() + static_cast<std::ptrdiff_t>(current_), states_.end());
+  states_.push_back(std::move(state));
+  // The newest two stay in any case: the last deed can always be undone.
+  size_t bytes = 0;
+  size_t kept = 0;
+  for (; kept < states_.size(); ++kept) {
+    bytes += SizeOf(states_[states_.size() - 1 - kept].image.get());
+    if (bytes > history_bytes_ && kept >= 2) break;
+  }
+  states_.erase(states_.begin(), states_.end() - static_cast<std::ptrdiff_t>(kept));
+  current_ = states_.size();
+}
+
+omb::Image CopyOf(const PackedDib* dib) {
+  const size_t size = SizeOf(dib);
+  omb::Image copy(static_cast<PackedDib*>(std::malloc(size)));
+  if (!copy) throw std::bad_alloc();
+  std::memcpy(copy.get(), dib, size);
+  return copy;
+}
+
+omb::Image ImageOfBytes(std::span<const uint8_t> bytes, const omb::Remark& remark) {
+  // A BMP file is a packed DIB behind a file header. One of zeros says: the rows follow the colors.
+  std::vector<uint8_t> file(omb::kFileHeaderSize);
+  file.insert(file.end(), bytes.begin(), bytes.end());
+  return omb::ReadBmp(file, remark);
+}
+
+}  // namespace ombview

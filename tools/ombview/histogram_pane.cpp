@@ -1,0 +1,118 @@
+#include "histogram_pane.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "wide.h"
+
+namespace ombview {
+
+namespace {
+
+constexpr COLORREF kGround = RGB(0x28, 0x28, 0x2A), kPlotGround = RGB(0x1E, 0x1E, 0x20),
+                   kGridLine = RGB(0x38, 0x38, 0x3C), kText = RGB(0xE6, 0xE6, 0xEA),
+                   kFaintText = RGB(0x9C, 0x9C, 0xA2);
+
+COLORREF ColorOf(omb::Channel channel) {
+  constexpr COLORREF kColors[] = {RGB(0xE8, 0x5B, 0x5B), RGB(0x5B, 0xC4, 0x78),
+                                  RGB(0x5C, 0x8F, 0xF0), RGB(0xC8, 0xC8, 0xCC)};
+  return kColors[static_cast<int>(channel) - 1];
+}
+
+std::wstring StatisticsOf(const omb::Histogram& histogram) {
+  wchar_t text[80];
+  swprintf(text, ARRAYSIZE(text), L"mean %.1f   median %d   %d–%d", histogram.mean(),
+           histogram.median(), histogram.minimum(), histogram.maximum());
+  return text;
+}
+
+// One bar for each column of the plot, as high as the highest value in it.
+void PlotBars(Painting& painting, const RECT& plot, const omb::Histogram& histogram) {
+  painting.Fill(plot, kPlotGround);
+  const int width = plot.right - plot.left, height = plot.bottom - plot.top;
+  for (int quarter = 1; quarter < 4; ++quarter) {
+    const LONG x = plot.left + width * quarter / 4;
+    painting.Fill({x, plot.top, x + 1, plot.bottom}, kGridLine);
+  }
+  const auto& counts = histogram.counts;
+  const uint64_t top = omb::ScaleFor({counts.begin(), counts.end()}).top;
+  for (int x = 0; x < width; ++x) {
+    const auto first = static_cast<size_t>(x * 256 / width);
+    const auto last = std::max(first + 1, static_cast<size_t>((x + 1) * 256 / width));
+    const uint64_t count = *std::max_element(counts.data() + first, counts.data() + last);
+    if (count == 0) continue;
+    const double share = static_cast<double>(count) / static_cast<double>(top);
+    const auto bar = static_cast<LONG>(std::clamp(std::lround(share * height), 1L, LONG{height}));
+    painting.Fill({plot.left + x, plot.bottom - bar, plot.left + x + 1, plot.bottom},
+                  ColorOf(histogram.channel));
+  }
+}
+
+}  // namespace
+
+HistogramPane::HistogramPane(HWND parent) {
+  Create(L"OmbviewHistogram", WS_CHILD | WS_VISIBLE, 0, parent);
+}
+
+int HistogramPane::Width() { return 256 + 2 * Scaled(14); }
+
+void HistogramPane::Show(const PackedDib* image) {
+  image_ = image;
+  measured_ = false;
+  Repaint();
+}
+
+void HistogramPane::MeasureImage() {
+  if (measured_) return;
+  measured_ = true;
+  histograms_.clear();
+  complaint_.clear();
+  if (image_ == nullptr) return;
+  using omb::Channel;
+  try {
+    histograms_ = omb::IsGray(image_)
+                      ? omb::Measure(image_, {Channel::kGray})
+                      : omb::Measure(image_, {Channel::kRed, Channel::kGreen, Channel::kBlue});
+  } catch (const std::exception& error) {
+    complaint_ = Wide(error.what());
+  }
+}
+
+void HistogramPane::Paint() {
+  MeasureImage();
+  Painting painting(handle());
+  const RECT area = ClientRect();
+  const int margin = Scaled(14), line = Scaled(20);
+  painting.Fill(area, kGround);
+  RECT rest = {area.left + margin, area.top + margin, area.right - margin, area.bottom - margin};
+  painting.Text(complaint_.c_str(), rest, kFaintText, DT_WORDBREAK);
+  const int count = static_cast<int>(histograms_.size());
+  const int each = count == 0 ? 0 : (rest.bottom - rest.top) / count;
+  const int plot_height = std::clamp(each - 2 * line - margin, 1, Scaled(150));
+  for (const omb::Histogram& histogram : histograms_) {
+    RECT plot = rest;
+    plot.top += line;
+    plot.bottom = plot.top + plot_height;
+    painting.Text(Wide(histogram.name()).c_str(), rest, kText);
+    PlotBars(painting, plot, histogram);
+    rest.top = plot.bottom + Scaled(3);
+    painting.Text(StatisticsOf(histogram).c_str(), rest, kFaintText);
+    rest.top += line + margin;
+  }
+}
+
+LRESULT HistogramPane::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
+  switch (message) {
+    case WM_SIZE:
+      Repaint();
+      return 0;
+    case WM_ERASEBKGND:
+      return 1;
+    case WM_PAINT:
+      Paint();
+      return 0;
+  }
+  return Window::OnMessage(message, wparam, lparam);
+}
+
+}  // namespace ombview

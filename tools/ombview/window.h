@@ -1,0 +1,70 @@
+// Windows as objects: their messages are member functions' matter, their handles are released.
+#pragma once
+
+#include <windows.h>
+
+#include <memory>
+#include <type_traits>
+
+namespace ombview {
+
+// A window of a class of its own. The object outlives the window.
+class Window {
+ public:
+  Window() = default;
+  Window(const Window&) = delete;
+  Window& operator=(const Window&) = delete;
+
+  HWND handle() const { return handle_; }
+  RECT ClientRect() const;
+  void Repaint() const { InvalidateRect(handle_, nullptr, FALSE); }
+
+ protected:
+  ~Window() = default;
+  // Registers the class and makes the window, whose size is the caller's matter.
+  void Create(const wchar_t* class_name, DWORD style, DWORD extended_style, HWND parent);
+  // Answers a message. What it does not know goes to the default.
+  virtual LRESULT OnMessage(UINT message, WPARAM wparam, LPARAM lparam);
+
+ private:
+  static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+
+  HWND handle_ = nullptr;
+};
+
+struct DeleteGdiObject {
+  void operator()(void* object) const { DeleteObject(object); }
+};
+template <class Handle>
+using GdiObject = std::unique_ptr<std::remove_pointer_t<Handle>, DeleteGdiObject>;
+
+// Draws a window's client area from scratch, and shows it all at once so that nothing flickers.
+class Painting {
+ public:
+  explicit Painting(HWND window);
+  ~Painting();
+  Painting(const Painting&) = delete;
+  Painting& operator=(const Painting&) = delete;
+
+  HDC dc() const { return dc_; }
+  // In the font of the system's windows.
+  void Text(const wchar_t* text, RECT where, COLORREF color, UINT format = DT_LEFT);
+  void Fill(RECT where, COLORREF color);
+  void Bitmap(HBITMAP bitmap, int x, int y);
+
+ private:
+  HWND window_;
+  PAINTSTRUCT paint_;
+  RECT area_;
+  HDC dc_;
+  GdiObject<HBITMAP> canvas_;
+  HGDIOBJ previous_bitmap_, previous_font_;
+};
+
+// The font that the system uses in its windows.
+HFONT WindowFont();
+
+// Pixels of a usual screen as pixels of this one.
+int Scaled(int pixels);
+
+}  // namespace ombview
