@@ -42,20 +42,13 @@ std::vector<uint32_t> Expected(const std::vector<uint32_t>& rgb) {
 }
 
 TEST(CreateDIBPalette, TakesTheAnnouncedEntriesAtAnyDepth) {
-  struct Case {
-    int bits, colors;
-    bool core;
-  };
-  for (const Case& c : {Case{1, 2, false},
-                        {4, 16, true},
-                        {8, 256, false},
-                        {8, 256, true},
-                        {8, 16, false},
-                        {24, 3, false}}) {
-    const std::vector<uint32_t> colors = VariedColors(c.colors, 9);
-    ImageBuilder builder(c.bits, 3, 2);
+  constexpr int kCases[][3] = {{1, 2, 0},   {4, 16, 1}, {8, 256, 0},
+                               {8, 256, 1}, {8, 16, 0}, {24, 3, 0}};
+  for (const auto& [bits, count, core] : kCases) {
+    const std::vector<uint32_t> colors = VariedColors(count, 9);
+    ImageBuilder builder(bits, 3, 2);
     builder.Colors(colors).Filler(0xFF);
-    if (c.core) builder.CoreHeader();
+    if (core) builder.CoreHeader();
     EXPECT_EQ(Entries(builder.Build().get()), Expected(colors));
   }
 }

@@ -53,15 +53,11 @@ void ExpectPiece(int bits, uint32_t size_field, const Piece& p) {
 }
 
 TEST(Crop, PiecesAtEveryDepthAndHeaderKind) {
+  constexpr Piece kPieces[] = {{0, 0, kWidth, kHeight}, {3, 1, 9, 2}, {1, 5, 20, 1}, {0, 2, 1, 3},
+                               {20, 0, 1, 6},           {7, 3, 8, 3}, {5, 0, 16, 1}};
   for (const int bits : {1, 4, 8, 24}) {
     for (const uint32_t size_field : {40u, 12u, 20u}) {
-      for (const Piece& p : {Piece{0, 0, kWidth, kHeight},
-                             {3, 1, 9, 2},
-                             {1, 5, 20, 1},
-                             {0, 2, 1, 3},
-                             {20, 0, 1, 6},
-                             {7, 3, 8, 3},
-                             {5, 0, 16, 1}}) {
+      for (const Piece& p : kPieces) {
         ExpectPiece(bits, size_field, p);
       }
     }
@@ -73,15 +69,10 @@ TEST(Crop, RefusesRectanglesThatAreEmptyOrLeaveTheImage) {
   const PackedDib* const address = image.get();
   const std::vector<uint8_t> before = image.Bytes();
   constexpr int kMin = INT32_MIN, kMax = INT32_MAX;
-  for (const OmbRect& rect : {OmbRect{-1, 0, 3, 3},
-                              {0, -1, 3, 3},
-                              {0, 0, kWidth, 3},
-                              {0, 0, 3, kHeight},
-                              {3, 0, 2, 3},
-                              {0, 3, 3, 2},
-                              {kMin, 0, kMax, 3},
-                              {0, kMin, 3, kMax},
-                              {kMax, kMax, kMin, kMin}}) {
+  const OmbRect rectangles[] = {{-1, 0, 3, 3},      {0, -1, 3, 3},      {0, 0, kWidth, 3},
+                                {0, 0, 3, kHeight}, {3, 0, 2, 3},       {0, 3, 3, 2},
+                                {kMin, 0, kMax, 3}, {0, kMin, 3, kMax}, {kMax, kMax, kMin, kMin}};
+  for (const OmbRect& rect : rectangles) {
     EXPECT_EQ(omb_crop(image.ref(), &rect), 0u);
   }
   EXPECT_EQ(omb_crop(image.ref(), nullptr), 0u);

@@ -115,15 +115,5 @@ TEST(Transformat, HandledDepthsAreDoneAndOthersRefused) {
   }
 }
 
-TEST(Transformat, ImagesWithoutRows) {
-  for (const int height : {0, -2}) {
-    TestImage image = ImageBuilder(32, 3, height).Build();
-    EXPECT_EQ(omb_transformat(image.ref()), 1u);
-    EXPECT_EQ(image.bit_count(), 24);
-    EXPECT_EQ(image.height(), height);
-    EXPECT_EQ(image.Bytes().size(), 40u);
-  }
-}
-
 }  // namespace
 }  // namespace ombrilo::test

@@ -181,20 +181,6 @@ TEST(Quantize, RefusesWhatItDoesNotTake) {
   EXPECT_EQ(wide.bit_count(), 1);
 }
 
-TEST(Quantize, ImagesWithoutPixelsGetTheStartingPalette) {
-  for (const auto operation : {omb_neuquant, omb_dither}) {
-    for (const auto& [width, height] : {std::pair{7, 0}, {7, -3}, {0, 5}, {0x7FFFFFFF, 0}}) {
-      TestImage image = ImageBuilder(24, 1, 0)
-                            .Field(4, static_cast<uint32_t>(width))
-                            .Field(8, static_cast<uint32_t>(height))
-                            .Build();
-      EXPECT_EQ(operation(image.ref(), 4), 1);
-      EXPECT_EQ(omb_DIBHeight(image.get()), static_cast<uint32_t>(height));
-      for (int i = 0; i < 16; ++i) EXPECT_EQ(image.Color(i), Rgb(16 * i, 16 * i, 16 * i));
-    }
-  }
-}
-
 TEST(Quantize, TheCopyOfAnIndexedImageStaysWhenMemoryRunsOutLater) {
   for (int n = 2; n <= 3; ++n) {
     TestImage image = Make(8, 40, 30, 40);

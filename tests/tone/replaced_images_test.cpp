@@ -81,22 +81,6 @@ TEST(ReplacedImages, TrueColorSources) {
   }
 }
 
-TEST(ReplacedImages, NegativeSizesGiveBlocksWithoutRows) {
-  for (const Conversion& conversion : Conversions()) {
-    for (const auto& [width, height] : {std::pair{7, -2}, {7, 0}, {-7, 2}, {0, 5}}) {
-      TestImage image = ImageBuilder(24, 1, 1)
-                            .Field(4, static_cast<uint32_t>(width))
-                            .Field(8, static_cast<uint32_t>(height))
-                            .Build();
-      EXPECT_EQ(conversion.call(image.ref()), conversion.result);
-      EXPECT_EQ(image.bit_count(), conversion.bit_count);
-      EXPECT_EQ(image.height(), height);
-      EXPECT_EQ(image.Bytes().size(), 40u + (4u << conversion.bit_count));
-      EXPECT_EQ(image.Color(1), conversion.color(1));
-    }
-  }
-}
-
 TEST(Binary, IndexedSourcesReadColorsFromByte40) {
   for (const uint32_t size_field : {40u, 12u, 41u}) {
     for (const int bits : {4, 8}) {
