@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support/failing_memory.h"
-#include "support/image.h"
+#include "support/naive.h"
 
 namespace ombrilo::test {
 namespace {
@@ -15,20 +15,6 @@ Palette PaletteOf(const std::vector<uint32_t>& rgb) {
     for (int c = 0; c < 3; ++c) palette.bgr[i][c] = static_cast<uint8_t>(rgb[i] >> 8 * c);
   }
   return palette;
-}
-
-int Plainly(const Palette& palette, int blue, int green, int red) {
-  int best = 1 << 30, answer = 0;
-  for (int i = 0; i < palette.count; ++i) {
-    const int db = palette.bgr[i][0] - blue, dg = palette.bgr[i][1] - green,
-              dr = palette.bgr[i][2] - red;
-    const int distance = db * db + dg * dg + dr * dr;
-    if (distance < best) {
-      best = distance;
-      answer = i;
-    }
-  }
-  return answer;
 }
 
 // Palettes that try the search: ties everywhere, crowds in one cell, corners only, one color.
@@ -53,6 +39,11 @@ std::vector<std::vector<uint32_t>> Palettes() {
 TEST(NearestEntry, EqualsThePlainSearch) {
   for (const std::vector<uint32_t>& colors : Palettes()) {
     const Palette palette = PaletteOf(colors);
+    std::vector<Bgr> entries;
+    for (int i = 0; i < palette.count; ++i) {
+      const uint8_t* bgr = palette.bgr[i];
+      entries.push_back({bgr[0], bgr[1], bgr[2]});
+    }
     NearestEntry nearest(palette);
     ASSERT_TRUE(nearest);
     for (uint32_t i = 0; i < 60000; ++i) {
@@ -61,7 +52,7 @@ TEST(NearestEntry, EqualsThePlainSearch) {
       const int blue = color & 255, green = color >> 8 & 255, red = color >> 16 & 255;
       ASSERT_EQ(nearest.Find(static_cast<uint8_t>(blue), static_cast<uint8_t>(green),
                              static_cast<uint8_t>(red)),
-                Plainly(palette, blue, green, red));
+                Nearest(entries, {blue, green, red}));
     }
   }
 }

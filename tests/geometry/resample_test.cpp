@@ -8,7 +8,7 @@
 
 #include "geometry/resampling.h"
 #include "rows/row_functions.h"
-#include "support/image.h"
+#include "support/naive.h"
 
 namespace ombrilo::test {
 namespace {
@@ -44,16 +44,10 @@ float Cubic(float t) {
 
 class Reference {
  public:
-  explicit Reference(const TestImage& source) : bits_(source.bit_count()) {
+  explicit Reference(const TestImage& source)
+      : bits_(source.bit_count()), colors_(Naive(source).palette) {
     TestImage copy = source.Clone();
     from_ = Read(copy, source.width(), source.height());
-    // A short color table goes on with the bytes behind it, and with zeros behind the block.
-    std::vector<uint8_t> bytes = source.Bytes();
-    bytes.resize(bytes.size() + 1024);
-    for (size_t i = 0; bits_ <= 8 && i < 1u << bits_; ++i) {
-      const uint8_t* entry = &bytes[bytes[0] + i * (bytes[0] == 40 ? 4 : 3)];
-      colors_.push_back(Rgb(entry[2], entry[1], entry[0]));
-    }
   }
 
   Picture Scaled(int width, int height, uint32_t mode) const {
@@ -105,44 +99,30 @@ class Reference {
 
   uint32_t Sample(float dx, float dy, int ix, int iy, int x, int y, uint32_t mode) const {
     if (mode == 1) return PixelAt(ix, iy);
-    uint32_t color = 0;
-    for (int shift = 0; shift < 24; shift += 8) {
+    Bgr color;
+    for (size_t c = 0; c < 3; ++c) {
       const float value =
-          mode == 2 ? Bilinear(dx, dy, ix, iy, shift) : Bicubic(dx, dy, ix, iy, x, y, shift);
-      color |= static_cast<uint32_t>(std::max(0.0f, std::min(255.0f, value))) << shift;
+          mode == 2 ? Bilinear(dx, dy, ix, iy, c) : Bicubic(dx, dy, ix, iy, x, y, c);
+      color[c] = static_cast<int>(std::max(0.0f, std::min(255.0f, value)));
     }
-    if (bits_ == 24) return color;
-    uint32_t best = 0;
-    for (uint32_t i = 1; i < colors_.size(); ++i) {
-      if (Distance(color, colors_[i]) < Distance(color, colors_[best])) best = i;
-    }
-    return best;
+    return bits_ == 24 ? Rgb(color[2], color[1], color[0])
+                       : static_cast<uint32_t>(Nearest(colors_, color));
   }
 
-  static int Distance(uint32_t a, uint32_t b) {
-    int sum = 0;
-    for (int shift = 0; shift < 24; shift += 8) {
-      const int d = static_cast<int>(a >> shift & 255) - static_cast<int>(b >> shift & 255);
-      sum += d * d;
-    }
-    return sum;
-  }
-
-  float ChannelAt(int column, int row, int shift) const {
+  float ChannelAt(int column, int row, size_t c) const {
     const uint32_t pixel = PixelAt(column, row);
-    return static_cast<float>((bits_ == 24 ? pixel : colors_[pixel]) >> shift & 255);
+    return static_cast<float>(bits_ == 24 ? static_cast<int>(pixel >> 8 * c & 255)
+                                          : colors_[pixel][c]);
   }
 
-  float Bilinear(float dx, float dy, int ix, int iy, int shift) const {
+  float Bilinear(float dx, float dy, int ix, int iy, size_t c) const {
     if (ix + 1 >= from_.width - 1) ix = from_.width - 2;
     if (iy + 1 >= from_.height - 1) iy = from_.height - 2;
-    return (1 - dy) * (1 - dx) * ChannelAt(ix, iy, shift) +
-           (1 - dy) * dx * ChannelAt(ix + 1, iy, shift) +
-           (1 - dx) * dy * ChannelAt(ix, iy + 1, shift) +
-           dx * dy * ChannelAt(ix + 1, iy + 1, shift);
+    return (1 - dy) * (1 - dx) * ChannelAt(ix, iy, c) + (1 - dy) * dx * ChannelAt(ix + 1, iy, c) +
+           (1 - dx) * dy * ChannelAt(ix, iy + 1, c) + dx * dy * ChannelAt(ix + 1, iy + 1, c);
   }
 
-  float Bicubic(float dx, float dy, int ix, int iy, int x, int y, int shift) const {
+  float Bicubic(float dx, float dy, int ix, int iy, int x, int y, size_t c) const {
     const int w = from_.width, h = from_.height;
     int dxo[4] = {x - 1 < 0 ? 0 : -1, 0, x + 1 > w - 1 ? 0 : 1, 2};
     int dyo[4] = {y - 1 < 0 ? 0 : -1, 0, y + 1 > h - 1 ? 0 : 1, 2};
@@ -162,7 +142,7 @@ class Reference {
         if (iy + dyo[j] < 0) iy = -dyo[j];
         if (ix + dxo[k] > w - 1) ix = w - ix - 1;
         if (ix + dxo[k] < 0) ix = -dxo[k];
-        sum += ChannelAt(ix + dxo[k], iy + dyo[j], shift) * across[k];
+        sum += ChannelAt(ix + dxo[k], iy + dyo[j], c) * across[k];
       }
       total += sum * down[j];
     }
@@ -170,8 +150,8 @@ class Reference {
   }
 
   int bits_;
+  std::vector<Bgr> colors_;
   Picture from_;
-  std::vector<uint32_t> colors_;
 };
 
 struct Kind {

@@ -16,6 +16,8 @@ size_t RowOffset(const TestImage& image, int y) {
          stride * static_cast<size_t>(y);
 }
 
+}  // namespace
+
 int Nearest(const std::vector<Bgr>& palette, const Bgr& color) {
   int best = 1 << 30, answer = 0;
   for (size_t i = 0; i < palette.size(); ++i) {
@@ -27,8 +29,6 @@ int Nearest(const std::vector<Bgr>& palette, const Bgr& color) {
   }
   return answer;
 }
-
-}  // namespace
 
 Naive::Naive(const TestImage& image)
     : bits(image.bit_count()), width(image.width()), height(image.height()) {

@@ -12,6 +12,9 @@ namespace ombrilo::test {
 
 using Bgr = std::array<int, 3>;
 
+// The lowest index of the entries that are nearest to the color.
+int Nearest(const std::vector<Bgr>& palette, const Bgr& color);
+
 // The colors of an image of 1, 4, 8 or 24 bits.
 struct Naive {
   explicit Naive(const TestImage& image);

@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 
-#include "support/image.h"
+#include "support/naive.h"
 
 namespace ombrilo::test {
 namespace {
@@ -14,6 +14,8 @@ struct Limits {
 };
 
 int Channel(uint32_t rgb, size_t c) { return static_cast<int>(rgb >> 8 * c & 255); }
+
+Bgr BgrOf(uint32_t rgb) { return {Channel(rgb, 0), Channel(rgb, 1), Channel(rgb, 2)}; }
 
 // Of each channel, straight from the definition.
 std::array<Limits, 3> LimitsOf(const std::vector<uint32_t>& colors, size_t samples, double low,
@@ -128,9 +130,10 @@ void ReferenceAutoContrast(std::vector<uint8_t>& block, const TestImage& before,
     for (size_t c = 0; c < 3; ++c) rgb |= at + c < block.size() ? block[at + c] << 8 * c : 0u;
     return rgb;
   };
-  std::vector<uint32_t> palette, colors;
+  std::vector<uint32_t> colors;
+  std::vector<Bgr> palette;
   for (size_t i = 0; i < 1u << bits; ++i) {
-    palette.push_back(color(block[0] + (block[0] == 40 ? 4 : 3) * i));
+    palette.push_back(BgrOf(color(block[0] + (block[0] == 40 ? 4 : 3) * i)));
   }
   for (size_t y = bits == 1 ? height - 1 : 0; y < height; ++y) {
     for (size_t x = 0; x < width; ++x) {
@@ -144,17 +147,7 @@ void ReferenceAutoContrast(std::vector<uint8_t>& block, const TestImage& before,
       uint8_t& byte = block[block.size() - stride * (height - y) + x * bits / 8];
       const size_t shift = 8 - bits - x * bits % 8, mask = (size_t{1} << bits) - 1;
       const uint32_t wanted = Stretch(color(40 + 4 * (byte >> shift & mask)), limits);
-      const auto distance = [=](uint32_t rgb) {
-        int sum = 0;
-        for (size_t c = 0; c < 3; ++c) {
-          sum += (Channel(wanted, c) - Channel(rgb, c)) * (Channel(wanted, c) - Channel(rgb, c));
-        }
-        return sum;
-      };
-      const auto nearest =
-          std::min_element(palette.begin(), palette.end(),
-                           [&](uint32_t a, uint32_t b) { return distance(a) < distance(b); });
-      const size_t index = static_cast<size_t>(nearest - palette.begin());
+      const size_t index = static_cast<size_t>(Nearest(palette, BgrOf(wanted)));
       byte = static_cast<uint8_t>((byte & ~(mask << shift)) | index << shift);
     }
   }
