@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "core/bytes.h"
-#include "support/failing_memory.h"
 #include "support/image.h"
 
 #ifdef _WIN32
@@ -73,16 +72,9 @@ TEST(CreateDIBPalette, EntriesPastTheBlockAreBlack) {
 }
 
 TEST(CreateDIBPalette, NothingToMakeAPaletteOf) {
-  EXPECT_EQ(omb_CreateDIBPalette(nullptr), 0u);
   EXPECT_EQ(omb_CreateDIBPalette(ImageBuilder(24, 1, 1).Build().get()), 0u);
   EXPECT_EQ(omb_CreateDIBPalette(ImageBuilder(8, 1, 1).Field(32, 0x10000).Build().get()), 0u);
   EXPECT_EQ(omb_CreateDIBPalette(ImageBuilder(24, 1, 1).CoreHeader().Build().get()), 0u);
-}
-
-TEST(CreateDIBPalette, RefusesWithoutMemory) {
-  ExpectRefusalWithoutMemory(
-      [] { return ImageBuilder(4, 2, 2).Build(); },
-      [](PackedDib** image) { return static_cast<uintptr_t>(!Entries(*image).empty()); });
 }
 
 }  // namespace

@@ -92,21 +92,5 @@ TEST(HeaderQueries, BytesPerLineCountsPlanesIn32Bits) {
             (static_cast<int32_t>(0x80000018u + 31)) / 32 * 4);
 }
 
-// A core header of 12 bytes has nothing behind it to read planes and bit count from.
-TEST(HeaderQueries, BytesPerLineStaysInsideACoreHeader) {
-  const TestImage image = ImageBuilder(24, 5, 0).CoreHeader().Build();
-  EXPECT_EQ(omb_BytesPerLine(image.get()), 0);
-}
-
-TEST(HeaderQueries, NullGivesZero) {
-  EXPECT_EQ(omb_DIBWidth(nullptr), 0u);
-  EXPECT_EQ(omb_DIBHeight(nullptr), 0u);
-  EXPECT_EQ(omb_DIBBitCount(nullptr), 0);
-  EXPECT_EQ(omb_DIBNumColors(nullptr), 0u);
-  EXPECT_EQ(omb_PaletteSize(nullptr), 0);
-  EXPECT_EQ(omb_FindDIBBits(nullptr), nullptr);
-  EXPECT_EQ(omb_BytesPerLine(nullptr), 0);
-}
-
 }  // namespace
 }  // namespace ombrilo::test

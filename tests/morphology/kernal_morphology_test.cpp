@@ -3,58 +3,40 @@
 
 #include <algorithm>
 
-#include "support/failing_memory.h"
 #include "support/kernals.h"
 #include "support/naive.h"
 
 namespace ombrilo::test {
 namespace {
 
-struct Geometry {
-  int width, height, stride;
-};
-
-std::vector<uint8_t> Reference(const TestImage& image, const Geometry& g, int bits, int op,
+std::vector<uint8_t> Reference(const TestImage& image, const Geometry& geometry, int op,
                                const KERNAL& element, int iterations) {
-  std::vector<uint8_t> block = image.Bytes();
-  const size_t rows = static_cast<size_t>(omb_FindDIBBits(image.get()) - image.raw());
-  const int step = bits / 8;
-  const auto primitive = [&](bool dilate) {
-    for (int n = 0; n < iterations; ++n) {
-      const std::vector<uint8_t> source = block;
-      for (int y = 0; y < g.height; ++y) {
-        for (int i = 0; i < g.width * step; ++i) {
-          int extreme = dilate ? 0 : 255;
-          for (int k = 0; k < element.count; ++k) {
-            const int64_t row = int64_t{y} + element.offsets[2 * k + 1];
-            const int64_t column = int64_t{i} / step + element.offsets[2 * k];
-            if (row < 0 || row >= g.height || column < 0 || column >= g.width) continue;
-            const size_t at =
-                rows + size_t(row) * size_t(g.stride) + size_t(column * step + i % step);
-            const int value = at < source.size() ? source[at] : 0;
-            extreme = dilate ? std::max(extreme, value) : std::min(extreme, value);
-          }
-          const size_t at = rows + size_t(y) * size_t(g.stride) + size_t(i);
-          if (extreme != (dilate ? 0 : 255) && at < block.size()) {
-            block[at] = static_cast<uint8_t>(extreme);
-          }
-        }
+  const auto primitive = [&](const TestImage& from, bool dilate) {
+    return NaiveBytes(from, geometry, {0, 0, 0, 0}, iterations, [&](const Neighbour& p) {
+      int extreme = dilate ? 0 : 255;
+      for (int k = 0; k < element.count; ++k) {
+        const int value = p(element.offsets[2 * k], element.offsets[2 * k + 1]);
+        if (value < 0) continue;
+        extreme = dilate ? std::max(extreme, value) : std::min(extreme, value);
       }
-    }
+      return extreme == (dilate ? 0 : 255) ? p(0, 0) : extreme;
+    });
   };
-  primitive(op == 1 || op == 3);
-  if (op >= 2) primitive(op == 2);
-  return block;
+  std::vector<uint8_t> block = primitive(image, op == 1 || op == 3);
+  if (op < 2) return block;
+  const TestImage first = image.Clone();
+  std::copy(block.begin(), block.end(), first.raw());
+  return primitive(first, op == 2);
 }
 
-void Expect(const TestImage& image, const Geometry& g, int bits, const KERNAL& element,
-            int iterations = 1) {
+void Expect(const TestImage& image, int width, int height, int stride, int bits,
+            const KERNAL& element, int iterations = 1) {
+  const Geometry g = {width, height, stride, bits / 8};
   for (int op = 0; op < 4; ++op) {
     SCOPED_TRACE(testing::Message() << element.name << ", bits " << bits << ", op " << op);
-    ExpectAtEveryLevel(image, Reference(image, g, bits, op, element, iterations),
-                       [&](PackedDib* dib) {
-                         EXPECT_EQ(omb_DoKernalMorphDIB(dib, bits, op, &element, iterations), 1);
-                       });
+    ExpectAtEveryLevel(image, Reference(image, g, op, element, iterations), [&](PackedDib* dib) {
+      EXPECT_EQ(omb_DoKernalMorphDIB(dib, bits, op, &element, iterations), 1);
+    });
   }
 }
 
@@ -76,12 +58,12 @@ TEST(KernalMorphology, BuiltInElementsAgreeWithTheReference) {
     const TestImage gray = Patches(8, width, height), color = Patches(24, width, height);
     for (uint32_t i = 0; i < 45; ++i) {
       if (i > 5 && i < 21) continue;
-      Expect(gray, {width, height, Stride(width, 8)}, 8, *omb_getKERNAL(i));
-      Expect(color, {width, height, Stride(width, 24)}, 24, *omb_getKERNAL(i));
+      Expect(gray, width, height, Stride(width, 8), 8, *omb_getKERNAL(i));
+      Expect(color, width, height, Stride(width, 24), 24, *omb_getKERNAL(i));
     }
-    Expect(color, {width, height, Stride(width, 24)}, 24, *omb_getKERNAL(22), 3);
+    Expect(color, width, height, Stride(width, 24), 24, *omb_getKERNAL(22), 3);
     // Bytes of a 24-bit image taken as values: a third of each row.
-    Expect(color, {width, height, Stride(width, 24)}, 8, *omb_getKERNAL(2), 2);
+    Expect(color, width, height, Stride(width, 24), 8, *omb_getKERNAL(2), 2);
   }
 }
 
@@ -110,8 +92,8 @@ TEST(KernalMorphology, AnyElementAgreesWithTheReference) {
   const TestImage gray = Patches(8, 71, 33), color = Patches(24, 23, 11);
   for (const auto& entries : elements) {
     const Kernal element(1, 1, 0, 0, 0, entries);
-    Expect(gray, {71, 33, 72}, 8, *element.get(), 2);
-    Expect(color, {23, 11, 72}, 24, *element.get());
+    Expect(gray, 71, 33, 72, 8, *element.get(), 2);
+    Expect(color, 23, 11, 72, 24, *element.get());
   }
 }
 
@@ -120,11 +102,11 @@ TEST(KernalMorphology, HeaderFieldsAreCutAndMisread) {
   const auto gray = [](int width, int height) {
     return ImageBuilder(8, width, height).Pixels(Noise(256, 31));
   };
-  Expect(gray(10, 9).Field(12, 8 << 16 | 2).Build(), {10, 9, 20}, 8, element, 2);
-  Expect(gray(65546, 5).Build(), {10, 5, 12}, 8, element);
-  Expect(gray(9, 6).CoreHeader().Field(12, 0x00100001).Build(), {9, 6, 20}, 8, element);
+  Expect(gray(10, 9).Field(12, 8 << 16 | 2).Build(), 10, 9, 20, 8, element, 2);
+  Expect(gray(65546, 5).Build(), 10, 5, 12, 8, element);
+  Expect(gray(9, 6).CoreHeader().Field(12, 0x00100001).Build(), 9, 6, 20, 8, element);
   // 16-bit pixels hold values of 8 bits just as well.
-  Expect(ImageBuilder(16, 9, 6).Pixels(Noise(1 << 16, 3)).Build(), {9, 6, 20}, 8, element);
+  Expect(ImageBuilder(16, 9, 6).Pixels(Noise(1 << 16, 3)).Build(), 9, 6, 20, 8, element);
   struct Refused {
     TestImage image;
     int bits;
@@ -161,11 +143,6 @@ TEST(KernalMorphology, RefusalsAndNothingToDo) {
   EXPECT_EQ(omb_DoKernalMorphDIB(image.get(), 24, 1, outside.get(), 1), 1);
   EXPECT_EQ(image.Bytes(), before);
   EXPECT_EQ(omb_DoKernalMorphDIB(image.get(), 24, 1, element, INT32_MAX), 1);  // comes to rest
-  ExpectRefusalWithoutMemory(
-      [] { return Patches(8, 12, 12); },
-      [](PackedDib** dib) {
-        return uintptr_t(omb_DoKernalMorphDIB(*dib, 8, 2, omb_getKERNAL(21), 2));
-      });
 }
 
 }  // namespace

@@ -7,51 +7,31 @@
 #include <string>
 
 #include "core/bytes.h"
-#include "core/neighbourhood.h"
 #include "morphology/kernal.h"
 #include "rows/row_functions.h"
-#include "support/failing_memory.h"
-#include "support/image.h"
+#include "support/naive.h"
 
 namespace ombrilo::test {
 namespace {
 
-// A pixel's neighbour, as it was before.
-using Neighbour = std::function<int(int dx, int dy)>;
-
-// The block after each byte whose neighbours are all in the image has become `value`; no bytes for
-// a refusal. Rank order counts sizes in 16 bits and takes bytes for columns at all depths but 24
-// bits.
-std::vector<uint8_t> Naive(const TestImage& image, const Reach& band, bool rank, int passes,
+// No bytes for a refusal. Rank order counts sizes in 16 bits and takes bytes for columns at all
+// depths but 24 bits.
+std::vector<uint8_t> Naive(const TestImage& image, const Margins& band, bool rank, int passes,
                            const std::function<int(const Neighbour&)>& value) {
-  std::vector<uint8_t> block = image.Bytes();
-  const int64_t step = image.bit_count() == 24 ? 3 : 1,
-                start = omb_FindDIBBits(image.get()) - image.raw();
-  const uint32_t bits = uint32_t{LoadU16(&block[12])} * LoadU16(&block[14]);
+  const int step = image.bit_count() == 24 ? 3 : 1;
+  const uint32_t bits = uint32_t{LoadU16(image.raw() + 12)} * LoadU16(image.raw() + 14);
   const int64_t height = rank ? image.height() & 0xFFFF : image.height();
   int64_t width = rank ? image.width() & 0xFFFF : image.width();
-  const uint32_t in_row = rank ? static_cast<uint32_t>(width) : LoadU32(&block[4]);
+  const uint32_t in_row = rank ? static_cast<uint32_t>(width) : LoadU32(image.raw() + 4);
   const int32_t whole = static_cast<int32_t>(bits * in_row + 31) / 32 * 4;
   const int64_t stride = rank ? static_cast<uint16_t>(whole) : whole;
   if (rank && step == 1) width = std::min(width, stride);
   const bool no_work = width <= band.left + band.right || height <= band.before + band.after;
-  if (bits == 0 || (!rank && (no_work || (step == 1 && image.bit_count() != 8)))) return block;
-  if (width * step > stride) return {};
-  for (int pass = 0; pass < passes; ++pass) {
-    const std::vector<uint8_t> before = block;
-    for (int64_t y = band.before; y < height - band.after; ++y) {
-      for (int64_t x = band.left * step; x < (width - band.right) * step; ++x) {
-        // Bytes outside the block read as 0 and are not written.
-        const auto at = [&](int64_t dx, int64_t dy) {
-          return static_cast<size_t>(start + (y + dy) * stride + x + dx * step);
-        };
-        const int result = value(
-            [&](int dx, int dy) { return at(dx, dy) < before.size() ? before[at(dx, dy)] : 0; });
-        if (at(0, 0) < block.size()) block[at(0, 0)] = static_cast<uint8_t>(result);
-      }
-    }
+  if (bits == 0 || (!rank && (no_work || (step == 1 && image.bit_count() != 8)))) {
+    return image.Bytes();
   }
-  return block;
+  if (width * step > stride) return {};
+  return NaiveBytes(image, {width, height, stride, step}, band, passes, value);
 }
 
 std::vector<uint8_t> NaiveRank(const TestImage& image, int r, int passes, int percentile) {
@@ -81,16 +61,11 @@ std::vector<uint8_t> NaiveRoberts(const TestImage& image) {
   });
 }
 
-// Runs `operation` on a copy at every instruction level. No bytes are a refusal.
+// No bytes are a refusal.
 void Expect(const TestImage& image, const std::vector<uint8_t>& expected,
             const std::function<int32_t(PackedDib*)>& operation) {
-  for (int level = 0; rows::Supported()[level] != nullptr; ++level) {
-    rows::Use(rows::Supported()[level]);
-    TestImage copy = image.Clone();
-    EXPECT_EQ(operation(copy.get()), expected.empty() ? 0 : 1);
-    EXPECT_EQ(copy.Bytes(), expected.empty() ? image.Bytes() : expected) << level;
-  }
-  rows::Use(nullptr);
+  ExpectAtEveryLevel(image, expected.empty() ? image.Bytes() : expected,
+                     [&](PackedDib* dib) { EXPECT_EQ(operation(dib), expected.empty() ? 0 : 1); });
 }
 
 // Depths, header kinds, planes, and sizes around neighbourhoods and vectors.
@@ -225,19 +200,6 @@ TEST(EdgePage, RootsAreTruncatedExactly) {
         ASSERT_EQ(result[static_cast<size_t>(a)], Root(a, b) & 255) << a << ", " << b;
       }
     }
-  }
-}
-
-TEST(PageFilters, ChangeNothingWithoutMemory) {
-  const auto make = [] { return ImageBuilder(24, 20, 12).Pixels(Noise(1u << 24, 6)).Build(); };
-  for (const int mode : {2, 5, 7, 8}) {
-    ExpectRefusalWithoutMemory(make, [=](PackedDib** image) {
-      return omb_EnhancePage(*image, 1, 2, 10, 0, 30, mode, 0, 0) != 0;
-    });
-  }
-  for (const int mode : {0, 1, 2, 3}) {
-    ExpectRefusalWithoutMemory(
-        make, [=](PackedDib** image) { return omb_EdgePage(*image, 1, 2, 10, mode) != 0; });
   }
 }
 

@@ -1,104 +1,390 @@
-// Every instruction set gives the bytes of plain code, for every row length from 0 to 300, and
-// touches nothing outside the row.
+// Row functions give the bytes of plain code at every level and at every length around the ends of
+// vectors and runs, and write nothing outside the row. That the bytes of plain code are right is
+// for the tests of the operations to say, except where operations do not reach all there is.
 #include "rows/row_functions.h"
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <algorithm>
 #include <functional>
-#include <vector>
+#include <numeric>
 
-namespace ombrilo::rows {
+#include "support/image.h"
+
+namespace ombrilo::test {
 namespace {
 
-constexpr size_t kLongest = 300;
+using rows::RowFunctions;
 
-std::vector<uint8_t> Bytes(size_t count, uint32_t seed) {
-  std::vector<uint8_t> bytes(count);
-  for (size_t i = 0; i < count; ++i) {
-    seed = seed * 1664525u + 1013904223u;
-    bytes[i] = static_cast<uint8_t>(seed >> 24);
-  }
-  return bytes;
-}
+constexpr size_t kRoom = 16;  // on both sides of rows
 
-// What a function does to a buffer that ends behind `bytes_per_pixel` bytes for each of n pixels
-// and `more`: input first, output behind it. That plain code's bytes are right is for the tests of
-// pixels and operations to say.
-struct Case {
-  const char* name;
-  size_t bytes_per_pixel, more;
-  std::function<void(const RowFunctions&, uint8_t* bytes, size_t n)> call;
-};
-
-const std::vector<Case>& Cases() {
-  static const std::vector<uint8_t> table = Bytes(256, 99);
-  static const ChannelBits five_six_five[] = {{0x1F, 0, 3}, {0x7E0, 5, 2}, {0xF800, 11, 3}};
-  static const ChannelBits odd[] = {{0x3FF00000, 20, 30}, {0, 31, 8}, {0x00F00F00, 8, 0}};
-  static std::vector<Case> cases = {
-      {"invert", 1, 0, [](auto& f, auto* p, size_t n) { f.invert(p, n); }},
-      {"apply_table", 1, 0, [](auto& f, auto* p, size_t n) { f.apply_table(p, n, table.data()); }},
-      {"unpack1", 2, 0,
-       [](auto& f, auto* p, size_t n) { f.unpack1(p + n - (n + 7) / 8, n, p + n); }},
-      {"unpack4", 2, 0,
-       [](auto& f, auto* p, size_t n) { f.unpack4(p + n - (n + 1) / 2, n, p + n); }},
-      {"pack1", 2, 0, [](auto& f, auto* p, size_t n) { f.pack1(p, n, p + 2 * n - (n + 7) / 8); }},
-      {"pack4", 2, 0, [](auto& f, auto* p, size_t n) { f.pack4(p, n, p + 2 * n - (n + 1) / 2); }},
-      {"drop_fourth_byte", 7, 0,
-       [](auto& f, auto* p, size_t n) { f.drop_fourth_byte(p, n, p + 4 * n); }},
-  };
-  for (size_t shift = 1; shift < 8; ++shift) {
-    cases.push_back({"shift_bits", 2, 1,
-                     [=](auto& f, auto* p, size_t n) { f.shift_bits(p, shift, n, p + n + 1); }});
-  }
-  for (const ChannelBits* bgr : {five_six_five, odd}) {
-    for (const size_t size : {2u, 4u}) {
-      cases.push_back({"pick_channels", size + 3, 0, [=](auto& f, auto* p, size_t n) {
-                         f.pick_channels(p, size, n, bgr, p + size * n);
-                       }});
+// Inputs without any order, in blocks of exactly the length that a function may read.
+struct Input {
+  explicit Input(size_t n) : bytes(4 * n + 4), shifts(n), offsets(n), columns(n) {
+    int x = 0;
+    const auto noise = Noise(0x7FFFFFFF, static_cast<uint32_t>(n));
+    const auto next = [&] { return noise(x++, 1); };
+    for (uint8_t& byte : bytes) byte = static_cast<uint8_t>(next() >> 8);
+    for (uint8_t& byte : table) byte = static_cast<uint8_t>(next() >> 8);
+    for (uint32_t& entry : colors) entry = next();
+    for (int k = 0; k < 9; ++k) {
+      for (size_t i = 0; i < n + 2 * kRoom; ++i) {  // both ends of the range often enough
+        const uint32_t value = next() % 1024;
+        rows[k].push_back(static_cast<uint8_t>(value >= 896 ? 255 : value >= 768 ? 0 : value));
+      }
+      from[k] = rows[k].data() + kRoom;
+    }
+    for (size_t i = 0; i < n; ++i) {
+      // The last offset of each is the last byte.
+      offsets[i] = static_cast<int32_t>(i + 1 == n ? bytes.size() - 1 : next() % bytes.size()) - 2;
+      columns[i] = static_cast<int32_t>(next() % 5000);
+      shifts[i] = static_cast<uint8_t>(next() % 8);
+    }
+    for (int k = 0; k < 8; ++k) {
+      for (size_t i = 0; i < std::max<size_t>(n, 1); ++i) {
+        words[k].push_back(next());
+        levels[k].push_back(static_cast<float>(next()) / 1e9f - 1);
+        for (int c = 0; c < 3; ++c) planes[k].push_back(300 * levels[k].back() * (c - 0.5f));
+      }
+      taps[k] = words[k].data(), floats[k] = levels[k].data(), sums[k] = planes[k].data();
     }
   }
-  return cases;
+
+  std::vector<uint8_t> bytes, shifts, rows[9];
+  std::vector<int32_t> offsets, columns;
+  std::vector<uint32_t> words[8];
+  std::vector<float> levels[8], planes[8];
+  uint8_t table[768];
+  uint32_t colors[256];
+  const uint8_t* from[9];
+  const uint32_t* taps[8];
+  const float *floats[8], *sums[8];
+};
+
+// Outputs of one call, with guards on both sides.
+class Output {
+ public:
+  template <class T = uint8_t>
+  T* New(size_t count) {
+    std::vector<uint8_t>& block = blocks.emplace_back(count * sizeof(T) + 2 * kRoom, kGuard);
+    std::iota(block.begin() + kRoom, block.end() - kRoom, uint8_t{7});
+    return reinterpret_cast<T*>(block.data() + kRoom);
+  }
+  uint8_t* Copy(const uint8_t* from, size_t count) {
+    return std::copy_n(from, count, New(count)) - count;
+  }
+  bool GuardsStand() const {
+    return std::all_of(blocks.begin(), blocks.end(), [](const auto& block) {
+      const auto guards = std::count(block.begin(), block.begin() + kRoom, kGuard) +
+                          std::count(block.end() - kRoom, block.end(), kGuard);
+      return guards == 2 * kRoom;
+    });
+  }
+
+  std::vector<std::vector<uint8_t>> blocks;
+
+ private:
+  static constexpr uint8_t kGuard = 0xC3;
+};
+
+struct Case {
+  const char* name;
+  std::function<void(const RowFunctions& f, const Input& in, size_t n, Output& out)> call;
+};
+
+// Bytes, indices and three-byte pixels.
+void AddPixelCases(std::vector<Case>& all) {
+  using rows::ChannelBits;
+  static const ChannelBits five_six_five[] = {{0x1F, 0, 3}, {0x7E0, 5, 2}, {0xF800, 11, 3}};
+  static const ChannelBits odd[] = {{0x3FF00000, 20, 30}, {0, 31, 8}, {0x00F00F00, 8, 0}};
+  all.insert(
+      all.end(),
+      {{"invert", [](auto& f, auto& in, auto n, auto& o) { f.invert(o.Copy(in.from[0], n), n); }},
+       {"apply_table", [](auto& f, auto& in, auto n,
+                          auto& o) { f.apply_table(o.Copy(in.from[0], n), n, in.table); }},
+       {"unpack, pack",
+        [](auto& f, auto& in, auto n, auto& o) {
+          f.unpack1(&*in.bytes.end() - (n + 7) / 8, n, o.New(n));
+          f.unpack4(&*in.bytes.end() - (n + 1) / 2, n, o.New(n));
+          f.pack1(in.bytes.data(), n, o.New((n + 7) / 8));
+          f.pack4(in.bytes.data(), n, o.New((n + 1) / 2));
+        }},
+       {"drop_fourth_byte",
+        [](auto& f, auto& in, auto n, auto& o) {
+          f.drop_fourth_byte(in.bytes.data() + 4, n, o.New(3 * n));
+        }},
+       {"channels",
+        [](auto& f, auto& in, auto n, auto& o) {
+          for (const size_t c : {0, 1, 2}) {
+            f.clear_channel(o.Copy(in.bytes.data(), 3 * n), n, c);
+            f.extract_channel(in.bytes.data(), n, c, o.New(n));
+          }
+          for (const size_t size : {2, 4}) {
+            f.pick_channels(in.bytes.data(), size, n, five_six_five, o.New(3 * n));
+            f.pick_channels(in.bytes.data(), size, n, odd, o.New(3 * n));
+          }
+          f.apply_channel_tables(o.Copy(in.bytes.data(), 3 * n), n, in.table);
+          f.spread(in.bytes.data(), n, o.New(3 * n));
+          f.expand_colors(in.bytes.data(), n, in.table, o.New(3 * n));
+          f.gray_percent(in.bytes.data(), n, o.New(n));
+          f.gray_double(in.bytes.data(), n, o.New(n));
+        }},
+       {"count_bytes",
+        [](auto& f, auto& in, auto n, auto& o) {
+          for (const size_t step : {1, 3}) {
+            uint32_t sets[8][rows::kCounters] = {};
+            f.count_bytes(in.bytes.data(), step, n, sets);
+            auto* counts = o.template New<uint32_t>(256);
+            for (int v = 0; v < 256; ++v) {
+              counts[v] = 0;
+              for (const auto& set : sets) counts[v] += set[v];
+            }
+          }
+        }},
+       {"swap_bytes, mirrors", [](auto& f, auto& in, auto n, auto& o) {
+          f.swap_bytes(o.Copy(in.from[0], n), o.Copy(in.from[1], n), n);
+          f.mirror8(in.bytes.data(), n, o.New(n));
+          f.mirror24(in.bytes.data(), n, o.New(3 * n));
+        }}});
+  for (size_t shift = 1; shift < 8; ++shift) {
+    all.push_back({"shift_bits", [=](auto& f, auto& in, auto n, auto& o) {
+                     f.shift_bits(in.from[0], shift, n, o.New(n));
+                   }});
+  }
+  for (const int amount : {-255, -20, 0, 20, 255}) {
+    all.push_back({"amounts", [=](auto& f, auto& in, auto n, auto& o) {
+                     f.add_amount(o.Copy(in.from[0], n), n, amount);
+                     f.adjust_lights(o.Copy(in.bytes.data(), 3 * n), n, amount, 60 - amount / 4,
+                                     -amount);
+                     f.threshold(in.bytes.data(), n, static_cast<uint32_t>(12750 + 50 * amount),
+                                 o.New((n + 7) / 8));
+                   }});
+  }
+}
+
+void AddNeighbourhoodCases(std::vector<Case>& all) {
+  for (const size_t rows : {1, 2, 3, 4, 5, 6, 7, 8, 9}) {
+    all.push_back({"max_of, min_of, rank_of", [=](auto& f, auto& in, auto n, auto& o) {
+                     f.max_of(in.from, rows, n, o.New(n));
+                     f.min_of(in.from, rows, n, o.New(n));
+                     f.rank_of(in.from, rows, rows / 3, n, o.New(n));
+                   }});
+  }
+  for (const int step : {1, 3}) {
+    all.push_back({"medians, gradients", [=](auto& f, auto& in, auto n, auto& o) {
+                     f.median9(in.from, n, o.New(n));
+                     f.median_of_square(in.from, 3, step, n, o.New(n));
+                     f.median_of_square(in.from, 5, step, n, o.New(n));
+                     f.sobel(in.from, step, n, o.New(n));
+                     f.sobel_magnitude(in.from, step, n, o.New(n));
+                     f.roberts_magnitude(in.from[0], in.from[1], step, n, o.New(n));
+                   }});
+  }
+  all.push_back({"add, subtract", [](auto& f, auto& in, auto n, auto& o) {
+                   f.copy_unless(in.from[0], 255, n, o.New(n));
+                   f.add_saturated(in.from[0], n, o.New(n));
+                   f.subtract_saturated(in.from[0], n, o.New(n));
+                   f.subtract_wrapped(in.from[0], n, o.New(n));
+                   f.subtract_from(in.from[0], n, o.New(n));
+                 }});
+  all.push_back({"spread_bits, choose_bits", [](auto& f, auto& in, auto n, auto& o) {
+                   constexpr uint8_t kOutcome[] = {0xFF, 0, 0x5A, 0x33};
+                   uint8_t* any = o.New(n);
+                   f.spread_bits_left(in.from[0], n, any, o.New(n));
+                   any = o.New(n);
+                   f.spread_bits_right(in.from[0], n, any, o.New(n));
+                   f.choose_bits(in.from, in.from + 3, kOutcome, n, o.New(n));
+                   f.map_bit_pairs(in.from[0], kOutcome, n, o.New(n));
+                 }});
+  all.push_back({"weigh", [](auto& f, auto& in, auto n, auto& o) {
+                   constexpr int32_t kWeights[] = {3, -70, 100000, 1, -1, 9, 0, 5, -12};
+                   f.weigh(in.from, kWeights, 3, n, o.template New<uint16_t>(n));
+                   f.weigh(in.from, kWeights, 9, n, o.template New<uint16_t>(n));
+                 }});
+  for (const int wide : {0, 1, 2}) {  // 2: in groups
+    for (const auto finish :
+         {rows::kFinishClamp, rows::kFinishReciprocal, rows::kFinishFloat, rows::kFinishExact}) {
+      if (wide != 0 && finish < rows::kFinishFloat) continue;
+      for (const int32_t strength : {10, 4}) {
+        all.push_back({"convolve", [=](auto& f, auto& in, auto n, auto& o) {
+                         constexpr int32_t kWeights[] = {9, -2, 3, 1, -1, 9, 0, 5, -12}, kTwo = 2;
+                         constexpr size_t kGroupEnds[] = {4, 9};
+                         const std::vector<int16_t> offset(rows::kConvolutionBlock, 17);
+                         const std::vector<uint16_t> sums(in.from[8], in.from[8] + n);
+                         const uint16_t* sum_rows[] = {sums.data()};
+                         rows::Convolution c = {};
+                         c.from = in.from, c.weights = kWeights, c.count = 9;
+                         c.sums = sum_rows, c.sum_weights = &kTwo, c.sum_count = wide == 0;
+                         c.wide = wide != 0;
+                         c.group_ends = kGroupEnds, c.group_count = wide == 2 ? 2 : 0;
+                         c.finish = finish, c.offset = offset.data();
+                         c.lowest = wide != 0 ? 0 : 15 * 255, c.highest = 14 * 256 - 1;
+                         c.multiplier = 37450, c.shift = 3, c.divisor = 14;
+                         c.strength = strength, c.bias = finish == rows::kFinishClamp ? 0 : 3;
+                         f.convolve(c, n, o.New(n));
+                       }});
+      }
+    }
+  }
+}
+
+void AddResamplingCases(std::vector<Case>& all) {
+  for (const int bits : {1, 4, 8, 24}) {
+    all.push_back({"find_pixels", [=](auto& f, auto& in, auto n, auto& o) {
+                     auto* offsets = o.template New<int32_t>(n);
+                     f.find_pixels(in.columns.data(), -1, bits == 4 ? nullptr : in.offsets.data(),
+                                   5000, bits, n, offsets, o.New(n));
+                   }});
+  }
+  all.push_back({"fetch", [](auto& f, auto& in, auto n, auto& o) {
+                   const auto* base = in.bytes.data();
+                   const auto* offsets = in.offsets.data();
+                   const auto bytes = static_cast<int32_t>(in.bytes.size());
+                   const std::vector<uint8_t> whole(n);
+                   f.fetch_words(base, bytes, offsets, 2, n, o.template New<uint32_t>(n));
+                   // Neighbours in a row, up to the last bytes.
+                   const auto count = static_cast<int32_t>(n);
+                   std::vector<int32_t> close(n);
+                   for (int32_t i = 0; i < count; ++i) close[static_cast<size_t>(i)] = i * 5 / 2;
+                   f.fetch_words(base, count * 5 / 2 + 4, close.data(), 0, n,
+                                 o.template New<uint32_t>(n));
+                   f.fetch_indexed(base, bytes, offsets, in.shifts.data(), 2, 1, in.colors, n,
+                                   o.template New<uint32_t>(n));
+                   f.fetch_indexed(base, bytes, offsets, whole.data(), 2, 255, in.colors, n,
+                                   o.template New<uint32_t>(n));
+                   f.low_bytes(in.taps[0], n, o.New(n));
+                   f.pack_bytes(in.taps, n, o.template New<uint32_t>(n));
+                 }});
+  for (const bool one : {false, true}) {
+    all.push_back({"bilinear, cubic", [=](auto& f, auto& in, auto n, auto& o) {
+                     const auto* fl = in.floats;
+                     f.bilinear(in.taps, fl[0], fl[1], one, n, o.template New<uint32_t>(n));
+                     f.bilinear_gray(in.taps[0], in.taps[1], fl[0], fl[1], one, n,
+                                     o.template New<uint32_t>(n));
+                     f.cubic_down(in.sums, fl + 4, one, n, n, o.template New<uint32_t>(n));
+                     f.cubic_down_gray(in.sums, fl + 4, one, n, o.template New<uint32_t>(n));
+                   }});
+  }
+  all.push_back({"cubic_across, positions", [](auto& f, auto& in, auto n, auto& o) {
+                   constexpr int kBytes[4] = {1, 3, 0, 2};
+                   float* weights[4];
+                   for (float*& w : weights) w = o.template New<float>(n);
+                   f.cubic_weights(in.floats[0], n, weights);
+                   f.cubic_across(in.taps, in.floats, n, n, o.template New<float>(3 * n));
+                   f.cubic_across_gray(in.taps[0], kBytes, in.floats, n, o.template New<float>(n));
+                   float* positions = o.template New<float>(n);
+                   f.line_positions(-17, 0.9876f, 0.3f, 12, n, positions);
+                   auto* whole = o.template New<int32_t>(n);
+                   auto* inner = o.template New<int32_t>(n);
+                   f.split_positions(positions, n, 1, 20, whole, inner, o.template New<float>(n));
+                 }});
 }
 
 TEST(RowFunctions, EveryLevelGivesTheSameBytes) {
-  for (const Case& c : Cases()) {
-    for (size_t n = 0; n <= kLongest; ++n) {
-      const std::vector<uint8_t> before = Bytes(c.bytes_per_pixel * n + c.more, 7);
-      std::vector<uint8_t> expected;
-      for (const RowFunctions* const* level = Supported(); *level != nullptr; ++level) {
-        std::vector<uint8_t> bytes = before;
-        c.call(**level, bytes.data(), n);
-        if (level == Supported()) expected = bytes;
-        ASSERT_EQ(bytes, expected) << c.name << ", " << (*level)->name << ", " << n;
+  std::vector<Case> cases;
+  AddPixelCases(cases);
+  AddNeighbourhoodCases(cases);
+  AddResamplingCases(cases);
+  std::vector<size_t> lengths = {415, 582, 816, 1023, 1024, 1025, 1087, 1143, 2047, 2100};
+  for (size_t n = 0; n <= 300; ++n) lengths.push_back(n);
+  for (const size_t n : lengths) {
+    const Input input(n);
+    for (const Case& c : cases) {
+      Output expected;
+      for (auto level = rows::Supported(); *level != nullptr; ++level) {
+        Output output;
+        c.call(**level, input, n, output);
+        ASSERT_TRUE(output.GuardsStand()) << c.name << ", " << (*level)->name << ", " << n;
+        if (level == rows::Supported()) expected = output;
+        ASSERT_TRUE(output.blocks == expected.blocks)
+            << c.name << ", " << (*level)->name << ", " << n;
       }
     }
   }
 }
 
 TEST(RowFunctions, PlainCodeComesFirstAndTheWidestIsActive) {
-  const RowFunctions* const* levels = Supported();
+  const RowFunctions* const* levels = rows::Supported();
   EXPECT_STREQ(levels[0]->name, "plain");
   const RowFunctions* widest = levels[0];
   for (int i = 1; levels[i] != nullptr; ++i) widest = levels[i];
-  EXPECT_EQ(&Active(), widest);
-  Use(levels[0]);
-  EXPECT_EQ(&Active(), levels[0]);
-  Use(nullptr);
-  EXPECT_EQ(&Active(), widest);
-  testing::Test::RecordProperty("active", widest->name);
+  EXPECT_EQ(&rows::Active(), widest);
+  rows::Use(levels[0]);
+  EXPECT_EQ(&rows::Active(), levels[0]);
+  rows::Use(nullptr);
+  EXPECT_EQ(&rows::Active(), widest);
 }
 
-// Every byte value in both halves of a vector.
-TEST(RowFunctions, TablesMapEveryValue) {
-  const std::vector<uint8_t> table = Bytes(256, 99);
-  for (const RowFunctions* const* level = Supported(); *level != nullptr; ++level) {
-    std::vector<uint8_t> all(512);
-    for (size_t v = 0; v < all.size(); ++v) all[v] = static_cast<uint8_t>(v);
-    (*level)->apply_table(all.data(), all.size(), table.data());
-    for (size_t v = 0; v < all.size(); ++v) ASSERT_EQ(all[v], table[v % 256]);
+// A network of minima and maxima that orders all zeros and ones orders everything.
+TEST(RowFunctions, MedianOfAllZerosAndOnes) {
+  std::vector<uint8_t> rows[9], expected;
+  for (unsigned set = 0; set < 512; ++set) {
+    int ones = 0;
+    for (int k = 0; k < 9; ++k) {
+      rows[k].push_back(static_cast<uint8_t>(set >> k & 1));
+      ones += rows[k].back();
+    }
+    expected.push_back(ones > 4);
+  }
+  const uint8_t* from[9];
+  for (int k = 0; k < 9; ++k) from[k] = rows[k].data();
+  for (auto level = rows::Supported(); *level != nullptr; ++level) {
+    std::vector<uint8_t> to(512);
+    (*level)->median9(from, 512, to.data());
+    EXPECT_EQ(to, expected) << (*level)->name;
+  }
+}
+
+// Likewise where columns are sorted first: only the number of ones in each column counts.
+TEST(RowFunctions, MedianOfSquaresOfZerosAndOnes) {
+  for (const int size : {3, 5}) {
+    std::vector<uint8_t> rows[5], expected;
+    std::vector<int> ones(static_cast<size_t>(size));
+    while (ones.back() <= size) {
+      for (int x = 0; x < size; ++x) {
+        const int first = static_cast<int>(expected.size()) % size;  // of the ones, around the end
+        for (int y = 0; y < size; ++y) {
+          rows[y].push_back((y + first) % size < ones[static_cast<size_t>(x)]);
+        }
+      }
+      expected.push_back(std::accumulate(ones.begin(), ones.end(), 0) > size * size / 2);
+      ++ones[0];
+      for (size_t x = 0; x + 1 < ones.size() && ones[x] > size; ++x) ones[x] = 0, ++ones[x + 1];
+    }
+    const uint8_t* from[5];
+    for (int y = 0; y < size; ++y) from[y] = rows[y].data() + size / 2;
+    const size_t count = rows[0].size() - static_cast<size_t>(size - 1);
+    for (auto level = rows::Supported(); *level != nullptr; ++level) {
+      std::vector<uint8_t> to(count);
+      (*level)->median_of_square(from, static_cast<size_t>(size), 1, count, to.data());
+      for (size_t i = 0; i < expected.size(); ++i) {
+        ASSERT_EQ(to[i * static_cast<size_t>(size)], expected[i]) << (*level)->name << ", " << i;
+      }
+    }
+  }
+}
+
+// The whole-number forms of gray values against their definitions, over a dense set of colors.
+TEST(RowFunctions, GrayValues) {
+  std::vector<uint8_t> bgr, percent, exact;
+  for (int b = 0; b < 256; b += 5) {
+    for (int g = 0; g < 256; g += 3) {
+      for (int r = 0; r < 256; ++r) {
+        for (const int v : {b, g, r}) bgr.push_back(static_cast<uint8_t>(v));
+        percent.push_back(static_cast<uint8_t>((59 * g + 30 * r + 11 * b) / 100));
+        exact.push_back(static_cast<uint8_t>(0.3 * r + 0.59 * g + 0.11 * b));
+      }
+    }
+  }
+  EXPECT_NE(percent, exact);
+  for (const RowFunctions* const* level = rows::Supported(); *level != nullptr; ++level) {
+    std::vector<uint8_t> gray(percent.size());
+    (*level)->gray_percent(bgr.data(), gray.size(), gray.data());
+    EXPECT_EQ(gray, percent) << (*level)->name;
+    (*level)->gray_double(bgr.data(), gray.size(), gray.data());
+    EXPECT_EQ(gray, exact) << (*level)->name;
   }
 }
 
 }  // namespace
-}  // namespace ombrilo::rows
+}  // namespace ombrilo::test

@@ -112,25 +112,4 @@ void MemoryWatch::Stop() {
   peak_ = static_cast<size_t>(state.peak);
 }
 
-void ExpectRefusalWithoutMemory(const std::function<TestImage()>& make,
-                                const std::function<uintptr_t(PackedDib**)>& operation,
-                                uintptr_t refused) {
-  for (int n = 1;; ++n) {
-    TestImage image = make();
-    const PackedDib* const address = image.get();
-    const std::vector<uint8_t> before = image.Bytes();
-    MemoryWatch watch(n);
-    const uintptr_t result = operation(image.ref());
-    watch.Stop();
-    if (!watch.failed()) {
-      EXPECT_NE(result, refused) << "with enough memory";
-      return;
-    }
-    EXPECT_EQ(result, refused) << "allocation " << n << " failed";
-    EXPECT_EQ(image.get(), address) << "allocation " << n << " failed";
-    EXPECT_EQ(image.Bytes(), before) << "allocation " << n << " failed";
-    EXPECT_EQ(watch.still_held(), 0) << "allocation " << n << " failed";
-  }
-}
-
 }  // namespace ombrilo::test

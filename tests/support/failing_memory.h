@@ -1,12 +1,10 @@
-// Every allocation of an operation made to fail in turn.
+// Counts allocations and makes them fail.
 //
 // The test program is linked with malloc, calloc, realloc and free of the static library redirected
 // to this file's functions, so the library needs no hook of its own.
 #pragma once
 
-#include <functional>
-
-#include "support/image.h"
+#include <cstddef>
 
 namespace ombrilo::test {
 
@@ -30,12 +28,5 @@ class MemoryWatch {
   size_t peak_ = 0;
   bool stopped_ = false;
 };
-
-// Runs `operation` on a fresh image once for each allocation it makes, with that allocation
-// failing: it must return `refused`, leave the image's bytes and address as they were and hold no
-// memory. In the last run nothing fails, and it must not return `refused`.
-void ExpectRefusalWithoutMemory(const std::function<TestImage()>& make,
-                                const std::function<uintptr_t(PackedDib**)>& operation,
-                                uintptr_t refused = 0);
 
 }  // namespace ombrilo::test

@@ -39,10 +39,6 @@ TEST(ColorPredicates, ByDepth) {
       EXPECT_EQ(omb_can_balance(image.get()), balance) << bits;
     }
   }
-  for (const auto question :
-       {omb_iscolorful, omb_can_gray, omb_can_filtersheet, omb_can_pseudocolor, omb_can_balance}) {
-    EXPECT_EQ(question(nullptr), 0);
-  }
   EXPECT_EQ(omb_autoclr(), 1);
 }
 
@@ -71,7 +67,6 @@ TEST(Pseudocolor, LoadsTheCallersColorsIntoGrayTables) {
     EXPECT_EQ(omb_pseudocolor(image.get(), table.data()), 0u) << "colorful by now";
     EXPECT_EQ(image.Bytes(), expected);
   }
-  EXPECT_EQ(omb_pseudocolor(nullptr, table.data()), 0u);
   EXPECT_EQ(omb_pseudocolor(ImageBuilder(24, 3, 1).Build().get(), table.data()), 0u);
 }
 

@@ -70,6 +70,29 @@ TEST(Safety, FailedAllocationsChangeNothingAndLeakNothing) {
   }
 }
 
+TEST(Safety, NullImagesAreRefused) {
+  // Those that have no result, have nothing to refuse or need no image.
+  const std::string others =
+      "omb_brightnesscontrast, omb_adjustghms, omb_autoclr, omb_newdib, omb_freedib, "
+      "omb_newKERNAL, omb_cloneKERNAL, omb_zeroKERNAL, omb_destroyKERNAL, omb_getKERNAL, "
+      "omb_convolute, omb_sobel, omb_medianblur, omb_dilate, omb_erode, omb_mathopen, "
+      "omb_mathclose, omb_denoise, omb_pickedge, omb_gradientize, omb_opencompose, omb_tophat";
+  const std::vector<uint8_t> bytes = RandomBytes(2, 400);
+  for (const Export& operation : EveryExport()) {
+    TestImage none;
+    Draw draw(bytes, Draw::kMeant);
+    Digest digest;
+    const uint64_t result = operation.call(none.ref(), draw, digest);
+    EXPECT_EQ(result != 0, others.find(operation.name) != std::string::npos) << operation.name;
+    EXPECT_EQ(none.get(), nullptr) << operation.name;
+  }
+  const OmbRect one = {0, 0, 0, 0};
+  EXPECT_EQ(omb_transformat(nullptr) | omb_crop(nullptr, &one) | omb_scale(nullptr, 2, 2, 1), 0u);
+  EXPECT_EQ(omb_gray(nullptr) | omb_extractcolor(nullptr, 1) | omb_binary(nullptr, 9), 0u);
+  EXPECT_EQ(omb_rotate(nullptr, 30, 1) | omb_rotate(nullptr, 90, 1), 0u);
+  EXPECT_EQ(omb_neuquant(nullptr, 8) | omb_dither(nullptr, 8), 0);
+}
+
 // Under the address sanitizer this finds what leaves a block, with the undefined-behaviour
 // sanitizer what overflows.
 TEST(Safety, HostileImagesAndParametersDoNoHarm) {
