@@ -1,6 +1,7 @@
 # Installs the build and builds the examples against the installed tree, by the CMake package (shared
 # and static) and by pkg-config; those in other languages run where their tools are found, and all
-# stand in the README as they are. Arguments: BUILD, SOURCE, C_COMPILER, CXX_COMPILER, LIBDIR.
+# stand in the README as they are. Arguments: BUILD, SOURCE, GENERATOR, C_COMPILER, CXX_COMPILER,
+# LIBDIR.
 set(prefix ${BUILD}/installed)
 
 function(run)
@@ -32,7 +33,8 @@ file(REMOVE_RECURSE ${prefix} ${BUILD}/example)
 run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix})
 
 # The linker takes along a function that needs libm.
-run(${CMAKE_COMMAND} -S ${SOURCE}/examples -B ${BUILD}/example -DCMAKE_PREFIX_PATH=${prefix}
+run(${CMAKE_COMMAND} -G "${GENERATOR}" -S ${SOURCE}/examples -B ${BUILD}/example
+  -DCMAKE_PREFIX_PATH=${prefix}
   -DCMAKE_C_COMPILER=${C_COMPILER} -DCMAKE_CXX_COMPILER=${CXX_COMPILER}
   -DCMAKE_EXE_LINKER_FLAGS=-Wl,--undefined=omb_gammacorrection)
 run(${CMAKE_COMMAND} --build ${BUILD}/example)
