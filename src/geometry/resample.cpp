@@ -218,6 +218,17 @@ void Sampler::Blend(const Samples& lower, const Samples& upper, const float* dx,
   }
 }
 
+void Sampler::BlendBytes(const Taps& taps, int32_t row_move, const float* dx, const float* dy,
+                         bool one_row, int first, int end, uint8_t* row) const {
+  const rows::RowFunctions& functions = rows::Active();
+  const int channels = source_.indexed() ? 1 : 3;
+  const uint8_t* const lower = source_.rows() + row_move * stride();
+  (channels == 1 ? functions.bilinear8 : functions.bilinear24)(
+      lower, lower + stride(), (height() - 1 - row_move) * stride(), taps.offset[0] + first,
+      dx + first, dy + (one_row ? 0 : first), one_row, static_cast<size_t>(end - first),
+      row + channels * first);
+}
+
 void Sampler::SumAcross(const Samples& samples, int32_t x, const float (*weights)[kRun], int first,
                         int end, float* sums) const {
   const rows::RowFunctions& functions = rows::Active();

@@ -89,6 +89,13 @@ class Sampler {
   // [..][0] serve all pixels.
   void Blend(const Samples& lower, const Samples& upper, const float* dx, const float* dy,
              bool one_row, int first, int end, uint32_t* colors) const;
+  // Whether bytes of the source are blended as they are, without Fetch() and Store().
+  bool BlendsBytes() const {
+    return source_.bit_count() == 24 || (source_.bit_count() == 8 && plain_gray_);
+  }
+  // Then: stores bilinear pixels of neighbours `row_move` rows further up and above these.
+  void BlendBytes(const Taps& taps, int32_t row_move, const float* dx, const float* dy,
+                  bool one_row, int first, int end, uint8_t* row) const;
   // Bicubic sums of neighbours in a row, channel after channel in planes of kRun.
   void SumAcross(const Samples& samples, int32_t x, const float (*weights)[kRun], int first,
                  int end, float* sums) const;

@@ -62,6 +62,11 @@ class Scaler {
           SamplePixels(row, y, 0, count_);
         } else if (sampler_.mode() == kPoint) {
           PointRow(row);
+        } else if (sampler_.mode() == kBilinear && sampler_.BlendsBytes()) {
+          Work& w = work_[0];
+          sampler_.BlendBytes(w.taps, sampler_.Inner(sampler_.height()).Limit(row.whole),
+                              w.fraction, &row.fraction, true, 0, count_, to_.At(x_, y));
+          continue;
         } else if (sampler_.mode() == kBilinear) {
           BilinearRow(row);
         } else {

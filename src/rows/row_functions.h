@@ -204,6 +204,14 @@ struct RowFunctions {
   void (*low_bytes)(const uint32_t* words, size_t count, uint8_t* bytes);
   // packed[i] = words[0][i] | words[1][i] << 8 | words[2][i] << 16 | words[3][i] << 24
   void (*pack_bytes)(const uint32_t* const words[4], size_t count, uint32_t* packed);
+  // Blends of pixels of three or one bytes at lower[offset[i]], their right neighbours, and those at
+  // upper[offset[i]]; each channel as below. `bytes` can be read from both rows on.
+  void (*bilinear24)(const uint8_t* lower, const uint8_t* upper, int32_t bytes,
+                     const int32_t* offset, const float* dx, const float* dy, bool one_dy,
+                     size_t count, uint8_t* to);
+  void (*bilinear8)(const uint8_t* lower, const uint8_t* upper, int32_t bytes,
+                    const int32_t* offset, const float* dx, const float* dy, bool one_dy,
+                    size_t count, uint8_t* to);
   // Each channel: (1-dy)(1-dx) taps[0] + (1-dy)dx taps[1] + (1-dx)dy taps[2] + dx dy taps[3],
   // summed in this order, limited to 0..255 and truncated. With one_dy, dy[0] serves all.
   void (*bilinear)(const uint32_t* const taps[4], const float* dx, const float* dy, bool one_dy,

@@ -255,6 +255,25 @@ void AddResamplingCases(std::vector<Case>& all) {
                    f.low_bytes(in.taps[0], n, o.New(n));
                    f.pack_bytes(in.taps, n, o.template New<uint32_t>(n));
                  }});
+  // Pixels from far apart to neighbours, again and again up to the last of 300.
+  for (const int step : {2400, 110, 61, 50, 49, 13}) {
+    all.push_back({"bilinear of pixels", [=](auto& f, auto& in, auto n, auto& o) {
+                     std::vector<int32_t> offsets;
+                     for (size_t i = 0; i < n; ++i) {
+                       offsets.push_back(static_cast<int32_t>(i) * step / 20 % 300 * 3);
+                     }
+                     std::vector<uint8_t> lower(903), upper(903);
+                     for (size_t k = 0; k < 903; ++k) {
+                       lower[k] = in.table[k % 768], upper[k] = in.table[5 * k % 768];
+                     }
+                     for (const bool one : {false, true}) {
+                       f.bilinear24(lower.data(), upper.data(), 903, offsets.data(), in.floats[0],
+                                    in.floats[1], one, n, o.New(3 * n));
+                       f.bilinear8(lower.data(), upper.data(), 903, offsets.data(), in.floats[0],
+                                   in.floats[1], one, n, o.New(n));
+                     }
+                   }});
+  }
   for (const bool one : {false, true}) {
     all.push_back({"bilinear, cubic", [=](auto& f, auto& in, auto n, auto& o) {
                      const auto* fl = in.floats;
