@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "core/pixels.h"
 #include "core/replacement.h"
 #include "geometry/mirror.h"
 
@@ -138,10 +137,7 @@ uint32_t TurnByQuarters(PackedDib** image, const DibView& source, int quarters) 
   const Dib turned = block.dib();
   if (quarters == 2) {
     for (int32_t y = 0; y < turned.pixel_rows(); ++y) {
-      uint8_t* row = turned.row(y);
-      CopyPixels(source.row(height - 1 - y), source.bit_count(), 0, static_cast<size_t>(width),
-                 row);
-      MirrorRow(row, source.bit_count(), width);
+      MirrorRow(source.row(height - 1 - y), source.bit_count(), width, turned.row(y));
     }
   } else if (width != 0 && height != 0) {
     const auto from_step = static_cast<ptrdiff_t>(source.stride());

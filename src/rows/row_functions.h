@@ -91,7 +91,7 @@ struct RowFunctions {
   void (*pack4)(const uint8_t* indices, size_t pixels, uint8_t* row);
 
   // to[i] = the 8 bits that start `shift` (1 to 7) bits behind the first bit of from[i]. Reads
-  // count + 1 bytes unless count is 0.
+  // count + 1 bytes unless count is 0. May be in place.
   void (*shift_bits)(const uint8_t* from, size_t shift, size_t count, uint8_t* to);
 
   // to[i] = the largest (least) of from[0][i], from[1][i], ...; at least one row, none of them
@@ -186,7 +186,10 @@ struct RowFunctions {
 
   // Exchanges two runs of bytes.
   void (*swap_bytes)(uint8_t* a, uint8_t* b, size_t count);
-  // Bytes, and three-byte pixels, in reverse order; `to` is another place than `from`.
+  // `count` bytes of 1-bit, of 4-bit and of 8-bit pixels, and three-byte pixels, in reverse order;
+  // `to` is another place than `from`.
+  void (*mirror1)(const uint8_t* from, size_t count, uint8_t* to);
+  void (*mirror4)(const uint8_t* from, size_t count, uint8_t* to);
   void (*mirror8)(const uint8_t* from, size_t count, uint8_t* to);
   void (*mirror24)(const uint8_t* from, size_t pixels, uint8_t* to);
 

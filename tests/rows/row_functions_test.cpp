@@ -143,6 +143,8 @@ void AddPixelCases(std::vector<Case>& all) {
         }},
        {"swap_bytes, mirrors", [](auto& f, auto& in, auto n, auto& o) {
           f.swap_bytes(o.Copy(in.from[0], n), o.Copy(in.from[1], n), n);
+          f.mirror1(in.bytes.data(), n, o.New(n));
+          f.mirror4(in.bytes.data(), n, o.New(n));
           f.mirror8(in.bytes.data(), n, o.New(n));
           f.mirror24(in.bytes.data(), n, o.New(3 * n));
         }}});
