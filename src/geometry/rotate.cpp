@@ -18,7 +18,7 @@ namespace ombrilo {
 namespace {
 
 constexpr int kRun = Sampler::kRun;
-constexpr int32_t kStrip = 496;  // a run's pixels at most: few enough for the first-level cache
+constexpr int32_t kStrip = 192;  // a run's pixels at most: few enough for the first-level cache
 // Lines of the source that a later row needs are asked for this many rows before: they stand one
 // below the other, which no prefetcher foresees.
 constexpr int kRowsAhead = 8;
@@ -180,20 +180,20 @@ class Rotator {
       return;
     }
     if (sampler_.mode() == kBicubic) {
-      BicubicRun(x, y, first, end);
+      BicubicRun(x, y, first, end, to);
+      return;
+    }
+    sampler_.Fetch(w.taps, 0, first, end, &w.samples[0]);
+    if (point) {
+      std::copy(w.samples[0].tap[0] + first, w.samples[0].tap[0] + end, w.colors + first);
     } else {
-      sampler_.Fetch(w.taps, 0, first, end, &w.samples[0]);
-      if (point) {
-        std::copy(w.samples[0].tap[0] + first, w.samples[0].tap[0] + end, w.colors + first);
-      } else {
-        sampler_.Fetch(w.taps, 1, first, end, &w.samples[1]);
-        sampler_.Blend(w.samples[0], w.samples[1], w.dx, w.dy, false, first, end, w.colors);
-      }
+      sampler_.Fetch(w.taps, 1, first, end, &w.samples[1]);
+      sampler_.Blend(w.samples[0], w.samples[1], w.dx, w.dy, false, first, end, w.colors);
     }
     Store(first, end, to);
   }
 
-  void BicubicRun(int32_t x, int32_t y, int first, int end) {
+  void BicubicRun(int32_t x, int32_t y, int first, int end, uint8_t* to) {
     Work& w = work_[0];
     float *column_weights[4], *row_weights[4], *all_row_weights[4];
     for (int k = 0; k < 4; ++k) {
@@ -207,13 +207,29 @@ class Rotator {
     const CubicOffsets row_offsets = sampler_.RowOffsets(y);
     const float* sums[4];
     for (int j = 0; j < 4; ++j) {
-      sampler_.Fetch(w.taps, row_offsets.at[j], first, end, &w.samples[0]);
-      sampler_.SumAcross(w.samples[0], x, w.column_weights, first, end, w.sums[j]);
       sums[j] = w.sums[j];
+      if (sampler_.BlendsBytes()) {
+        sampler_.SumBytesAcross(w.taps, row_offsets.at[j], x, w.column_weights, first, end,
+                                w.sums[j]);
+      } else {
+        sampler_.Fetch(w.taps, row_offsets.at[j], first, end, &w.samples[0]);
+        sampler_.SumAcross(w.samples[0], x, w.column_weights, first, end, w.sums[j]);
+      }
     }
-    sampler_.SumDown(sums, all_row_weights, false, first, end, w.colors);
-    SamplePixels(x, y, first, std::min(end, uncorrected_.first - x));
-    SamplePixels(x, y, std::max(first, uncorrected_.end - x), end);
+    const int low = std::min(end, uncorrected_.first - x);
+    const int high = std::max(first, uncorrected_.end - x);
+    if (sampler_.BlendsBytes()) {
+      sampler_.SumBytesDown(sums, all_row_weights, false, first, end, to);
+      SamplePixels(x, y, first, low);
+      Store(first, low, to);
+      SamplePixels(x, y, high, end);
+      Store(high, end, to);
+    } else {
+      sampler_.SumDown(sums, all_row_weights, false, first, end, w.colors);
+      SamplePixels(x, y, first, low);
+      SamplePixels(x, y, high, end);
+      Store(first, end, to);
+    }
   }
 
   // A byte of pixels may begin or end outside the source.

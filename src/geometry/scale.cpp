@@ -75,6 +75,7 @@ class Scaler {
           BilinearRow(row);
         } else {
           BicubicRow(row, y);
+          continue;
         }
         sampler_.Store(NewPixels(runs), 0, count_, count_, to_.At(x_, y));
       }
@@ -170,6 +171,7 @@ class Scaler {
     Work& w = work_[0];
     if (sampler_.Inner(sampler_.height()).Limit(row.whole) != row.whole) {
       SamplePixels(row, y, 0, count_);
+      sampler_.Store(w.colors, 0, count_, count_, to_.At(x_, y));
       return;
     }
     const CubicOffsets offsets = sampler_.RowOffsets(y);
@@ -181,13 +183,28 @@ class Scaler {
       const int32_t source_row = row.whole + offsets.at[j];
       sums[j] = w.sums[source_row & 3];
       if (!Keep(source_row & 3, source_row)) {
-        sampler_.Fetch(w.taps, source_row, 0, count_, &w.samples[0]);
-        sampler_.SumAcross(w.samples[0], x_, w.column_weights, 0, count_, w.sums[source_row & 3]);
+        if (sampler_.BlendsBytes()) {
+          sampler_.SumBytesAcross(w.taps, source_row, x_, w.column_weights, 0, count_,
+                                  w.sums[source_row & 3]);
+        } else {
+          sampler_.Fetch(w.taps, source_row, 0, count_, &w.samples[0]);
+          sampler_.SumAcross(w.samples[0], x_, w.column_weights, 0, count_, w.sums[source_row & 3]);
+        }
       }
     }
-    sampler_.SumDown(sums, each_weight, true, 0, count_, w.colors);
-    SamplePixels(row, y, 0, inner_);
-    SamplePixels(row, y, inner_end_, count_);
+    uint8_t* const to = to_.At(x_, y);
+    if (sampler_.BlendsBytes()) {
+      sampler_.SumBytesDown(sums, each_weight, true, 0, count_, to);
+      SamplePixels(row, y, 0, inner_);
+      sampler_.Store(w.colors, 0, inner_, count_, to);
+      SamplePixels(row, y, inner_end_, count_);
+      sampler_.Store(w.colors, inner_end_, count_, count_, to);
+    } else {
+      sampler_.SumDown(sums, each_weight, true, 0, count_, w.colors);
+      SamplePixels(row, y, 0, inner_);
+      SamplePixels(row, y, inner_end_, count_);
+      sampler_.Store(w.colors, 0, count_, count_, to);
+    }
   }
 
   Sampler& sampler_;

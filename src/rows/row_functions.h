@@ -239,6 +239,19 @@ struct RowFunctions {
   // The cubic weights of four neighbours at the distances 1+d, d, 1-d, 2-d. With a = |distance|:
   // 1 - 2a^2 + a^3 below 1, 4 - 8a + 5a^2 - a^3 below 2, 0 beyond.
   void (*cubic_weights)(const float* fraction, size_t count, float* const weights[4]);
+  // Sums across and down as below, of pixels of three or one bytes. Those in a row stand at
+  // base[offset[i] + move] and in the three columns to the right of it, of which columns[] picks
+  // the four taps. `bytes` can be read from the base on.
+  void (*cubic_across24)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
+                         const int columns[4], const float* const weights[4], size_t count,
+                         size_t plane, float* sums);
+  void (*cubic_across8)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
+                        const int columns[4], const float* const weights[4], size_t count,
+                        size_t plane, float* sums);
+  void (*cubic_down24)(const float* const sums[4], const float* const weights[4], bool one_weight,
+                       size_t count, size_t plane, uint8_t* to);
+  void (*cubic_down8)(const float* const sums[4], const float* const weights[4], bool one_weight,
+                      size_t count, size_t plane, uint8_t* to);
   // sums[c * plane + i] = the four taps' channels c times their weights, summed in order.
   void (*cubic_across)(const uint32_t* const taps[4], const float* const weights[4], size_t count,
                        size_t plane, float* sums);

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <numeric>
 
@@ -264,20 +265,31 @@ void AddResamplingCases(std::vector<Case>& all) {
                  }});
   // Pixels from far apart to neighbours, again and again up to the last of 300.
   for (const int step : {2400, 110, 61, 50, 49, 13}) {
-    all.push_back({"bilinear of pixels", [=](auto& f, auto& in, auto n, auto& o) {
+    all.push_back({"bilinear, cubic of pixels", [=](auto& f, auto& in, auto n, auto& o) {
                      std::vector<int32_t> offsets;
                      for (size_t i = 0; i < n; ++i) {
                        offsets.push_back(static_cast<int32_t>(i) * step / 20 % 300 * 3);
                      }
-                     std::vector<uint8_t> lower(903), upper(903);
-                     for (size_t k = 0; k < 903; ++k) {
+                     constexpr int32_t kBytes = 3 * 303;
+                     constexpr int kColumns[][4] = {{0, 1, 2, 3}, {1, 1, 2, 3}, {0, 1, 1, 2}};
+                     const auto* places = offsets.data();
+                     std::vector<uint8_t> lower(kBytes), upper(kBytes);
+                     for (size_t k = 0; k < kBytes; ++k) {
                        lower[k] = in.table[k % 768], upper[k] = in.table[5 * k % 768];
                      }
+                     const uint8_t *low = lower.data(), *up = upper.data();
                      for (const bool one : {false, true}) {
-                       f.bilinear24(lower.data(), upper.data(), 903, offsets.data(), in.floats[0],
-                                    in.floats[1], one, n, o.New(3 * n));
-                       f.bilinear8(lower.data(), upper.data(), 903, offsets.data(), in.floats[0],
-                                   in.floats[1], one, n, o.New(n));
+                       const auto *dx = in.floats[0], *dy = in.floats[1];
+                       f.bilinear24(low, up, kBytes, places, dx, dy, one, n, o.New(3 * n));
+                       f.bilinear8(low, up, kBytes, places, dx, dy, one, n, o.New(n));
+                       f.cubic_down24(in.sums, in.floats + 4, one, n, n, o.New(3 * n));
+                       f.cubic_down8(in.sums, in.floats + 4, one, n, 0, o.New(n));
+                     }
+                     for (const auto& columns : kColumns) {
+                       f.cubic_across24(low, kBytes, places, 0, columns, in.floats, n, n,
+                                        o.template New<float>(3 * n));
+                       f.cubic_across8(low, kBytes, places, 3, columns, in.floats, n, 0,
+                                       o.template New<float>(n));
                      }
                    }});
   }
@@ -296,6 +308,10 @@ void AddResamplingCases(std::vector<Case>& all) {
                    float* weights[4];
                    for (float*& w : weights) w = o.template New<float>(n);
                    f.cubic_weights(in.floats[0], n, weights);
+                   std::vector<float> fractions(in.floats[0], in.floats[0] + n);
+                   for (float& fraction : fractions) fraction -= std::floor(fraction);
+                   for (float*& w : weights) w = o.template New<float>(n);
+                   f.cubic_weights(fractions.data(), n, weights);
                    f.cubic_across(in.taps, in.floats, n, n, o.template New<float>(3 * n));
                    f.cubic_across_gray(in.taps[0], kBytes, in.floats, n, o.template New<float>(n));
                    const rows::TurnedAxis axis = {0.9876f, 0.3f, 12, 1, 20};
