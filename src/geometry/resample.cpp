@@ -264,7 +264,8 @@ void Sampler::BlendBytes(const Taps& taps, int32_t row_move, const float* dx, co
 }
 
 void Sampler::SumBytesAcross(const Taps& taps, int32_t row_move, int32_t x,
-                             const float (*weights)[kRun], int first, int end, float* sums) const {
+                             const float (*weights)[kRun], bool one_row, int first, int end,
+                             float* sums) const {
   const rows::RowFunctions& functions = rows::Active();
   const auto sum = source_.indexed() ? functions.cubic_across8 : functions.cubic_across24;
   for (int i = first; i < end;) {
@@ -276,8 +277,8 @@ void Sampler::SumBytesAcross(const Taps& taps, int32_t row_move, int32_t x,
       columns[k] = offsets.at[k] + 1;
       from_weights[k] = weights[k] + i;
     }
-    sum(source_.rows(), height() * stride(), taps.offset[0] + i, row_move * stride(), columns,
-        from_weights, static_cast<size_t>(next - i), kRun, sums + i);
+    sum(source_.rows(), height() * stride(), taps.offset[0] + i, row_move * stride(), one_row,
+        columns, from_weights, static_cast<size_t>(next - i), kRun, sums + i);
     i = next;
   }
 }

@@ -50,11 +50,10 @@ class Rotator {
         turn_(turn),
         bit_count_(bit_count),
         functions_(rows::Active()),
-        work_(NewScratchBuffer<Work>(1)),
         ahead_(static_cast<int32_t>(kRowsAhead * turn.c) * ptrdiff_t{sampler.stride()} -
                static_cast<int32_t>(kRowsAhead * turn.s) * bit_count / 8) {}
 
-  explicit operator bool() const { return work_ != nullptr; }
+  explicit operator bool() const { return static_cast<bool>(work_); }
 
   // Pixels that come from outside the source are 255, and so is the padding.
   void Run(Resampling resampling, uint8_t* new_rows, size_t stride) {
@@ -149,16 +148,16 @@ class Rotator {
         at[k].whole = static_cast<int32_t>(position);
         at[k].fraction = position - static_cast<float>(at[k].whole);
       }
-      work_[0].colors[i] = sampler_.SamplePixel(at[0], at[1], x + i, y);
+      (*work_).colors[i] = sampler_.SamplePixel(at[0], at[1], x + i, y);
     }
   }
 
   void Store(int first, int end, uint8_t* to) {
-    sampler_.Store(work_[0].colors, first, end, (end + 7) & ~7, to);
+    sampler_.Store((*work_).colors, first, end, (end + 7) & ~7, to);
   }
 
   void SampleRun(int32_t x, int32_t y, int first, int end, uint8_t* to) {
-    Work& w = work_[0];
+    Work& w = *work_;
     const bool point = sampler_.mode() == kPoint;
     const size_t n = static_cast<size_t>(end - first);
     const int32_t from = FromMiddle(x + first);
@@ -194,7 +193,7 @@ class Rotator {
   }
 
   void BicubicRun(int32_t x, int32_t y, int first, int end, uint8_t* to) {
-    Work& w = work_[0];
+    Work& w = *work_;
     float *column_weights[4], *row_weights[4], *all_row_weights[4];
     for (int k = 0; k < 4; ++k) {
       column_weights[k] = w.column_weights[k] + first;
@@ -209,7 +208,7 @@ class Rotator {
     for (int j = 0; j < 4; ++j) {
       sums[j] = w.sums[j];
       if (sampler_.BlendsBytes()) {
-        sampler_.SumBytesAcross(w.taps, row_offsets.at[j], x, w.column_weights, first, end,
+        sampler_.SumBytesAcross(w.taps, row_offsets.at[j], x, w.column_weights, false, first, end,
                                 w.sums[j]);
       } else {
         sampler_.Fetch(w.taps, row_offsets.at[j], first, end, &w.samples[0]);
@@ -234,7 +233,7 @@ class Rotator {
 
   // A byte of pixels may begin or end outside the source.
   void PickBits(int first, int end, uint8_t* to) {
-    Sampler::Taps& taps = work_[0].taps;
+    Sampler::Taps& taps = (*work_).taps;
     const int first_of_byte = first & ~7, end_of_byte = (end + 7) & ~7;
     for (int i = first_of_byte; i < first; ++i) taps.offset[0][i] = taps.offset[0][first];
     for (int i = end; i < end_of_byte; ++i) taps.offset[0][i] = taps.offset[0][first];
@@ -250,7 +249,7 @@ class Rotator {
   const Turn turn_;
   const uint16_t bit_count_;
   const rows::RowFunctions& functions_;
-  Buffer<Work> work_;
+  AlignedScratch<Work> work_;
   const ptrdiff_t ahead_;  // from a pixel in the source to where a later row reads
   rows::TurnedAxis axes_[2];
   Span uncorrected_ = {0, 0};  // bicubic: the pixels of a row that need no correction

@@ -221,8 +221,9 @@ struct RowFunctions {
   void (*low_bytes)(const uint32_t* words, size_t count, uint8_t* bytes);
   // packed[i] = words[0][i] | words[1][i] << 8 | words[2][i] << 16 | words[3][i] << 24
   void (*pack_bytes)(const uint32_t* const words[4], size_t count, uint32_t* packed);
-  // Blends of pixels of three or one bytes at lower[offset[i]], their right neighbours, and those at
-  // upper[offset[i]]; each channel as below. `bytes` can be read from both rows on.
+  // Blends of pixels of three or one bytes at lower[offset[i]], their right neighbours, and those
+  // at upper[offset[i]]; each channel as below. `bytes` can be read from both rows on. With one_dy,
+  // offsets ascend.
   void (*bilinear24)(const uint8_t* lower, const uint8_t* upper, int32_t bytes,
                      const int32_t* offset, const float* dx, const float* dy, bool one_dy,
                      size_t count, uint8_t* to);
@@ -241,13 +242,14 @@ struct RowFunctions {
   void (*cubic_weights)(const float* fraction, size_t count, float* const weights[4]);
   // Sums across and down as below, of pixels of three or one bytes. Those in a row stand at
   // base[offset[i] + move] and in the three columns to the right of it, of which columns[] picks
-  // the four taps. `bytes` can be read from the base on.
+  // the four taps. `bytes` can be read from the base on. With one_row, offsets
+  // ascend.
   void (*cubic_across24)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
-                         const int columns[4], const float* const weights[4], size_t count,
-                         size_t plane, float* sums);
+                         bool one_row, const int columns[4], const float* const weights[4],
+                         size_t count, size_t plane, float* sums);
   void (*cubic_across8)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
-                        const int columns[4], const float* const weights[4], size_t count,
-                        size_t plane, float* sums);
+                        bool one_row, const int columns[4], const float* const weights[4],
+                        size_t count, size_t plane, float* sums);
   void (*cubic_down24)(const float* const sums[4], const float* const weights[4], bool one_weight,
                        size_t count, size_t plane, uint8_t* to);
   void (*cubic_down8)(const float* const sums[4], const float* const weights[4], bool one_weight,

@@ -263,32 +263,33 @@ void AddResamplingCases(std::vector<Case>& all) {
                    f.low_bytes(in.taps[0], n, o.New(n));
                    f.pack_bytes(in.taps, n, o.template New<uint32_t>(n));
                  }});
-  // Pixels from far apart to neighbours, again and again up to the last of 300.
-  for (const int step : {2400, 110, 61, 50, 49, 13}) {
+  // Pixels from far apart to neighbours, up to the last byte.
+  for (const int step : {600, 110, 61, 50, 49, 13}) {
     all.push_back({"bilinear, cubic of pixels", [=](auto& f, auto& in, auto n, auto& o) {
                      std::vector<int32_t> offsets;
                      for (size_t i = 0; i < n; ++i) {
-                       offsets.push_back(static_cast<int32_t>(i) * step / 20 % 300 * 3);
+                       offsets.push_back(static_cast<int32_t>(i) * step / 20 * 3);
                      }
-                     constexpr int32_t kBytes = 3 * 303;
+                     const int32_t bytes = 3 * (static_cast<int32_t>(n) * step / 20 + 4);
                      constexpr int kColumns[][4] = {{0, 1, 2, 3}, {1, 1, 2, 3}, {0, 1, 1, 2}};
                      const auto* places = offsets.data();
-                     std::vector<uint8_t> lower(kBytes), upper(kBytes);
-                     for (size_t k = 0; k < kBytes; ++k) {
+                     std::vector<uint8_t> lower(static_cast<size_t>(bytes)), upper(lower);
+                     for (size_t k = 0; k < lower.size(); ++k) {
                        lower[k] = in.table[k % 768], upper[k] = in.table[5 * k % 768];
                      }
                      const uint8_t *low = lower.data(), *up = upper.data();
                      for (const bool one : {false, true}) {
                        const auto *dx = in.floats[0], *dy = in.floats[1];
-                       f.bilinear24(low, up, kBytes, places, dx, dy, one, n, o.New(3 * n));
-                       f.bilinear8(low, up, kBytes, places, dx, dy, one, n, o.New(n));
+                       f.bilinear24(low, up, bytes, places, dx, dy, one, n, o.New(3 * n));
+                       f.bilinear8(low, up, bytes, places, dx, dy, one, n, o.New(n));
                        f.cubic_down24(in.sums, in.floats + 4, one, n, n, o.New(3 * n));
                        f.cubic_down8(in.sums, in.floats + 4, one, n, 0, o.New(n));
                      }
                      for (const auto& columns : kColumns) {
-                       f.cubic_across24(low, kBytes, places, 0, columns, in.floats, n, n,
+                       const bool ascend = columns[3] == 3;
+                       f.cubic_across24(low, bytes, places, 0, ascend, columns, in.floats, n, n,
                                         o.template New<float>(3 * n));
-                       f.cubic_across8(low, kBytes, places, 3, columns, in.floats, n, 0,
+                       f.cubic_across8(low, bytes, places, 3, ascend, columns, in.floats, n, 0,
                                        o.template New<float>(n));
                      }
                    }});
@@ -304,7 +305,7 @@ void AddResamplingCases(std::vector<Case>& all) {
                    }});
   }
   all.push_back({"cubic_across, positions", [](auto& f, auto& in, auto n, auto& o) {
-                   constexpr int kBytes[4] = {1, 3, 0, 2};
+                   constexpr int bytes[4] = {1, 3, 0, 2};
                    float* weights[4];
                    for (float*& w : weights) w = o.template New<float>(n);
                    f.cubic_weights(in.floats[0], n, weights);
@@ -313,7 +314,7 @@ void AddResamplingCases(std::vector<Case>& all) {
                    for (float*& w : weights) w = o.template New<float>(n);
                    f.cubic_weights(fractions.data(), n, weights);
                    f.cubic_across(in.taps, in.floats, n, n, o.template New<float>(3 * n));
-                   f.cubic_across_gray(in.taps[0], kBytes, in.floats, n, o.template New<float>(n));
+                   f.cubic_across_gray(in.taps[0], bytes, in.floats, n, o.template New<float>(n));
                    const rows::TurnedAxis axis = {0.9876f, 0.3f, 12, 1, 20};
                    auto* inner = o.template New<int32_t>(n);
                    f.turned_positions(axis, -17, n, inner, o.template New<float>(n));
