@@ -9,6 +9,7 @@
 
 #include "core/replacement.h"
 #include "geometry/mirror.h"
+#include "rows/row_functions.h"
 
 namespace ombrilo {
 
@@ -31,15 +32,9 @@ struct Tile {
 };
 
 void Turn24(const Transposition& t, const Tile& tile) {
-  for (int32_t c = tile.c; c < tile.c_end; ++c) {
-    const uint8_t* from = t.Source(tile.i) + 3 * c;
-    uint8_t* to = t.New(c) + 3 * tile.i;
-    for (int32_t i = tile.i; i < tile.i_end; ++i) {
-      std::memcpy(to, from, 3);
-      from += t.from_step;
-      to += 3;
-    }
-  }
+  rows::Active().transpose24(
+      t.Source(tile.i) + 3 * tile.c, t.from_step, static_cast<size_t>(tile.c_end - tile.c),
+      static_cast<size_t>(tile.i_end - tile.i), t.New(tile.c) + 3 * tile.i, t.to_step);
 }
 
 // Exchanges the upper bytes of `low` with the lower ones of `high`; mask selects lower ones.

@@ -192,6 +192,9 @@ struct RowFunctions {
   void (*mirror4)(const uint8_t* from, size_t count, uint8_t* to);
   void (*mirror8)(const uint8_t* from, size_t count, uint8_t* to);
   void (*mirror24)(const uint8_t* from, size_t pixels, uint8_t* to);
+  // Three-byte pixels: column c of `from` becomes row c of `to`. A step leads to the next row.
+  void (*transpose24)(const uint8_t* from, ptrdiff_t from_step, size_t columns, size_t rows,
+                      uint8_t* to, ptrdiff_t to_step);
 
   // FindPixels() of core/pixels.h.
   void (*find_pixels)(const int32_t* columns, int32_t move, const int32_t* rows, int32_t stride,

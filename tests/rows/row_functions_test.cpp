@@ -148,6 +148,10 @@ void AddPixelCases(std::vector<Case>& all) {
           f.mirror4(in.bytes.data(), n, o.New(n));
           f.mirror8(in.bytes.data(), n, o.New(n));
           f.mirror24(in.bytes.data(), n, o.New(3 * n));
+          const size_t columns = n % 16, rows = n % 17;  // 15 x 16 in 3 x 256 bytes
+          const auto from_step = static_cast<ptrdiff_t>(3 * columns);
+          const auto to_step = static_cast<ptrdiff_t>(3 * rows);
+          f.transpose24(in.table, from_step, columns, rows, o.New(3 * columns * rows), to_step);
         }}});
   for (size_t shift = 1; shift < 8; ++shift) {
     all.push_back({"shift_bits", [=](auto& f, auto& in, auto n, auto& o) {
