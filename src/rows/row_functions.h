@@ -92,6 +92,10 @@ struct RowFunctions {
   // `to`.
   void (*max_of)(const uint8_t* const* from, size_t rows, size_t count, uint8_t* to);
   void (*min_of)(const uint8_t* const* from, size_t rows, size_t count, uint8_t* to);
+  // to[i] = the largest (least) of from[k][i], from[k][i + step] and from[k][i + 2 * step] of three
+  // rows k; `step` is 1 or 3.
+  void (*square_max)(const uint8_t* const* from, size_t step, size_t count, uint8_t* to);
+  void (*square_min)(const uint8_t* const* from, size_t step, size_t count, uint8_t* to);
   // to[i] = from[i] where that is not `value`
   void (*copy_unless)(const uint8_t* from, uint8_t value, size_t count, uint8_t* to);
   // to[i] = the median of from[0][i] to from[8][i]
@@ -112,14 +116,13 @@ struct RowFunctions {
   void (*subtract_from)(const uint8_t* from, size_t count, uint8_t* to);
   void (*subtract_wrapped)(const uint8_t* from, size_t count, uint8_t* to);
 
-  // One-bit pixels, eight to a byte: whether any and whether all of a pixel and the two left of it
-  // (right of it) are 1. Reads a byte more on that side.
-  void (*spread_bits_left)(const uint8_t* bits, size_t count, uint8_t* any, uint8_t* all);
-  void (*spread_bits_right)(const uint8_t* bits, size_t count, uint8_t* any, uint8_t* all);
-  // Combines three rows of those. outcome[0], [1] and [2] are the bytes that stand where none, all
-  // and some are 1.
-  void (*choose_bits)(const uint8_t* const* any, const uint8_t* const* all, const uint8_t* outcome,
-                      size_t count, uint8_t* to);
+  // The 3x3 pixels that end at a pixel (start at it) of three rows of one-bit pixels, eight to a
+  // byte: outcome[0], [1] and [2] are the bytes that stand where none, all and some are 1. Reads a
+  // byte more on that side.
+  void (*square_bits_left)(const uint8_t* const* rows, const uint8_t* outcome, size_t count,
+                           uint8_t* to);
+  void (*square_bits_right)(const uint8_t* const* rows, const uint8_t* outcome, size_t count,
+                            uint8_t* to);
 
   // One-bit pixels: to's bits become those of outcome[0] to [3] where the bits of `to` and `other`
   // are 0 and 0, 0 and 1, 1 and 0, 1 and 1.

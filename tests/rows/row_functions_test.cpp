@@ -171,10 +171,12 @@ void AddNeighbourhoodCases(std::vector<Case>& all) {
                    }});
   }
   for (const int step : {1, 3}) {
-    all.push_back({"medians, gradients", [=](auto& f, auto& in, auto n, auto& o) {
+    all.push_back({"squares, gradients", [=](auto& f, auto& in, auto n, auto& o) {
                      f.median9(in.from, n, o.New(n));
                      f.median_of_square(in.from, 3, step, n, o.New(n));
                      f.median_of_square(in.from, 5, step, n, o.New(n));
+                     f.square_max(in.from, size_t(step), n, o.New(n));
+                     f.square_min(in.from, size_t(step), n, o.New(n));
                      f.sobel(in.from, step, n, o.New(n));
                      f.sobel_magnitude(in.from, step, n, o.New(n));
                      f.roberts_magnitude(in.from[0], in.from[1], step, n, o.New(n));
@@ -187,13 +189,13 @@ void AddNeighbourhoodCases(std::vector<Case>& all) {
                    f.subtract_wrapped(in.from[0], n, o.New(n));
                    f.subtract_from(in.from[0], n, o.New(n));
                  }});
-  all.push_back({"spread_bits, choose_bits", [](auto& f, auto& in, auto n, auto& o) {
+  all.push_back({"one-bit pixels", [](auto& f, auto& in, auto n, auto& o) {
                    constexpr uint8_t kOutcome[] = {0xFF, 0, 0x5A, 0x33};
-                   uint8_t* any = o.New(n);
-                   f.spread_bits_left(in.from[0], n, any, o.New(n));
-                   any = o.New(n);
-                   f.spread_bits_right(in.from[0], n, any, o.New(n));
-                   f.choose_bits(in.from, in.from + 3, kOutcome, n, o.New(n));
+                   constexpr uint8_t kAny[] = {0, 0xFF, 0xFF}, kAll[] = {0, 0xFF, 0};
+                   for (const uint8_t* outcome : {kOutcome, kAny, kAll}) {
+                     f.square_bits_left(in.from, outcome, n, o.New(n));
+                     f.square_bits_right(in.from, outcome, n, o.New(n));
+                   }
                    f.map_bit_pairs(in.from[0], kOutcome, n, o.New(n));
                  }});
   all.push_back({"weigh", [](auto& f, auto& in, auto n, auto& o) {
