@@ -82,12 +82,6 @@ void Neighbourhood::FillNeutralRow(const Window& window) const {
   std::memset(row - left, window.border.neutral, left + layout_.bytes + right);
 }
 
-uint8_t* Neighbourhood::NextSlot(Window& window) {
-  uint8_t* slot = window.slots + size_t(window.next_slot) * slot_size_;
-  if (++window.next_slot == window.ring) window.next_slot = 0;
-  return slot;
-}
-
 void Neighbourhood::Load(int32_t y, uint8_t* row) {
   if (coded_) {
     UnpackIndices(rows_.row(y), rows_.bit_count, size_t(rows_.width), indices_);
@@ -122,13 +116,10 @@ void Neighbourhood::AddMargins(const Window& window, uint8_t* row) const {
   }
 }
 
-void Neighbourhood::Append(Window& window, uint8_t* row) {
+// The rows missing before the image.
+void Neighbourhood::FillMissing(const Window& window, uint8_t* first) const {
   const bool skip = window.border.kind == Border::kSkip;
-  if (window.taken == 0) {  // the rows missing before the image
-    std::fill_n(window.rows, window.ring, skip ? NeutralRow(window) : row);
-  }
-  std::copy(window.rows + 1, window.rows + window.ring, window.rows);
-  window.rows[window.ring - 1] = row;
+  std::fill_n(window.rows, window.ring, skip ? NeutralRow(window) : first);
 }
 
 void Neighbourhood::AppendMissing(Window& window) {

@@ -168,7 +168,7 @@ class Neighbourhood {
       if (changed != nullptr && !*changed) {
         *changed = std::memcmp(window.rows[window.reach.before], to, layout_.bytes) != 0;
       }
-      Finish(y, to, border);
+      if (coded_ || to == result_ || border.kind == Border::kZero) Finish(y, to, border);
     }
   }
 
@@ -208,11 +208,20 @@ class Neighbourhood {
   }
   uint8_t* NeutralRow(const Window& window) const;
   void FillNeutralRow(const Window& window) const;
-  uint8_t* NextSlot(Window& window);
+  uint8_t* NextSlot(Window& window) const {
+    uint8_t* slot = window.slots + size_t(window.next_slot) * slot_size_;
+    if (++window.next_slot == window.ring) window.next_slot = 0;
+    return slot;
+  }
   void Load(int32_t y, uint8_t* row);
   void Settle(int32_t y, const uint8_t* result, uint8_t* row);
   void AddMargins(const Window& window, uint8_t* row) const;
-  void Append(Window& window, uint8_t* row);
+  void Append(Window& window, uint8_t* row) const {
+    if (window.taken == 0) FillMissing(window, row);
+    for (int32_t i = 1; i < window.ring; ++i) window.rows[i - 1] = window.rows[i];
+    window.rows[window.ring - 1] = row;
+  }
+  void FillMissing(const Window& window, uint8_t* first) const;
   void AppendMissing(Window& window);
   void ZeroRow(int32_t y);
   uint8_t* Target(int32_t y);
