@@ -18,35 +18,44 @@ namespace ombrilo::rows {
 enum ConvolutionFinish {
   kFinishClamp,       // sum + offset
   kFinishReciprocal,  // sum / divisor, by multiplication
-  kFinishFloat,       // sum / divisor, blended, + bias, in single precision that holds it exactly
+  kFinishFloat,       // sum / divisor, blended, + bias, in single precision that is exact enough
   kFinishExact,       // the same in wrapping 32-bit integers
+};
+
+// Rows that are summed with weights, ordered by these: each run stands for so many rows that are
+// added and so many that are subtracted behind them, the sum of which is multiplied.
+struct WeightRun {
+  enum { kMost = 128 };  // rows added, and rows subtracted
+  int32_t weight;
+  uint32_t plus, minus;
+};
+struct Taps {
+  const uint8_t* const* from;  // each from its own first neighbour on
+  const struct WeightRun* runs;
+  size_t run_count;
 };
 
 // A row of weighted sums of rows. Sums wrap: at 16 bits where that holds them, otherwise at 32.
 struct Convolution {
-  const uint8_t* const* from;  // rows of bytes, each from its own first neighbour on
-  const int32_t* weights;
-  size_t count;
-  const uint16_t* const* sums;  // rows of 16-bit sums, which only 16-bit convolutions take
-  const int32_t* sum_weights;
-  size_t sum_count;
+  struct Taps bytes;
+  struct Taps sums;  // rows that `weigh` made, which only 16-bit convolutions take
 
   bool wide;  // 32-bit sums
-  // 32-bit sums may be formed of groups of rows whose own sums fit 16 bits with sign: where each
-  // group ends; no groups otherwise.
-  const size_t* group_ends;
-  size_t group_count;
   enum ConvolutionFinish finish;
-  const int16_t* offset;       // kFinishClamp: kConvolutionBlock values, repeated along the row
+  const int16_t* offset;       // kFinishClamp: of the bytes 0, 2, 4, ..., kConvolutionOffsets
   int32_t lowest;              // 16-bit sums, other finishes: 0 minus the least sum
   uint16_t highest;            // kFinishReciprocal: quotients of larger sums exceed 255
   uint16_t multiplier, shift;  // kFinishReciprocal: n * multiplier >> 16 >> shift = n / divisor
   int32_t divisor;             // 0: no division
   int32_t strength;            // 10: no blending
   int32_t bias;
+  const uint8_t* own;  // what results are blended with
 };
 
-enum { kConvolutionBlock = 384 };  // a multiple of 3, and of the widest vector
+enum {
+  kConvolutionOffsets = 34,  // a vector's words, from any of three colors on
+  kConvolutionBlock = 128,   // a multiple of what is computed at a time
+};
 
 // A palette network while it learns.
 struct Neurons {
@@ -103,11 +112,11 @@ struct RowFunctions {
   // The strongest of the four directional differences around the middle of three rows, a third of
   // it; `step` bytes lie between neighbours.
   void (*sobel)(const uint8_t* const* rows, ptrdiff_t step, size_t count, uint8_t* to);
-  // to[i] = sum of weights[k] * from[k][i], in wrapping 16-bit arithmetic
-  void (*weigh)(const uint8_t* const* from, const int32_t* weights, size_t rows, size_t count,
-                uint16_t* to);
-  // One row of a convolution. Blending starts from the bytes that `to` holds.
-  void (*convolve)(const Convolution& convolution, size_t count, uint8_t* to);
+  // Weighted sums modulo 2^16 as `convolve` takes them, in an order of their own: 2 x count bytes,
+  // the count rounded up to a multiple of kConvolutionBlock.
+  void (*weigh)(const struct Taps& taps, size_t count, uint8_t* sums);
+  // One row of a convolution.
+  void (*convolve)(const struct Convolution& convolution, size_t count, uint8_t* to);
 
   // to[i] = min(from[i] + to[i], 255); max(to[i] - from[i], 0); max(from[i] - to[i], 0);
   // to[i] - from[i] modulo 256

@@ -198,31 +198,30 @@ void AddNeighbourhoodCases(std::vector<Case>& all) {
                    }
                    f.map_bit_pairs(in.from[0], kOutcome, n, o.New(n));
                  }});
-  all.push_back({"weigh", [](auto& f, auto& in, auto n, auto& o) {
-                   constexpr int32_t kWeights[] = {3, -70, 100000, 1, -1, 9, 0, 5, -12};
-                   f.weigh(in.from, kWeights, 3, n, o.template New<uint16_t>(n));
-                   f.weigh(in.from, kWeights, 9, n, o.template New<uint16_t>(n));
-                 }});
-  for (const int wide : {0, 1, 2}) {  // 2: in groups
-    for (const auto finish :
-         {rows::kFinishClamp, rows::kFinishReciprocal, rows::kFinishFloat, rows::kFinishExact}) {
+  for (const auto finish :
+       {rows::kFinishClamp, rows::kFinishReciprocal, rows::kFinishFloat, rows::kFinishExact}) {
+    for (const int wide : {0, 1, 2}) {  // 2: with weights of more than 16 bits
       if (wide != 0 && finish < rows::kFinishFloat) continue;
       for (const int32_t strength : {10, 4}) {
-        all.push_back({"convolve", [=](auto& f, auto& in, auto n, auto& o) {
-                         constexpr int32_t kWeights[] = {9, -2, 3, 1, -1, 9, 0, 5, -12}, kTwo = 2;
-                         constexpr size_t kGroupEnds[] = {4, 9};
-                         const std::vector<int16_t> offset(rows::kConvolutionBlock, 17);
-                         const std::vector<uint16_t> sums(in.from[8], in.from[8] + n);
-                         const uint16_t* sum_rows[] = {sums.data()};
+        all.push_back({"weigh, convolve", [=](auto& f, auto& in, auto n, auto& o) {
+                         const rows::WeightRun runs[] = {
+                             {1, 2, 1}, {3, 1, 1}, {wide == 2 ? 100001 : 7, 2, 2}};
+                         int16_t offset[rows::kConvolutionOffsets];
+                         for (int i = 0; i < rows::kConvolutionOffsets; ++i) offset[i] = i % 3 * 7;
+                         constexpr size_t kBlock = rows::kConvolutionBlock;
+                         std::vector<uint8_t> sums((n + kBlock - 1) / kBlock * kBlock * 2);
+                         f.weigh({in.from, runs, 2}, n, sums.data());
+                         const uint8_t* sum_rows[] = {sums.data(), sums.data()};
+                         constexpr rows::WeightRun kTwice = {2, 2, 0};
                          rows::Convolution c = {};
-                         c.from = in.from, c.weights = kWeights, c.count = 9;
-                         c.sums = sum_rows, c.sum_weights = &kTwo, c.sum_count = wide == 0;
+                         c.bytes = {in.from, runs, 3};
+                         c.sums = {sum_rows, &kTwice, wide == 0 && n % 2 == 0};
                          c.wide = wide != 0;
-                         c.group_ends = kGroupEnds, c.group_count = wide == 2 ? 2 : 0;
-                         c.finish = finish, c.offset = offset.data();
-                         c.lowest = wide != 0 ? 0 : 15 * 255, c.highest = 14 * 256 - 1;
-                         c.multiplier = 37450, c.shift = 3, c.divisor = 14;
-                         c.strength = strength, c.bias = finish == rows::kFinishClamp ? 0 : 3;
+                         c.finish = finish, c.offset = offset;
+                         c.lowest = wide != 0 || finish == rows::kFinishClamp ? 0 : 18 * 255;
+                         c.highest = 14 * 256 - 1, c.multiplier = 37450, c.shift = 3;
+                         c.divisor = 14, c.strength = strength, c.bias = 3;
+                         c.own = in.from[3];
                          f.convolve(c, n, o.New(n));
                        }});
       }
