@@ -78,6 +78,12 @@ struct ChannelBits {
   int down, up;  // 0 to 31
 };
 
+// An axis of the source along a row of a turned image.
+struct TurnedAxis {
+  float step, origin, center;
+  int32_t low, high;
+};
+
 struct RowFunctions {
   const char* name;
 
@@ -212,10 +218,26 @@ struct RowFunctions {
   void (*fetch_indexed)(const uint8_t* base, int32_t bytes, const int32_t* offset,
                         const uint8_t* shift, int32_t move, uint32_t mask, const uint32_t* table,
                         size_t count, uint32_t* colors);
+  // The pixels at offset[i] + move, of three bytes, of one, or the bit shift[i] of one. Bits behind
+  // the last pixel keep their values.
+  void (*pick24)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
+                 size_t count, uint8_t* to);
+  void (*pick8)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
+                size_t count, uint8_t* to);
+  void (*pick1)(const uint8_t* base, int32_t bytes, const int32_t* offset, const uint8_t* shift,
+                int32_t move, size_t count, uint8_t* to);
   // bytes[i] = the low byte of words[i]
   void (*low_bytes)(const uint32_t* words, size_t count, uint8_t* bytes);
   // packed[i] = words[0][i] | words[1][i] << 8 | words[2][i] << 16 | words[3][i] << 24
   void (*pack_bytes)(const uint32_t* const words[4], size_t count, uint32_t* packed);
+  // Blends of pixels of three or one bytes at lower[offset[i]], their right neighbours, and those at
+  // upper[offset[i]]; each channel as below. `bytes` can be read from both rows on.
+  void (*bilinear24)(const uint8_t* lower, const uint8_t* upper, int32_t bytes,
+                     const int32_t* offset, const float* dx, const float* dy, bool one_dy,
+                     size_t count, uint8_t* to);
+  void (*bilinear8)(const uint8_t* lower, const uint8_t* upper, int32_t bytes,
+                    const int32_t* offset, const float* dx, const float* dy, bool one_dy,
+                    size_t count, uint8_t* to);
   // Each channel: (1-dy)(1-dx) taps[0] + (1-dy)dx taps[1] + (1-dx)dy taps[2] + dx dy taps[3],
   // summed in this order, limited to 0..255 and truncated. With one_dy, dy[0] serves all.
   void (*bilinear)(const uint32_t* const taps[4], const float* dx, const float* dy, bool one_dy,
@@ -239,12 +261,10 @@ struct RowFunctions {
   // The same of one channel.
   void (*cubic_down_gray)(const float* const sums[4], const float* const weights[4],
                           bool one_weight, size_t count, uint32_t* levels);
-  // positions[i] = (first + i) * step + origin + center
-  void (*line_positions)(int32_t first, float step, float origin, float center, size_t count,
-                         float* positions);
-  // Truncated positions, these limited to low..high, and the fractions. Positions fit an int32_t.
-  void (*split_positions)(const float* positions, size_t count, int32_t low, int32_t high,
-                          int32_t* whole, int32_t* inner, float* fraction);
+  // Of positions (first + i) * step + origin + center: truncated and limited to low..high and,
+  // unless that is null, the fraction before the limit. Positions fit an int32_t.
+  void (*turned_positions)(const struct TurnedAxis& axis, int32_t first, size_t count,
+                           int32_t* inner, float* fraction);
 };
 
 // The table in use.

@@ -253,9 +253,33 @@ void AddResamplingCases(std::vector<Case>& all) {
                                    o.template New<uint32_t>(n));
                    f.fetch_indexed(base, bytes, offsets, whole.data(), 2, 255, in.colors, n,
                                    o.template New<uint32_t>(n));
+                   for (const auto* places : {offsets, static_cast<const int32_t*>(close.data())}) {
+                     f.pick24(base, bytes, places, 2, n, o.New(3 * n));
+                     f.pick8(base, bytes, places, 2, n, o.New(n));
+                     f.pick1(base, bytes, places, in.shifts.data(), 2, n, o.New((n + 7) / 8));
+                   }
                    f.low_bytes(in.taps[0], n, o.New(n));
                    f.pack_bytes(in.taps, n, o.template New<uint32_t>(n));
                  }});
+  // Pixels from far apart to neighbours, again and again up to the last of 300.
+  for (const int step : {2400, 110, 61, 50, 49, 13}) {
+    all.push_back({"bilinear of pixels", [=](auto& f, auto& in, auto n, auto& o) {
+                     std::vector<int32_t> offsets;
+                     for (size_t i = 0; i < n; ++i) {
+                       offsets.push_back(static_cast<int32_t>(i) * step / 20 % 300 * 3);
+                     }
+                     std::vector<uint8_t> lower(903), upper(903);
+                     for (size_t k = 0; k < 903; ++k) {
+                       lower[k] = in.table[k % 768], upper[k] = in.table[5 * k % 768];
+                     }
+                     for (const bool one : {false, true}) {
+                       f.bilinear24(lower.data(), upper.data(), 903, offsets.data(), in.floats[0],
+                                    in.floats[1], one, n, o.New(3 * n));
+                       f.bilinear8(lower.data(), upper.data(), 903, offsets.data(), in.floats[0],
+                                   in.floats[1], one, n, o.New(n));
+                     }
+                   }});
+  }
   for (const bool one : {false, true}) {
     all.push_back({"bilinear, cubic", [=](auto& f, auto& in, auto n, auto& o) {
                      const auto* fl = in.floats;
@@ -273,11 +297,11 @@ void AddResamplingCases(std::vector<Case>& all) {
                    f.cubic_weights(in.floats[0], n, weights);
                    f.cubic_across(in.taps, in.floats, n, n, o.template New<float>(3 * n));
                    f.cubic_across_gray(in.taps[0], kBytes, in.floats, n, o.template New<float>(n));
-                   float* positions = o.template New<float>(n);
-                   f.line_positions(-17, 0.9876f, 0.3f, 12, n, positions);
-                   auto* whole = o.template New<int32_t>(n);
+                   const rows::TurnedAxis axis = {0.9876f, 0.3f, 12, 1, 20};
                    auto* inner = o.template New<int32_t>(n);
-                   f.split_positions(positions, n, 1, 20, whole, inner, o.template New<float>(n));
+                   f.turned_positions(axis, -17, n, inner, o.template New<float>(n));
+                   inner = o.template New<int32_t>(n);
+                   f.turned_positions(axis, -17, n, inner, nullptr);
                  }});
 }
 
