@@ -12,6 +12,12 @@ namespace {
 namespace fs = std::filesystem;
 using omb::Format;
 
+#ifdef _WIN32
+constexpr bool kOnWindows = true;
+#else
+constexpr bool kOnWindows = false;
+#endif
+
 constexpr Format kAll[] = {Format::kBmp, Format::kPng, Format::kJpeg, Format::kTiff};
 
 std::vector<uint32_t> Reversed(std::vector<uint32_t> colors) {
@@ -124,10 +130,14 @@ TEST(Files, DamagedFilesAreRefusedOrRead) {
   }
 }
 
+// The system's codecs on Windows do not read all that the others do.
 std::vector<fs::path> Samples() {
   std::vector<fs::path> paths;
-  for (const auto& entry : fs::directory_iterator(OMBRILO_SAMPLES)) {
-    if (entry.is_regular_file() && entry.path().extension() != ".bmp") paths.push_back(entry);
+  for (const auto& entry : fs::recursive_directory_iterator(OMBRILO_SAMPLES)) {
+    const fs::path folder = entry.path().parent_path().filename();
+    if (!entry.is_regular_file() || entry.path().extension() == ".bmp") continue;
+    if (folder == "refused" || (kOnWindows && folder == "not_on_windows")) continue;
+    paths.push_back(entry.path());
   }
   return paths;
 }
@@ -147,22 +157,18 @@ void ExpectSample(const fs::path& path) {
   ASSERT_EQ(image.height(), expected.height());
   ExpectResolution(image, LoadU32(expected.raw() + 24), LoadU32(expected.raw() + 28));
   const std::vector<uint32_t> colors = Colors(image), wanted = Colors(expected);
-#ifdef _WIN32
-  const int tolerance = extension == "png" ? 0 : 2;
-#else
-  const int tolerance = extension == "jpg" ? 2 : 0;
-#endif
+  const bool exact = extension == "png" || (extension == "tif" && !kOnWindows);
   for (size_t i = 0; i < colors.size(); ++i) {
     for (const int shift : {0, 8, 16}) {
-      ASSERT_NEAR(colors[i] >> shift & 255, wanted[i] >> shift & 255, tolerance) << i;
+      ASSERT_NEAR(colors[i] >> shift & 255, wanted[i] >> shift & 255, exact ? 0 : 2) << i;
     }
   }
 }
 
 TEST(Files, EveryCodecReadsTheSamplesAlike) {
   const std::vector<fs::path> samples = Samples();
-  EXPECT_GT(samples.size(), 50u);
-  for (const fs::path& path : samples) ExpectSample(path);
+  EXPECT_GT(samples.size(), 40u);
+  for (const fs::path& path : samples) EXPECT_NO_THROW(ExpectSample(path)) << path;
 }
 
 TEST(Files, NamesSayFormats) {
