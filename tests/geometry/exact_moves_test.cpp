@@ -142,13 +142,5 @@ TEST(Flips, TopToBottomMovesWholeRowsAtEveryDepth) {
   });
 }
 
-TEST(Flips, ImagesWithoutRows) {
-  for (const uint32_t height : {0u, 0x80000000u, 0x7FFFFFFFu}) {
-    TestImage image = ImageBuilder(24, 0, 0).Field(8, height).Build();
-    EXPECT_EQ(omb_fliphor(image.get()), 1u);
-    EXPECT_EQ(omb_flipvert(image.get()), 1u);
-  }
-}
-
 }  // namespace
 }  // namespace ombrilo::test

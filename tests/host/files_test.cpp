@@ -51,7 +51,7 @@ TEST(Files, WithoutLossDepthColorsAndResolutionComeBack) {
           ExpectPlainHeader(again);
           EXPECT_EQ(again.bit_count(), bits);
           EXPECT_EQ(again.Pixels(), image.Pixels());
-          EXPECT_EQ(Colors(again), Colors(image));
+          EXPECT_EQ(again.Colors(), image.Colors());
           ExpectResolution(again, 11811, 5906);
           for (int i = 0; i < count; ++i) EXPECT_EQ(again.Color(i), image.Color(i));
         }
@@ -68,14 +68,14 @@ TEST(Files, CoreHeadersAndShortColorTables) {
                                  .Build();
       const TestImage again = Decode(Encode(format, core.get()));
       ExpectPlainHeader(again);
-      EXPECT_EQ(Colors(again), Colors(core));
+      EXPECT_EQ(again.Colors(), core.Colors());
     }
     // Colors past the table are the bytes that follow: here the first row's.
     const TestImage short_table = ImageBuilder(8, 4, 1)
                                       .Colors({0x010203})
                                       .Pixels([](int x, int) { return static_cast<uint32_t>(x); })
                                       .Build();
-    EXPECT_EQ(Colors(Decode(Encode(format, short_table.get()))),
+    EXPECT_EQ(Decode(Encode(format, short_table.get())).Colors(),
               (std::vector<uint32_t>{0x010203, 0x020100, 0, 0}));
   }
 }
@@ -110,7 +110,7 @@ TEST(Files, JpegKeepsGrayGrayAndColorsNear) {
     ExpectPlainHeader(again);
     ExpectResolution(again, 11811, 5906);
     EXPECT_EQ(again.bit_count(), image.bit_count() == 8 ? 8 : 24);
-    const std::vector<uint32_t> before = Colors(image), after = Colors(again);
+    const std::vector<uint32_t> before = image.Colors(), after = again.Colors();
     for (size_t i = 0; i < before.size(); ++i) {
       for (const int shift : {0, 8, 16}) {
         ASSERT_NEAR(before[i] >> shift & 255, after[i] >> shift & 255, 12) << i;
@@ -156,7 +156,7 @@ void ExpectSample(const fs::path& path) {
   ASSERT_EQ(image.width(), expected.width());
   ASSERT_EQ(image.height(), expected.height());
   ExpectResolution(image, LoadU32(expected.raw() + 24), LoadU32(expected.raw() + 28));
-  const std::vector<uint32_t> colors = Colors(image), wanted = Colors(expected);
+  const std::vector<uint32_t> colors = image.Colors(), wanted = expected.Colors();
   const bool exact = extension == "png" || (extension == "tif" && !kOnWindows);
   for (size_t i = 0; i < colors.size(); ++i) {
     for (const int shift : {0, 8, 16}) {
