@@ -4,7 +4,6 @@
 
 #include <cstring>
 
-#include "core/palette.h"
 #include "core/replacement.h"
 #include "support/image.h"
 
@@ -53,37 +52,6 @@ TEST(PackedDib, ReadsAndWritesStayInsideTheExtent) {
   dib.Write(47, "abcd", 4);
   dib.Write(48, "abcd", 4);
   EXPECT_EQ(image.Bytes()[47], 'a');
-}
-
-// The full number of entries whatever biClrUsed says: those past a short table come from the
-// pixels, those past the block are black.
-TEST(PackedDib, PaletteHasTheDepthsFullNumberOfEntries) {
-  for (const bool core : {false, true}) {
-    ImageBuilder builder(4, 6, 1);
-    builder.Colors(VariedColors(16, 1)).Filler(0xEE);
-    if (core) builder.CoreHeader();
-    const TestImage image = builder.Build();
-    const Palette palette = *MakeDIBPalette(*DibView::Open(image.get()));
-    ASSERT_EQ(palette.count, 16);
-    for (int i = 0; i < 16; ++i) {
-      EXPECT_EQ(Rgb(palette.bgr[i][2], palette.bgr[i][1], palette.bgr[i][0]), image.Color(i));
-    }
-  }
-  const TestImage image =
-      ImageBuilder(8, 6, 1).Colors({0x112233}).Pixels([](int x, int) { return 1 + x; }).Build();
-  const Palette palette = *MakeDIBPalette(*DibView::Open(image.get()));
-  ASSERT_EQ(palette.count, 256);
-  EXPECT_EQ(palette.bgr[0][0], 0x33);
-  EXPECT_EQ(palette.bgr[1][0], 1);
-  EXPECT_EQ(palette.bgr[1][2], 3);
-  EXPECT_EQ(palette.bgr[2][0], 5);
-  EXPECT_EQ(palette.bgr[3][0], 0);
-  EXPECT_EQ(palette.bgr[255][2], 0);
-
-  for (const int bits : {2, 16, 24, 32}) {
-    const TestImage other = ImageBuilder(bits, 2, 2).Colors({1, 2, 3}).Build();
-    EXPECT_FALSE(MakeDIBPalette(*DibView::Open(other.get())).has_value());
-  }
 }
 
 TEST(PackedDib, ResizedBlocksKeepHeaderAndTableAndStartZeroed) {

@@ -97,25 +97,6 @@ TEST(KernalMorphology, AnyElementAgreesWithTheReference) {
   }
 }
 
-TEST(KernalMorphology, HeaderFieldsAreCutAndMisread) {
-  const KERNAL& element = *omb_getKERNAL(1);
-  const auto gray = [](int width, int height) {
-    return ImageBuilder(8, width, height).Pixels(Noise(256, 31));
-  };
-  Expect(gray(10, 9).Field(12, 8 << 16 | 2).Build(), 10, 9, 20, 8, element, 2);
-  Expect(gray(65546, 5).Build(), 10, 5, 12, 8, element);
-  Expect(gray(9, 6).CoreHeader().Field(12, 0x00100001).Build(), 9, 6, 20, 8, element);
-  // No planes, rows that are too short for 24 bits, and rows that would overlap.
-  for (const auto& [width, planes, bits] :
-       {std::array{10, 0, 8}, std::array{10, 1, 24}, std::array{65535, 1, 8}}) {
-    const TestImage image =
-        gray(width, 3).Field(12, static_cast<uint32_t>(8 << 16 | planes)).Build();
-    ExpectAtEveryLevel(image, image.Bytes(), [&, bits = bits](PackedDib* dib) {
-      EXPECT_EQ(omb_DoKernalMorphDIB(dib, bits, 1, &element, 1), 0);
-    });
-  }
-}
-
 TEST(KernalMorphology, RefusalsAndNothingToDo) {
   TestImage image = Patches(24, 8, 8);
   const std::vector<uint8_t> before = image.Bytes();

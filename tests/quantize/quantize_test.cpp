@@ -138,28 +138,6 @@ TEST(Quantize, FollowsThePublishedNetwork) {
   ExpectPublished(Make(24, 1, 499 * 491, 40), 4, false);
 }
 
-TEST(Quantize, ExpandsIndexedImagesTo24Bits) {
-  for (const uint32_t header : {40u, 12u}) {
-    for (const int bits : {1, 4, 8}) {
-      TestImage image = Make(bits, 13, 5, header);
-      const TestImage expected = TrueColor(image);
-      EXPECT_EQ(omb_neuquant(image.ref(), 24), 1);
-      EXPECT_EQ(image.Bytes(), expected.Bytes());
-      // A depth that nothing has: the copy stays.
-      TestImage odd = Make(bits, 13, 5, header);
-      EXPECT_EQ(omb_neuquant(odd.ref(), 5), 0);
-      EXPECT_EQ(odd.Bytes(), expected.Bytes());
-    }
-  }
-  // Colors past a short table come from what follows it, and are 0 past the block.
-  TestImage image = ImageBuilder(8, 4, 1)
-                        .Colors({0x102030})
-                        .Pixels([](int x, int) { return x == 3 ? 200u : static_cast<uint32_t>(x); })
-                        .Build();
-  EXPECT_EQ(omb_neuquant(image.ref(), 24), 1);
-  EXPECT_EQ(image.Pixels(), (std::vector<uint32_t>{0x102030, 0x020100, 0, 0}));
-}
-
 TEST(Quantize, RefusesWhatItDoesNotTake) {
   for (const auto operation : {omb_neuquant, omb_dither}) {
     constexpr int kCases[][2] = {{24, 0},  {24, -1}, {24, 3}, {24, 5}, {24, 16}, {24, 24},
