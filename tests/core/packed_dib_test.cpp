@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
-#include "core/replacement.h"
 #include "support/image.h"
 
 namespace ombrilo::test {
@@ -52,36 +49,6 @@ TEST(PackedDib, ReadsAndWritesStayInsideTheExtent) {
   dib.Write(47, "abcd", 4);
   dib.Write(48, "abcd", 4);
   EXPECT_EQ(image.Bytes()[47], 'a');
-}
-
-TEST(PackedDib, ResizedBlocksKeepHeaderAndTableAndStartZeroed) {
-  for (const uint32_t size_field : {40u, 12u, 30u, 4u}) {
-    // Size fields below 12 put the color table over the header.
-    uint8_t source[64] = {};
-    std::memset(source, 0xC3, sizeof source);
-    std::memcpy(source, &size_field, 4);
-    const bool core = size_field != 40;
-    const uint16_t bits = 1;
-    std::memset(source + 4, 0, core ? 8 : 36);
-    source[4] = 2;             // width
-    source[core ? 6 : 8] = 1;  // height
-    std::memcpy(source + (core ? 10 : 14), &bits, 2);
-    const DibView view = *DibView::Open(reinterpret_cast<PackedDib*>(source));
-    NewBlock block = NewBlock::Resized(view, 100, 7);
-    ASSERT_TRUE(block);
-    if (size_field < 12) continue;
-    EXPECT_EQ(omb_DIBWidth(block.packed()), 100u);
-    EXPECT_EQ(omb_DIBHeight(block.packed()), 7u);
-    const Dib dib = block.dib();
-    EXPECT_EQ(dib.block()[size_field], 0xC3);
-    for (size_t i = dib.prefix_size(); i < dib.extent(); ++i) ASSERT_EQ(dib.block()[i], 0);
-  }
-  const TestImage image = ImageBuilder(24, 4, 4).Build();
-  const DibView view = *DibView::Open(image.get());
-  EXPECT_FALSE(NewBlock::Resized(view, 0x7FFFFFFF, 1));
-  EXPECT_FALSE(NewBlock::Resized(view, 50000, 50000));
-  EXPECT_FALSE(NewBlock::Resized(view, -1, 1));
-  EXPECT_FALSE(NewBlock::Resized(view, 1, -1));
 }
 
 }  // namespace

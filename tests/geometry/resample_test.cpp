@@ -288,12 +288,6 @@ TEST(Resampling, BlankImages) {
     EXPECT_EQ(omb_scale(image.ref(), 3, 2, mode), 1u) << "from no height";
     EXPECT_EQ(image.Pixels(), std::vector<uint32_t>(6, 0));
   }
-  TestImage narrow = ImageBuilder(24, 5, 4).Field(4, 0xFFFFFFFB).Build();
-  EXPECT_EQ(omb_scale(narrow.ref(), 2, 2, 3), 1u);
-  EXPECT_EQ(narrow.Pixels(), std::vector<uint32_t>(4, 0));
-  TestImage negative = ImageBuilder(8, 4, 0).Field(8, 0xFFFFFFFC).Build();
-  EXPECT_EQ(omb_rotate(negative.ref(), 45, 2), 1u);
-  EXPECT_EQ(negative.Pixels(), std::vector<uint32_t>(36, 255));
 }
 
 TEST(Resampling, Refusals) {
