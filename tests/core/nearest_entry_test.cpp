@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "support/failing_memory.h"
 #include "support/naive.h"
 
 namespace ombrilo::test {
@@ -73,13 +72,6 @@ TEST(NearestEntry, LowestIndexWinsTies) {
       }
     }
   }
-}
-
-TEST(NearestEntry, SaysWhenThereIsNoMemory) {
-  MemoryWatch watch(1);
-  const NearestEntry nearest(PaletteOf(GrayRamp(2)));
-  watch.Stop();
-  EXPECT_FALSE(nearest);
 }
 
 }  // namespace
