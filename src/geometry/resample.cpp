@@ -275,11 +275,7 @@ void Sampler::Store(const uint32_t* colors, int first, int end, int count, uint8
     functions.low_bytes(colors, n, indices);
     if (gray_ && !plain_gray_) functions.apply_table(indices, n, gray_index_);
   } else {
-    for (size_t i = 0; i < n; ++i) {
-      const uint32_t color = colors[i];
-      indices[i] = nearest_->Find(static_cast<uint8_t>(color), static_cast<uint8_t>(color >> 8),
-                                  static_cast<uint8_t>(color >> 16));
-    }
+    nearest_->Find(reinterpret_cast<const uint8_t*>(colors), 4, n, indices);
   }
   if (packed) {
     PackIndices(packed_later, source_.bit_count(), static_cast<size_t>(count), row);
