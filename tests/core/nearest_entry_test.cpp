@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "rows/row_functions.h"
-#include "support/failing_memory.h"
 #include "support/naive.h"
 
 namespace ombrilo::test {
@@ -69,13 +68,6 @@ TEST(NearestEntry, EqualsThePlainSearchAtEveryLevel) {
     }
   }
   rows::Use(nullptr);
-}
-
-TEST(NearestEntry, SaysWhenThereIsNoMemory) {
-  MemoryWatch watch(1);
-  const NearestEntry nearest(PaletteOf(GrayRamp(2)));
-  watch.Stop();
-  EXPECT_FALSE(nearest);
 }
 
 }  // namespace
