@@ -264,12 +264,15 @@ struct RowFunctions {
                 size_t count, uint8_t* to);
   void (*pick1)(const uint8_t* base, int32_t bytes, const int32_t* offset, const uint8_t* shift,
                 int32_t move, size_t count, uint8_t* to);
+  // channels[c][i] = byte c of the four entries that the bytes of words[i] choose from a table.
+  void (*look_up_channels)(const uint32_t* words, size_t count, const uint32_t* table,
+                           uint32_t* const channels[3]);
   // bytes[i] = the low byte of words[i]
   void (*low_bytes)(const uint32_t* words, size_t count, uint8_t* bytes);
   // packed[i] = words[0][i] | words[1][i] << 8 | words[2][i] << 16 | words[3][i] << 24
   void (*pack_bytes)(const uint32_t* const words[4], size_t count, uint32_t* packed);
-  // Blends of pixels of three or one bytes at lower[offset[i]], their right neighbours, and those at
-  // upper[offset[i]]; each channel as below. `bytes` can be read from both rows on.
+  // Blends of pixels of three or one bytes at lower[offset[i]], their right neighbours, and those
+  // at upper[offset[i]]; each channel as below. `bytes` can be read from both rows on.
   void (*bilinear24)(const uint8_t* lower, const uint8_t* upper, int32_t bytes,
                      const int32_t* offset, const float* dx, const float* dy, bool one_dy,
                      size_t count, uint8_t* to);
