@@ -75,8 +75,9 @@ struct Neurons {
 // the palette, and `used` starts behind it.
 struct PaletteLists {
   enum { kPool = 1 << 17 };
-  uint32_t count;  // of the palette's entries; 2 at least
-  uint32_t used;   // of the pool
+  uint32_t count;      // of the palette's entries; 2 at least
+  uint32_t used;       // of the pool
+  uint32_t forgotten;  // how often the pool was full and begun anew
   uint32_t pool[kPool];
 };
 // Cells are 64 wide, then 32 and so on to 8 or 4: 8^2 + 8^3 + ...
