@@ -67,6 +67,28 @@ struct Neurons {
   size_t reach;                                   // neurons on each side that have a rate
 };
 
+// A palette for searches, with what they have found out about it: lists of the entries that can be
+// the nearest one to a color in some cell of color space.
+//
+// An entry is a word: blue, green, red and, on top, its number. A list is a word: where in the pool
+// it starts, times 256, and its length less 1; 0 before it is known. The first list in the pool is
+// the palette, and `used` starts behind it.
+struct PaletteLists {
+  enum { kPool = 1 << 17 };
+  uint32_t count;      // of the palette's entries; 2 at least
+  uint32_t used;       // of the pool
+  uint32_t forgotten;  // how often the pool was full and begun anew
+  uint32_t pool[kPool];
+};
+// Cells are 64 wide, then 32 and so on to 8 or 4: 8^2 + 8^3 + ...
+struct SquaresLists : PaletteLists {
+  uint32_t lists[37440];
+};
+struct SumsLists : PaletteLists {
+  uint32_t lists[299584];
+  int32_t start[256];  // the number from which a green's search goes up and down
+};
+
 // Counters of a histogram's set: 256 and some room, as counters of two sets that stand a multiple
 // of 4 KiB apart would wait for each other.
 enum { kCounters = 272 };
@@ -196,6 +218,23 @@ struct RowFunctions {
   // Shows a palette network one color after the other.
   void (*learn)(const uint8_t* bgr, size_t samples, struct Neurons& neurons);
 
+  // The numbers of the entries nearest to colors: words of `step` (3 or 4) bytes, blue, green, red
+  // first. By squares: least sum of squared differences, the lowest number on a tie.
+  void (*find_by_squares)(struct SquaresLists& palette, const uint8_t* colors, size_t step,
+                          size_t count, uint8_t* numbers);
+  // Least sum of absolute differences; on a tie the first in the order start, start - 1, start + 1,
+  // start - 2 ... of the color's green.
+  void (*find_by_sums)(struct SumsLists& palette, const uint8_t* colors, size_t step, size_t count,
+                       uint8_t* numbers);
+  // Error diffusion through rows of three-byte colors that stand `stride` bytes apart, a multiple
+  // of 4. In each row a color becomes that of seen[number], where the number is found by sums. Of
+  // the error, 3/8 go to the right neighbour, 3/8 to the pixel in the row before and 2/8 to the
+  // right neighbour of that; the last pixel of a row gets nothing from its left. Rows before, with
+  // their shares of errors, are found once more: numbers[k * width ...] are those of the row before
+  // row k. before[] holds the first of these, and the last row's colors afterwards, as words.
+  void (*diffuse)(struct SumsLists& palette, const uint32_t* seen, const uint8_t* rows,
+                  size_t stride, size_t width, size_t count, uint32_t* before, uint8_t* numbers);
+
   // Exchanges two runs of bytes.
   void (*swap_bytes)(uint8_t* a, uint8_t* b, size_t count);
   // Bytes, and three-byte pixels, in reverse order; `to` is another place than `from`.
@@ -226,12 +265,15 @@ struct RowFunctions {
                 size_t count, uint8_t* to);
   void (*pick1)(const uint8_t* base, int32_t bytes, const int32_t* offset, const uint8_t* shift,
                 int32_t move, size_t count, uint8_t* to);
+  // channels[c][i] = byte c of the four entries that the bytes of words[i] choose from a table.
+  void (*look_up_channels)(const uint32_t* words, size_t count, const uint32_t* table,
+                           uint32_t* const channels[3]);
   // bytes[i] = the low byte of words[i]
   void (*low_bytes)(const uint32_t* words, size_t count, uint8_t* bytes);
   // packed[i] = words[0][i] | words[1][i] << 8 | words[2][i] << 16 | words[3][i] << 24
   void (*pack_bytes)(const uint32_t* const words[4], size_t count, uint32_t* packed);
-  // Blends of pixels of three or one bytes at lower[offset[i]], their right neighbours, and those at
-  // upper[offset[i]]; each channel as below. `bytes` can be read from both rows on.
+  // Blends of pixels of three or one bytes at lower[offset[i]], their right neighbours, and those
+  // at upper[offset[i]]; each channel as below. `bytes` can be read from both rows on.
   void (*bilinear24)(const uint8_t* lower, const uint8_t* upper, int32_t bytes,
                      const int32_t* offset, const float* dx, const float* dy, bool one_dy,
                      size_t count, uint8_t* to);

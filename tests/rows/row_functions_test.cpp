@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <memory>
 #include <numeric>
 
 #include "support/image.h"
@@ -305,11 +306,45 @@ void AddResamplingCases(std::vector<Case>& all) {
                  }});
 }
 
+// What searches remember is not to change what they find: all share it.
+template <class Lists>
+Lists& ListsOf(const uint32_t (&colors)[256]) {
+  static const auto lists = std::make_unique<Lists>();
+  lists->count = lists->used = 256;
+  for (uint32_t i = 0; i < 256; ++i) lists->pool[i] = (colors[i] & 0xFFFFFF) | i << 24;
+  std::fill(std::begin(lists->lists), std::end(lists->lists), 0);
+  return *lists;
+}
+
+void AddSearchCases(std::vector<Case>& all, const Input& palette) {
+  static auto& squares = ListsOf<rows::SquaresLists>(palette.colors);
+  static auto& sums = ListsOf<rows::SumsLists>(palette.colors);
+  for (int green = 0; green < 256; ++green) sums.start[green] = green * 3 / 4 + 20;
+  for (const size_t step : {3, 4}) {
+    all.push_back({"find", [=](auto& f, auto& in, auto n, auto& o) {
+                     f.find_by_squares(squares, &*in.bytes.end() - step * n, step, n, o.New(n));
+                     f.find_by_sums(sums, &*in.bytes.end() - step * n, step, n, o.New(n));
+                   }});
+  }
+  for (const size_t count : {1, 2, 7, 17}) {  // rows
+    all.push_back({"diffuse", [=](auto& f, auto& in, auto n, auto& o) {
+                     const size_t width = n / count, stride = (3 * width + 3) / 4 * 4;
+                     std::vector<uint8_t> rows(stride * count);
+                     for (size_t i = 0; i < rows.size(); ++i) rows[i] = in.bytes[i % 4 * n + i / 4];
+                     auto* before = reinterpret_cast<uint32_t*>(
+                         o.Copy(reinterpret_cast<const uint8_t*>(in.taps[0]), 4 * width));
+                     f.diffuse(sums, in.colors, rows.data(), stride, width, count, before,
+                               o.New(width * count));
+                   }});
+  }
+}
+
 TEST(RowFunctions, EveryLevelGivesTheSameBytes) {
   std::vector<Case> cases;
   AddPixelCases(cases);
   AddNeighbourhoodCases(cases);
   AddResamplingCases(cases);
+  AddSearchCases(cases, Input(0));
   std::vector<size_t> lengths = {415, 582, 816, 1023, 1024, 1025, 1087, 1143, 2047, 2100};
   for (size_t n = 0; n <= 300; ++n) lengths.push_back(n);
   for (const size_t n : lengths) {
@@ -338,6 +373,35 @@ TEST(RowFunctions, PlainCodeComesFirstAndTheWidestIsActive) {
   EXPECT_EQ(&rows::Active(), levels[0]);
   rows::Use(nullptr);
   EXPECT_EQ(&rows::Active(), widest);
+}
+
+// Sums of differences, with orders by turns and so many lists that room for them runs out.
+TEST(RowFunctions, SearchBySumsWithTurns) {
+  constexpr size_t kCount = 40000;
+  uint32_t ramp[256];
+  for (uint32_t i = 0; i < 256; ++i) ramp[i] = i * 0x010101;
+  auto& lists = ListsOf<rows::SumsLists>(ramp);
+  for (int green = 0; green < 256; ++green) lists.start[green] = 255 - green;
+  std::vector<uint8_t> colors, expected, found(kCount);
+  for (uint32_t i = 0; i < kCount; ++i) {
+    const uint32_t color = i * 0x9E3779B1u;
+    const int bgr[] = {uint8_t(color >> 8), uint8_t(color >> 16), uint8_t(color >> 24)};
+    int best = INT32_MAX;
+    for (int entry = 0; entry < 256; ++entry) {
+      const int up = entry - lists.start[bgr[1]], turn = up < 0 ? -2 * up - 1 : 2 * up;
+      int sum = 0;
+      for (const int value : bgr) sum += std::abs(value - entry);
+      best = std::min(best, sum << 17 | turn << 8 | entry);
+    }
+    expected.push_back(static_cast<uint8_t>(best));
+    colors.insert(colors.end(), std::begin(bgr), std::end(bgr));
+  }
+  for (auto level = rows::Supported(); *level != nullptr; ++level) {
+    std::fill(std::begin(lists.lists), std::end(lists.lists), 0);
+    lists.used = 256;
+    (*level)->find_by_sums(lists, colors.data(), 3, kCount, found.data());
+    EXPECT_EQ(found, expected) << (*level)->name;
+  }
 }
 
 // A network of minima and maxima that orders all zeros and ones orders everything.
