@@ -163,8 +163,8 @@ void Sampler::FindNeighbours(const int32_t* columns, const int32_t* rows, int32_
     Place(columns, -1, rows, first, end, 0, taps);
     return;
   }
-  if (mode_ != kBicubic || gray_) {
-    // Gray levels are read side by side whatever the offsets; SumAcross() picks from them.
+  if (mode_ != kBicubic || side_by_side()) {
+    // Neighbours are read side by side whatever the offsets; SumAcross() picks from them.
     const int32_t left = mode_ == kBicubic ? -1 : 0;
     for (int k = 0; k < (whole_words() ? 1 : tap_count()); ++k) {
       Place(columns, left + k, rows, first, end, k, taps);
@@ -198,8 +198,13 @@ void Sampler::Fetch(const Taps& taps, int32_t row_move, int first, int end,
   const rows::RowFunctions& functions = rows::Active();
   const size_t n = static_cast<size_t>(end - first);
   if (whole_words()) {
-    FetchTap(taps, 0, row_move, first, end, samples->tap[0]);
-    if (gray_ && !plain_gray_) {
+    uint32_t* const words = samples->tap[mode_ == kBicubic && !gray_ ? 3 : 0];
+    FetchTap(taps, 0, row_move, first, end, words);
+    if (mode_ == kBicubic && !gray_) {
+      uint32_t* const channels[3] = {samples->tap[0] + first, samples->tap[1] + first,
+                                     samples->tap[2] + first};
+      functions.look_up_channels(words + first, n, colors_, channels);
+    } else if (gray_ && !plain_gray_) {
       functions.apply_table(reinterpret_cast<uint8_t*>(samples->tap[0] + first), 4 * n, levels_);
     }
     return;
@@ -300,7 +305,8 @@ void Sampler::SumAcross(const Samples& samples, int32_t x, const float (*weights
                         int end, float* sums) const {
   const rows::RowFunctions& functions = rows::Active();
   for (int i = first; i < end;) {
-    const int next = gray_ ? static_cast<int>(std::min(EndOfOffsets(x + i) - x, end)) : end;
+    const int next =
+        side_by_side() ? static_cast<int>(std::min(EndOfOffsets(x + i) - x, end)) : end;
     const size_t n = static_cast<size_t>(next - i);
     const float* from_weights[4];
     const uint32_t* taps[4];
@@ -308,11 +314,13 @@ void Sampler::SumAcross(const Samples& samples, int32_t x, const float (*weights
       from_weights[k] = weights[k] + i;
       taps[k] = samples.tap[k] + i;
     }
-    if (gray_) {
+    if (side_by_side()) {
       const CubicOffsets offsets = ColumnOffsets(x + i);
       int bytes[4];
       for (int k = 0; k < 4; ++k) bytes[k] = offsets.at[k] + 1;
-      functions.cubic_across_gray(taps[0], bytes, from_weights, n, sums + i);
+      for (int c = 0; c < (gray_ ? 1 : 3); ++c) {
+        functions.cubic_across_gray(taps[c], bytes, from_weights, n, sums + c * kRun + i);
+      }
     } else {
       functions.cubic_across(taps, from_weights, n, kRun, sums + i);
     }
@@ -353,11 +361,7 @@ void Sampler::Store(const uint32_t* colors, int first, int end, int count, uint8
     functions.low_bytes(colors, n, indices);
     if (gray_ && !plain_gray_) functions.apply_table(indices, n, gray_index_);
   } else {
-    for (size_t i = 0; i < n; ++i) {
-      const uint32_t color = colors[i];
-      indices[i] = nearest_->Find(static_cast<uint8_t>(color), static_cast<uint8_t>(color >> 8),
-                                  static_cast<uint8_t>(color >> 16));
-    }
+    nearest_->Find(reinterpret_cast<const uint8_t*>(colors), 4, n, indices);
   }
   if (packed) {
     PackIndices(packed_later, source_.bit_count(), static_cast<size_t>(count), row);

@@ -128,7 +128,11 @@ class Sampler {
                 uint32_t* colors) const;
   // Neighbours in a row.
   int tap_count() const { return mode_ == kBicubic ? 4 : static_cast<int>(mode_); }
-  bool whole_words() const { return source_.bit_count() == 8 && (gray_ || mode_ == kPoint); }
+  bool whole_words() const {
+    return source_.bit_count() == 8 && (gray_ || mode_ == kPoint || mode_ == kBicubic);
+  }
+  // Bicubic neighbours come side by side, in a word for each channel.
+  bool side_by_side() const { return gray_ || source_.bit_count() == 8; }
 
   uint32_t ColorAt(int32_t column, int32_t row) const;
   uint32_t BilinearColor(Position column, Position row) const;

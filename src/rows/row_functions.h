@@ -18,35 +18,44 @@ namespace ombrilo::rows {
 enum ConvolutionFinish {
   kFinishClamp,       // sum + offset
   kFinishReciprocal,  // sum / divisor, by multiplication
-  kFinishFloat,       // sum / divisor, blended, + bias, in single precision that holds it exactly
+  kFinishFloat,       // sum / divisor, blended, + bias, in single precision that is exact enough
   kFinishExact,       // the same in wrapping 32-bit integers
+};
+
+// Rows that are summed with weights, ordered by these: each run stands for so many rows that are
+// added and so many that are subtracted behind them, the sum of which is multiplied.
+struct WeightRun {
+  enum { kMost = 128 };  // rows added, and rows subtracted
+  int32_t weight;
+  uint32_t plus, minus;
+};
+struct Taps {
+  const uint8_t* const* from;  // each from its own first neighbour on
+  const struct WeightRun* runs;
+  size_t run_count;
 };
 
 // A row of weighted sums of rows. Sums wrap: at 16 bits where that holds them, otherwise at 32.
 struct Convolution {
-  const uint8_t* const* from;  // rows of bytes, each from its own first neighbour on
-  const int32_t* weights;
-  size_t count;
-  const uint16_t* const* sums;  // rows of 16-bit sums, which only 16-bit convolutions take
-  const int32_t* sum_weights;
-  size_t sum_count;
+  struct Taps bytes;
+  struct Taps sums;  // rows that `weigh` made, which only 16-bit convolutions take
 
   bool wide;  // 32-bit sums
-  // 32-bit sums may be formed of groups of rows whose own sums fit 16 bits with sign: where each
-  // group ends; no groups otherwise.
-  const size_t* group_ends;
-  size_t group_count;
   enum ConvolutionFinish finish;
-  const int16_t* offset;       // kFinishClamp: kConvolutionBlock values, repeated along the row
+  const int16_t* offset;       // kFinishClamp: of the bytes 0, 2, 4, ..., kConvolutionOffsets
   int32_t lowest;              // 16-bit sums, other finishes: 0 minus the least sum
   uint16_t highest;            // kFinishReciprocal: quotients of larger sums exceed 255
   uint16_t multiplier, shift;  // kFinishReciprocal: n * multiplier >> 16 >> shift = n / divisor
   int32_t divisor;             // 0: no division
   int32_t strength;            // 10: no blending
   int32_t bias;
+  const uint8_t* own;  // what results are blended with
 };
 
-enum { kConvolutionBlock = 384 };  // a multiple of 3, and of the widest vector
+enum {
+  kConvolutionOffsets = 34,  // a vector's words, from any of three colors on
+  kConvolutionBlock = 128,   // a multiple of what is computed at a time
+};
 
 // A palette network while it learns.
 struct Neurons {
@@ -56,6 +65,28 @@ struct Neurons {
   uint16_t wins[kMost];                           // frequency of each neuron's wins, less 1
   int32_t rate[2 * kMargin];                      // by distance from the winner, at kMargin
   size_t reach;                                   // neurons on each side that have a rate
+};
+
+// A palette for searches, with what they have found out about it: lists of the entries that can be
+// the nearest one to a color in some cell of color space.
+//
+// An entry is a word: blue, green, red and, on top, its number. A list is a word: where in the pool
+// it starts, times 256, and its length less 1; 0 before it is known. The first list in the pool is
+// the palette, and `used` starts behind it.
+struct PaletteLists {
+  enum { kPool = 1 << 17 };
+  uint32_t count;      // of the palette's entries; 2 at least
+  uint32_t used;       // of the pool
+  uint32_t forgotten;  // how often the pool was full and begun anew
+  uint32_t pool[kPool];
+};
+// Cells are 64 wide, then 32 and so on to 8 or 4: 8^2 + 8^3 + ...
+struct SquaresLists : PaletteLists {
+  uint32_t lists[37440];
+};
+struct SumsLists : PaletteLists {
+  uint32_t lists[299584];
+  int32_t start[256];  // the number from which a green's search goes up and down
 };
 
 // Counters of a histogram's set: 256 and some room, as counters of two sets that stand a multiple
@@ -98,6 +129,10 @@ struct RowFunctions {
   // `to`.
   void (*max_of)(const uint8_t* const* from, size_t rows, size_t count, uint8_t* to);
   void (*min_of)(const uint8_t* const* from, size_t rows, size_t count, uint8_t* to);
+  // to[i] = the largest (least) of from[k][i], from[k][i + step] and from[k][i + 2 * step] of three
+  // rows k; `step` is 1 or 3.
+  void (*square_max)(const uint8_t* const* from, size_t step, size_t count, uint8_t* to);
+  void (*square_min)(const uint8_t* const* from, size_t step, size_t count, uint8_t* to);
   // to[i] = from[i] where that is not `value`
   void (*copy_unless)(const uint8_t* from, uint8_t value, size_t count, uint8_t* to);
   // to[i] = the median of from[0][i] to from[8][i]
@@ -105,11 +140,11 @@ struct RowFunctions {
   // The strongest of the four directional differences around the middle of three rows, a third of
   // it; `step` bytes lie between neighbours.
   void (*sobel)(const uint8_t* const* rows, ptrdiff_t step, size_t count, uint8_t* to);
-  // to[i] = sum of weights[k] * from[k][i], in wrapping 16-bit arithmetic
-  void (*weigh)(const uint8_t* const* from, const int32_t* weights, size_t rows, size_t count,
-                uint16_t* to);
-  // One row of a convolution. Blending starts from the bytes that `to` holds.
-  void (*convolve)(const Convolution& convolution, size_t count, uint8_t* to);
+  // Weighted sums modulo 2^16 as `convolve` takes them, in an order of their own: 2 x count bytes,
+  // the count rounded up to a multiple of kConvolutionBlock.
+  void (*weigh)(const struct Taps& taps, size_t count, uint8_t* sums);
+  // One row of a convolution.
+  void (*convolve)(const struct Convolution& convolution, size_t count, uint8_t* to);
 
   // to[i] = min(from[i] + to[i], 255); max(to[i] - from[i], 0); max(from[i] - to[i], 0);
   // to[i] - from[i] modulo 256
@@ -118,14 +153,13 @@ struct RowFunctions {
   void (*subtract_from)(const uint8_t* from, size_t count, uint8_t* to);
   void (*subtract_wrapped)(const uint8_t* from, size_t count, uint8_t* to);
 
-  // One-bit pixels, eight to a byte: whether any and whether all of a pixel and the two left of it
-  // (right of it) are 1. Reads a byte more on that side.
-  void (*spread_bits_left)(const uint8_t* bits, size_t count, uint8_t* any, uint8_t* all);
-  void (*spread_bits_right)(const uint8_t* bits, size_t count, uint8_t* any, uint8_t* all);
-  // Combines three rows of those. outcome[0], [1] and [2] are the bytes that stand where none, all
-  // and some are 1.
-  void (*choose_bits)(const uint8_t* const* any, const uint8_t* const* all, const uint8_t* outcome,
-                      size_t count, uint8_t* to);
+  // The 3x3 pixels that end at a pixel (start at it) of three rows of one-bit pixels, eight to a
+  // byte: outcome[0], [1] and [2] are the bytes that stand where none, all and some are 1. Reads a
+  // byte more on that side.
+  void (*square_bits_left)(const uint8_t* const* rows, const uint8_t* outcome, size_t count,
+                           uint8_t* to);
+  void (*square_bits_right)(const uint8_t* const* rows, const uint8_t* outcome, size_t count,
+                            uint8_t* to);
 
   // One-bit pixels: to's bits become those of outcome[0] to [3] where the bits of `to` and `other`
   // are 0 and 0, 0 and 1, 1 and 0, 1 and 1.
@@ -184,6 +218,23 @@ struct RowFunctions {
   // Shows a palette network one color after the other.
   void (*learn)(const uint8_t* bgr, size_t samples, struct Neurons& neurons);
 
+  // The numbers of the entries nearest to colors: words of `step` (3 or 4) bytes, blue, green, red
+  // first. By squares: least sum of squared differences, the lowest number on a tie.
+  void (*find_by_squares)(struct SquaresLists& palette, const uint8_t* colors, size_t step,
+                          size_t count, uint8_t* numbers);
+  // Least sum of absolute differences; on a tie the first in the order start, start - 1, start + 1,
+  // start - 2 ... of the color's green.
+  void (*find_by_sums)(struct SumsLists& palette, const uint8_t* colors, size_t step, size_t count,
+                       uint8_t* numbers);
+  // Error diffusion through rows of three-byte colors that stand `stride` bytes apart, a multiple
+  // of 4. In each row a color becomes that of seen[number], where the number is found by sums. Of
+  // the error, 3/8 go to the right neighbour, 3/8 to the pixel in the row before and 2/8 to the
+  // right neighbour of that; the last pixel of a row gets nothing from its left. Rows before, with
+  // their shares of errors, are found once more: numbers[k * width ...] are those of the row before
+  // row k. before[] holds the first of these, and the last row's colors afterwards, as words.
+  void (*diffuse)(struct SumsLists& palette, const uint32_t* seen, const uint8_t* rows,
+                  size_t stride, size_t width, size_t count, uint32_t* before, uint8_t* numbers);
+
   // Exchanges two runs of bytes.
   void (*swap_bytes)(uint8_t* a, uint8_t* b, size_t count);
   // `count` bytes of 1-bit, of 4-bit and of 8-bit pixels, and three-byte pixels, in reverse order;
@@ -220,6 +271,9 @@ struct RowFunctions {
                 size_t count, uint8_t* to);
   void (*pick1)(const uint8_t* base, int32_t bytes, const int32_t* offset, const uint8_t* shift,
                 int32_t move, size_t count, uint8_t* to);
+  // channels[c][i] = byte c of the four entries that the bytes of words[i] choose from a table.
+  void (*look_up_channels)(const uint32_t* words, size_t count, const uint32_t* table,
+                           uint32_t* const channels[3]);
   // bytes[i] = the low byte of words[i]
   void (*low_bytes)(const uint32_t* words, size_t count, uint8_t* bytes);
   // packed[i] = words[0][i] | words[1][i] << 8 | words[2][i] << 16 | words[3][i] << 24

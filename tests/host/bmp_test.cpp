@@ -66,10 +66,10 @@ TEST(BmpFile, ColorTablesOfOtherSizes) {
   // No offset at all, and a table that only advises at 24 bits.
   BmpFile file{.bits = 8, .colors = colors, .colors_used = 3, .pixels_at = 0};
   file.pixel = [](int, int) { return 2u; };
-  EXPECT_EQ(Colors(Decode(file.Bytes())), std::vector<uint32_t>{0x708090});
+  EXPECT_EQ(Decode(file.Bytes()).Colors(), std::vector<uint32_t>{0x708090});
   file.bits = 24;
   file.pixels_at = -1;
-  EXPECT_EQ(Colors(Decode(file.Bytes())), std::vector<uint32_t>{2});
+  EXPECT_EQ(Decode(file.Bytes()).Colors(), std::vector<uint32_t>{2});
 }
 
 struct Runs {

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <memory>
 #include <numeric>
 
 #include "support/image.h"
@@ -178,10 +179,12 @@ void AddNeighbourhoodCases(std::vector<Case>& all) {
                    }});
   }
   for (const int step : {1, 3}) {
-    all.push_back({"medians, gradients", [=](auto& f, auto& in, auto n, auto& o) {
+    all.push_back({"squares, gradients", [=](auto& f, auto& in, auto n, auto& o) {
                      f.median9(in.from, n, o.New(n));
                      f.median_of_square(in.from, 3, step, n, o.New(n));
                      f.median_of_square(in.from, 5, step, n, o.New(n));
+                     f.square_max(in.from, size_t(step), n, o.New(n));
+                     f.square_min(in.from, size_t(step), n, o.New(n));
                      f.sobel(in.from, step, n, o.New(n));
                      f.sobel_magnitude(in.from, step, n, o.New(n));
                      f.roberts_magnitude(in.from[0], in.from[1], step, n, o.New(n));
@@ -194,40 +197,39 @@ void AddNeighbourhoodCases(std::vector<Case>& all) {
                    f.subtract_wrapped(in.from[0], n, o.New(n));
                    f.subtract_from(in.from[0], n, o.New(n));
                  }});
-  all.push_back({"spread_bits, choose_bits", [](auto& f, auto& in, auto n, auto& o) {
+  all.push_back({"one-bit pixels", [](auto& f, auto& in, auto n, auto& o) {
                    constexpr uint8_t kOutcome[] = {0xFF, 0, 0x5A, 0x33};
-                   uint8_t* any = o.New(n);
-                   f.spread_bits_left(in.from[0], n, any, o.New(n));
-                   any = o.New(n);
-                   f.spread_bits_right(in.from[0], n, any, o.New(n));
-                   f.choose_bits(in.from, in.from + 3, kOutcome, n, o.New(n));
+                   constexpr uint8_t kAny[] = {0, 0xFF, 0xFF}, kAll[] = {0, 0xFF, 0};
+                   for (const uint8_t* outcome : {kOutcome, kAny, kAll}) {
+                     f.square_bits_left(in.from, outcome, n, o.New(n));
+                     f.square_bits_right(in.from, outcome, n, o.New(n));
+                   }
                    f.map_bit_pairs(in.from[0], kOutcome, n, o.New(n));
                  }});
-  all.push_back({"weigh", [](auto& f, auto& in, auto n, auto& o) {
-                   constexpr int32_t kWeights[] = {3, -70, 100000, 1, -1, 9, 0, 5, -12};
-                   f.weigh(in.from, kWeights, 3, n, o.template New<uint16_t>(n));
-                   f.weigh(in.from, kWeights, 9, n, o.template New<uint16_t>(n));
-                 }});
-  for (const int wide : {0, 1, 2}) {  // 2: in groups
-    for (const auto finish :
-         {rows::kFinishClamp, rows::kFinishReciprocal, rows::kFinishFloat, rows::kFinishExact}) {
+  for (const auto finish :
+       {rows::kFinishClamp, rows::kFinishReciprocal, rows::kFinishFloat, rows::kFinishExact}) {
+    for (const int wide : {0, 1, 2}) {  // 2: with weights of more than 16 bits
       if (wide != 0 && finish < rows::kFinishFloat) continue;
       for (const int32_t strength : {10, 4}) {
-        all.push_back({"convolve", [=](auto& f, auto& in, auto n, auto& o) {
-                         constexpr int32_t kWeights[] = {9, -2, 3, 1, -1, 9, 0, 5, -12}, kTwo = 2;
-                         constexpr size_t kGroupEnds[] = {4, 9};
-                         const std::vector<int16_t> offset(rows::kConvolutionBlock, 17);
-                         const std::vector<uint16_t> sums(in.from[8], in.from[8] + n);
-                         const uint16_t* sum_rows[] = {sums.data()};
+        all.push_back({"weigh, convolve", [=](auto& f, auto& in, auto n, auto& o) {
+                         const rows::WeightRun runs[] = {
+                             {1, 2, 1}, {3, 1, 1}, {wide == 2 ? 100001 : 7, 2, 2}};
+                         int16_t offset[rows::kConvolutionOffsets];
+                         for (int i = 0; i < rows::kConvolutionOffsets; ++i) offset[i] = i % 3 * 7;
+                         constexpr size_t kBlock = rows::kConvolutionBlock;
+                         std::vector<uint8_t> sums((n + kBlock - 1) / kBlock * kBlock * 2);
+                         f.weigh({in.from, runs, 2}, n, sums.data());
+                         const uint8_t* sum_rows[] = {sums.data(), sums.data()};
+                         constexpr rows::WeightRun kTwice = {2, 2, 0};
                          rows::Convolution c = {};
-                         c.from = in.from, c.weights = kWeights, c.count = 9;
-                         c.sums = sum_rows, c.sum_weights = &kTwo, c.sum_count = wide == 0;
+                         c.bytes = {in.from, runs, 3};
+                         c.sums = {sum_rows, &kTwice, wide == 0 && n % 2 == 0};
                          c.wide = wide != 0;
-                         c.group_ends = kGroupEnds, c.group_count = wide == 2 ? 2 : 0;
-                         c.finish = finish, c.offset = offset.data();
-                         c.lowest = wide != 0 ? 0 : 15 * 255, c.highest = 14 * 256 - 1;
-                         c.multiplier = 37450, c.shift = 3, c.divisor = 14;
-                         c.strength = strength, c.bias = finish == rows::kFinishClamp ? 0 : 3;
+                         c.finish = finish, c.offset = offset;
+                         c.lowest = wide != 0 || finish == rows::kFinishClamp ? 0 : 18 * 255;
+                         c.highest = 14 * 256 - 1, c.multiplier = 37450, c.shift = 3;
+                         c.divisor = 14, c.strength = strength, c.bias = 3;
+                         c.own = in.from[3];
                          f.convolve(c, n, o.New(n));
                        }});
       }
@@ -327,11 +329,45 @@ void AddResamplingCases(std::vector<Case>& all) {
                  }});
 }
 
+// What searches remember is not to change what they find: all share it.
+template <class Lists>
+Lists& ListsOf(const uint32_t (&colors)[256]) {
+  static const auto lists = std::make_unique<Lists>();
+  lists->count = lists->used = 256;
+  for (uint32_t i = 0; i < 256; ++i) lists->pool[i] = (colors[i] & 0xFFFFFF) | i << 24;
+  std::fill(std::begin(lists->lists), std::end(lists->lists), 0);
+  return *lists;
+}
+
+void AddSearchCases(std::vector<Case>& all, const Input& palette) {
+  static auto& squares = ListsOf<rows::SquaresLists>(palette.colors);
+  static auto& sums = ListsOf<rows::SumsLists>(palette.colors);
+  for (int green = 0; green < 256; ++green) sums.start[green] = green * 3 / 4 + 20;
+  for (const size_t step : {3, 4}) {
+    all.push_back({"find", [=](auto& f, auto& in, auto n, auto& o) {
+                     f.find_by_squares(squares, &*in.bytes.end() - step * n, step, n, o.New(n));
+                     f.find_by_sums(sums, &*in.bytes.end() - step * n, step, n, o.New(n));
+                   }});
+  }
+  for (const size_t count : {1, 2, 7, 17}) {  // rows
+    all.push_back({"diffuse", [=](auto& f, auto& in, auto n, auto& o) {
+                     const size_t width = n / count, stride = (3 * width + 3) / 4 * 4;
+                     std::vector<uint8_t> rows(stride * count);
+                     for (size_t i = 0; i < rows.size(); ++i) rows[i] = in.bytes[i % 4 * n + i / 4];
+                     auto* before = reinterpret_cast<uint32_t*>(
+                         o.Copy(reinterpret_cast<const uint8_t*>(in.taps[0]), 4 * width));
+                     f.diffuse(sums, in.colors, rows.data(), stride, width, count, before,
+                               o.New(width * count));
+                   }});
+  }
+}
+
 TEST(RowFunctions, EveryLevelGivesTheSameBytes) {
   std::vector<Case> cases;
   AddPixelCases(cases);
   AddNeighbourhoodCases(cases);
   AddResamplingCases(cases);
+  AddSearchCases(cases, Input(0));
   std::vector<size_t> lengths = {415, 582, 816, 1023, 1024, 1025, 1087, 1143, 2047, 2100};
   for (size_t n = 0; n <= 300; ++n) lengths.push_back(n);
   for (const size_t n : lengths) {
@@ -360,6 +396,35 @@ TEST(RowFunctions, PlainCodeComesFirstAndTheWidestIsActive) {
   EXPECT_EQ(&rows::Active(), levels[0]);
   rows::Use(nullptr);
   EXPECT_EQ(&rows::Active(), widest);
+}
+
+// Sums of differences, with orders by turns and so many lists that room for them runs out.
+TEST(RowFunctions, SearchBySumsWithTurns) {
+  constexpr size_t kCount = 40000;
+  uint32_t ramp[256];
+  for (uint32_t i = 0; i < 256; ++i) ramp[i] = i * 0x010101;
+  auto& lists = ListsOf<rows::SumsLists>(ramp);
+  for (int green = 0; green < 256; ++green) lists.start[green] = 255 - green;
+  std::vector<uint8_t> colors, expected, found(kCount);
+  for (uint32_t i = 0; i < kCount; ++i) {
+    const uint32_t color = i * 0x9E3779B1u;
+    const int bgr[] = {uint8_t(color >> 8), uint8_t(color >> 16), uint8_t(color >> 24)};
+    int best = INT32_MAX;
+    for (int entry = 0; entry < 256; ++entry) {
+      const int up = entry - lists.start[bgr[1]], turn = up < 0 ? -2 * up - 1 : 2 * up;
+      int sum = 0;
+      for (const int value : bgr) sum += std::abs(value - entry);
+      best = std::min(best, sum << 17 | turn << 8 | entry);
+    }
+    expected.push_back(static_cast<uint8_t>(best));
+    colors.insert(colors.end(), std::begin(bgr), std::end(bgr));
+  }
+  for (auto level = rows::Supported(); *level != nullptr; ++level) {
+    std::fill(std::begin(lists.lists), std::end(lists.lists), 0);
+    lists.used = 256;
+    (*level)->find_by_sums(lists, colors.data(), 3, kCount, found.data());
+    EXPECT_EQ(found, expected) << (*level)->name;
+  }
 }
 
 // A network of minima and maxima that orders all zeros and ones orders everything.

@@ -191,35 +191,5 @@ TEST(PointOperations, NothingToDo) {
   }
 }
 
-// Without a table, gamma and lights walk the pixel data three bytes to a pixel at every depth, with
-// their own row advance, and end with the data: gamma at the last byte, lights at the last group.
-TEST(PointOperations, ByteWalksStayInsideThePixelData) {
-  for (const int bits : {2, 8, 16, 32}) {
-    for (const int width : {1, 3, 4, 30}) {
-      SCOPED_TRACE(std::to_string(bits) + " bits, width " + std::to_string(width));
-      ImageBuilder builder(bits, width, 4);
-      builder.Colors({}).Pixels(Noise(1u << std::min(bits, 24), 8)).Filler(0x33);
-      if (bits == 8) builder.Field(32, 65536);  // a table of 0 entries
-      TestImage gamma = builder.Build(), lights = gamma.Clone();
-      std::vector<uint8_t> toned = gamma.Bytes(), lit = toned;
-      const size_t size = toned.size(), stride = (size - 40) / 4;
-      const Operation light = {"", {}, [](Color v) { return Lit(v, 9, 30, 0); }, {}};
-      size_t at = 40;
-      for (int y = 0; y < 4; ++y, at += stride - static_cast<size_t>(width * bits / 8)) {
-        for (int x = 0; x < width; ++x, at += 3) {
-          for (size_t i = at; i < std::min(at + 3, size); ++i) {
-            toned[i] = static_cast<uint8_t>(Gamma(toned[i], 2.0));
-          }
-          if (at + 3 <= size) Map(light, lit, at);
-        }
-      }
-      EXPECT_EQ(omb_gammacorrection(gamma.get(), 2.0), 1u);
-      EXPECT_EQ(gamma.Bytes(), toned);
-      EXPECT_EQ(omb_adjustghms(lights.get(), 9, 30, 0), 1u);
-      EXPECT_EQ(lights.Bytes(), lit);
-    }
-  }
-}
-
 }  // namespace
 }  // namespace ombrilo::test
