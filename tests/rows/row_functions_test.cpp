@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <memory>
 #include <numeric>
@@ -144,8 +145,14 @@ void AddPixelCases(std::vector<Case>& all) {
         }},
        {"swap_bytes, mirrors", [](auto& f, auto& in, auto n, auto& o) {
           f.swap_bytes(o.Copy(in.from[0], n), o.Copy(in.from[1], n), n);
+          f.mirror1(in.bytes.data(), n, o.New(n));
+          f.mirror4(in.bytes.data(), n, o.New(n));
           f.mirror8(in.bytes.data(), n, o.New(n));
           f.mirror24(in.bytes.data(), n, o.New(3 * n));
+          const size_t columns = n % 16, rows = n % 17;  // 15 x 16 in 3 x 256 bytes
+          const auto from_step = static_cast<ptrdiff_t>(3 * columns);
+          const auto to_step = static_cast<ptrdiff_t>(3 * rows);
+          f.transpose24(in.table, from_step, columns, rows, o.New(3 * columns * rows), to_step);
         }}});
   for (size_t shift = 1; shift < 8; ++shift) {
     all.push_back({"shift_bits", [=](auto& f, auto& in, auto n, auto& o) {
@@ -280,22 +287,34 @@ void AddResamplingCases(std::vector<Case>& all) {
                    f.low_bytes(in.taps[0], n, o.New(n));
                    f.pack_bytes(in.taps, n, o.template New<uint32_t>(n));
                  }});
-  // Pixels from far apart to neighbours, again and again up to the last of 300.
-  for (const int step : {2400, 110, 61, 50, 49, 13}) {
-    all.push_back({"bilinear of pixels", [=](auto& f, auto& in, auto n, auto& o) {
+  // Pixels from far apart to neighbours, up to the last byte.
+  for (const int step : {600, 110, 61, 50, 49, 13}) {
+    all.push_back({"bilinear, cubic of pixels", [=](auto& f, auto& in, auto n, auto& o) {
                      std::vector<int32_t> offsets;
                      for (size_t i = 0; i < n; ++i) {
-                       offsets.push_back(static_cast<int32_t>(i) * step / 20 % 300 * 3);
+                       offsets.push_back(static_cast<int32_t>(i) * step / 20 * 3);
                      }
-                     std::vector<uint8_t> lower(903), upper(903);
-                     for (size_t k = 0; k < 903; ++k) {
+                     const int32_t bytes = 3 * (static_cast<int32_t>(n) * step / 20 + 4);
+                     constexpr int kColumns[][4] = {{0, 1, 2, 3}, {1, 1, 2, 3}, {0, 1, 1, 2}};
+                     const auto* places = offsets.data();
+                     std::vector<uint8_t> lower(static_cast<size_t>(bytes)), upper(lower);
+                     for (size_t k = 0; k < lower.size(); ++k) {
                        lower[k] = in.table[k % 768], upper[k] = in.table[5 * k % 768];
                      }
+                     const uint8_t *low = lower.data(), *up = upper.data();
                      for (const bool one : {false, true}) {
-                       f.bilinear24(lower.data(), upper.data(), 903, offsets.data(), in.floats[0],
-                                    in.floats[1], one, n, o.New(3 * n));
-                       f.bilinear8(lower.data(), upper.data(), 903, offsets.data(), in.floats[0],
-                                   in.floats[1], one, n, o.New(n));
+                       const auto *dx = in.floats[0], *dy = in.floats[1];
+                       f.bilinear24(low, up, bytes, places, dx, dy, one, n, o.New(3 * n));
+                       f.bilinear8(low, up, bytes, places, dx, dy, one, n, o.New(n));
+                       f.cubic_down24(in.sums, in.floats + 4, one, n, n, o.New(3 * n));
+                       f.cubic_down8(in.sums, in.floats + 4, one, n, 0, o.New(n));
+                     }
+                     for (const auto& columns : kColumns) {
+                       const bool ascend = columns[3] == 3;
+                       f.cubic_across24(low, bytes, places, 0, ascend, columns, in.floats, n, n,
+                                        o.template New<float>(3 * n));
+                       f.cubic_across8(low, bytes, places, 3, ascend, columns, in.floats, n, 0,
+                                       o.template New<float>(n));
                      }
                    }});
   }
@@ -310,12 +329,16 @@ void AddResamplingCases(std::vector<Case>& all) {
                    }});
   }
   all.push_back({"cubic_across, positions", [](auto& f, auto& in, auto n, auto& o) {
-                   constexpr int kBytes[4] = {1, 3, 0, 2};
+                   constexpr int bytes[4] = {1, 3, 0, 2};
                    float* weights[4];
                    for (float*& w : weights) w = o.template New<float>(n);
                    f.cubic_weights(in.floats[0], n, weights);
+                   std::vector<float> fractions(in.floats[0], in.floats[0] + n);
+                   for (float& fraction : fractions) fraction -= std::floor(fraction);
+                   for (float*& w : weights) w = o.template New<float>(n);
+                   f.cubic_weights(fractions.data(), n, weights);
                    f.cubic_across(in.taps, in.floats, n, n, o.template New<float>(3 * n));
-                   f.cubic_across_gray(in.taps[0], kBytes, in.floats, n, o.template New<float>(n));
+                   f.cubic_across_gray(in.taps[0], bytes, in.floats, n, o.template New<float>(n));
                    const rows::TurnedAxis axis = {0.9876f, 0.3f, 12, 1, 20};
                    auto* inner = o.template New<int32_t>(n);
                    f.turned_positions(axis, -17, n, inner, o.template New<float>(n));
