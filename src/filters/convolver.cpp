@@ -8,7 +8,7 @@ namespace ombrilo {
 
 namespace {
 
-constexpr int64_t kExactFloats = int64_t{1} << 24;
+constexpr int64_t kExactFloats = int64_t{1} << 22;  // as numerators
 
 int32_t WrappedSum(int32_t a, int32_t b) {
   return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
@@ -31,23 +31,46 @@ bool FindReciprocal(int64_t divisor, int64_t largest, rows::Convolution& plan) {
   return false;
 }
 
+// What a tap costs if rows of bytes are summed, rows of sums, and for making and using such rows.
+constexpr int kByteCost = 3, kSumCost = 2, kProductCost = 12;
+
+// Orders the taps by weight.
+size_t MakeRuns(Tap* taps, size_t count, rows::WeightRun* runs) {
+  const auto size = [](const Tap& tap) {
+    const auto weight = static_cast<uint32_t>(tap.weight);
+    return tap.weight < 0 ? 0 - weight : weight;
+  };
+  std::sort(taps, taps + count, [&](const Tap& a, const Tap& b) {
+    return std::pair(size(a), -(a.weight >= 0)) < std::pair(size(b), -(b.weight >= 0));
+  });
+  rows::WeightRun* run = runs;
+  for (size_t i = 0; i < count; ++i) {
+    const auto weight = static_cast<int32_t>(size(taps[i]));
+    const bool negative = taps[i].weight < 0;
+    if (i == 0 || run[-1].weight != weight ||
+        (negative ? run[-1].minus : run[-1].plus) == rows::WeightRun::kMost) {
+      *run++ = {weight, 0, 0};
+    }
+    ++(negative ? run[-1].minus : run[-1].plus);
+  }
+  return static_cast<size_t>(run - runs);
+}
+
 }  // namespace
 
 Convolver::Convolver(Buffer<Tap> taps, size_t count, const Finishing& finishing)
     : taps_(std::move(taps)),
       count_(count),
-      weights_(NewScratchBuffer<int32_t>(count)),
+      runs_(NewScratchBuffer<rows::WeightRun>(count)),
       rows_(NewScratchBuffer<const uint8_t*>(count)) {
   if (!*this) return;
   std::copy_n(finishing.color, 3, color_);
   Merge();
   ChooseFinish(finishing);
-  if (plan_.wide) {
-    Group();
-  } else {
-    Factor();
-  }
-  for (size_t i = 0; i < count_; ++i) weights_[i] = taps_[i].weight;
+  if (!plan_.wide) Factor();
+  run_count_ = MakeRuns(taps_.get(), count_, runs_.get());
+  across_.run_count = MakeRuns(across_.taps, across_.count, across_.runs);
+  down_.run_count = MakeRuns(down_.taps, down_.count, down_.runs);
 }
 
 void Convolver::Merge() {
@@ -85,7 +108,6 @@ void Convolver::ChooseFinish(const Finishing& finishing) {
     plan_.divisor = -plan_.divisor;
     std::swap(positive_, negative_);
   }
-  plan_.lowest = plan_.wide ? 0 : static_cast<int32_t>(255 * negative_);
   // Within 16 bits with sign, an offset of up to 255 + 255 included.
   const bool small =
       positive_ <= 126 && negative_ <= 126 && std::abs(int64_t{finishing.bias}) < 256;
@@ -93,6 +115,7 @@ void Convolver::ChooseFinish(const Finishing& finishing) {
     plan_.finish = rows::kFinishClamp;
     return;
   }
+  plan_.lowest = plan_.wide ? 0 : static_cast<int32_t>(255 * negative_);
   if (whole && finishing.bias == 0 && plan_.divisor > 1 && !plan_.wide) {
     const int64_t largest = std::min<int64_t>(255 * positive_, 256 * int64_t{plan_.divisor} - 1);
     plan_.highest = static_cast<uint16_t>(largest);
@@ -126,7 +149,7 @@ bool Convolver::FindProduct(const int32_t (&grid)[kMaxBox][kMaxBox], int width, 
     if (product.cost == 0) {
       for (int x = 0; x < width; ++x) {
         product.across[x] = grid[y][x] / divisor;
-        product.cost += product.across[x] != 0;
+        product.cost += product.across[x] != 0 ? kByteCost : 0;
       }
     }
     if (product.across[lead] == 0 || grid[y][lead] % product.across[lead] != 0) return false;
@@ -134,7 +157,7 @@ bool Convolver::FindProduct(const int32_t (&grid)[kMaxBox][kMaxBox], int width, 
     for (int x = 0; x < width; ++x) {
       if (product.down[y] * product.across[x] != grid[y][x]) return false;
     }
-    ++product.cost;
+    product.cost += kSumCost;
   }
   return true;
 }
@@ -150,11 +173,11 @@ Convolver::Product Convolver::FrequentWeight(const int32_t (&grid)[kMaxBox][kMax
     for (size_t k = 0; k < count_; ++k) equal += taps_[k].weight == taps_[i].weight;
     if (equal > most) most = equal, frequent = taps_[i].weight;
   }
-  product.cost = width + height;
+  product.cost = width * kByteCost + height * kSumCost;
   for (int x = 0; x < width; ++x) product.across[x] = 1;
   for (int y = 0; y < height; ++y) product.down[y] = frequent;
   for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x) product.cost += grid[y][x] != frequent;
+    for (int x = 0; x < width; ++x) product.cost += grid[y][x] != frequent ? kByteCost : 0;
   }
   return product;
 }
@@ -173,18 +196,13 @@ void Convolver::Factor() {
   const int w = static_cast<int>(width), h = static_cast<int>(height);
   Product product;
   if (!FindProduct(grid, w, h, product)) product = FrequentWeight(grid, w, h);
-  // Sums of 16 bits are read and written at twice the width: a saving of a few taps is none.
-  if (static_cast<size_t>(product.cost) + 2 >= count_) return;
+  if (product.cost + kProductCost >= kByteCost * static_cast<int>(count_)) return;
 
   for (int x = 0; x < w; ++x) {
-    if (product.across[x] == 0) continue;
-    across_dx_[across_count_] = x0 + x;
-    across_[across_count_++] = product.across[x];
+    if (product.across[x] != 0) across_.taps[across_.count++] = {x0 + x, 0, product.across[x]};
   }
   for (int y = 0; y < h; ++y) {
-    if (product.down[y] == 0) continue;
-    down_dy_[down_count_] = y0 + y;
-    down_[down_count_++] = product.down[y];
+    if (product.down[y] != 0) down_.taps[down_.count++] = {0, y0 + y, product.down[y]};
   }
   count_ = 0;  // the corrections, which are fewer, take the place of the taps
   for (int y = 0; y < h; ++y) {
@@ -195,64 +213,37 @@ void Convolver::Factor() {
   }
 }
 
-// Taps in their order, as many to a group as keep its sums within 16 bits with sign.
-void Convolver::Group() {
-  constexpr int64_t kMost = INT16_MAX / 255;
-  int64_t positive = 0, negative = 0;
-  size_t groups = 0;
-  for (size_t i = 0; i < count_; ++i) {
-    const int64_t weight = taps_[i].weight;
-    if (std::abs(weight) > kMost) return;
-    positive += std::max<int64_t>(weight, 0);
-    negative += std::max<int64_t>(-weight, 0);
-    if (positive > kMost || negative > kMost) {
-      if (groups + 1 == kMaxGroups) return;
-      group_ends_[groups++] = i;
-      positive = std::max<int64_t>(weight, 0);
-      negative = std::max<int64_t>(-weight, 0);
-    }
-  }
-  group_ends_[groups++] = count_;
-  plan_.group_count = groups;
-}
-
 void Convolver::Begin(const WindowLayout& layout) {
   layout_ = layout;
-  for (size_t i = 0; i < rows::kConvolutionBlock; ++i) {
+  for (size_t i = 0; i < rows::kConvolutionOffsets; ++i) {
     // Three colors come round every three bytes; a single channel has one color.
-    const uint8_t color = color_[layout.step == 3 ? i % 3 : 0];
-    offset_[i] = static_cast<int16_t>(plan_.finish == rows::kFinishClamp ? plan_.bias + color : 0);
+    const uint8_t color = color_[layout.step == 3 ? 2 * i % 3 : 0];
+    offset_[i] = static_cast<int16_t>(plan_.bias + color);
   }
 }
 
 void Convolver::Prepare(uint8_t* row) {
-  if (across_count_ == 0 || layout_.count == 0) return;
+  if (across_.count == 0 || layout_.count == 0) return;
   const uint8_t* from[kMaxBox];
-  for (size_t k = 0; k < across_count_; ++k) {
-    from[k] = row + layout_.first + across_dx_[k] * layout_.step;
+  for (size_t k = 0; k < across_.count; ++k) {
+    from[k] = row + layout_.first + across_.taps[k].dx * layout_.step;
   }
-  auto* sums = reinterpret_cast<uint16_t*>(row + layout_.pitch) + layout_.first;
-  rows::Active().weigh(from, across_, across_count_, layout_.count, sums);
+  rows::Active().weigh({from, across_.runs, across_.run_count}, layout_.count, row + layout_.pitch);
 }
 
 void Convolver::Combine(uint8_t* const* rows, size_t first, size_t count, uint8_t* to) {
   for (size_t i = 0; i < count_; ++i) {
     rows_[i] = rows[reach_.before + taps_[i].dy] + first + taps_[i].dx * layout_.step;
   }
-  const uint16_t* sums[kMaxBox];
-  for (size_t k = 0; k < down_count_; ++k) {
-    const uint8_t* row = rows[reach_.before + down_dy_[k]] + layout_.pitch;
-    sums[k] = reinterpret_cast<const uint16_t*>(row) + first;
+  const uint8_t* sums[kMaxBox];
+  for (size_t k = 0; k < down_.count; ++k) {
+    sums[k] = rows[reach_.before + down_.taps[k].dy] + layout_.pitch;
   }
   rows::Convolution plan = plan_;
-  plan.from = rows_.get();
-  plan.weights = weights_.get();
-  plan.count = count_;
-  plan.sums = sums;
-  plan.sum_weights = down_;
-  plan.sum_count = down_count_;
-  plan.group_ends = group_ends_;
+  plan.bytes = {rows_.get(), runs_.get(), run_count_};
+  plan.sums = {sums, down_.runs, down_.run_count};
   plan.offset = offset_;
+  plan.own = rows[reach_.before] + first;
   rows::Active().convolve(plan, count, to);
 }
 

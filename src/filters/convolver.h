@@ -4,13 +4,13 @@
 // Weights are planned once per call:
 //
 // - Taps on the same position become one, and zero weights none.
-// - Sums are kept in 16 bits if 255 x (positive + negative weights) fits, otherwise in 32, where
-//   groups of taps that fit 16 bits are summed in these.
-// - Weights that are a column times a row are summed along rows first, once per source row, and
-//   then along columns. So are grids with one frequent weight, which are that weight everywhere
+// - Sums are kept in 16 bits if 255 x (positive + negative weights) fits, otherwise in 32.
+// - Taps of one weight, up to its sign, are added up before they are multiplied.
+// - 16-bit weights that are a column times a row are summed along rows first, once per source row,
+//   and then along columns. So are grids with one frequent weight, which are that weight everywhere
 //   plus corrections: 49 weights of "unsharp 7x7" cost 7 + 7 + 1.
-// - Divisions become multiplications where that is proven exact for every sum that can occur, or
-//   single-precision divisions where these are; integer division is left for the rest.
+// - Divisions become multiplications where that is proven exact for every sum that can occur;
+//   integer division is left for the rest.
 #pragma once
 
 #include <cstddef>
@@ -37,18 +37,17 @@ class Convolver {
  public:
   // Takes all memory, and the taps, which it reorders; false when there is none.
   Convolver(Buffer<Tap> taps, size_t count, const Finishing& finishing);
-  explicit operator bool() const { return taps_ && weights_ && rows_; }
+  explicit operator bool() const { return taps_ && runs_ && rows_; }
 
   const Reach& reach() const { return reach_; }
   // Rows of 16-bit sums are as long as two rows of bytes.
-  int derived_rows() const { return across_count_ == 0 ? 0 : 2; }
+  int derived_rows() const { return across_.count == 0 ? 0 : 2; }
 
   void Begin(const WindowLayout& layout);
   void Prepare(uint8_t* row);
   void Combine(uint8_t* const* rows, size_t first, size_t count, uint8_t* to);
 
  private:
-  static constexpr size_t kMaxGroups = 16;
   static constexpr int kMaxBox = 16;  // sides of a grid that is searched for products
 
   struct Product {
@@ -56,32 +55,32 @@ class Convolver {
     int32_t down[kMaxBox];
     int cost;
   };
+  // Taps of sums along rows or along columns.
+  struct Line {
+    Tap taps[kMaxBox];
+    size_t count = 0;
+    rows::WeightRun runs[kMaxBox];
+    size_t run_count = 0;
+  };
 
   void Merge();
   void ChooseFinish(const Finishing& finishing);
   void Factor();
-  void Group();
   bool FindProduct(const int32_t (&grid)[kMaxBox][kMaxBox], int width, int height,
                    Product& product) const;
   Product FrequentWeight(const int32_t (&grid)[kMaxBox][kMaxBox], int width, int height) const;
 
   Buffer<Tap> taps_;
   size_t count_;
-  Buffer<int32_t> weights_;
+  Buffer<rows::WeightRun> runs_;
+  size_t run_count_ = 0;
   Buffer<const uint8_t*> rows_;
   Reach reach_ = {};
   int64_t positive_ = 0, negative_ = 0;  // sums of the weights by sign
   rows::Convolution plan_ = {};
   uint8_t color_[3];
-  int16_t offset_[rows::kConvolutionBlock];
-
-  size_t group_ends_[kMaxGroups];
-
-  // Sums along rows, then along columns.
-  int32_t across_[kMaxBox], across_dx_[kMaxBox];
-  int32_t down_[kMaxBox], down_dy_[kMaxBox];
-  size_t across_count_ = 0, down_count_ = 0;
-
+  int16_t offset_[rows::kConvolutionOffsets];
+  Line across_, down_;
   WindowLayout layout_ = {};
 };
 

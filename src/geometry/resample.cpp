@@ -218,6 +218,40 @@ void Sampler::Blend(const Samples& lower, const Samples& upper, const float* dx,
   }
 }
 
+void Sampler::Pick(const Taps& taps, int32_t row_move, int first, int end, uint8_t* row) const {
+  const rows::RowFunctions& functions = rows::Active();
+  const int32_t bytes = height() * stride(), move = row_move * stride();
+  const int32_t* const offset = taps.offset[0] + first;
+  const size_t n = static_cast<size_t>(end - first);
+  if (source_.bit_count() == 1) {
+    functions.pick1(source_.rows(), bytes, offset, taps.shift[0] + first, move, n, row + first / 8);
+  } else if (source_.bit_count() == 8) {
+    functions.pick8(source_.rows(), bytes, offset, move, n, row + first);
+  } else {
+    functions.pick24(source_.rows(), bytes, offset, move, n, row + 3 * first);
+  }
+}
+
+void Sampler::ReadAhead(const Taps& taps, ptrdiff_t move, int first, int end) const {
+  // Not a pointer's arithmetic: that must not leave the block.
+  const uintptr_t rows = reinterpret_cast<uintptr_t>(source_.rows()) + static_cast<uintptr_t>(move);
+  for (int i = first; i < end; i += 8) {
+    __builtin_prefetch(
+        reinterpret_cast<const void*>(rows + static_cast<uintptr_t>(taps.offset[0][i])));
+  }
+}
+
+void Sampler::BlendBytes(const Taps& taps, int32_t row_move, const float* dx, const float* dy,
+                         bool one_row, int first, int end, uint8_t* row) const {
+  const rows::RowFunctions& functions = rows::Active();
+  const int channels = source_.indexed() ? 1 : 3;
+  const uint8_t* const lower = source_.rows() + row_move * stride();
+  (channels == 1 ? functions.bilinear8 : functions.bilinear24)(
+      lower, lower + stride(), (height() - 1 - row_move) * stride(), taps.offset[0] + first,
+      dx + first, dy + (one_row ? 0 : first), one_row, static_cast<size_t>(end - first),
+      row + channels * first);
+}
+
 void Sampler::SumAcross(const Samples& samples, int32_t x, const float (*weights)[kRun], int first,
                         int end, float* sums) const {
   const rows::RowFunctions& functions = rows::Active();

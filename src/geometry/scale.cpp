@@ -6,6 +6,7 @@
 // kept from row to row: fetched colors (bilinear) or sums across (bicubic) of the source rows that
 // the next row needs again.
 #include <algorithm>
+#include <cstring>
 
 #include "core/bytes.h"
 #include "core/replacement.h"
@@ -60,8 +61,16 @@ class Scaler {
         const Position row = PositionOf(y, y_factor_, sampler_.height());
         if (!runs) {
           SamplePixels(row, y, 0, count_);
+        } else if (sampler_.Picks()) {
+          PickRow(row, y);
+          continue;
         } else if (sampler_.mode() == kPoint) {
           PointRow(row);
+        } else if (sampler_.mode() == kBilinear && sampler_.BlendsBytes()) {
+          Work& w = work_[0];
+          sampler_.BlendBytes(w.taps, sampler_.Inner(sampler_.height()).Limit(row.whole),
+                              w.fraction, &row.fraction, true, 0, count_, to_.At(x_, y));
+          continue;
         } else if (sampler_.mode() == kBilinear) {
           BilinearRow(row);
         } else {
@@ -128,6 +137,16 @@ class Scaler {
   // In point mode the samples are the pixels.
   const uint32_t* NewPixels(bool runs) const {
     return runs && sampler_.mode() == kPoint ? work_[0].samples[0].tap[0] : work_[0].colors;
+  }
+
+  void PickRow(Position row, int32_t y) {
+    const int32_t source_row = sampler_.Inner(sampler_.height()).Limit(row.whole);
+    if (Keep(0, source_row)) {
+      std::memcpy(to_.At(x_, y), to_.At(x_, y - 1),
+                  (static_cast<size_t>(count_) * to_.bit_count + 7) / 8);
+    } else {
+      sampler_.Pick(work_[0].taps, source_row, 0, count_, to_.At(x_, y));
+    }
   }
 
   void PointRow(Position row) {

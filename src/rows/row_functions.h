@@ -18,35 +18,44 @@ namespace ombrilo::rows {
 enum ConvolutionFinish {
   kFinishClamp,       // sum + offset
   kFinishReciprocal,  // sum / divisor, by multiplication
-  kFinishFloat,       // sum / divisor, blended, + bias, in single precision that holds it exactly
+  kFinishFloat,       // sum / divisor, blended, + bias, in single precision that is exact enough
   kFinishExact,       // the same in wrapping 32-bit integers
+};
+
+// Rows that are summed with weights, ordered by these: each run stands for so many rows that are
+// added and so many that are subtracted behind them, the sum of which is multiplied.
+struct WeightRun {
+  enum { kMost = 128 };  // rows added, and rows subtracted
+  int32_t weight;
+  uint32_t plus, minus;
+};
+struct Taps {
+  const uint8_t* const* from;  // each from its own first neighbour on
+  const struct WeightRun* runs;
+  size_t run_count;
 };
 
 // A row of weighted sums of rows. Sums wrap: at 16 bits where that holds them, otherwise at 32.
 struct Convolution {
-  const uint8_t* const* from;  // rows of bytes, each from its own first neighbour on
-  const int32_t* weights;
-  size_t count;
-  const uint16_t* const* sums;  // rows of 16-bit sums, which only 16-bit convolutions take
-  const int32_t* sum_weights;
-  size_t sum_count;
+  struct Taps bytes;
+  struct Taps sums;  // rows that `weigh` made, which only 16-bit convolutions take
 
   bool wide;  // 32-bit sums
-  // 32-bit sums may be formed of groups of rows whose own sums fit 16 bits with sign: where each
-  // group ends; no groups otherwise.
-  const size_t* group_ends;
-  size_t group_count;
   enum ConvolutionFinish finish;
-  const int16_t* offset;       // kFinishClamp: kConvolutionBlock values, repeated along the row
+  const int16_t* offset;       // kFinishClamp: of the bytes 0, 2, 4, ..., kConvolutionOffsets
   int32_t lowest;              // 16-bit sums, other finishes: 0 minus the least sum
   uint16_t highest;            // kFinishReciprocal: quotients of larger sums exceed 255
   uint16_t multiplier, shift;  // kFinishReciprocal: n * multiplier >> 16 >> shift = n / divisor
   int32_t divisor;             // 0: no division
   int32_t strength;            // 10: no blending
   int32_t bias;
+  const uint8_t* own;  // what results are blended with
 };
 
-enum { kConvolutionBlock = 384 };  // a multiple of 3, and of the widest vector
+enum {
+  kConvolutionOffsets = 34,  // a vector's words, from any of three colors on
+  kConvolutionBlock = 128,   // a multiple of what is computed at a time
+};
 
 // A palette network while it learns.
 struct Neurons {
@@ -67,6 +76,12 @@ enum { kCounters = 272 };
 struct ChannelBits {
   uint32_t mask;
   int down, up;  // 0 to 31
+};
+
+// An axis of the source along a row of a turned image.
+struct TurnedAxis {
+  float step, origin, center;
+  int32_t low, high;
 };
 
 struct RowFunctions {
@@ -92,6 +107,10 @@ struct RowFunctions {
   // `to`.
   void (*max_of)(const uint8_t* const* from, size_t rows, size_t count, uint8_t* to);
   void (*min_of)(const uint8_t* const* from, size_t rows, size_t count, uint8_t* to);
+  // to[i] = the largest (least) of from[k][i], from[k][i + step] and from[k][i + 2 * step] of three
+  // rows k; `step` is 1 or 3.
+  void (*square_max)(const uint8_t* const* from, size_t step, size_t count, uint8_t* to);
+  void (*square_min)(const uint8_t* const* from, size_t step, size_t count, uint8_t* to);
   // to[i] = from[i] where that is not `value`
   void (*copy_unless)(const uint8_t* from, uint8_t value, size_t count, uint8_t* to);
   // to[i] = the median of from[0][i] to from[8][i]
@@ -99,11 +118,11 @@ struct RowFunctions {
   // The strongest of the four directional differences around the middle of three rows, a third of
   // it; `step` bytes lie between neighbours.
   void (*sobel)(const uint8_t* const* rows, ptrdiff_t step, size_t count, uint8_t* to);
-  // to[i] = sum of weights[k] * from[k][i], in wrapping 16-bit arithmetic
-  void (*weigh)(const uint8_t* const* from, const int32_t* weights, size_t rows, size_t count,
-                uint16_t* to);
-  // One row of a convolution. Blending starts from the bytes that `to` holds.
-  void (*convolve)(const Convolution& convolution, size_t count, uint8_t* to);
+  // Weighted sums modulo 2^16 as `convolve` takes them, in an order of their own: 2 x count bytes,
+  // the count rounded up to a multiple of kConvolutionBlock.
+  void (*weigh)(const struct Taps& taps, size_t count, uint8_t* sums);
+  // One row of a convolution.
+  void (*convolve)(const struct Convolution& convolution, size_t count, uint8_t* to);
 
   // to[i] = min(from[i] + to[i], 255); max(to[i] - from[i], 0); max(from[i] - to[i], 0);
   // to[i] - from[i] modulo 256
@@ -112,14 +131,13 @@ struct RowFunctions {
   void (*subtract_from)(const uint8_t* from, size_t count, uint8_t* to);
   void (*subtract_wrapped)(const uint8_t* from, size_t count, uint8_t* to);
 
-  // One-bit pixels, eight to a byte: whether any and whether all of a pixel and the two left of it
-  // (right of it) are 1. Reads a byte more on that side.
-  void (*spread_bits_left)(const uint8_t* bits, size_t count, uint8_t* any, uint8_t* all);
-  void (*spread_bits_right)(const uint8_t* bits, size_t count, uint8_t* any, uint8_t* all);
-  // Combines three rows of those. outcome[0], [1] and [2] are the bytes that stand where none, all
-  // and some are 1.
-  void (*choose_bits)(const uint8_t* const* any, const uint8_t* const* all, const uint8_t* outcome,
-                      size_t count, uint8_t* to);
+  // The 3x3 pixels that end at a pixel (start at it) of three rows of one-bit pixels, eight to a
+  // byte: outcome[0], [1] and [2] are the bytes that stand where none, all and some are 1. Reads a
+  // byte more on that side.
+  void (*square_bits_left)(const uint8_t* const* rows, const uint8_t* outcome, size_t count,
+                           uint8_t* to);
+  void (*square_bits_right)(const uint8_t* const* rows, const uint8_t* outcome, size_t count,
+                            uint8_t* to);
 
   // One-bit pixels: to's bits become those of outcome[0] to [3] where the bits of `to` and `other`
   // are 0 and 0, 0 and 1, 1 and 0, 1 and 1.
@@ -200,10 +218,26 @@ struct RowFunctions {
   void (*fetch_indexed)(const uint8_t* base, int32_t bytes, const int32_t* offset,
                         const uint8_t* shift, int32_t move, uint32_t mask, const uint32_t* table,
                         size_t count, uint32_t* colors);
+  // The pixels at offset[i] + move, of three bytes, of one, or the bit shift[i] of one. Bits behind
+  // the last pixel keep their values.
+  void (*pick24)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
+                 size_t count, uint8_t* to);
+  void (*pick8)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
+                size_t count, uint8_t* to);
+  void (*pick1)(const uint8_t* base, int32_t bytes, const int32_t* offset, const uint8_t* shift,
+                int32_t move, size_t count, uint8_t* to);
   // bytes[i] = the low byte of words[i]
   void (*low_bytes)(const uint32_t* words, size_t count, uint8_t* bytes);
   // packed[i] = words[0][i] | words[1][i] << 8 | words[2][i] << 16 | words[3][i] << 24
   void (*pack_bytes)(const uint32_t* const words[4], size_t count, uint32_t* packed);
+  // Blends of pixels of three or one bytes at lower[offset[i]], their right neighbours, and those at
+  // upper[offset[i]]; each channel as below. `bytes` can be read from both rows on.
+  void (*bilinear24)(const uint8_t* lower, const uint8_t* upper, int32_t bytes,
+                     const int32_t* offset, const float* dx, const float* dy, bool one_dy,
+                     size_t count, uint8_t* to);
+  void (*bilinear8)(const uint8_t* lower, const uint8_t* upper, int32_t bytes,
+                    const int32_t* offset, const float* dx, const float* dy, bool one_dy,
+                    size_t count, uint8_t* to);
   // Each channel: (1-dy)(1-dx) taps[0] + (1-dy)dx taps[1] + (1-dx)dy taps[2] + dx dy taps[3],
   // summed in this order, limited to 0..255 and truncated. With one_dy, dy[0] serves all.
   void (*bilinear)(const uint32_t* const taps[4], const float* dx, const float* dy, bool one_dy,
@@ -227,12 +261,10 @@ struct RowFunctions {
   // The same of one channel.
   void (*cubic_down_gray)(const float* const sums[4], const float* const weights[4],
                           bool one_weight, size_t count, uint32_t* levels);
-  // positions[i] = (first + i) * step + origin + center
-  void (*line_positions)(int32_t first, float step, float origin, float center, size_t count,
-                         float* positions);
-  // Truncated positions, these limited to low..high, and the fractions. Positions fit an int32_t.
-  void (*split_positions)(const float* positions, size_t count, int32_t low, int32_t high,
-                          int32_t* whole, int32_t* inner, float* fraction);
+  // Of positions (first + i) * step + origin + center: truncated and limited to low..high and,
+  // unless that is null, the fraction before the limit. Positions fit an int32_t.
+  void (*turned_positions)(const struct TurnedAxis& axis, int32_t first, size_t count,
+                           int32_t* inner, float* fraction);
 };
 
 // The table in use.

@@ -171,10 +171,12 @@ void AddNeighbourhoodCases(std::vector<Case>& all) {
                    }});
   }
   for (const int step : {1, 3}) {
-    all.push_back({"medians, gradients", [=](auto& f, auto& in, auto n, auto& o) {
+    all.push_back({"squares, gradients", [=](auto& f, auto& in, auto n, auto& o) {
                      f.median9(in.from, n, o.New(n));
                      f.median_of_square(in.from, 3, step, n, o.New(n));
                      f.median_of_square(in.from, 5, step, n, o.New(n));
+                     f.square_max(in.from, size_t(step), n, o.New(n));
+                     f.square_min(in.from, size_t(step), n, o.New(n));
                      f.sobel(in.from, step, n, o.New(n));
                      f.sobel_magnitude(in.from, step, n, o.New(n));
                      f.roberts_magnitude(in.from[0], in.from[1], step, n, o.New(n));
@@ -187,40 +189,39 @@ void AddNeighbourhoodCases(std::vector<Case>& all) {
                    f.subtract_wrapped(in.from[0], n, o.New(n));
                    f.subtract_from(in.from[0], n, o.New(n));
                  }});
-  all.push_back({"spread_bits, choose_bits", [](auto& f, auto& in, auto n, auto& o) {
+  all.push_back({"one-bit pixels", [](auto& f, auto& in, auto n, auto& o) {
                    constexpr uint8_t kOutcome[] = {0xFF, 0, 0x5A, 0x33};
-                   uint8_t* any = o.New(n);
-                   f.spread_bits_left(in.from[0], n, any, o.New(n));
-                   any = o.New(n);
-                   f.spread_bits_right(in.from[0], n, any, o.New(n));
-                   f.choose_bits(in.from, in.from + 3, kOutcome, n, o.New(n));
+                   constexpr uint8_t kAny[] = {0, 0xFF, 0xFF}, kAll[] = {0, 0xFF, 0};
+                   for (const uint8_t* outcome : {kOutcome, kAny, kAll}) {
+                     f.square_bits_left(in.from, outcome, n, o.New(n));
+                     f.square_bits_right(in.from, outcome, n, o.New(n));
+                   }
                    f.map_bit_pairs(in.from[0], kOutcome, n, o.New(n));
                  }});
-  all.push_back({"weigh", [](auto& f, auto& in, auto n, auto& o) {
-                   constexpr int32_t kWeights[] = {3, -70, 100000, 1, -1, 9, 0, 5, -12};
-                   f.weigh(in.from, kWeights, 3, n, o.template New<uint16_t>(n));
-                   f.weigh(in.from, kWeights, 9, n, o.template New<uint16_t>(n));
-                 }});
-  for (const int wide : {0, 1, 2}) {  // 2: in groups
-    for (const auto finish :
-         {rows::kFinishClamp, rows::kFinishReciprocal, rows::kFinishFloat, rows::kFinishExact}) {
+  for (const auto finish :
+       {rows::kFinishClamp, rows::kFinishReciprocal, rows::kFinishFloat, rows::kFinishExact}) {
+    for (const int wide : {0, 1, 2}) {  // 2: with weights of more than 16 bits
       if (wide != 0 && finish < rows::kFinishFloat) continue;
       for (const int32_t strength : {10, 4}) {
-        all.push_back({"convolve", [=](auto& f, auto& in, auto n, auto& o) {
-                         constexpr int32_t kWeights[] = {9, -2, 3, 1, -1, 9, 0, 5, -12}, kTwo = 2;
-                         constexpr size_t kGroupEnds[] = {4, 9};
-                         const std::vector<int16_t> offset(rows::kConvolutionBlock, 17);
-                         const std::vector<uint16_t> sums(in.from[8], in.from[8] + n);
-                         const uint16_t* sum_rows[] = {sums.data()};
+        all.push_back({"weigh, convolve", [=](auto& f, auto& in, auto n, auto& o) {
+                         const rows::WeightRun runs[] = {
+                             {1, 2, 1}, {3, 1, 1}, {wide == 2 ? 100001 : 7, 2, 2}};
+                         int16_t offset[rows::kConvolutionOffsets];
+                         for (int i = 0; i < rows::kConvolutionOffsets; ++i) offset[i] = i % 3 * 7;
+                         constexpr size_t kBlock = rows::kConvolutionBlock;
+                         std::vector<uint8_t> sums((n + kBlock - 1) / kBlock * kBlock * 2);
+                         f.weigh({in.from, runs, 2}, n, sums.data());
+                         const uint8_t* sum_rows[] = {sums.data(), sums.data()};
+                         constexpr rows::WeightRun kTwice = {2, 2, 0};
                          rows::Convolution c = {};
-                         c.from = in.from, c.weights = kWeights, c.count = 9;
-                         c.sums = sum_rows, c.sum_weights = &kTwo, c.sum_count = wide == 0;
+                         c.bytes = {in.from, runs, 3};
+                         c.sums = {sum_rows, &kTwice, wide == 0 && n % 2 == 0};
                          c.wide = wide != 0;
-                         c.group_ends = kGroupEnds, c.group_count = wide == 2 ? 2 : 0;
-                         c.finish = finish, c.offset = offset.data();
-                         c.lowest = wide != 0 ? 0 : 15 * 255, c.highest = 14 * 256 - 1;
-                         c.multiplier = 37450, c.shift = 3, c.divisor = 14;
-                         c.strength = strength, c.bias = finish == rows::kFinishClamp ? 0 : 3;
+                         c.finish = finish, c.offset = offset;
+                         c.lowest = wide != 0 || finish == rows::kFinishClamp ? 0 : 18 * 255;
+                         c.highest = 14 * 256 - 1, c.multiplier = 37450, c.shift = 3;
+                         c.divisor = 14, c.strength = strength, c.bias = 3;
+                         c.own = in.from[3];
                          f.convolve(c, n, o.New(n));
                        }});
       }
@@ -252,9 +253,33 @@ void AddResamplingCases(std::vector<Case>& all) {
                                    o.template New<uint32_t>(n));
                    f.fetch_indexed(base, bytes, offsets, whole.data(), 2, 255, in.colors, n,
                                    o.template New<uint32_t>(n));
+                   for (const auto* places : {offsets, static_cast<const int32_t*>(close.data())}) {
+                     f.pick24(base, bytes, places, 2, n, o.New(3 * n));
+                     f.pick8(base, bytes, places, 2, n, o.New(n));
+                     f.pick1(base, bytes, places, in.shifts.data(), 2, n, o.New((n + 7) / 8));
+                   }
                    f.low_bytes(in.taps[0], n, o.New(n));
                    f.pack_bytes(in.taps, n, o.template New<uint32_t>(n));
                  }});
+  // Pixels from far apart to neighbours, again and again up to the last of 300.
+  for (const int step : {2400, 110, 61, 50, 49, 13}) {
+    all.push_back({"bilinear of pixels", [=](auto& f, auto& in, auto n, auto& o) {
+                     std::vector<int32_t> offsets;
+                     for (size_t i = 0; i < n; ++i) {
+                       offsets.push_back(static_cast<int32_t>(i) * step / 20 % 300 * 3);
+                     }
+                     std::vector<uint8_t> lower(903), upper(903);
+                     for (size_t k = 0; k < 903; ++k) {
+                       lower[k] = in.table[k % 768], upper[k] = in.table[5 * k % 768];
+                     }
+                     for (const bool one : {false, true}) {
+                       f.bilinear24(lower.data(), upper.data(), 903, offsets.data(), in.floats[0],
+                                    in.floats[1], one, n, o.New(3 * n));
+                       f.bilinear8(lower.data(), upper.data(), 903, offsets.data(), in.floats[0],
+                                   in.floats[1], one, n, o.New(n));
+                     }
+                   }});
+  }
   for (const bool one : {false, true}) {
     all.push_back({"bilinear, cubic", [=](auto& f, auto& in, auto n, auto& o) {
                      const auto* fl = in.floats;
@@ -272,11 +297,11 @@ void AddResamplingCases(std::vector<Case>& all) {
                    f.cubic_weights(in.floats[0], n, weights);
                    f.cubic_across(in.taps, in.floats, n, n, o.template New<float>(3 * n));
                    f.cubic_across_gray(in.taps[0], kBytes, in.floats, n, o.template New<float>(n));
-                   float* positions = o.template New<float>(n);
-                   f.line_positions(-17, 0.9876f, 0.3f, 12, n, positions);
-                   auto* whole = o.template New<int32_t>(n);
+                   const rows::TurnedAxis axis = {0.9876f, 0.3f, 12, 1, 20};
                    auto* inner = o.template New<int32_t>(n);
-                   f.split_positions(positions, n, 1, 20, whole, inner, o.template New<float>(n));
+                   f.turned_positions(axis, -17, n, inner, o.template New<float>(n));
+                   inner = o.template New<int32_t>(n);
+                   f.turned_positions(axis, -17, n, inner, nullptr);
                  }});
 }
 
