@@ -89,6 +89,8 @@ struct SumsLists : PaletteLists {
   int32_t start[256];  // the number from which a green's search goes up and down
 };
 
+enum { kPlanesRoom = 64 };  // see rank_of_planes
+
 // Counters of a histogram's set: 256 and some room, as counters of two sets that stand a multiple
 // of 4 KiB apart would wait for each other.
 enum { kCounters = 272 };
@@ -201,13 +203,17 @@ struct RowFunctions {
   // sets.
   void (*count_bytes)(const uint8_t* bytes, size_t step, size_t count, uint32_t (*sets)[kCounters]);
 
-  // to[i] = the rank-th (0: the least) of from[0][i] to from[samples - 1][i]; at most 49 samples.
-  void (*rank_of)(const uint8_t* const* from, size_t samples, size_t rank, size_t count,
-                  uint8_t* to);
-  // to[i] = the median of the square of `size` (3 or 5) rows and columns around i; rows[k] are its
-  // rows from top to bottom at i = 0, and `step` (1 to 3) bytes lie between neighbours.
-  void (*median_of_square)(const uint8_t* const* rows, size_t size, ptrdiff_t step, size_t count,
-                           uint8_t* to);
+  // to[i] = the rank-th (0: the least) of the square of `size` rows and columns around i: of 3, or
+  // the median of 5. rows[k] are its rows from top to bottom at i = 0, and `step` (1 to 3) bytes
+  // lie between neighbours.
+  void (*rank_of_columns)(const uint8_t* const* rows, size_t size, ptrdiff_t step, size_t rank,
+                          size_t count, uint8_t* to);
+  // Any rank in squares of 5 or 7, from rows that split_planes() has made of source rows and their
+  // neighbours in `reach` = size / 2 * step bytes on each side. These rows have
+  // count + 7 + 16 * reach bytes and are read kPlanesRoom bytes further. No count is 0.
+  void (*split_planes)(const uint8_t* row, size_t reach, size_t count, uint8_t* planes);
+  void (*rank_of_planes)(const uint8_t* const* planes, size_t size, ptrdiff_t step, size_t rank,
+                         size_t count, uint8_t* to);
   // Gradient magnitudes sqrt(x^2 + y^2), truncated. Sobel: of three rows, around the middle one,
   // limited to 255. Roberts: differences across the diagonals of a pixel, its right neighbour and
   // the two before them, modulo 256. `step` bytes lie between neighbours.

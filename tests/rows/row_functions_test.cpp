@@ -172,23 +172,41 @@ void AddPixelCases(std::vector<Case>& all) {
 
 void AddNeighbourhoodCases(std::vector<Case>& all) {
   for (const size_t rows : {1, 2, 3, 4, 5, 6, 7, 8, 9}) {
-    all.push_back({"max_of, min_of, rank_of", [=](auto& f, auto& in, auto n, auto& o) {
+    all.push_back({"max_of, min_of", [=](auto& f, auto& in, auto n, auto& o) {
                      f.max_of(in.from, rows, n, o.New(n));
                      f.min_of(in.from, rows, n, o.New(n));
-                     f.rank_of(in.from, rows, rows / 3, n, o.New(n));
                    }});
   }
   for (const int step : {1, 3}) {
     all.push_back({"squares, gradients", [=](auto& f, auto& in, auto n, auto& o) {
                      f.median9(in.from, n, o.New(n));
-                     f.median_of_square(in.from, 3, step, n, o.New(n));
-                     f.median_of_square(in.from, 5, step, n, o.New(n));
                      f.square_max(in.from, size_t(step), n, o.New(n));
                      f.square_min(in.from, size_t(step), n, o.New(n));
                      f.sobel(in.from, step, n, o.New(n));
                      f.sobel_magnitude(in.from, step, n, o.New(n));
                      f.roberts_magnitude(in.from[0], in.from[1], step, n, o.New(n));
                    }});
+  }
+  for (const size_t rank : {0, 3, 8, 12, 24, 30, 48}) {
+    for (const size_t step : {1, 3}) {
+      all.push_back({"ranks", [=](auto& f, auto& in, auto n, auto& o) {
+                       const auto distance = static_cast<ptrdiff_t>(step);
+                       if (rank < 9) f.rank_of_columns(in.from, 3, distance, rank, n, o.New(n));
+                       if (rank == 12) f.rank_of_columns(in.from, 5, distance, rank, n, o.New(n));
+                       if (n == 0) return;
+                       for (size_t size = rank < 25 ? 5 : 7; size <= 7; size += 2) {
+                         const size_t reach = size / 2 * step, length = n + 7 + 16 * reach;
+                         std::vector<uint8_t> planes[7];
+                         const uint8_t* rows[7];
+                         for (size_t k = 0; k < size; ++k) {
+                           planes[k].resize(length + rows::kPlanesRoom);
+                           f.split_planes(in.from[k], reach, n, planes[k].data());
+                           rows[k] = planes[k].data();
+                         }
+                         f.rank_of_planes(rows, size, distance, rank, n, o.New(n));
+                       }
+                     }});
+    }
   }
   all.push_back({"add, subtract", [](auto& f, auto& in, auto n, auto& o) {
                    f.copy_unless(in.from[0], 255, n, o.New(n));
@@ -448,29 +466,29 @@ TEST(RowFunctions, MedianOfAllZerosAndOnes) {
 }
 
 // Likewise where columns are sorted first: only the number of ones in each column counts.
-TEST(RowFunctions, MedianOfSquaresOfZerosAndOnes) {
-  for (const int size : {3, 5}) {
-    std::vector<uint8_t> rows[5], expected;
-    std::vector<int> ones(static_cast<size_t>(size));
+TEST(RowFunctions, RanksOfZerosAndOnes) {
+  for (const size_t size : {3, 5}) {
+    std::vector<uint8_t> rows[5];
+    std::vector<size_t> ones(size), sums;
     while (ones.back() <= size) {
-      for (int x = 0; x < size; ++x) {
-        const int first = static_cast<int>(expected.size()) % size;  // of the ones, around the end
-        for (int y = 0; y < size; ++y) {
-          rows[y].push_back((y + first) % size < ones[static_cast<size_t>(x)]);
+      for (size_t x = 0; x < size; ++x) {
+        for (size_t y = 0; y < size; ++y) {
+          rows[y].push_back((y + sums.size()) % size < ones[x]);  // the ones are around the end
         }
       }
-      expected.push_back(std::accumulate(ones.begin(), ones.end(), 0) > size * size / 2);
+      sums.push_back(std::accumulate(ones.begin(), ones.end(), size_t{0}));
       ++ones[0];
-      for (size_t x = 0; x + 1 < ones.size() && ones[x] > size; ++x) ones[x] = 0, ++ones[x + 1];
+      for (size_t x = 0; x + 1 < size && ones[x] > size; ++x) ones[x] = 0, ++ones[x + 1];
     }
     const uint8_t* from[5];
-    for (int y = 0; y < size; ++y) from[y] = rows[y].data() + size / 2;
-    const size_t count = rows[0].size() - static_cast<size_t>(size - 1);
+    for (size_t y = 0; y < size; ++y) from[y] = rows[y].data() + size / 2;
     for (auto level = rows::Supported(); *level != nullptr; ++level) {
-      std::vector<uint8_t> to(count);
-      (*level)->median_of_square(from, static_cast<size_t>(size), 1, count, to.data());
-      for (size_t i = 0; i < expected.size(); ++i) {
-        ASSERT_EQ(to[i * static_cast<size_t>(size)], expected[i]) << (*level)->name << ", " << i;
+      for (size_t rank = size == 3 ? 0 : 12; rank < (size == 3 ? 9 : 13); ++rank) {
+        std::vector<uint8_t> to(rows[0].size() - (size - 1));
+        (*level)->rank_of_columns(from, size, 1, rank, to.size(), to.data());
+        for (size_t i = 0; i < sums.size(); ++i) {
+          ASSERT_EQ(to[i * size], sums[i] + rank >= size * size) << (*level)->name << ", " << i;
+        }
       }
     }
   }
