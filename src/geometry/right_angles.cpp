@@ -1,7 +1,8 @@
 // A half turn mirrors each row. A quarter turn is a transposition with the rows or the columns in
 // reverse order. It goes tile by tile, so that the lines a tile touches on both sides stay in the
-// cache, and inside a tile by squares of 8 x 8 pixels that are transposed in registers; at 1 bit
-// such a square is one 64-bit word (H. S. Warren, "Hacker's Delight", section 7-3).
+// cache, and inside a tile by squares of 8 x 8 pixels (4 x 4 at 24 bits) that are transposed in
+// registers; at 1 bit such a square is one 64-bit word (H. S. Warren, "Hacker's Delight", section
+// 7-3).
 #include "geometry/right_angles.h"
 
 #include <algorithm>

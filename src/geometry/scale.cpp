@@ -3,8 +3,8 @@
 // Pixel x of the new image takes source position x * (W / new width), in single precision and
 // without a half-pixel offset. The new image is made in strips of columns: a strip's positions,
 // sample places and weights are computed once and serve all its rows. What rows have in common is
-// kept from row to row: fetched colors (bilinear) or sums across (bicubic) of the source rows that
-// the next row needs again.
+// kept from row to row: sums across (bicubic), or fetched colors (bilinear, where bytes are not
+// blended as they are) of the source rows that the next row needs again.
 #include <algorithm>
 #include <cstring>
 
