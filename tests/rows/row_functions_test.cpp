@@ -259,6 +259,9 @@ void AddResamplingCases(std::vector<Case>& all) {
                      f.pick8(base, bytes, places, 2, n, o.New(n));
                      f.pick1(base, bytes, places, in.shifts.data(), 2, n, o.New((n + 7) / 8));
                    }
+                   uint32_t* channels[3];
+                   for (uint32_t*& c : channels) c = o.template New<uint32_t>(n);
+                   f.look_up_channels(in.taps[0], n, in.colors, channels);
                    f.low_bytes(in.taps[0], n, o.New(n));
                    f.pack_bytes(in.taps, n, o.template New<uint32_t>(n));
                  }});
@@ -292,12 +295,14 @@ void AddResamplingCases(std::vector<Case>& all) {
                    }});
   }
   all.push_back({"cubic_across, positions", [](auto& f, auto& in, auto n, auto& o) {
-                   constexpr int kBytes[4] = {1, 3, 0, 2};
+                   constexpr int kBytes[4] = {1, 3, 0, 2}, kInOrder[4] = {0, 1, 2, 3};
                    float* weights[4];
                    for (float*& w : weights) w = o.template New<float>(n);
                    f.cubic_weights(in.floats[0], n, weights);
                    f.cubic_across(in.taps, in.floats, n, n, o.template New<float>(3 * n));
                    f.cubic_across_gray(in.taps[0], kBytes, in.floats, n, o.template New<float>(n));
+                   f.cubic_across_gray(in.taps[0], kInOrder, in.floats, n,
+                                       o.template New<float>(n));
                    const rows::TurnedAxis axis = {0.9876f, 0.3f, 12, 1, 20};
                    auto* inner = o.template New<int32_t>(n);
                    f.turned_positions(axis, -17, n, inner, o.template New<float>(n));
@@ -373,6 +378,27 @@ TEST(RowFunctions, PlainCodeComesFirstAndTheWidestIsActive) {
   EXPECT_EQ(&rows::Active(), levels[0]);
   rows::Use(nullptr);
   EXPECT_EQ(&rows::Active(), widest);
+}
+
+// Fractions that are not negative need no choice between formulas and get the same weights.
+TEST(RowFunctions, CubicWeightsBesideNegativeFractions) {
+  std::vector<float> fractions = {0, 1e-30f, 1e-8f, 0x1p-24f, 1 - 0x1p-24f, 1 - 0x1p-23f};
+  for (int i = 0; i < 1000; ++i) fractions.push_back(static_cast<float>(i) / 1000);
+  const size_t count = fractions.size();
+  fractions.push_back(-0.5f);
+  for (auto level = rows::Supported(); *level != nullptr; ++level) {
+    std::vector<float> weights[2][4];
+    for (const size_t negative : {0, 1}) {
+      float* to[4];
+      for (int k = 0; k < 4; ++k) {
+        weights[negative][k].resize(count + 1);
+        to[k] = weights[negative][k].data();
+      }
+      (*level)->cubic_weights(fractions.data(), count + negative, to);
+      for (auto& w : weights[negative]) w.resize(count);
+    }
+    for (int k = 0; k < 4; ++k) EXPECT_EQ(weights[0][k], weights[1][k]) << (*level)->name;
+  }
 }
 
 // Sums of differences, with orders by turns and so many lists that room for them runs out.
