@@ -93,6 +93,7 @@ uint32_t Sampler::BicubicColor(Position column, Position row, int32_t x, int32_t
   functions.cubic_weights(&column.fraction, 1, across);
   functions.cubic_weights(&row.fraction, 1, down);
 
+  const int channels = gray_ ? 1 : 3;
   const CubicOffsets column_offsets = ColumnOffsets(x);
   const CubicOffsets row_offsets = RowOffsets(y);
   // Corrections persist: a later sample starts from the coordinates that an earlier one left.
@@ -110,12 +111,18 @@ uint32_t Sampler::BicubicColor(Position column, Position row, int32_t x, int32_t
       if (ix + right_by < 0) ix = -right_by;
       samples[k] = ColorAt(ix + right_by, iy + up_by);
     }
-    const uint32_t* const taps[4] = {samples, samples + 1, samples + 2, samples + 3};
-    functions.cubic_across(taps, across, 1, 1, sums[j]);
+    for (int c = 0; c < channels; ++c) {
+      const auto level = [&](int k) { return static_cast<float>(samples[k] >> 8 * c & 255); };
+      sums[j][c] = level(0) * column_weights[0] + level(1) * column_weights[1] +
+                   level(2) * column_weights[2] + level(3) * column_weights[3];
+    }
   }
-  const float* const sum_rows[4] = {sums[0], sums[1], sums[2], sums[3]};
-  uint32_t color;
-  functions.cubic_down(sum_rows, down, true, 1, 1, &color);
+  uint32_t color = 0;
+  for (int c = 0; c < channels; ++c) {
+    const float value = sums[0][c] * row_weights[0] + sums[1][c] * row_weights[1] +
+                        sums[2][c] * row_weights[2] + sums[3][c] * row_weights[3];
+    color |= static_cast<uint32_t>(std::clamp(static_cast<int32_t>(value), 0, 255)) << 8 * c;
+  }
   return color;
 }
 
@@ -152,6 +159,10 @@ void Sampler::Place(const int32_t* columns, int32_t column_move, const int32_t* 
 
 void Sampler::FindNeighbours(const int32_t* columns, const int32_t* rows, int32_t x, int first,
                              int end, Taps* taps) const {
+  if (mode_ == kBicubic && BlendsBytes()) {
+    Place(columns, -1, rows, first, end, 0, taps);
+    return;
+  }
   if (mode_ != kBicubic || side_by_side()) {
     // Neighbours are read side by side whatever the offsets; SumAcross() picks from them.
     const int32_t left = mode_ == kBicubic ? -1 : 0;
@@ -255,6 +266,39 @@ void Sampler::BlendBytes(const Taps& taps, int32_t row_move, const float* dx, co
       lower, lower + stride(), (height() - 1 - row_move) * stride(), taps.offset[0] + first,
       dx + first, dy + (one_row ? 0 : first), one_row, static_cast<size_t>(end - first),
       row + channels * first);
+}
+
+void Sampler::SumBytesAcross(const Taps& taps, int32_t row_move, int32_t x,
+                             const float (*weights)[kRun], bool one_row, int first, int end,
+                             float* sums) const {
+  const rows::RowFunctions& functions = rows::Active();
+  const auto sum = source_.indexed() ? functions.cubic_across8 : functions.cubic_across24;
+  for (int i = first; i < end;) {
+    const int next = static_cast<int>(std::min(EndOfOffsets(x + i) - x, end));
+    const CubicOffsets offsets = ColumnOffsets(x + i);
+    int columns[4];
+    const float* from_weights[4];
+    for (int k = 0; k < 4; ++k) {
+      columns[k] = offsets.at[k] + 1;
+      from_weights[k] = weights[k] + i;
+    }
+    sum(source_.rows(), height() * stride(), taps.offset[0] + i, row_move * stride(), one_row,
+        columns, from_weights, static_cast<size_t>(next - i), kRun, sums + i);
+    i = next;
+  }
+}
+
+void Sampler::SumBytesDown(const float* const sums[4], const float* const weights[4], bool one_row,
+                           int first, int end, uint8_t* row) const {
+  const rows::RowFunctions& functions = rows::Active();
+  const float *from_sums[4], *from_weights[4];
+  for (int k = 0; k < 4; ++k) {
+    from_sums[k] = sums[k] + first;
+    from_weights[k] = weights[k] + (one_row ? 0 : first);
+  }
+  (source_.indexed() ? functions.cubic_down8 : functions.cubic_down24)(
+      from_sums, from_weights, one_row, static_cast<size_t>(end - first), kRun,
+      row + (source_.indexed() ? 1 : 3) * first);
 }
 
 void Sampler::SumAcross(const Samples& samples, int32_t x, const float (*weights)[kRun], int first,

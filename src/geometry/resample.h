@@ -34,8 +34,8 @@ struct CubicOffsets {
 
 class Sampler {
  public:
-  // Pixels of a run at most; a multiple of 8. Arrays whose distance is a multiple of 4 KiB would
-  // get into each other's way in the first-level cache.
+  // Pixels of a run at most; a multiple of 16, so that arrays begin with cache lines. A distance of
+  // a multiple of 4 KiB would bring them into each other's way in the first-level cache.
   static constexpr int kRun = 2000;
 
   // Where a run's pixels find their neighbours in a row: byte offsets from the first source row,
@@ -101,6 +101,11 @@ class Sampler {
   // Then: stores bilinear pixels of neighbours `row_move` rows further up and above these.
   void BlendBytes(const Taps& taps, int32_t row_move, const float* dx, const float* dy,
                   bool one_row, int first, int end, uint8_t* row) const;
+  // Sums across `row_move` rows further up, and colors of four rows' sums, as below.
+  void SumBytesAcross(const Taps& taps, int32_t row_move, int32_t x, const float (*weights)[kRun],
+                      bool one_row, int first, int end, float* sums) const;
+  void SumBytesDown(const float* const sums[4], const float* const weights[4], bool one_row,
+                    int first, int end, uint8_t* row) const;
   // Asks for the memory `move` bytes behind the first neighbours. It may lie outside the source.
   void ReadAhead(const Taps& taps, ptrdiff_t move, int first, int end) const;
   // Bicubic sums of neighbours in a row, channel after channel in planes of kRun.

@@ -18,7 +18,7 @@ namespace ombrilo {
 namespace {
 
 constexpr int kRun = Sampler::kRun;
-constexpr int32_t kStrip = 496;  // a run's pixels at most: few enough for the first-level cache
+constexpr int32_t kStrip = 192;  // a run's pixels at most: few enough for the first-level cache
 // Lines of the source that a later row needs are asked for this many rows before: they stand one
 // below the other, which no prefetcher foresees.
 constexpr int kRowsAhead = 8;
@@ -50,11 +50,10 @@ class Rotator {
         turn_(turn),
         bit_count_(bit_count),
         functions_(rows::Active()),
-        work_(NewScratchBuffer<Work>(1)),
         ahead_(static_cast<int32_t>(kRowsAhead * turn.c) * ptrdiff_t{sampler.stride()} -
                static_cast<int32_t>(kRowsAhead * turn.s) * bit_count / 8) {}
 
-  explicit operator bool() const { return work_ != nullptr; }
+  explicit operator bool() const { return static_cast<bool>(work_); }
 
   // Pixels that come from outside the source are 255, and so is the padding.
   void Run(Resampling resampling, uint8_t* new_rows, size_t stride) {
@@ -149,16 +148,16 @@ class Rotator {
         at[k].whole = static_cast<int32_t>(position);
         at[k].fraction = position - static_cast<float>(at[k].whole);
       }
-      work_[0].colors[i] = sampler_.SamplePixel(at[0], at[1], x + i, y);
+      (*work_).colors[i] = sampler_.SamplePixel(at[0], at[1], x + i, y);
     }
   }
 
   void Store(int first, int end, uint8_t* to) {
-    sampler_.Store(work_[0].colors, first, end, (end + 7) & ~7, to);
+    sampler_.Store((*work_).colors, first, end, (end + 7) & ~7, to);
   }
 
   void SampleRun(int32_t x, int32_t y, int first, int end, uint8_t* to) {
-    Work& w = work_[0];
+    Work& w = *work_;
     const bool point = sampler_.mode() == kPoint;
     const size_t n = static_cast<size_t>(end - first);
     const int32_t from = FromMiddle(x + first);
@@ -180,21 +179,21 @@ class Rotator {
       return;
     }
     if (sampler_.mode() == kBicubic) {
-      BicubicRun(x, y, first, end);
+      BicubicRun(x, y, first, end, to);
+      return;
+    }
+    sampler_.Fetch(w.taps, 0, first, end, &w.samples[0]);
+    if (point) {
+      std::copy(w.samples[0].tap[0] + first, w.samples[0].tap[0] + end, w.colors + first);
     } else {
-      sampler_.Fetch(w.taps, 0, first, end, &w.samples[0]);
-      if (point) {
-        std::copy(w.samples[0].tap[0] + first, w.samples[0].tap[0] + end, w.colors + first);
-      } else {
-        sampler_.Fetch(w.taps, 1, first, end, &w.samples[1]);
-        sampler_.Blend(w.samples[0], w.samples[1], w.dx, w.dy, false, first, end, w.colors);
-      }
+      sampler_.Fetch(w.taps, 1, first, end, &w.samples[1]);
+      sampler_.Blend(w.samples[0], w.samples[1], w.dx, w.dy, false, first, end, w.colors);
     }
     Store(first, end, to);
   }
 
-  void BicubicRun(int32_t x, int32_t y, int first, int end) {
-    Work& w = work_[0];
+  void BicubicRun(int32_t x, int32_t y, int first, int end, uint8_t* to) {
+    Work& w = *work_;
     float *column_weights[4], *row_weights[4], *all_row_weights[4];
     for (int k = 0; k < 4; ++k) {
       column_weights[k] = w.column_weights[k] + first;
@@ -207,18 +206,34 @@ class Rotator {
     const CubicOffsets row_offsets = sampler_.RowOffsets(y);
     const float* sums[4];
     for (int j = 0; j < 4; ++j) {
-      sampler_.Fetch(w.taps, row_offsets.at[j], first, end, &w.samples[0]);
-      sampler_.SumAcross(w.samples[0], x, w.column_weights, first, end, w.sums[j]);
       sums[j] = w.sums[j];
+      if (sampler_.BlendsBytes()) {
+        sampler_.SumBytesAcross(w.taps, row_offsets.at[j], x, w.column_weights, false, first, end,
+                                w.sums[j]);
+      } else {
+        sampler_.Fetch(w.taps, row_offsets.at[j], first, end, &w.samples[0]);
+        sampler_.SumAcross(w.samples[0], x, w.column_weights, first, end, w.sums[j]);
+      }
     }
-    sampler_.SumDown(sums, all_row_weights, false, first, end, w.colors);
-    SamplePixels(x, y, first, std::min(end, uncorrected_.first - x));
-    SamplePixels(x, y, std::max(first, uncorrected_.end - x), end);
+    const int low = std::min(end, uncorrected_.first - x);
+    const int high = std::max(first, uncorrected_.end - x);
+    if (sampler_.BlendsBytes()) {
+      sampler_.SumBytesDown(sums, all_row_weights, false, first, end, to);
+      SamplePixels(x, y, first, low);
+      Store(first, low, to);
+      SamplePixels(x, y, high, end);
+      Store(high, end, to);
+    } else {
+      sampler_.SumDown(sums, all_row_weights, false, first, end, w.colors);
+      SamplePixels(x, y, first, low);
+      SamplePixels(x, y, high, end);
+      Store(first, end, to);
+    }
   }
 
   // A byte of pixels may begin or end outside the source.
   void PickBits(int first, int end, uint8_t* to) {
-    Sampler::Taps& taps = work_[0].taps;
+    Sampler::Taps& taps = (*work_).taps;
     const int first_of_byte = first & ~7, end_of_byte = (end + 7) & ~7;
     for (int i = first_of_byte; i < first; ++i) taps.offset[0][i] = taps.offset[0][first];
     for (int i = end; i < end_of_byte; ++i) taps.offset[0][i] = taps.offset[0][first];
@@ -234,7 +249,7 @@ class Rotator {
   const Turn turn_;
   const uint16_t bit_count_;
   const rows::RowFunctions& functions_;
-  Buffer<Work> work_;
+  AlignedScratch<Work> work_;
   const ptrdiff_t ahead_;  // from a pixel in the source to where a later row reads
   rows::TurnedAxis axes_[2];
   Span uncorrected_ = {0, 0};  // bicubic: the pixels of a row that need no correction

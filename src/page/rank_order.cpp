@@ -12,41 +12,34 @@ namespace {
 class RankFilter {
  public:
   RankFilter(int32_t radius, int32_t percentile)
-      : radius_(radius),
-        count_((2 * radius + 1) * (2 * radius + 1)),
-        rank_((count_ - 1) * percentile / 100) {}
+      : size_(static_cast<size_t>(2 * radius + 1)),
+        rank_((size_ * size_ - 1) * static_cast<size_t>(percentile) / 100),
+        by_columns_(size_ == 3 || (size_ == 5 && rank_ == 12)) {}
 
-  void Begin(const WindowLayout& layout) { step_ = layout.step; }
-  void Prepare(uint8_t*) {}
+  // Planes of bits are kept beside rows, and are about as long.
+  int derived_rows() const { return by_columns_ ? 0 : 2; }
+
+  void Begin(const WindowLayout& layout) { layout_ = layout; }
+  void Prepare(uint8_t* row) {
+    if (by_columns_) return;
+    const size_t reach = size_ / 2 * static_cast<size_t>(layout_.step);
+    rows::Active().split_planes(row + layout_.first, reach, layout_.count, row + layout_.pitch);
+  }
   void Combine(uint8_t* const* rows, size_t first, size_t count, uint8_t* to) {
+    const ptrdiff_t start = by_columns_ ? static_cast<ptrdiff_t>(first) : layout_.pitch;
+    const uint8_t* from[kMostRows];
+    for (size_t k = 0; k < size_; ++k) from[k] = rows[k] + start;
     const rows::RowFunctions& functions = rows::Active();
-    if (radius_ <= 2 && rank_ == count_ / 2) {
-      const uint8_t* own[5];
-      for (int32_t dy = 0; dy <= 2 * radius_; ++dy) own[dy] = rows[dy] + first;
-      return functions.median_of_square(own, static_cast<size_t>(2 * radius_ + 1), step_, count,
-                                        to);
-    }
-    const uint8_t* from[kMost];
-    const uint8_t** next = from;
-    for (int32_t dy = 0; dy <= 2 * radius_; ++dy) {
-      for (int32_t dx = -radius_; dx <= radius_; ++dx) *next++ = rows[dy] + first + dx * step_;
-    }
-    const auto samples = static_cast<size_t>(count_);
-    if (rank_ == 0) {
-      functions.min_of(from, samples, count, to);
-    } else if (rank_ == count_ - 1) {
-      functions.max_of(from, samples, count, to);
-    } else {
-      functions.rank_of(from, samples, static_cast<size_t>(rank_), count, to);
-    }
+    const auto rank = by_columns_ ? functions.rank_of_columns : functions.rank_of_planes;
+    rank(from, size_, layout_.step, rank_, count, to);
   }
 
  private:
-  static constexpr int32_t kMost = 49;
-  int32_t radius_;
-  int32_t count_;
-  int32_t rank_;
-  ptrdiff_t step_ = 0;
+  static constexpr size_t kMostRows = 7;
+  size_t size_;
+  size_t rank_;
+  bool by_columns_;
+  WindowLayout layout_ = {};
 };
 
 }  // namespace
@@ -64,9 +57,9 @@ int32_t RankOrder(PackedDib* image, int32_t radius, int32_t passes, int32_t perc
   if (passes < 1 || rows.width <= 2 * radius || rows.height <= 2 * radius) return 1;
 
   const Reach reach = {radius, radius, radius, radius};
-  Neighbourhood frame(rows, reach);
-  if (!frame) return 0;
   RankFilter filter(radius, percentile);
+  Neighbourhood frame(rows, reach, filter.derived_rows());
+  if (!frame) return 0;
   frame.Repeat(passes, Pass{reach, Border::Keep(reach), &filter});
   return 1;
 }

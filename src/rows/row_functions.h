@@ -89,6 +89,8 @@ struct SumsLists : PaletteLists {
   int32_t start[256];  // the number from which a green's search goes up and down
 };
 
+enum { kPlanesRoom = 64 };  // see rank_of_planes
+
 // Counters of a histogram's set: 256 and some room, as counters of two sets that stand a multiple
 // of 4 KiB apart would wait for each other.
 enum { kCounters = 272 };
@@ -122,7 +124,7 @@ struct RowFunctions {
   void (*pack4)(const uint8_t* indices, size_t pixels, uint8_t* row);
 
   // to[i] = the 8 bits that start `shift` (1 to 7) bits behind the first bit of from[i]. Reads
-  // count + 1 bytes unless count is 0.
+  // count + 1 bytes unless count is 0. May be in place.
   void (*shift_bits)(const uint8_t* from, size_t shift, size_t count, uint8_t* to);
 
   // to[i] = the largest (least) of from[0][i], from[1][i], ...; at least one row, none of them
@@ -201,13 +203,17 @@ struct RowFunctions {
   // sets.
   void (*count_bytes)(const uint8_t* bytes, size_t step, size_t count, uint32_t (*sets)[kCounters]);
 
-  // to[i] = the rank-th (0: the least) of from[0][i] to from[samples - 1][i]; at most 49 samples.
-  void (*rank_of)(const uint8_t* const* from, size_t samples, size_t rank, size_t count,
-                  uint8_t* to);
-  // to[i] = the median of the square of `size` (3 or 5) rows and columns around i; rows[k] are its
-  // rows from top to bottom at i = 0, and `step` (1 to 3) bytes lie between neighbours.
-  void (*median_of_square)(const uint8_t* const* rows, size_t size, ptrdiff_t step, size_t count,
-                           uint8_t* to);
+  // to[i] = the rank-th (0: the least) of the square of `size` rows and columns around i: of 3, or
+  // the median of 5. rows[k] are its rows from top to bottom at i = 0, and `step` (1 to 3) bytes
+  // lie between neighbours.
+  void (*rank_of_columns)(const uint8_t* const* rows, size_t size, ptrdiff_t step, size_t rank,
+                          size_t count, uint8_t* to);
+  // Any rank in squares of 5 or 7, from rows that split_planes() has made of source rows and their
+  // neighbours in `reach` = size / 2 * step bytes on each side. These rows have
+  // count + 7 + 16 * reach bytes and are read kPlanesRoom bytes further. No count is 0.
+  void (*split_planes)(const uint8_t* row, size_t reach, size_t count, uint8_t* planes);
+  void (*rank_of_planes)(const uint8_t* const* planes, size_t size, ptrdiff_t step, size_t rank,
+                         size_t count, uint8_t* to);
   // Gradient magnitudes sqrt(x^2 + y^2), truncated. Sobel: of three rows, around the middle one,
   // limited to 255. Roberts: differences across the diagonals of a pixel, its right neighbour and
   // the two before them, modulo 256. `step` bytes lie between neighbours.
@@ -237,9 +243,15 @@ struct RowFunctions {
 
   // Exchanges two runs of bytes.
   void (*swap_bytes)(uint8_t* a, uint8_t* b, size_t count);
-  // Bytes, and three-byte pixels, in reverse order; `to` is another place than `from`.
+  // `count` bytes of 1-bit, of 4-bit and of 8-bit pixels, and three-byte pixels, in reverse order;
+  // `to` is another place than `from`.
+  void (*mirror1)(const uint8_t* from, size_t count, uint8_t* to);
+  void (*mirror4)(const uint8_t* from, size_t count, uint8_t* to);
   void (*mirror8)(const uint8_t* from, size_t count, uint8_t* to);
   void (*mirror24)(const uint8_t* from, size_t pixels, uint8_t* to);
+  // Three-byte pixels: column c of `from` becomes row c of `to`. A step leads to the next row.
+  void (*transpose24)(const uint8_t* from, ptrdiff_t from_step, size_t columns, size_t rows,
+                      uint8_t* to, ptrdiff_t to_step);
 
   // FindPixels() of core/pixels.h.
   void (*find_pixels)(const int32_t* columns, int32_t move, const int32_t* rows, int32_t stride,
@@ -273,7 +285,8 @@ struct RowFunctions {
   // packed[i] = words[0][i] | words[1][i] << 8 | words[2][i] << 16 | words[3][i] << 24
   void (*pack_bytes)(const uint32_t* const words[4], size_t count, uint32_t* packed);
   // Blends of pixels of three or one bytes at lower[offset[i]], their right neighbours, and those
-  // at upper[offset[i]]; each channel as below. `bytes` can be read from both rows on.
+  // at upper[offset[i]]; each channel as below. `bytes` can be read from both rows on. With one_dy,
+  // offsets ascend.
   void (*bilinear24)(const uint8_t* lower, const uint8_t* upper, int32_t bytes,
                      const int32_t* offset, const float* dx, const float* dy, bool one_dy,
                      size_t count, uint8_t* to);
@@ -290,6 +303,20 @@ struct RowFunctions {
   // The cubic weights of four neighbours at the distances 1+d, d, 1-d, 2-d. With a = |distance|:
   // 1 - 2a^2 + a^3 below 1, 4 - 8a + 5a^2 - a^3 below 2, 0 beyond.
   void (*cubic_weights)(const float* fraction, size_t count, float* const weights[4]);
+  // Sums across and down as below, of pixels of three or one bytes. Those in a row stand at
+  // base[offset[i] + move] and in the three columns to the right of it, of which columns[] picks
+  // the four taps. `bytes` can be read from the base on. With one_row, offsets
+  // ascend.
+  void (*cubic_across24)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
+                         bool one_row, const int columns[4], const float* const weights[4],
+                         size_t count, size_t plane, float* sums);
+  void (*cubic_across8)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
+                        bool one_row, const int columns[4], const float* const weights[4],
+                        size_t count, size_t plane, float* sums);
+  void (*cubic_down24)(const float* const sums[4], const float* const weights[4], bool one_weight,
+                       size_t count, size_t plane, uint8_t* to);
+  void (*cubic_down8)(const float* const sums[4], const float* const weights[4], bool one_weight,
+                      size_t count, size_t plane, uint8_t* to);
   // sums[c * plane + i] = the four taps' channels c times their weights, summed in order.
   void (*cubic_across)(const uint32_t* const taps[4], const float* const weights[4], size_t count,
                        size_t plane, float* sums);

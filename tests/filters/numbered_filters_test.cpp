@@ -15,8 +15,8 @@ namespace {
 
 std::vector<uint8_t> Convoluted(const TestImage& image, uint32_t type, uint32_t color) {
   const Naive source(image);
-  const auto& [half, weights] = kNumberedKernel[type - 1];
-  const int size = 2 * half + 1;
+  const int32_t* weights = kNumberedKernel[type - 1].weights;
+  const int half = kNumberedKernel[type - 1].half, size = 2 * half + 1;
   int divisor = 0;
   for (int i = 0; i < size * size; ++i) divisor += weights[i];
   return NaiveResult(

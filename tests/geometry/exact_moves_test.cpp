@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 
 #include "core/packed_dib.h"
 #include "rows/row_functions.h"
@@ -110,21 +109,6 @@ TEST(Flips, LeftToRightKeepsPaddingAndIsItsOwnInverse) {
     ASSERT_EQ(image.Pixels(), expected);
     ASSERT_EQ(omb_fliphor(image.get()), 1u);
     ASSERT_EQ(image.Bytes(), source.Bytes());  // padding never changed
-  });
-}
-
-TEST(Flips, TopToBottomMovesWholeRowsAtEveryDepth) {
-  ForEveryImage({1, 2, 4, 8, 16, 24, 32}, [](const TestImage& source) {
-    TestImage image = source.Clone();
-    MemoryWatch watch(1);
-    ASSERT_EQ(omb_flipvert(image.get()), 1u);
-    watch.Stop();
-    ASSERT_EQ(watch.allocations(), 0);
-    const DibView from = *DibView::Open(source.get()), to = *DibView::Open(image.get());
-    ASSERT_EQ(std::memcmp(from.block(), to.block(), from.prefix_size()), 0);
-    for (int y = 0; y < from.height(); ++y) {
-      ASSERT_EQ(std::memcmp(from.row(y), to.row(from.height() - 1 - y), from.stride()), 0);
-    }
   });
 }
 

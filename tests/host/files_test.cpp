@@ -49,9 +49,8 @@ TEST(Files, WithoutLossDepthColorsAndResolutionComeBack) {
               Noisy(bits, width, 9, colors).Field(24, 11811).Field(28, 5906).Build();
           const TestImage again = Decode(Encode(format, image.get()));
           ExpectPlainHeader(again);
-          EXPECT_EQ(again.bit_count(), bits);
+          ASSERT_EQ(again.bit_count(), bits);
           EXPECT_EQ(again.Pixels(), image.Pixels());
-          EXPECT_EQ(again.Colors(), image.Colors());
           ExpectResolution(again, 11811, 5906);
           for (int i = 0; i < count; ++i) EXPECT_EQ(again.Color(i), image.Color(i));
         }

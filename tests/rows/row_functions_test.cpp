@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <memory>
 #include <numeric>
@@ -144,8 +145,14 @@ void AddPixelCases(std::vector<Case>& all) {
         }},
        {"swap_bytes, mirrors", [](auto& f, auto& in, auto n, auto& o) {
           f.swap_bytes(o.Copy(in.from[0], n), o.Copy(in.from[1], n), n);
+          f.mirror1(in.bytes.data(), n, o.New(n));
+          f.mirror4(in.bytes.data(), n, o.New(n));
           f.mirror8(in.bytes.data(), n, o.New(n));
           f.mirror24(in.bytes.data(), n, o.New(3 * n));
+          const size_t columns = n % 16, rows = n % 17;  // 15 x 16 in 3 x 256 bytes
+          const auto from_step = static_cast<ptrdiff_t>(3 * columns);
+          const auto to_step = static_cast<ptrdiff_t>(3 * rows);
+          f.transpose24(in.table, from_step, columns, rows, o.New(3 * columns * rows), to_step);
         }}});
   for (size_t shift = 1; shift < 8; ++shift) {
     all.push_back({"shift_bits", [=](auto& f, auto& in, auto n, auto& o) {
@@ -165,23 +172,41 @@ void AddPixelCases(std::vector<Case>& all) {
 
 void AddNeighbourhoodCases(std::vector<Case>& all) {
   for (const size_t rows : {1, 2, 3, 4, 5, 6, 7, 8, 9}) {
-    all.push_back({"max_of, min_of, rank_of", [=](auto& f, auto& in, auto n, auto& o) {
+    all.push_back({"max_of, min_of", [=](auto& f, auto& in, auto n, auto& o) {
                      f.max_of(in.from, rows, n, o.New(n));
                      f.min_of(in.from, rows, n, o.New(n));
-                     f.rank_of(in.from, rows, rows / 3, n, o.New(n));
                    }});
   }
   for (const int step : {1, 3}) {
     all.push_back({"squares, gradients", [=](auto& f, auto& in, auto n, auto& o) {
                      f.median9(in.from, n, o.New(n));
-                     f.median_of_square(in.from, 3, step, n, o.New(n));
-                     f.median_of_square(in.from, 5, step, n, o.New(n));
                      f.square_max(in.from, size_t(step), n, o.New(n));
                      f.square_min(in.from, size_t(step), n, o.New(n));
                      f.sobel(in.from, step, n, o.New(n));
                      f.sobel_magnitude(in.from, step, n, o.New(n));
                      f.roberts_magnitude(in.from[0], in.from[1], step, n, o.New(n));
                    }});
+  }
+  for (const size_t rank : {0, 3, 8, 12, 24, 30, 48}) {
+    for (const size_t step : {1, 3}) {
+      all.push_back({"ranks", [=](auto& f, auto& in, auto n, auto& o) {
+                       const auto distance = static_cast<ptrdiff_t>(step);
+                       if (rank < 9) f.rank_of_columns(in.from, 3, distance, rank, n, o.New(n));
+                       if (rank == 12) f.rank_of_columns(in.from, 5, distance, rank, n, o.New(n));
+                       if (n == 0) return;
+                       for (size_t size = rank < 25 ? 5 : 7; size <= 7; size += 2) {
+                         const size_t reach = size / 2 * step, length = n + 7 + 16 * reach;
+                         std::vector<uint8_t> planes[7];
+                         const uint8_t* rows[7];
+                         for (size_t k = 0; k < size; ++k) {
+                           planes[k].resize(length + rows::kPlanesRoom);
+                           f.split_planes(in.from[k], reach, n, planes[k].data());
+                           rows[k] = planes[k].data();
+                         }
+                         f.rank_of_planes(rows, size, distance, rank, n, o.New(n));
+                       }
+                     }});
+    }
   }
   all.push_back({"add, subtract", [](auto& f, auto& in, auto n, auto& o) {
                    f.copy_unless(in.from[0], 255, n, o.New(n));
@@ -265,22 +290,34 @@ void AddResamplingCases(std::vector<Case>& all) {
                    f.low_bytes(in.taps[0], n, o.New(n));
                    f.pack_bytes(in.taps, n, o.template New<uint32_t>(n));
                  }});
-  // Pixels from far apart to neighbours, again and again up to the last of 300.
-  for (const int step : {2400, 110, 61, 50, 49, 13}) {
-    all.push_back({"bilinear of pixels", [=](auto& f, auto& in, auto n, auto& o) {
+  // Pixels from far apart to neighbours, up to the last byte.
+  for (const int step : {600, 110, 61, 50, 49, 13}) {
+    all.push_back({"bilinear, cubic of pixels", [=](auto& f, auto& in, auto n, auto& o) {
                      std::vector<int32_t> offsets;
                      for (size_t i = 0; i < n; ++i) {
-                       offsets.push_back(static_cast<int32_t>(i) * step / 20 % 300 * 3);
+                       offsets.push_back(static_cast<int32_t>(i) * step / 20 * 3);
                      }
-                     std::vector<uint8_t> lower(903), upper(903);
-                     for (size_t k = 0; k < 903; ++k) {
+                     const int32_t bytes = 3 * (static_cast<int32_t>(n) * step / 20 + 4);
+                     constexpr int kColumns[][4] = {{0, 1, 2, 3}, {1, 1, 2, 3}, {0, 1, 1, 2}};
+                     const auto* places = offsets.data();
+                     std::vector<uint8_t> lower(static_cast<size_t>(bytes)), upper(lower);
+                     for (size_t k = 0; k < lower.size(); ++k) {
                        lower[k] = in.table[k % 768], upper[k] = in.table[5 * k % 768];
                      }
+                     const uint8_t *low = lower.data(), *up = upper.data();
                      for (const bool one : {false, true}) {
-                       f.bilinear24(lower.data(), upper.data(), 903, offsets.data(), in.floats[0],
-                                    in.floats[1], one, n, o.New(3 * n));
-                       f.bilinear8(lower.data(), upper.data(), 903, offsets.data(), in.floats[0],
-                                   in.floats[1], one, n, o.New(n));
+                       const auto *dx = in.floats[0], *dy = in.floats[1];
+                       f.bilinear24(low, up, bytes, places, dx, dy, one, n, o.New(3 * n));
+                       f.bilinear8(low, up, bytes, places, dx, dy, one, n, o.New(n));
+                       f.cubic_down24(in.sums, in.floats + 4, one, n, n, o.New(3 * n));
+                       f.cubic_down8(in.sums, in.floats + 4, one, n, 0, o.New(n));
+                     }
+                     for (const auto& columns : kColumns) {
+                       const bool ascend = columns[3] == 3;
+                       f.cubic_across24(low, bytes, places, 0, ascend, columns, in.floats, n, n,
+                                        o.template New<float>(3 * n));
+                       f.cubic_across8(low, bytes, places, 3, ascend, columns, in.floats, n, 0,
+                                       o.template New<float>(n));
                      }
                    }});
   }
@@ -295,14 +332,16 @@ void AddResamplingCases(std::vector<Case>& all) {
                    }});
   }
   all.push_back({"cubic_across, positions", [](auto& f, auto& in, auto n, auto& o) {
-                   constexpr int kBytes[4] = {1, 3, 0, 2}, kInOrder[4] = {0, 1, 2, 3};
+                   constexpr int bytes[4] = {1, 3, 0, 2};
                    float* weights[4];
                    for (float*& w : weights) w = o.template New<float>(n);
                    f.cubic_weights(in.floats[0], n, weights);
+                   std::vector<float> fractions(in.floats[0], in.floats[0] + n);
+                   for (float& fraction : fractions) fraction -= std::floor(fraction);
+                   for (float*& w : weights) w = o.template New<float>(n);
+                   f.cubic_weights(fractions.data(), n, weights);
                    f.cubic_across(in.taps, in.floats, n, n, o.template New<float>(3 * n));
-                   f.cubic_across_gray(in.taps[0], kBytes, in.floats, n, o.template New<float>(n));
-                   f.cubic_across_gray(in.taps[0], kInOrder, in.floats, n,
-                                       o.template New<float>(n));
+                   f.cubic_across_gray(in.taps[0], bytes, in.floats, n, o.template New<float>(n));
                    const rows::TurnedAxis axis = {0.9876f, 0.3f, 12, 1, 20};
                    auto* inner = o.template New<int32_t>(n);
                    f.turned_positions(axis, -17, n, inner, o.template New<float>(n));
@@ -380,27 +419,6 @@ TEST(RowFunctions, PlainCodeComesFirstAndTheWidestIsActive) {
   EXPECT_EQ(&rows::Active(), widest);
 }
 
-// Fractions that are not negative need no choice between formulas and get the same weights.
-TEST(RowFunctions, CubicWeightsBesideNegativeFractions) {
-  std::vector<float> fractions = {0, 1e-30f, 1e-8f, 0x1p-24f, 1 - 0x1p-24f, 1 - 0x1p-23f};
-  for (int i = 0; i < 1000; ++i) fractions.push_back(static_cast<float>(i) / 1000);
-  const size_t count = fractions.size();
-  fractions.push_back(-0.5f);
-  for (auto level = rows::Supported(); *level != nullptr; ++level) {
-    std::vector<float> weights[2][4];
-    for (const size_t negative : {0, 1}) {
-      float* to[4];
-      for (int k = 0; k < 4; ++k) {
-        weights[negative][k].resize(count + 1);
-        to[k] = weights[negative][k].data();
-      }
-      (*level)->cubic_weights(fractions.data(), count + negative, to);
-      for (auto& w : weights[negative]) w.resize(count);
-    }
-    for (int k = 0; k < 4; ++k) EXPECT_EQ(weights[0][k], weights[1][k]) << (*level)->name;
-  }
-}
-
 // Sums of differences, with orders by turns and so many lists that room for them runs out.
 TEST(RowFunctions, SearchBySumsWithTurns) {
   constexpr size_t kCount = 40000;
@@ -451,29 +469,29 @@ TEST(RowFunctions, MedianOfAllZerosAndOnes) {
 }
 
 // Likewise where columns are sorted first: only the number of ones in each column counts.
-TEST(RowFunctions, MedianOfSquaresOfZerosAndOnes) {
-  for (const int size : {3, 5}) {
-    std::vector<uint8_t> rows[5], expected;
-    std::vector<int> ones(static_cast<size_t>(size));
+TEST(RowFunctions, RanksOfZerosAndOnes) {
+  for (const size_t size : {3, 5}) {
+    std::vector<uint8_t> rows[5];
+    std::vector<size_t> ones(size), sums;
     while (ones.back() <= size) {
-      for (int x = 0; x < size; ++x) {
-        const int first = static_cast<int>(expected.size()) % size;  // of the ones, around the end
-        for (int y = 0; y < size; ++y) {
-          rows[y].push_back((y + first) % size < ones[static_cast<size_t>(x)]);
+      for (size_t x = 0; x < size; ++x) {
+        for (size_t y = 0; y < size; ++y) {
+          rows[y].push_back((y + sums.size()) % size < ones[x]);  // the ones are around the end
         }
       }
-      expected.push_back(std::accumulate(ones.begin(), ones.end(), 0) > size * size / 2);
+      sums.push_back(std::accumulate(ones.begin(), ones.end(), size_t{0}));
       ++ones[0];
-      for (size_t x = 0; x + 1 < ones.size() && ones[x] > size; ++x) ones[x] = 0, ++ones[x + 1];
+      for (size_t x = 0; x + 1 < size && ones[x] > size; ++x) ones[x] = 0, ++ones[x + 1];
     }
     const uint8_t* from[5];
-    for (int y = 0; y < size; ++y) from[y] = rows[y].data() + size / 2;
-    const size_t count = rows[0].size() - static_cast<size_t>(size - 1);
+    for (size_t y = 0; y < size; ++y) from[y] = rows[y].data() + size / 2;
     for (auto level = rows::Supported(); *level != nullptr; ++level) {
-      std::vector<uint8_t> to(count);
-      (*level)->median_of_square(from, static_cast<size_t>(size), 1, count, to.data());
-      for (size_t i = 0; i < expected.size(); ++i) {
-        ASSERT_EQ(to[i * static_cast<size_t>(size)], expected[i]) << (*level)->name << ", " << i;
+      for (size_t rank = size == 3 ? 0 : 12; rank < (size == 3 ? 9 : 13); ++rank) {
+        std::vector<uint8_t> to(rows[0].size() - (size - 1));
+        (*level)->rank_of_columns(from, size, 1, rank, to.size(), to.data());
+        for (size_t i = 0; i < sums.size(); ++i) {
+          ASSERT_EQ(to[i * size], sums[i] + rank >= size * size) << (*level)->name << ", " << i;
+        }
       }
     }
   }
