@@ -51,6 +51,7 @@ WindowLayout Neighbourhood::Begin(const Reach& reach, const Border& border) {
   layout_.bytes = size_t(rows_.width) * step;
   layout_.first = columns < 1 ? 0 : size_t(border.band.left) * step;
   layout_.count = columns < 1 ? 0 : size_t(columns) * step;
+  layout_.spare = Slot(max_reach_.before + 1 + max_reach_.after);
   return layout_;
 }
 

@@ -64,6 +64,7 @@ struct WindowLayout {
   size_t bytes;     // of the pixels of a row
   size_t first;     // bytes that are computed: [first, first + count)
   size_t count;
+  uint8_t* spare;   // a window row of the filter's own, with derived rows; Border::kSkip has none
 };
 
 class Neighbourhood {

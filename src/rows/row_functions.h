@@ -113,6 +113,9 @@ struct RowFunctions {
   // Weighted sums modulo 2^16 as `convolve` takes them, in an order of their own: 2 x count bytes,
   // the count rounded up to a multiple of kConvolutionBlock.
   void (*weigh)(const struct Taps& taps, size_t count, uint8_t* sums);
+  // The same, which is also added to `totals`; what `sums` held before is taken away if `replace`.
+  void (*weigh_running)(const struct Taps& taps, size_t count, bool replace, uint8_t* sums,
+                        uint8_t* totals);
   // One row of a convolution.
   void (*convolve)(const struct Convolution& convolution, size_t count, uint8_t* to);
 
