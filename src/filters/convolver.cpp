@@ -132,6 +132,12 @@ void Convolver::ChooseFinish(const Finishing& finishing) {
   }
   const int64_t sum = 255 * std::max(positive_, negative_);
   const int64_t divisor = std::abs(int64_t{plan_.divisor});
+  if (!plan_.wide && plan_.divisor > 1 && sum <= INT16_MAX &&
+      (sum / divisor + 255) * std::abs(int64_t{plan_.strength}) <= INT16_MAX &&
+      std::abs(int64_t{plan_.bias}) < 1 << 14 && FindReciprocal(divisor, sum, plan_)) {
+    plan_.finish = rows::kFinishWords;
+    return;
+  }
   bool exact = sum < kExactFloats && divisor < kExactFloats &&
                std::abs(int64_t{plan_.bias}) < int64_t{1} << 30;
   if (exact && !whole) {

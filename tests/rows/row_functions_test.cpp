@@ -214,8 +214,8 @@ void AddNeighbourhoodCases(std::vector<Case>& all) {
                    f.choose_bits(in.from, in.from + 3, kOutcome, n, o.New(n));
                    f.map_bit_pairs(in.from[0], kOutcome, n, o.New(n));
                  }});
-  for (const auto finish :
-       {rows::kFinishClamp, rows::kFinishReciprocal, rows::kFinishFloat, rows::kFinishExact}) {
+  for (const auto finish : {rows::kFinishClamp, rows::kFinishReciprocal, rows::kFinishWords,
+                            rows::kFinishFloat, rows::kFinishExact}) {
     for (const int wide : {0, 1, 2}) {  // 2: with weights of more than 16 bits
       if (wide != 0 && finish < rows::kFinishFloat) continue;
       for (const int32_t strength : {10, 4}) {
