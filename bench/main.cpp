@@ -1,5 +1,6 @@
-// The benchmark program: ombrilo_bench [--report] [--seconds=S] [WORD...] measures the rows whose
-// names contain one of the words, and with --report writes docs/performance.md.
+// The benchmark program: ombrilo_bench [--report] [--seconds=S] [--rows=NAME] [WORD...] measures
+// the rows whose names contain one of the words, with --rows by these row functions, and with
+// --report writes docs/performance.md.
 #include <time.h>
 
 #include <algorithm>
@@ -9,6 +10,7 @@
 #include <cstring>
 #include <utility>
 
+#include "rows/row_functions.h"
 #include "run.h"
 
 #if defined(__GLIBC__)
@@ -91,6 +93,7 @@ void Add(Row row) { Rows().push_back(std::move(row)); }
 }  // namespace ombrilo::bench
 
 int main(int argc, char** argv) {
+  using namespace ombrilo;
   using namespace ombrilo::bench;
 #if defined(__GLIBC__)
   // On both sides, blocks come from memory that the process already has: rows measure the work and
@@ -112,6 +115,11 @@ int main(int argc, char** argv) {
       report = true;
     } else if (argument.starts_with("--seconds=")) {
       seconds = std::atof(argument.c_str() + argument.find('=') + 1);
+    } else if (argument.starts_with("--rows=")) {
+      const rows::RowFunctions* const* level = rows::Supported();
+      while (*level != nullptr && argument.substr(7) != (*level)->name) ++level;
+      if (*level == nullptr) return std::fprintf(stderr, "No such row functions here\n"), 1;
+      rows::Use(*level);
     } else {
       words.push_back(argument);
     }

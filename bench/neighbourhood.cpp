@@ -98,6 +98,7 @@ void Square3(const cv::Mat& from, cv::Mat& to) {
 }
 
 // The square starts at the pixel; a dilation's ends there.
+void Dilate(const cv::Mat& from, cv::Mat& to) { cv::dilate(from, to, Square(), {2, 2}); }
 void Erode(const cv::Mat& from, cv::Mat& to) { cv::erode(from, to, Square(), {0, 0}); }
 
 // OpenCV rounds sums where the library truncates them.
@@ -133,11 +134,8 @@ const Row kRows[] = {
     {"sobel", omb_sobel, "Sobel x, y and max", SobelMagnitude},
     {"medianblur", omb_medianblur, "medianBlur 3",
      [](const cv::Mat& from, cv::Mat& to) { cv::medianBlur(from, to, 3); }},
-    {"dilate", omb_dilate, "dilate",
-     [](const cv::Mat& from, cv::Mat& to) {
-       cv::dilate(from, to, Square(), {2, 2});
-     },
-     Agreement()},
+    {"dilate", omb_dilate, "dilate", Dilate, Agreement()},
+    {"gradientize", omb_gradientize, "dilate", Dilate, Agreement()},
     {"erode", omb_erode, "erode", Erode, Agreement()},
     {"mathopen", omb_mathopen, "morphologyEx", Square3<cv::MORPH_OPEN>, Agreement{4}},
     {"mathclose", omb_mathclose, "morphologyEx", Square3<cv::MORPH_CLOSE>, Agreement{4}},
@@ -157,7 +155,7 @@ const Row kRows[] = {
      [](const cv::Mat& from, cv::Mat& to) {
        static cv::Mat eroded;
        Erode(from, eroded);
-       cv::dilate(eroded, to, Square(), {2, 2});
+       Dilate(eroded, to);
        cv::add(eroded, to, to);
      },
      Agreement{4}, true},

@@ -37,7 +37,7 @@ void IndexedColors::Encode(const uint8_t* values, size_t pixels, uint8_t* indice
     std::memcpy(indices, values, pixels);
     rows::Active().apply_table(indices, pixels, index_of_);
   } else {
-    for (size_t x = 0; x < pixels; ++x) indices[x] = Find(values + 3 * x);
+    nearest_.Find(values, 3, pixels, indices);
   }
 }
 

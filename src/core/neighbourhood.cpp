@@ -12,7 +12,8 @@ size_t Aligned(size_t bytes) { return (bytes + kAlignment - 1) / kAlignment * kA
 
 }  // namespace
 
-Neighbourhood::Neighbourhood(const PixelRows& rows, const Dib* dib, const Reach& reach, int derived)
+Neighbourhood::Neighbourhood(const PixelRows& rows, const Dib* dib, const Reach& reach, int derived,
+                             int passes)
     : rows_(rows), max_step_(rows.bit_count == 8 && dib == nullptr ? 1 : 3), max_reach_(reach) {
   if (rows_.height == 0) rows_.width = 0;  // no memory for the rows of an image without any
   if (dib != nullptr && dib->indexed()) {
@@ -20,79 +21,111 @@ Neighbourhood::Neighbourhood(const PixelRows& rows, const Dib* dib, const Reach&
     colors_.emplace();
     if (!*colors_) return;
   }
-  const size_t slots = size_t(max_reach_.before) + 1 + size_t(max_reach_.after) + 1;
   const size_t left = Aligned(size_t(max_reach_.left) * max_step_);
   const size_t pitch =
       left + Aligned((size_t(rows_.width) + size_t(max_reach_.right)) * max_step_ + kAlignment);
   slot_size_ = pitch * (1 + size_t(derived));
+  const uint64_t slots = SlotsPerWindow() * uint64_t(passes);
   const size_t result = Aligned(size_t(rows_.width) * max_step_);
   const size_t indices = Aligned(size_t(rows_.width));
-  const uint64_t size = uint64_t{slots} * slot_size_ + result + indices + kAlignment;
+  const uint64_t size = slots * slot_size_ + result + indices + kAlignment;
   if (size > SIZE_MAX / 2) return;
   memory_ = NewScratchBuffer<uint8_t>(static_cast<size_t>(size));
-  collected_ = NewScratchBuffer<uint8_t*>(slots);
-  if (!memory_ || !collected_) return;
+  pointers_ = NewScratchBuffer<uint8_t*>(static_cast<size_t>(slots));
+  if (!memory_ || !pointers_) return;
   const size_t skew = reinterpret_cast<uintptr_t>(memory_.get()) % kAlignment;
   result_ = memory_.get() + (skew == 0 ? 0 : kAlignment - skew);
   indices_ = result_ + result;
-  window_ = indices_ + indices + left;  // a slot's address is its first pixel's
+  slots_ = indices_ + indices + left;  // a slot's address is its first pixel's
   layout_.pitch = static_cast<ptrdiff_t>(pitch);
   ready_ = true;
 }
 
-WindowLayout Neighbourhood::Begin(const Reach& reach, const Border& border) {
-  reach_ = reach;
-  ring_ = reach.before + 1 + reach.after;
+bool Neighbourhood::PixelsAreValues() {
+  if (!colors_) return true;
+  colors_->Snapshot(*dib_, split_);
+  return colors_->identity() && TableHoldsPalette(*dib_);
+}
+
+void Neighbourhood::BeginWalk(const Reach& band) {
   if (colors_) colors_->Snapshot(*dib_, split_);
   coded_ = colors_ && !colors_->identity();
   const size_t step = coded_ ? colors_->step() : rows_.bit_count / 8u;
-  const int64_t columns = int64_t{rows_.width} - border.band.left - border.band.right;
+  const int64_t columns = int64_t{rows_.width} - band.left - band.right;
   layout_.step = static_cast<ptrdiff_t>(step);
   layout_.bytes = size_t(rows_.width) * step;
-  layout_.first = columns < 1 ? 0 : size_t(border.band.left) * step;
+  layout_.first = columns < 1 ? 0 : size_t(band.left) * step;
   layout_.count = columns < 1 ? 0 : size_t(columns) * step;
-  layout_.spare = Slot(max_reach_.before + 1 + max_reach_.after);
-  return layout_;
+  layout_.spare = slots_ + (SlotsPerWindow() - 1) * slot_size_;
 }
 
-uint8_t* Neighbourhood::NeutralRow(uint8_t value) {
-  uint8_t* row = Slot(max_reach_.before + 1 + max_reach_.after);
-  const size_t left = size_t(reach_.left) * size_t(layout_.step);
-  const size_t right = size_t(reach_.right) * size_t(layout_.step);
-  std::memset(row - left, value, left + layout_.bytes + right);
-  return row;
+Neighbourhood::Window& Neighbourhood::BeginPass(int p, const Reach& reach, const Border& border) {
+  const size_t before = SlotsPerWindow() * size_t(p);
+  windows_[p] = {.reach = reach,
+                 .border = border,
+                 .slots = slots_ + before * slot_size_,
+                 .rows = pointers_.get() + before,
+                 .ring = reach.before + 1 + reach.after,
+                 .done = 0,
+                 .taken = 0,
+                 .next_slot = 0};
+  return windows_[p];
 }
 
-uint8_t* Neighbourhood::Load(int32_t y, const Border& border) {
-  uint8_t* row = Slot(y % ring_);
+uint8_t* Neighbourhood::NeutralRow(const Window& window) const {
+  return window.slots + (SlotsPerWindow() - 1) * slot_size_;
+}
+
+void Neighbourhood::FillNeutralRow(const Window& window) const {
+  uint8_t* row = NeutralRow(window);
+  const size_t left = size_t(window.reach.left) * size_t(layout_.step);
+  const size_t right = size_t(window.reach.right) * size_t(layout_.step);
+  std::memset(row - left, window.border.neutral, left + layout_.bytes + right);
+}
+
+void Neighbourhood::Load(int32_t y, uint8_t* row) {
   if (coded_) {
     UnpackIndices(rows_.row(y), rows_.bit_count, size_t(rows_.width), indices_);
     colors_->Decode(indices_, size_t(rows_.width), row);
   } else {
     rows_.Read(y, layout_.bytes, row);
   }
-  const size_t step = size_t(layout_.step);
-  const size_t left = size_t(reach_.left) * step;
-  const size_t right = size_t(reach_.right) * step;
-  uint8_t* const end = row + layout_.bytes;
-  if (border.kind == Border::kNearest) {
-    for (size_t i = 1; i <= left; ++i) *(row - i) = *(row - i + step);
-    for (size_t i = 0; i < right; ++i) end[i] = *(end + i - step);
-  } else if (border.kind == Border::kSkip) {
-    std::memset(row - left, border.neutral, left);
-    std::memset(end, border.neutral, right);
-  }
-  return row;
 }
 
-void Neighbourhood::CollectRows(int32_t y, const Border& border) {
-  for (int32_t k = 0; k < ring_; ++k) {
-    const int64_t wanted = int64_t{y} - reach_.before + k;
-    const auto there =
-        static_cast<int32_t>(std::clamp<int64_t>(wanted, 0, int64_t{rows_.height} - 1));
-    const bool missing = border.kind == Border::kSkip && there != wanted;
-    collected_[k] = Slot(missing ? max_reach_.before + 1 + max_reach_.after : there % ring_);
+// Makes a pass's result what the next pass would read from the image.
+void Neighbourhood::Settle(int32_t y, const uint8_t* result, uint8_t* row) {
+  if (coded_) {
+    colors_->Encode(result, size_t(rows_.width), indices_);
+    colors_->Decode(indices_, size_t(rows_.width), row);
+  } else {
+    const size_t there = rows_.Inside(y, layout_.bytes);
+    std::memset(row + there, 0, layout_.bytes - there);
   }
+}
+
+void Neighbourhood::AddMargins(const Window& window, uint8_t* row) const {
+  const size_t step = size_t(layout_.step);
+  const size_t left = size_t(window.reach.left) * step;
+  const size_t right = size_t(window.reach.right) * step;
+  uint8_t* const end = row + layout_.bytes;
+  if (window.border.kind == Border::kNearest) {
+    for (size_t i = 1; i <= left; ++i) *(row - i) = *(row - i + step);
+    for (size_t i = 0; i < right; ++i) end[i] = *(end + i - step);
+  } else if (window.border.kind == Border::kSkip) {
+    std::memset(row - left, window.border.neutral, left);
+    std::memset(end, window.border.neutral, right);
+  }
+}
+
+// The rows missing before the image.
+void Neighbourhood::FillMissing(const Window& window, uint8_t* first) const {
+  const bool skip = window.border.kind == Border::kSkip;
+  std::fill_n(window.rows, window.ring, skip ? NeutralRow(window) : first);
+}
+
+void Neighbourhood::AppendMissing(Window& window) {
+  const bool skip = window.border.kind == Border::kSkip;
+  Append(window, skip ? NeutralRow(window) : window.rows[window.ring - 1]);
 }
 
 void Neighbourhood::ZeroRow(int32_t y) {

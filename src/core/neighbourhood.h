@@ -20,6 +20,9 @@
 // rows[reach.before] is the row that results are for; each pointer is the row's first pixel.
 // Indexed images come decoded and are encoded again (core/indexed_colors.h), so a filter sees color
 // bytes only and is written once, with the distance between neighbours as its parameter.
+//
+// Several passes go over the image as one walk: each has its own window, whose rows are the results
+// of the pass before, computed when they are needed.
 #pragma once
 
 #include <algorithm>
@@ -64,18 +67,31 @@ struct WindowLayout {
   size_t bytes;     // of the pixels of a row
   size_t first;     // bytes that are computed: [first, first + count)
   size_t count;
-  uint8_t* spare;   // a window row of the filter's own, with derived rows; Border::kSkip has none
+  uint8_t* spare;  // a window row that a single pass has for itself, unless its border is kSkip
 };
+
+// One pass over an image.
+template <class Filter>
+struct Pass {
+  Reach reach;
+  Border border;
+  Filter* filter;
+};
+template <class Filter>
+Pass(Reach, Border, Filter*) -> Pass<Filter>;
 
 class Neighbourhood {
  public:
-  // Takes all memory for walks of up to this reach, with `derived` derived rows per window row;
-  // false when there is none. Pixels of 1, 4 and 8 bits are indices into the image's color table...
-  Neighbourhood(const Dib& dib, const Reach& reach, int derived = 0)
-      : Neighbourhood(PixelRows::Of(dib), &dib, reach, derived) {}
+  static constexpr int kMostPasses = 4;
+
+  // Takes all memory for walks of up to this reach and this many passes, with `derived` derived
+  // rows per window row; false when there is none. Pixels of 1, 4 and 8 bits are indices into the
+  // image's color table...
+  Neighbourhood(const Dib& dib, const Reach& reach, int derived = 0, int passes = 1)
+      : Neighbourhood(PixelRows::Of(dib), &dib, reach, derived, passes) {}
   // ... or, here, values of 1 byte (8 bits) or 3 (24 bits).
-  Neighbourhood(const PixelRows& rows, const Reach& reach, int derived = 0)
-      : Neighbourhood(rows, nullptr, reach, derived) {}
+  Neighbourhood(const PixelRows& rows, const Reach& reach, int derived = 0, int passes = 1)
+      : Neighbourhood(rows, nullptr, reach, derived, passes) {}
 
   explicit operator bool() const { return ready_; }
 
@@ -83,41 +99,131 @@ class Neighbourhood {
   void SplitChannels() { split_ = true; }
   IndexedColors& colors() { return *colors_; }
 
-  // One walk. False if values taken as bytes all stayed as they were.
+  // Whether windows hold the image's own bytes and no pass can change what these mean.
+  bool PixelsAreValues();
+
   template <class Filter>
-  bool Run(const Reach& reach, const Border& border, Filter& filter) {
-    const WindowLayout layout = Begin(reach, border);
-    filter.Begin(layout);
-    if (border.kind == Border::kSkip) filter.Prepare(NeutralRow(border.neutral));
-    const int32_t top = border.band.before;
-    const int32_t end = rows_.height - border.band.after;
-    const int32_t walked = rows_.rows_inside();
-    bool changed = false;
-    for (int32_t y = 0, loaded = 0; y < walked; ++y) {
-      for (; loaded < rows_.height && loaded - y <= reach.after; ++loaded) {
-        filter.Prepare(Load(loaded, border));
-      }
-      if (y < top || y >= end || layout.count == 0) {
-        if (border.kind == Border::kZero) ZeroRow(y);
-        continue;
-      }
-      CollectRows(y, border);
-      uint8_t* const to = Target(y);
-      filter.Combine(collected_.get(), layout.first, layout.count, to + layout.first);
-      changed = changed || std::memcmp(collected_[reach.before], to, layout.bytes) != 0;
-      Finish(y, to, border);
+  void Run(const Pass<Filter>& pass) {
+    Walk(&pass, 1);
+  }
+  // Up to so many passes. One that changes no value that is taken as a byte is the last that could.
+  template <class Filter>
+  void Repeat(int32_t times, const Pass<Filter>& pass) {
+    bool changed = true;
+    for (int32_t i = 1; i <= times && changed; ++i) {
+      changed = false;
+      Walk(&pass, 1, i == times ? nullptr : &changed);
     }
-    return changed;
+  }
+
+  // Passes of borders without bands, one after the other. `to` holds source pixels in the last
+  // pass alone.
+  template <class Filter>
+  void Run(const Pass<Filter>* passes, int count) {
+    if (!colors_ || TableHoldsPalette(*dib_)) {
+      Walk(passes, count);
+    } else {  // the next pass takes its colors from this one's results
+      for (int p = 0; p < count; ++p) Walk(passes + p, 1);
+    }
   }
 
  private:
-  Neighbourhood(const PixelRows& rows, const Dib* dib, const Reach& reach, int derived);
+  // The source rows around the row that a pass computes next.
+  struct Window {
+    Reach reach;
+    Border border;
+    uint8_t* slots;     // a ring, and the neutral row's behind it
+    uint8_t** rows;     // from the first to the last within reach
+    int32_t ring;       // how many these are
+    int64_t done;       // result rows that the window was moved on to
+    int64_t taken;      // source rows that are in it or were, missing ones behind the last too
+    int32_t next_slot;  // of the ring
+  };
 
-  WindowLayout Begin(const Reach& reach, const Border& border);
-  uint8_t* Slot(int32_t i) const { return window_ + size_t(i) * slot_size_; }
-  uint8_t* NeutralRow(uint8_t value);
-  uint8_t* Load(int32_t y, const Border& border);
-  void CollectRows(int32_t y, const Border& border);
+  Neighbourhood(const PixelRows& rows, const Dib* dib, const Reach& reach, int derived, int passes);
+
+  template <class Filter>
+  void Walk(const Pass<Filter>* passes, int count, bool* changed = nullptr) {
+    BeginWalk(passes[0].border.band);
+    for (int p = 0; p < count; ++p) {
+      const Window& window = BeginPass(p, passes[p].reach, passes[p].border);
+      passes[p].filter->Begin(layout_);
+      if (passes[p].border.kind == Border::kSkip) {
+        FillNeutralRow(window);
+        passes[p].filter->Prepare(NeutralRow(window));
+      }
+    }
+    const Window& window = windows_[count - 1];
+    const Border& border = window.border;
+    const int32_t end = rows_.height - border.band.after;
+    const int32_t walked = rows_.rows_inside();
+    for (int32_t y = 0; y < walked; ++y) {
+      Advance(passes, count);
+      if (y < border.band.before || y >= end || layout_.count == 0) {
+        if (border.kind == Border::kZero) ZeroRow(y);
+        continue;
+      }
+      uint8_t* const to = Target(y);
+      passes[count - 1].filter->Combine(window.rows, layout_.first, layout_.count,
+                                        to + layout_.first);
+      if (changed != nullptr && !*changed) {
+        *changed = std::memcmp(window.rows[window.reach.before], to, layout_.bytes) != 0;
+      }
+      if (coded_ || to == result_ || border.kind == Border::kZero) Finish(y, to, border);
+    }
+  }
+
+  // Moves the last of these passes' windows on by one row.
+  template <class Filter>
+  void Advance(const Pass<Filter>* passes, int count) {
+    if (count == 0) return;
+    const int before = count - 1;
+    Window& window = windows_[before];
+    for (++window.done; window.taken < window.done + window.reach.after; ++window.taken) {
+      if (window.taken >= rows_.height) {
+        AppendMissing(window);
+        continue;
+      }
+      const auto y = static_cast<int32_t>(window.taken);
+      uint8_t* const row = NextSlot(window);
+      if (before == 0) {
+        Load(y, row);
+      } else if (rows_.Inside(y, 1) == 0) {
+        std::memset(row, 0, layout_.bytes);
+      } else {
+        Advance(passes, before);
+        uint8_t* const to = coded_ ? result_ : row;
+        passes[before - 1].filter->Combine(windows_[before - 1].rows, 0, layout_.bytes, to);
+        Settle(y, to, row);
+      }
+      AddMargins(window, row);
+      passes[before].filter->Prepare(row);
+      Append(window, row);
+    }
+  }
+
+  void BeginWalk(const Reach& band);
+  Window& BeginPass(int p, const Reach& reach, const Border& border);
+  size_t SlotsPerWindow() const {
+    return size_t(max_reach_.before) + 1 + size_t(max_reach_.after) + 1;
+  }
+  uint8_t* NeutralRow(const Window& window) const;
+  void FillNeutralRow(const Window& window) const;
+  uint8_t* NextSlot(Window& window) const {
+    uint8_t* slot = window.slots + size_t(window.next_slot) * slot_size_;
+    if (++window.next_slot == window.ring) window.next_slot = 0;
+    return slot;
+  }
+  void Load(int32_t y, uint8_t* row);
+  void Settle(int32_t y, const uint8_t* result, uint8_t* row);
+  void AddMargins(const Window& window, uint8_t* row) const;
+  void Append(Window& window, uint8_t* row) const {
+    if (window.taken == 0) FillMissing(window, row);
+    for (int32_t i = 1; i < window.ring; ++i) window.rows[i - 1] = window.rows[i];
+    window.rows[window.ring - 1] = row;
+  }
+  void FillMissing(const Window& window, uint8_t* first) const;
+  void AppendMissing(Window& window);
   void ZeroRow(int32_t y);
   uint8_t* Target(int32_t y);
   void Finish(int32_t y, uint8_t* to, const Border& border);
@@ -131,16 +237,15 @@ class Neighbourhood {
   Reach max_reach_;
 
   Buffer<uint8_t> memory_;
-  Buffer<uint8_t*> collected_;
-  uint8_t* window_ = nullptr;   // slots of a ring, and the neutral row's behind them
+  Buffer<uint8_t*> pointers_;
+  uint8_t* slots_ = nullptr;    // of all windows
   uint8_t* result_ = nullptr;   // a row of results that cannot be written in place
   uint8_t* indices_ = nullptr;  // a row of indices
   size_t slot_size_ = 0;
 
   // Of the current walk.
-  Reach reach_ = {};
   WindowLayout layout_ = {};
-  int32_t ring_ = 0;    // slots in use
+  Window windows_[kMostPasses];
   bool coded_ = false;  // pixels are indices that have to be decoded and encoded
 };
 

@@ -19,4 +19,8 @@ std::optional<Palette> MakeDIBPalette(const DibView& dib) {
   return palette;
 }
 
+bool TableHoldsPalette(const DibView& dib) {
+  return dib.header().table_size() >= ColorsOfDepth(dib.bit_count()) * dib.header().table_step();
+}
+
 }  // namespace ombrilo

@@ -19,4 +19,7 @@ struct Palette {
 // from the bytes that follow, and are 0 past the end of the block.
 std::optional<Palette> MakeDIBPalette(const DibView& dib);
 
+// Whether the color table holds all of these entries, so that no change to pixels changes them.
+bool TableHoldsPalette(const DibView& dib);
+
 }  // namespace ombrilo

@@ -33,7 +33,7 @@ bool Convolute(const Dib& dib, const NumberedKernel& kernel, uint32_t color) {
   if (finishing.color[0] != finishing.color[1] || finishing.color[1] != finishing.color[2]) {
     frame.SplitChannels();
   }
-  frame.Run(convolver.reach(), Border::Zero(half), convolver);
+  frame.Run(Pass{convolver.reach(), Border::Zero(half), &convolver});
   return true;
 }
 

@@ -53,10 +53,7 @@ int32_t Convolute(const Dib& dib, const KERNAL& kernel, int32_t passes, int32_t 
   if (!convolver) return 0;
   Neighbourhood frame(rows, convolver.reach(), convolver.derived_rows());
   if (!frame) return 0;
-  // A pass that changes nothing is the last one that could.
-  for (int32_t i = 0; i < passes; ++i) {
-    if (!frame.Run(convolver.reach(), Border::Keep(band), convolver)) break;
-  }
+  frame.Repeat(passes, Pass{convolver.reach(), Border::Keep(band), &convolver});
   return 1;
 }
 

@@ -37,5 +37,5 @@ void omb_medianblur(PackedDib* image) {
   Neighbourhood frame(*dib, MedianFilter::kReach);
   if (!frame) return;
   MedianFilter filter;
-  frame.Run(MedianFilter::kReach, kBorder, filter);
+  frame.Run(Pass{MedianFilter::kReach, kBorder, &filter});
 }

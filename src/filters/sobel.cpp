@@ -31,5 +31,5 @@ void omb_sobel(PackedDib* image) {
   Neighbourhood frame(*dib, SobelFilter::kReach);
   if (!frame) return;
   SobelFilter filter;
-  frame.Run(SobelFilter::kReach, Border::Zero(1), filter);
+  frame.Run(Pass{SobelFilter::kReach, Border::Zero(1), &filter});
 }

@@ -8,7 +8,7 @@ uint32_t omb_fliphor(PackedDib* image) {
   // Unlike omb_flipvert, which moves whole rows of any depth.
   if (!dib || (!dib->indexed() && dib->bit_count() != 24)) return 0;
   for (int32_t y = 0; y < dib->pixel_rows(); ++y) {
-    ombrilo::MirrorRow(dib->row(y), dib->bit_count(), dib->width());
+    ombrilo::MirrorRow(dib->row(y), dib->bit_count(), dib->width(), dib->row(y));
   }
   return 1;
 }

@@ -12,9 +12,9 @@ namespace {
 
 constexpr size_t kChunk = 1024;
 
-// Reverses `count` units of kSize bytes, by exchanging chunks from both ends.
+// Reverses `count` units of kSize bytes in place, by exchanging chunks from both ends.
 template <size_t kSize, class Mirror>
-void MirrorUnits(uint8_t* row, size_t count, Mirror mirror) {
+void Exchange(uint8_t* row, size_t count, Mirror mirror) {
   uint8_t left[kSize * kChunk], right[kSize * kChunk];
   uint8_t* first = row;
   uint8_t* end = row + kSize * count;
@@ -32,50 +32,32 @@ void MirrorUnits(uint8_t* row, size_t count, Mirror mirror) {
   mirror(left, count, first);
 }
 
-// Moves the bits of a row up by 1 to 7 places.
-void ShiftRow(uint8_t* row, size_t shift, size_t bytes) {
-  uint8_t chunk[kChunk + 1];
-  for (size_t at = 0; at < bytes; at += kChunk) {
-    const size_t n = std::min(kChunk, bytes - at);
-    std::memcpy(chunk, row + at, n);
-    chunk[n] = at + n < bytes ? row[at + n] : 0;
-    rows::Active().shift_bits(chunk, shift, n, row + at);
-  }
+// Reverses pixels of bytes, in place or onto another row.
+void MirrorUnits(const uint8_t* from, uint16_t bit_count, size_t count, uint8_t* to) {
+  const rows::RowFunctions& functions = rows::Active();
+  const auto mirror = bit_count == 24  ? functions.mirror24
+                      : bit_count == 8 ? functions.mirror8
+                      : bit_count == 4 ? functions.mirror4
+                                       : functions.mirror1;
+  if (from != to) return mirror(from, count, to);
+  bit_count == 24 ? Exchange<3>(to, count, mirror) : Exchange<1>(to, count, mirror);
 }
-
-struct PixelOrders {
-  uint8_t bits[256], nibbles[256];
-};
-
-// Bytes with their 1- and 4-bit pixels in reverse order.
-constexpr PixelOrders kReversed = [] {
-  PixelOrders orders = {};
-  for (int i = 0; i < 256; ++i) {
-    for (int bit = 0; bit < 8; ++bit) {
-      orders.bits[i] = static_cast<uint8_t>(orders.bits[i] | (i >> bit & 1) << (7 - bit));
-    }
-    orders.nibbles[i] = static_cast<uint8_t>(i << 4 | i >> 4);
-  }
-  return orders;
-}();
 
 }  // namespace
 
-void MirrorRow(uint8_t* row, uint16_t bit_count, int32_t width) {
-  const rows::RowFunctions& functions = rows::Active();
+void MirrorRow(const uint8_t* from, uint16_t bit_count, int32_t width, uint8_t* to) {
   const size_t pixels = static_cast<size_t>(width);
-  if (bit_count == 24) return MirrorUnits<3>(row, pixels, functions.mirror24);
-  if (bit_count == 8) return MirrorUnits<1>(row, pixels, functions.mirror8);
+  if (bit_count >= 8) return MirrorUnits(from, bit_count, pixels, to);
 
   const size_t bytes = (pixels * bit_count + 7) / 8;
   if (bytes == 0) return;
+  uint8_t& last = to[bytes - 1];
   const size_t behind = 8 * bytes - pixels * bit_count;
-  const uint8_t kept = static_cast<uint8_t>(row[bytes - 1] & ((1u << behind) - 1));
-  MirrorUnits<1>(row, bytes, functions.mirror8);
-  functions.apply_table(row, bytes, bit_count == 1 ? kReversed.bits : kReversed.nibbles);
+  const uint8_t kept = static_cast<uint8_t>(last & ((1u << behind) - 1));
+  MirrorUnits(from, bit_count, bytes, to);
   // The bits from behind the last pixel came to the front.
-  if (behind != 0) ShiftRow(row, behind, bytes);
-  row[bytes - 1] = static_cast<uint8_t>(row[bytes - 1] | kept);
+  if (behind != 0) rows::Active().shift_bits(to, behind, bytes - 1, to);
+  last = static_cast<uint8_t>(last << behind | kept);
 }
 
 }  // namespace ombrilo

@@ -93,6 +93,7 @@ uint32_t Sampler::BicubicColor(Position column, Position row, int32_t x, int32_t
   functions.cubic_weights(&column.fraction, 1, across);
   functions.cubic_weights(&row.fraction, 1, down);
 
+  const int channels = gray_ ? 1 : 3;
   const CubicOffsets column_offsets = ColumnOffsets(x);
   const CubicOffsets row_offsets = RowOffsets(y);
   // Corrections persist: a later sample starts from the coordinates that an earlier one left.
@@ -110,12 +111,18 @@ uint32_t Sampler::BicubicColor(Position column, Position row, int32_t x, int32_t
       if (ix + right_by < 0) ix = -right_by;
       samples[k] = ColorAt(ix + right_by, iy + up_by);
     }
-    const uint32_t* const taps[4] = {samples, samples + 1, samples + 2, samples + 3};
-    functions.cubic_across(taps, across, 1, 1, sums[j]);
+    for (int c = 0; c < channels; ++c) {
+      const auto level = [&](int k) { return static_cast<float>(samples[k] >> 8 * c & 255); };
+      sums[j][c] = level(0) * column_weights[0] + level(1) * column_weights[1] +
+                   level(2) * column_weights[2] + level(3) * column_weights[3];
+    }
   }
-  const float* const sum_rows[4] = {sums[0], sums[1], sums[2], sums[3]};
-  uint32_t color;
-  functions.cubic_down(sum_rows, down, true, 1, 1, &color);
+  uint32_t color = 0;
+  for (int c = 0; c < channels; ++c) {
+    const float value = sums[0][c] * row_weights[0] + sums[1][c] * row_weights[1] +
+                        sums[2][c] * row_weights[2] + sums[3][c] * row_weights[3];
+    color |= static_cast<uint32_t>(std::clamp(static_cast<int32_t>(value), 0, 255)) << 8 * c;
+  }
   return color;
 }
 
@@ -152,8 +159,12 @@ void Sampler::Place(const int32_t* columns, int32_t column_move, const int32_t* 
 
 void Sampler::FindNeighbours(const int32_t* columns, const int32_t* rows, int32_t x, int first,
                              int end, Taps* taps) const {
-  if (mode_ != kBicubic || gray_) {
-    // Gray levels are read side by side whatever the offsets; SumAcross() picks from them.
+  if (mode_ == kBicubic && BlendsBytes()) {
+    Place(columns, -1, rows, first, end, 0, taps);
+    return;
+  }
+  if (mode_ != kBicubic || side_by_side()) {
+    // Neighbours are read side by side whatever the offsets; SumAcross() picks from them.
     const int32_t left = mode_ == kBicubic ? -1 : 0;
     for (int k = 0; k < (whole_words() ? 1 : tap_count()); ++k) {
       Place(columns, left + k, rows, first, end, k, taps);
@@ -187,8 +198,13 @@ void Sampler::Fetch(const Taps& taps, int32_t row_move, int first, int end,
   const rows::RowFunctions& functions = rows::Active();
   const size_t n = static_cast<size_t>(end - first);
   if (whole_words()) {
-    FetchTap(taps, 0, row_move, first, end, samples->tap[0]);
-    if (gray_ && !plain_gray_) {
+    uint32_t* const words = samples->tap[mode_ == kBicubic && !gray_ ? 3 : 0];
+    FetchTap(taps, 0, row_move, first, end, words);
+    if (mode_ == kBicubic && !gray_) {
+      uint32_t* const channels[3] = {samples->tap[0] + first, samples->tap[1] + first,
+                                     samples->tap[2] + first};
+      functions.look_up_channels(words + first, n, colors_, channels);
+    } else if (gray_ && !plain_gray_) {
       functions.apply_table(reinterpret_cast<uint8_t*>(samples->tap[0] + first), 4 * n, levels_);
     }
     return;
@@ -218,11 +234,79 @@ void Sampler::Blend(const Samples& lower, const Samples& upper, const float* dx,
   }
 }
 
+void Sampler::Pick(const Taps& taps, int32_t row_move, int first, int end, uint8_t* row) const {
+  const rows::RowFunctions& functions = rows::Active();
+  const int32_t bytes = height() * stride(), move = row_move * stride();
+  const int32_t* const offset = taps.offset[0] + first;
+  const size_t n = static_cast<size_t>(end - first);
+  if (source_.bit_count() == 1) {
+    functions.pick1(source_.rows(), bytes, offset, taps.shift[0] + first, move, n, row + first / 8);
+  } else if (source_.bit_count() == 8) {
+    functions.pick8(source_.rows(), bytes, offset, move, n, row + first);
+  } else {
+    functions.pick24(source_.rows(), bytes, offset, move, n, row + 3 * first);
+  }
+}
+
+void Sampler::ReadAhead(const Taps& taps, ptrdiff_t move, int first, int end) const {
+  // Not a pointer's arithmetic: that must not leave the block.
+  const uintptr_t rows = reinterpret_cast<uintptr_t>(source_.rows()) + static_cast<uintptr_t>(move);
+  for (int i = first; i < end; i += 8) {
+    __builtin_prefetch(
+        reinterpret_cast<const void*>(rows + static_cast<uintptr_t>(taps.offset[0][i])));
+  }
+}
+
+void Sampler::BlendBytes(const Taps& taps, int32_t row_move, const float* dx, const float* dy,
+                         bool one_row, int first, int end, uint8_t* row) const {
+  const rows::RowFunctions& functions = rows::Active();
+  const int channels = source_.indexed() ? 1 : 3;
+  const uint8_t* const lower = source_.rows() + row_move * stride();
+  (channels == 1 ? functions.bilinear8 : functions.bilinear24)(
+      lower, lower + stride(), (height() - 1 - row_move) * stride(), taps.offset[0] + first,
+      dx + first, dy + (one_row ? 0 : first), one_row, static_cast<size_t>(end - first),
+      row + channels * first);
+}
+
+void Sampler::SumBytesAcross(const Taps& taps, int32_t row_move, int32_t x,
+                             const float (*weights)[kRun], bool one_row, int first, int end,
+                             float* sums) const {
+  const rows::RowFunctions& functions = rows::Active();
+  const auto sum = source_.indexed() ? functions.cubic_across8 : functions.cubic_across24;
+  for (int i = first; i < end;) {
+    const int next = static_cast<int>(std::min(EndOfOffsets(x + i) - x, end));
+    const CubicOffsets offsets = ColumnOffsets(x + i);
+    int columns[4];
+    const float* from_weights[4];
+    for (int k = 0; k < 4; ++k) {
+      columns[k] = offsets.at[k] + 1;
+      from_weights[k] = weights[k] + i;
+    }
+    sum(source_.rows(), height() * stride(), taps.offset[0] + i, row_move * stride(), one_row,
+        columns, from_weights, static_cast<size_t>(next - i), kRun, sums + i);
+    i = next;
+  }
+}
+
+void Sampler::SumBytesDown(const float* const sums[4], const float* const weights[4], bool one_row,
+                           int first, int end, uint8_t* row) const {
+  const rows::RowFunctions& functions = rows::Active();
+  const float *from_sums[4], *from_weights[4];
+  for (int k = 0; k < 4; ++k) {
+    from_sums[k] = sums[k] + first;
+    from_weights[k] = weights[k] + (one_row ? 0 : first);
+  }
+  (source_.indexed() ? functions.cubic_down8 : functions.cubic_down24)(
+      from_sums, from_weights, one_row, static_cast<size_t>(end - first), kRun,
+      row + (source_.indexed() ? 1 : 3) * first);
+}
+
 void Sampler::SumAcross(const Samples& samples, int32_t x, const float (*weights)[kRun], int first,
                         int end, float* sums) const {
   const rows::RowFunctions& functions = rows::Active();
   for (int i = first; i < end;) {
-    const int next = gray_ ? static_cast<int>(std::min(EndOfOffsets(x + i) - x, end)) : end;
+    const int next =
+        side_by_side() ? static_cast<int>(std::min(EndOfOffsets(x + i) - x, end)) : end;
     const size_t n = static_cast<size_t>(next - i);
     const float* from_weights[4];
     const uint32_t* taps[4];
@@ -230,11 +314,13 @@ void Sampler::SumAcross(const Samples& samples, int32_t x, const float (*weights
       from_weights[k] = weights[k] + i;
       taps[k] = samples.tap[k] + i;
     }
-    if (gray_) {
+    if (side_by_side()) {
       const CubicOffsets offsets = ColumnOffsets(x + i);
       int bytes[4];
       for (int k = 0; k < 4; ++k) bytes[k] = offsets.at[k] + 1;
-      functions.cubic_across_gray(taps[0], bytes, from_weights, n, sums + i);
+      for (int c = 0; c < (gray_ ? 1 : 3); ++c) {
+        functions.cubic_across_gray(taps[c], bytes, from_weights, n, sums + c * kRun + i);
+      }
     } else {
       functions.cubic_across(taps, from_weights, n, kRun, sums + i);
     }
@@ -275,11 +361,7 @@ void Sampler::Store(const uint32_t* colors, int first, int end, int count, uint8
     functions.low_bytes(colors, n, indices);
     if (gray_ && !plain_gray_) functions.apply_table(indices, n, gray_index_);
   } else {
-    for (size_t i = 0; i < n; ++i) {
-      const uint32_t color = colors[i];
-      indices[i] = nearest_->Find(static_cast<uint8_t>(color), static_cast<uint8_t>(color >> 8),
-                                  static_cast<uint8_t>(color >> 16));
-    }
+    nearest_->Find(reinterpret_cast<const uint8_t*>(colors), 4, n, indices);
   }
   if (packed) {
     PackIndices(packed_later, source_.bit_count(), static_cast<size_t>(count), row);

@@ -34,8 +34,8 @@ struct CubicOffsets {
 
 class Sampler {
  public:
-  // Pixels of a run at most; a multiple of 8. Arrays whose distance is a multiple of 4 KiB would
-  // get into each other's way in the first-level cache.
+  // Pixels of a run at most; a multiple of 16, so that arrays begin with cache lines. A distance of
+  // a multiple of 4 KiB would bring them into each other's way in the first-level cache.
   static constexpr int kRun = 2000;
 
   // Where a run's pixels find their neighbours in a row: byte offsets from the first source row,
@@ -61,6 +61,7 @@ class Sampler {
   ResampleMode mode() const { return static_cast<ResampleMode>(mode_); }
   int32_t width() const { return source_.width(); }
   int32_t height() const { return source_.height(); }
+  int32_t stride() const { return static_cast<int32_t>(source_.stride()); }
 
   // The blended color of pixel (x, y) of the new image; in point mode the pixel's value.
   uint32_t SamplePixel(Position column, Position row, int32_t x, int32_t y) const;
@@ -89,6 +90,24 @@ class Sampler {
   // [..][0] serve all pixels.
   void Blend(const Samples& lower, const Samples& upper, const float* dx, const float* dy,
              bool one_row, int first, int end, uint32_t* colors) const;
+  // Whether pixels are copied in point mode without Fetch() and Store(); not at 4 bits.
+  bool Picks() const { return mode_ == kPoint && source_.bit_count() != 4; }
+  // Then: stores pixels `row_move` rows further up. At 1 bit, `first` is a multiple of 8.
+  void Pick(const Taps& taps, int32_t row_move, int first, int end, uint8_t* row) const;
+  // Whether bytes of the source are blended as they are, without Fetch() and Store().
+  bool BlendsBytes() const {
+    return source_.bit_count() == 24 || (source_.bit_count() == 8 && plain_gray_);
+  }
+  // Then: stores bilinear pixels of neighbours `row_move` rows further up and above these.
+  void BlendBytes(const Taps& taps, int32_t row_move, const float* dx, const float* dy,
+                  bool one_row, int first, int end, uint8_t* row) const;
+  // Sums across `row_move` rows further up, and colors of four rows' sums, as below.
+  void SumBytesAcross(const Taps& taps, int32_t row_move, int32_t x, const float (*weights)[kRun],
+                      bool one_row, int first, int end, float* sums) const;
+  void SumBytesDown(const float* const sums[4], const float* const weights[4], bool one_row,
+                    int first, int end, uint8_t* row) const;
+  // Asks for the memory `move` bytes behind the first neighbours. It may lie outside the source.
+  void ReadAhead(const Taps& taps, ptrdiff_t move, int first, int end) const;
   // Bicubic sums of neighbours in a row, channel after channel in planes of kRun.
   void SumAcross(const Samples& samples, int32_t x, const float (*weights)[kRun], int first,
                  int end, float* sums) const;
@@ -107,10 +126,13 @@ class Sampler {
              int tap, Taps* taps) const;
   void FetchTap(const Taps& taps, int tap, int32_t row_move, int first, int end,
                 uint32_t* colors) const;
-  int32_t stride() const { return static_cast<int32_t>(source_.stride()); }
   // Neighbours in a row.
   int tap_count() const { return mode_ == kBicubic ? 4 : static_cast<int>(mode_); }
-  bool whole_words() const { return source_.bit_count() == 8 && (gray_ || mode_ == kPoint); }
+  bool whole_words() const {
+    return source_.bit_count() == 8 && (gray_ || mode_ == kPoint || mode_ == kBicubic);
+  }
+  // Bicubic neighbours come side by side, in a word for each channel.
+  bool side_by_side() const { return gray_ || source_.bit_count() == 8; }
 
   uint32_t ColorAt(int32_t column, int32_t row) const;
   uint32_t BilinearColor(Position column, Position row) const;

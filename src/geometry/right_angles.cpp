@@ -7,9 +7,9 @@
 #include <algorithm>
 #include <cstring>
 
-#include "core/pixels.h"
 #include "core/replacement.h"
 #include "geometry/mirror.h"
+#include "rows/row_functions.h"
 
 namespace ombrilo {
 
@@ -32,15 +32,9 @@ struct Tile {
 };
 
 void Turn24(const Transposition& t, const Tile& tile) {
-  for (int32_t c = tile.c; c < tile.c_end; ++c) {
-    const uint8_t* from = t.Source(tile.i) + 3 * c;
-    uint8_t* to = t.New(c) + 3 * tile.i;
-    for (int32_t i = tile.i; i < tile.i_end; ++i) {
-      std::memcpy(to, from, 3);
-      from += t.from_step;
-      to += 3;
-    }
-  }
+  rows::Active().transpose24(
+      t.Source(tile.i) + 3 * tile.c, t.from_step, static_cast<size_t>(tile.c_end - tile.c),
+      static_cast<size_t>(tile.i_end - tile.i), t.New(tile.c) + 3 * tile.i, t.to_step);
 }
 
 // Exchanges the upper bytes of `low` with the lower ones of `high`; mask selects lower ones.
@@ -138,10 +132,7 @@ uint32_t TurnByQuarters(PackedDib** image, const DibView& source, int quarters) 
   const Dib turned = block.dib();
   if (quarters == 2) {
     for (int32_t y = 0; y < turned.pixel_rows(); ++y) {
-      uint8_t* row = turned.row(y);
-      CopyPixels(source.row(height - 1 - y), source.bit_count(), 0, static_cast<size_t>(width),
-                 row);
-      MirrorRow(row, source.bit_count(), width);
+      MirrorRow(source.row(height - 1 - y), source.bit_count(), width, turned.row(y));
     }
   } else if (width != 0 && height != 0) {
     const auto from_step = static_cast<ptrdiff_t>(source.stride());

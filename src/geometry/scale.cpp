@@ -6,6 +6,7 @@
 // kept from row to row: fetched colors (bilinear) or sums across (bicubic) of the source rows that
 // the next row needs again.
 #include <algorithm>
+#include <cstring>
 
 #include "core/bytes.h"
 #include "core/replacement.h"
@@ -44,11 +45,10 @@ class Scaler {
       : sampler_(sampler),
         to_(to),
         functions_(rows::Active()),
-        work_(NewScratchBuffer<Work>(1)),
         x_factor_(static_cast<float>(sampler.width()) / static_cast<float>(to.width)),
         y_factor_(static_cast<float>(sampler.height()) / static_cast<float>(to.height)) {}
 
-  explicit operator bool() const { return work_ != nullptr; }
+  explicit operator bool() const { return static_cast<bool>(work_); }
 
   void Run(Resampling resampling) {
     const bool runs = resampling == Resampling::kRuns && sampler_.FitsRuns();
@@ -60,12 +60,21 @@ class Scaler {
         const Position row = PositionOf(y, y_factor_, sampler_.height());
         if (!runs) {
           SamplePixels(row, y, 0, count_);
+        } else if (sampler_.Picks()) {
+          PickRow(row, y);
+          continue;
         } else if (sampler_.mode() == kPoint) {
           PointRow(row);
+        } else if (sampler_.mode() == kBilinear && sampler_.BlendsBytes()) {
+          Work& w = *work_;
+          sampler_.BlendBytes(w.taps, sampler_.Inner(sampler_.height()).Limit(row.whole),
+                              w.fraction, &row.fraction, true, 0, count_, to_.At(x_, y));
+          continue;
         } else if (sampler_.mode() == kBilinear) {
           BilinearRow(row);
         } else {
           BicubicRow(row, y);
+          continue;
         }
         sampler_.Store(NewPixels(runs), 0, count_, count_, to_.At(x_, y));
       }
@@ -84,7 +93,7 @@ class Scaler {
   };
 
   void PrepareColumns() {
-    Work& w = work_[0];
+    Work& w = *work_;
     std::fill(std::begin(kept_), std::end(kept_), -1);
     for (int i = 0; i < count_; ++i) {
       const Position position = PositionOf(x_ + i, x_factor_, sampler_.width());
@@ -111,7 +120,7 @@ class Scaler {
   }
 
   void SamplePixels(Position row, int32_t y, int first, int end) {
-    Work& w = work_[0];
+    Work& w = *work_;
     for (int i = first; i < end; ++i) {
       w.colors[i] = sampler_.SamplePixel({w.whole[i], w.fraction[i]}, row, x_ + i, y);
     }
@@ -127,17 +136,27 @@ class Scaler {
 
   // In point mode the samples are the pixels.
   const uint32_t* NewPixels(bool runs) const {
-    return runs && sampler_.mode() == kPoint ? work_[0].samples[0].tap[0] : work_[0].colors;
+    return runs && sampler_.mode() == kPoint ? (*work_).samples[0].tap[0] : (*work_).colors;
+  }
+
+  void PickRow(Position row, int32_t y) {
+    const int32_t source_row = sampler_.Inner(sampler_.height()).Limit(row.whole);
+    if (Keep(0, source_row)) {
+      std::memcpy(to_.At(x_, y), to_.At(x_, y - 1),
+                  (static_cast<size_t>(count_) * to_.bit_count + 7) / 8);
+    } else {
+      sampler_.Pick((*work_).taps, source_row, 0, count_, to_.At(x_, y));
+    }
   }
 
   void PointRow(Position row) {
     const int32_t source_row = sampler_.Inner(sampler_.height()).Limit(row.whole);
     if (Keep(0, source_row)) return;
-    sampler_.Fetch(work_[0].taps, source_row, 0, count_, &work_[0].samples[0]);
+    sampler_.Fetch((*work_).taps, source_row, 0, count_, &(*work_).samples[0]);
   }
 
   void BilinearRow(Position row) {
-    Work& w = work_[0];
+    Work& w = *work_;
     const int32_t lower = sampler_.Inner(sampler_.height()).Limit(row.whole);
     for (const int32_t source_row : {lower, lower + 1}) {
       if (Keep(source_row & 1, source_row)) continue;
@@ -148,9 +167,10 @@ class Scaler {
   }
 
   void BicubicRow(Position row, int32_t y) {
-    Work& w = work_[0];
+    Work& w = *work_;
     if (sampler_.Inner(sampler_.height()).Limit(row.whole) != row.whole) {
       SamplePixels(row, y, 0, count_);
+      sampler_.Store(w.colors, 0, count_, count_, to_.At(x_, y));
       return;
     }
     const CubicOffsets offsets = sampler_.RowOffsets(y);
@@ -162,19 +182,34 @@ class Scaler {
       const int32_t source_row = row.whole + offsets.at[j];
       sums[j] = w.sums[source_row & 3];
       if (!Keep(source_row & 3, source_row)) {
-        sampler_.Fetch(w.taps, source_row, 0, count_, &w.samples[0]);
-        sampler_.SumAcross(w.samples[0], x_, w.column_weights, 0, count_, w.sums[source_row & 3]);
+        if (sampler_.BlendsBytes()) {
+          sampler_.SumBytesAcross(w.taps, source_row, x_, w.column_weights, true, 0, count_,
+                                  w.sums[source_row & 3]);
+        } else {
+          sampler_.Fetch(w.taps, source_row, 0, count_, &w.samples[0]);
+          sampler_.SumAcross(w.samples[0], x_, w.column_weights, 0, count_, w.sums[source_row & 3]);
+        }
       }
     }
-    sampler_.SumDown(sums, each_weight, true, 0, count_, w.colors);
-    SamplePixels(row, y, 0, inner_);
-    SamplePixels(row, y, inner_end_, count_);
+    uint8_t* const to = to_.At(x_, y);
+    if (sampler_.BlendsBytes()) {
+      sampler_.SumBytesDown(sums, each_weight, true, 0, count_, to);
+      SamplePixels(row, y, 0, inner_);
+      sampler_.Store(w.colors, 0, inner_, count_, to);
+      SamplePixels(row, y, inner_end_, count_);
+      sampler_.Store(w.colors, inner_end_, count_, count_, to);
+    } else {
+      sampler_.SumDown(sums, each_weight, true, 0, count_, w.colors);
+      SamplePixels(row, y, 0, inner_);
+      SamplePixels(row, y, inner_end_, count_);
+      sampler_.Store(w.colors, 0, count_, count_, to);
+    }
   }
 
   Sampler& sampler_;
   const NewRows to_;
   const rows::RowFunctions& functions_;
-  Buffer<Work> work_;
+  AlignedScratch<Work> work_;
   const float x_factor_, y_factor_;
   int32_t x_ = 0;
   int32_t count_ = 0;

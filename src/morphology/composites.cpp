@@ -12,13 +12,14 @@ namespace ombrilo {
 
 namespace {
 
-// The steps, if there is an image and memory for all of them.
-template <class Steps>
-void Compose(PackedDib* image, Steps&& steps) {
+constexpr auto kErode = DilateErode::kErode;
+constexpr auto kDilate = DilateErode::kDilate;
+
+void Compose(PackedDib* image, std::initializer_list<DilateErode::Op> ops) {
   const auto dib = Dib::Open(image);
   if (!dib) return;
-  DilateErode step(*dib);
-  if (step) steps(step);
+  DilateErode step(*dib, static_cast<int>(ops.size()));
+  if (step) step.Run(ops);
 }
 
 // Pixel rows as they were at some point, as far as they lie inside the block. Operations that
@@ -117,18 +118,27 @@ class IndexedDifference {
   IndexedColors colors_;
 };
 
+// The opening and the erosion are compared with pixels as they come by, unless 16 bits
+// cut the rows that are compared into others.
+bool Cut(const Dib& dib) {
+  const PixelRows rows = PixelRows::Of(dib), cut = PixelRows::Of16Bits(dib);
+  return rows.width != cut.width || rows.height != cut.height;
+}
+
 void PickEdge(const Dib& dib) {
   const bool indexed = dib.indexed();
   if (!indexed && dib.bit_count() != 24) return;
+  DilateErode step(dib, 1);
+  if (!step) return;
+  if (step.PixelsAreValues() && !Cut(dib)) return step.Run({kErode}, DilateErode::kSubtracted);
+
   const PixelRows rows = PixelRows::Of16Bits(dib);
   KeptRows unfiltered(rows);
-  DilateErode step(dib);
   std::optional<IndexedDifference> difference;
   if (indexed) difference.emplace(rows);
-  if (!unfiltered || !step || (indexed && !*difference)) return;
-
+  if (!unfiltered || (indexed && !*difference)) return;
   unfiltered.Keep();
-  step.Erode();
+  step.Run({kErode});
   // Colors are those after the erosion: a short table goes on in the pixels.
   if (indexed) difference->Snapshot(dib);
   unfiltered.Combine(true, [&](uint8_t* row, const uint8_t* kept, size_t bytes) {
@@ -145,16 +155,18 @@ void PickEdge(const Dib& dib) {
 }  // namespace ombrilo
 
 void omb_mathopen(PackedDib* image) {
-  ombrilo::Compose(image, [](auto& step) { step.Erode(), step.Dilate(); });
+  using namespace ombrilo;
+  Compose(image, {kErode, kDilate});
 }
 
 void omb_mathclose(PackedDib* image) {
-  ombrilo::Compose(image, [](auto& step) { step.Dilate(), step.Erode(); });
+  using namespace ombrilo;
+  Compose(image, {kDilate, kErode});
 }
 
 void omb_denoise(PackedDib* image) {
-  ombrilo::Compose(image,
-                   [](auto& step) { step.Erode(), step.Dilate(), step.Dilate(), step.Erode(); });
+  using namespace ombrilo;
+  Compose(image, {kErode, kDilate, kDilate, kErode});
 }
 
 void omb_pickedge(PackedDib* image) {
@@ -168,12 +180,15 @@ void omb_opencompose(PackedDib* image) {
   using namespace ombrilo;
   const auto dib = Dib::Open(image);
   if (!dib || dib->bit_count() != 24) return;
+  DilateErode step(*dib, 2);
+  if (!step) return;
+  if (!Cut(*dib)) return step.Run({kErode, kDilate}, DilateErode::kAdded);
+
   KeptRows eroded(PixelRows::Of16Bits(*dib));
-  DilateErode step(*dib);
-  if (!eroded || !step) return;
-  step.Erode();
+  if (!eroded) return;
+  step.Run({kErode});
   eroded.Keep();
-  step.Dilate();
+  step.Run({kDilate});
   eroded.Combine(false, [](uint8_t* row, const uint8_t* kept, size_t bytes) {
     rows::Active().add_saturated(kept, bytes, row);
   });
@@ -183,12 +198,14 @@ void omb_tophat(PackedDib* image) {
   using namespace ombrilo;
   const auto dib = Dib::Open(image);
   if (!dib || dib->bit_count() != 24) return;
+  DilateErode step(*dib, 2);
+  if (!step) return;
+  if (!Cut(*dib)) return step.Run({kErode, kDilate}, DilateErode::kSubtracted);
+
   KeptRows unfiltered(PixelRows::Of16Bits(*dib));
-  DilateErode step(*dib);
-  if (!unfiltered || !step) return;
+  if (!unfiltered) return;
   unfiltered.Keep();
-  step.Erode();
-  step.Dilate();
+  step.Run({kErode, kDilate});
   unfiltered.Combine(false, [](uint8_t* row, const uint8_t* kept, size_t bytes) {
     rows::Active().subtract_from(kept, bytes, row);
   });

@@ -2,13 +2,14 @@
 //
 // The square hangs on its corner: a dilation looks at the 3x3 pixels that end at the pixel, an
 // erosion at those that start at it, so that one undoes the other's shift and openings and closings
-// come out in register. Rows are reduced before columns.
+// come out in register.
 //
 // One-bit images have three outcomes per image: the neighbourhood holds one index, the other, or
 // both. These are computed once, through the color rule; pixels are then bits in words.
 #include "morphology/dilate_erode.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "rows/row_functions.h"
 
@@ -21,90 +22,124 @@ constexpr Reach kErodeReach = {0, 2, 0, 2};
 constexpr Reach kBothReaches = {2, 2, 2, 2};
 
 struct SquareFilter {
-  bool dilate;
-  WindowLayout layout = {};
+  DilateErode::Op op;
+  DilateErode::Last last;
+  size_t step = 0;
 
-  void Pick(const uint8_t* const (&from)[3], size_t count, uint8_t* to) const {
-    (dilate ? rows::Active().max_of : rows::Active().min_of)(from, 3, count, to);
-  }
-  void Begin(const WindowLayout& l) { layout = l; }
-  void Prepare(uint8_t* row) {
-    const ptrdiff_t next = dilate ? -layout.step : layout.step;
-    Pick({row, row + next, row + 2 * next}, layout.bytes, row + layout.pitch);
-  }
+  void Begin(const WindowLayout& layout) { step = static_cast<size_t>(layout.step); }
+  void Prepare(uint8_t*) {}
   void Combine(uint8_t* const* rows, size_t first, size_t count, uint8_t* to) {
-    const size_t at = static_cast<size_t>(layout.pitch) + first;
-    Pick({rows[0] + at, rows[1] + at, rows[2] + at}, count, to);
+    if (last == DilateErode::kSubtracted) {
+      uint8_t results[4096];
+      for (size_t i = 0; i < count; i += sizeof results) {
+        const size_t n = std::min(count - i, sizeof results);
+        Pick(rows, first + i, n, results);
+        rows::Active().subtract_saturated(results, n, to + i);
+      }
+      return;
+    }
+    Pick(rows, first, count, to);
+    if (last == DilateErode::kAdded) {
+      const uint8_t* own = rows[op == DilateErode::kDilate ? 2 : 0] + first;
+      rows::Active().add_saturated(own, count, to);
+    }
+  }
+  void Pick(uint8_t* const* rows, size_t first, size_t count, uint8_t* to) const {
+    if (op == DilateErode::kDilate) {
+      const size_t left = 2 * step;
+      const uint8_t* const from[] = {rows[0] + first - left, rows[1] + first - left,
+                                     rows[2] + first - left};
+      rows::Active().square_max(from, step, count, to);
+    } else {
+      const uint8_t* const from[] = {rows[0] + first, rows[1] + first, rows[2] + first};
+      rows::Active().square_min(from, step, count, to);
+    }
   }
 };
 
 // The same on rows of eight pixels to a byte. Missing neighbours are the nearest pixels here too.
 struct SquareBitsFilter {
-  bool dilate;
+  DilateErode::Op op;
   int32_t width;       // in pixels
   uint8_t outcome[3];  // bytes of the index that stands where none, all and some are index 1
-  ptrdiff_t pitch = 0;
 
-  void Begin(const WindowLayout& l) { pitch = l.pitch; }
+  void Begin(const WindowLayout&) {}
   void Prepare(uint8_t* row) {
-    const size_t bytes = (static_cast<size_t>(width) + 7) / 8;
-    uint8_t* const any = row + pitch;
-    uint8_t* const all = row + 2 * pitch;
-    if (dilate) {
+    if (op == DilateErode::kDilate) {
       *(row - 1) = (row[0] & 0x80) != 0 ? 0xFF : 0;
-      rows::Active().spread_bits_left(row, bytes, any, all);
       return;
     }
+    const size_t bytes = (static_cast<size_t>(width) + 7) / 8;
     const int last = (width - 1) % 8;
     const bool one = (row[bytes - 1] << last & 0x80) != 0;
     const uint8_t behind = static_cast<uint8_t>(0x7F >> last);
     row[bytes - 1] = static_cast<uint8_t>(one ? row[bytes - 1] | behind : row[bytes - 1] & ~behind);
     row[bytes] = one ? 0xFF : 0;
-    rows::Active().spread_bits_right(row, bytes, any, all);
   }
   void Combine(uint8_t* const* rows, size_t, size_t count, uint8_t* to) {
-    const uint8_t* const any[] = {rows[0] + pitch, rows[1] + pitch, rows[2] + pitch};
-    const uint8_t* const all[] = {any[0] + pitch, any[1] + pitch, any[2] + pitch};
     const uint8_t before = to[count - 1];
-    rows::Active().choose_bits(any, all, outcome, count, to);
+    (op == DilateErode::kDilate ? rows::Active().square_bits_left
+                                : rows::Active().square_bits_right)(rows, outcome, count, to);
     const auto pixels = static_cast<uint8_t>(0xFF80 >> (width - 1) % 8);
+    if (pixels == 0xFF) return;
     to[count - 1] = static_cast<uint8_t>((to[count - 1] & pixels) | (before & ~pixels));
   }
 };
 
+template <class Filter, class FilterFor>
+void RunPasses(Neighbourhood& frame, std::initializer_list<DilateErode::Op> ops,
+               FilterFor&& filter_for) {
+  Filter filters[Neighbourhood::kMostPasses];
+  Pass<Filter> passes[Neighbourhood::kMostPasses];
+  int count = 0;
+  for (const DilateErode::Op& op : ops) {
+    filters[count] = filter_for(op);
+    passes[count] = {op == DilateErode::kDilate ? kDilateReach : kErodeReach, Border::Nearest(),
+                     &filters[count]};
+    ++count;
+  }
+  frame.Run(passes, count);
+}
+
 }  // namespace
 
-DilateErode::DilateErode(const Dib& dib) : dib_(dib) {
+DilateErode::DilateErode(const Dib& dib, int most) : dib_(dib) {
   if (dib.bit_count() == 1) {
     PixelRows bytes = PixelRows::Of(dib);
     bytes.width = static_cast<int32_t>(bytes.row_bytes());
     bytes.bit_count = 8;
     colors_.emplace();
-    frame_.emplace(bytes, kBothReaches, 2);
+    frame_.emplace(bytes, kBothReaches, 0, most);
   } else if (dib.indexed() || dib.bit_count() == 24) {
-    frame_.emplace(dib, kBothReaches, 1);
+    frame_.emplace(dib, kBothReaches, 0, most);
   }
 }
 
 DilateErode::operator bool() const { return !frame_ || (*frame_ && (!colors_ || *colors_)); }
 
-void DilateErode::Run(bool dilate) {
+void DilateErode::Run(std::initializer_list<Op> ops, Last last) {
   if (!frame_) return;
-  const Reach& reach = dilate ? kDilateReach : kErodeReach;
   if (!colors_) {
-    SquareFilter filter = {dilate};
-    frame_->Run(reach, Border::Nearest(), filter);
+    RunPasses<SquareFilter>(*frame_, ops, [&](const Op& op) {
+      return SquareFilter{op, &op + 1 == ops.end() ? last : kResult};
+    });
+    return;
+  }
+  if (ops.size() > 1 && !TableHoldsPalette(dib_)) {  // each operation's results are colors too
+    for (const Op op : ops) Run({op});
     return;
   }
   colors_->Snapshot(dib_);
   const uint8_t(&color)[256][3] = colors_->palette().bgr;
-  uint8_t mixed[3];
-  for (int c = 0; c < 3; ++c) {
-    mixed[c] = dilate ? std::max(color[0][c], color[1][c]) : std::min(color[0][c], color[1][c]);
-  }
   const auto byte = [&](const uint8_t* bgr) { return uint8_t(colors_->Find(bgr) != 0 ? 255 : 0); };
-  SquareBitsFilter filter = {dilate, dib_.width(), {byte(color[0]), byte(color[1]), byte(mixed)}};
-  frame_->Run(reach, Border::Nearest(), filter);
+  RunPasses<SquareBitsFilter>(*frame_, ops, [&](Op op) {
+    uint8_t mixed[3];
+    for (int c = 0; c < 3; ++c) {
+      const auto& [low, high] = std::minmax(color[0][c], color[1][c]);
+      mixed[c] = op == kDilate ? high : low;
+    }
+    return SquareBitsFilter{op, dib_.width(), {byte(color[0]), byte(color[1]), byte(mixed)}};
+  });
 }
 
 }  // namespace ombrilo
@@ -112,13 +147,13 @@ void DilateErode::Run(bool dilate) {
 void omb_dilate(PackedDib* image) {
   const auto dib = ombrilo::Dib::Open(image);
   if (!dib) return;
-  ombrilo::DilateErode step(*dib);
-  if (step) step.Dilate();
+  ombrilo::DilateErode step(*dib, 1);
+  if (step) step.Run({ombrilo::DilateErode::kDilate});
 }
 
 void omb_erode(PackedDib* image) {
   const auto dib = ombrilo::Dib::Open(image);
   if (!dib) return;
-  ombrilo::DilateErode step(*dib);
-  if (step) step.Erode();
+  ombrilo::DilateErode step(*dib, 1);
+  if (step) step.Run({ombrilo::DilateErode::kErode});
 }

@@ -6,6 +6,7 @@
 // 6 reads along rows and 11 across them.
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <tuple>
 
 #include "core/neighbourhood.h"
@@ -19,10 +20,11 @@ struct Run {
   int32_t dy, dx, length;
 };
 
-class ElementFilter {
+// A structuring element, cut into runs and ready to be applied.
+class Element {
  public:
   // The element as an image of this size can see it. False without memory.
-  ElementFilter(const KERNAL& element, const PixelRows& rows)
+  Element(const KERNAL& element, const PixelRows& rows)
       : capacity_(element.count < 0 ? 0 : static_cast<size_t>(element.count)),
         runs_(NewScratchBuffer<Run>(capacity_)),
         from_(NewScratchBuffer<const uint8_t*>(2 * capacity_)),
@@ -36,26 +38,25 @@ class ElementFilter {
 
   bool empty() const { return run_count_ == 0; }
   const Reach& reach() const { return reach_; }
+  // The extreme of no pixels at all.
+  static uint8_t Neutral(bool dilate) { return dilate ? 0 : 255; }
   int derived_rows() const { return length_count_ - 1; }
-
-  void Dilate(bool dilate) { dilate_ = dilate; }
-  uint8_t neutral() const { return dilate_ ? 0 : 255; }
 
   void Begin(const WindowLayout& layout) { layout_ = layout; }
 
-  void Prepare(uint8_t* row) {
+  void Prepare(bool dilate, uint8_t* row) {
     const ptrdiff_t left = reach_.left * layout_.step;
     const size_t all = layout_.bytes + static_cast<size_t>(left + reach_.right * layout_.step);
     for (int i = 1; i < length_count_; ++i) {
       const uint8_t* shorter = Level(row, i - 1) - left;
       const ptrdiff_t apart = (lengths_[i] - lengths_[i - 1]) * layout_.step;
       const uint8_t* from[] = {shorter, shorter + apart};
-      Pick(from, 2, all - static_cast<size_t>((lengths_[i] - 1) * layout_.step),
+      Pick(dilate, from, 2, all - static_cast<size_t>((lengths_[i] - 1) * layout_.step),
            Level(row, i) - left);
     }
   }
 
-  void Combine(uint8_t* const* rows, size_t first, size_t count, uint8_t* to) {
+  void Combine(bool dilate, uint8_t* const* rows, size_t first, size_t count, uint8_t* to) {
     size_t reads = 0;
     for (size_t i = 0; i < run_count_; ++i) {
       const Run& run = runs_[i];
@@ -66,17 +67,19 @@ class ElementFilter {
         from_[reads++] = start + (run.dx + rest) * layout_.step;
       }
     }
-    if (has_origin_) return Pick(from_.get(), reads, count, to);
+    if (has_origin_) return Pick(dilate, from_.get(), reads, count, to);
     // Where nothing moved the extreme from its start, the pixel stays.
-    Pick(from_.get(), reads, count, picked_.get());
-    rows::Active().copy_unless(picked_.get(), neutral(), count, to);
+    Pick(dilate, from_.get(), reads, count, picked_.get());
+    std::memcpy(to, rows[reach_.before] + first, count);
+    rows::Active().copy_unless(picked_.get(), Neutral(dilate), count, to);
   }
 
  private:
   static constexpr int kMaxLengths = 24;
 
-  void Pick(const uint8_t* const* from, size_t rows, size_t count, uint8_t* to) const {
-    (dilate_ ? rows::Active().max_of : rows::Active().min_of)(from, rows, count, to);
+  static void Pick(bool dilate, const uint8_t* const* from, size_t rows, size_t count,
+                   uint8_t* to) {
+    (dilate ? rows::Active().max_of : rows::Active().min_of)(from, rows, count, to);
   }
 
   void CutIntoRuns(const KERNAL& element, const PixelRows& rows) {
@@ -158,12 +161,22 @@ class ElementFilter {
   Buffer<uint8_t> picked_;
   size_t run_count_ = 0;
   bool has_origin_ = false;
-  bool dilate_ = false;
   Reach reach_ = {};
   int32_t lengths_[kMaxLengths] = {1};
   int32_t shifts_[kMaxLengths] = {};
   int length_count_ = 1;
   WindowLayout layout_ = {};
+};
+
+struct ElementFilter {
+  Element* element;
+  bool dilate;
+
+  void Begin(const WindowLayout& layout) { element->Begin(layout); }
+  void Prepare(uint8_t* row) { element->Prepare(dilate, row); }
+  void Combine(uint8_t* const* rows, size_t first, size_t count, uint8_t* to) {
+    element->Combine(dilate, rows, first, count, to);
+  }
 };
 
 }  // namespace
@@ -184,19 +197,22 @@ int32_t omb_DoKernalMorphDIB(PackedDib* image, int32_t bits, int32_t op, const K
   if (dib->ReadU16(kInfoPlanes) == 0 || !rows.Fits(*dib)) return 0;
   if (iterations < 1) return 1;
 
-  ElementFilter filter(*element, rows);
-  if (!filter) return 0;
-  if (filter.empty()) return 1;
-  Neighbourhood frame(rows, filter.reach(), filter.derived_rows());
+  Element shape(*element, rows);
+  if (!shape) return 0;
+  if (shape.empty()) return 1;
+  const bool composed = op == kOpen || op == kClose;
+  Neighbourhood frame(rows, shape.reach(), shape.derived_rows(), composed ? 2 : 1);
   if (!frame) return 0;
-  const auto repeat = [&](bool dilate) {
-    filter.Dilate(dilate);
-    // A pass that changes nothing is the last one that could.
-    for (int32_t i = 0; i < iterations; ++i) {
-      if (!frame.Run(filter.reach(), Border::Skip(filter.neutral()), filter)) break;
-    }
-  };
-  repeat(op == kDilate || op == kClose);
-  if (op == kOpen || op == kClose) repeat(op == kOpen);
+  ElementFilter filters[2] = {{&shape, op == kDilate || op == kClose}, {&shape, op == kOpen}};
+  Pass<ElementFilter> passes[2];
+  for (int i = 0; i < 2; ++i) {
+    const Border border = Border::Skip(Element::Neutral(filters[i].dilate));
+    passes[i] = {shape.reach(), border, &filters[i]};
+  }
+  if (composed && iterations == 1) {
+    frame.Run(passes, 2);
+  } else {
+    for (int i = 0; i < (composed ? 2 : 1); ++i) frame.Repeat(iterations, passes[i]);
+  }
   return 1;
 }

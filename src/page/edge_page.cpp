@@ -60,7 +60,7 @@ int32_t ReplaceByMagnitude(PackedDib* image) {
   Neighbourhood frame(rows, kReach);
   if (!frame) return 0;
   Filter filter;
-  frame.Run(kReach, Border::Keep(kReach), filter);
+  frame.Run(Pass{kReach, Border::Keep(kReach), &filter});
   return 1;
 }
 

@@ -60,10 +60,7 @@ int32_t RankOrder(PackedDib* image, int32_t radius, int32_t passes, int32_t perc
   RankFilter filter(radius, percentile);
   Neighbourhood frame(rows, reach, filter.derived_rows());
   if (!frame) return 0;
-  // A pass that changes nothing is the last one that could.
-  for (int32_t i = 0; i < passes; ++i) {
-    if (!frame.Run(reach, Border::Keep(reach), filter)) break;
-  }
+  frame.Repeat(passes, Pass{reach, Border::Keep(reach), &filter});
   return 1;
 }
 

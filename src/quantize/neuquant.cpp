@@ -32,9 +32,7 @@ void MapPixels(const DibView& source, PaletteNetwork& network, uint16_t bit_coun
     const uint8_t* bgr = source.row(y);
     for (size_t first = 0; first < width; first += kRun) {
       const size_t count = std::min(kRun, width - first);
-      for (size_t x = 0; x < count; ++x, bgr += 3) {
-        indices[x] = network.Find(bgr[0], bgr[1], bgr[2]);
-      }
+      network.Find(bgr + 3 * first, 3, count, indices);
       PackIndices(indices, bit_count, count, to + first * bit_count / 8);
     }
   }

@@ -1,7 +1,6 @@
 #include "quantize/palette_network.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <utility>
 
@@ -110,7 +109,8 @@ void PaletteNetwork::TakeColors() {
       const int32_t value = (s.neurons.channel[c][Neurons::kMargin + i] + 8) >> 4;
       s.bgr[i][c] = static_cast<uint8_t>(std::min(value, 255));
     }
-    s.sorted[i] = {s.bgr[i][0], s.bgr[i][1], s.bgr[i][2], static_cast<uint8_t>(i)};
+    const uint8_t* bgr = s.bgr[i];
+    s.sorted.pool[i] = static_cast<uint32_t>(bgr[0] | bgr[1] << 8 | bgr[2] << 16) | i << 24;
   }
 }
 
@@ -123,112 +123,40 @@ uint8_t* PaletteNetwork::WriteTable(uint8_t* table, size_t step) const {
 void PaletteNetwork::BuildIndex() {
   State& s = state_[0];
   const auto count = static_cast<int32_t>(colors_);
+  uint32_t* const sorted = s.sorted.pool;
+  const auto green_of = [&](int32_t i) { return static_cast<int32_t>(sorted[i] >> 8 & 255); };
   int32_t previous = 0, first = 0;
   for (int32_t i = 0; i < count; ++i) {
     int32_t least = i;
     for (int32_t j = i + 1; j < count; ++j) {
-      if (s.sorted[j].green < s.sorted[least].green) least = j;
+      if (green_of(j) < green_of(least)) least = j;
     }
-    std::swap(s.sorted[i], s.sorted[least]);
-    const int32_t green = s.sorted[i].green;
+    std::swap(sorted[i], sorted[least]);
+    const int32_t green = green_of(i);
     if (green != previous) {
-      s.start[previous] = (first + i) >> 1;
-      for (int32_t g = previous + 1; g < green; ++g) s.start[g] = i;
+      s.sorted.start[previous] = (first + i) >> 1;
+      for (int32_t g = previous + 1; g < green; ++g) s.sorted.start[g] = i;
       previous = green;
       first = i;
     }
   }
-  s.start[previous] = (first + count - 1) >> 1;
-  for (int32_t g = previous + 1; g < 256; ++g) s.start[g] = count - 1;
-  // Color 0 is the one color that a zeroed memo slot would answer for: slot 0.
-  s.memo[0] = Search(0, 0, 0);
+  s.sorted.start[previous] = (first + count - 1) >> 1;
+  for (int32_t g = previous + 1; g < 256; ++g) s.sorted.start[g] = count - 1;
+  // The sort moved indices along with colors; numbers take their place.
+  for (uint32_t i = 0; i < colors_; ++i) {
+    s.index_of[i] = static_cast<uint8_t>(sorted[i] >> 24);
+    sorted[i] = (sorted[i] & 0xFFFFFF) | i << 24;
+  }
+  s.sorted.count = s.sorted.used = colors_;
 }
 
-uint8_t PaletteNetwork::FindSlowly(uint8_t blue, uint8_t green, uint8_t red) {
+void PaletteNetwork::Diffuse(const uint32_t* seen, const uint8_t* rows, size_t stride, size_t width,
+                             size_t count, uint32_t* before, uint8_t* indices) {
   State& s = state_[0];
-  Cell& cell = s.cells[red / kCellWidth][green / kCellWidth][blue / kCellWidth];
-  if (cell.asked != kCrowded && ++cell.asked > kPatience) {
-    Gather(cell, {blue & -kCellWidth, green & -kCellWidth, red & -kCellWidth});
-    if (cell.count != 0) return Find(blue, green, red);
-  }
-  const uint32_t color = static_cast<uint32_t>(blue | green << 8 | red << 16);
-  uint32_t& memo = s.memo[(color * 0x9E3779B1u) >> (32 - kMemoBits)];
-  if (memo >> 8 != color) memo = color << 8 | Search(blue, green, red);
-  return static_cast<uint8_t>(memo);
-}
-
-// An entry that is farther than another one from every color of the cell cannot be an answer. The
-// other one is that nearest to the cell's middle. In each channel, the difference between both
-// distances is the greatest at one of the cell's ends.
-void PaletteNetwork::Gather(Cell& cell, const int32_t (&low)[3]) const {
-  const State& s = state_[0];
-  const auto channel = [](const Entry& e, int c) {
-    return int32_t{c == 0 ? e.blue : c == 1 ? e.green : e.red};
-  };
-  const Entry* other = nullptr;
-  int32_t least = INT32_MAX;
-  for (uint32_t i = 0; i < colors_; ++i) {
-    int32_t distance = 0;
-    for (int c = 0; c < 3; ++c) {
-      distance += std::abs(2 * channel(s.sorted[i], c) - (2 * low[c] + kCellWidth - 1));
-    }
-    if (distance < least) {
-      least = distance;
-      other = &s.sorted[i];
-    }
-  }
-  int count = 0;
-  for (uint32_t i = 0; i < colors_; ++i) {
-    int32_t lead = 0;
-    for (int c = 0; c < 3; ++c) {
-      const int32_t high = low[c] + kCellWidth - 1;
-      const int32_t mine = channel(s.sorted[i], c), others = channel(*other, c);
-      lead += std::max(std::abs(others - low[c]) - std::abs(mine - low[c]),
-                       std::abs(others - high) - std::abs(mine - high));
-    }
-    if (lead < 0) continue;
-    if (count == kMost) {
-      cell.asked = kCrowded;
-      return;
-    }
-    cell.position[count++] = static_cast<uint8_t>(i);
-  }
-  std::fill(cell.position + count, cell.position + kMost, cell.position[0]);
-  cell.count = static_cast<uint8_t>(count);
-}
-
-uint8_t PaletteNetwork::Search(int32_t blue, int32_t green, int32_t red) const {
-  const State& s = state_[0];
-  const auto count = static_cast<int32_t>(colors_);
-  int32_t best = 1000, answer = 0;
-  const auto compare = [&](const Entry& entry) {
-    const int32_t distance =
-        std::abs(entry.green - green) + std::abs(entry.blue - blue) + std::abs(entry.red - red);
-    if (distance < best) {
-      best = distance;
-      answer = entry.index;
-    }
-  };
-  int32_t up = s.start[green], down = up - 1;
-  while (up < count || down >= 0) {
-    if (up < count) {
-      const Entry& entry = s.sorted[up++];
-      if (entry.green - green >= best) {
-        up = count;
-      } else {
-        compare(entry);
-      }
-    }
-    if (down >= 0) {
-      const Entry& entry = s.sorted[down--];
-      if (green - entry.green >= best) {
-        down = -1;
-      } else {
-        compare(entry);
-      }
-    }
-  }
-  return static_cast<uint8_t>(answer);
+  uint32_t seen_of[256];
+  for (uint32_t i = 0; i < colors_; ++i) seen_of[i] = seen[s.index_of[i]];
+  rows::Active().diffuse(s.sorted, seen_of, rows, stride, width, count, before, indices);
+  rows::Active().apply_table(indices, count * width, s.index_of);
 }
 
 }  // namespace ombrilo

@@ -9,10 +9,8 @@
 // An instance belongs to one call, so that calls on several threads do not meet.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
 #include "core/buffer.h"
 #include "core/packed_dib.h"
@@ -22,7 +20,7 @@ namespace ombrilo {
 
 class PaletteNetwork {
  public:
-  // A network of 2^bits neurons; `bits` is 1, 2, 4 or 8. Takes all its memory at once: 2 MiB, and
+  // A network of 2^bits neurons; `bits` is 1, 2, 4 or 8. Takes all its memory at once: 1.7 MiB, and
   // false when there is none.
   explicit PaletteNetwork(int bits);
   explicit operator bool() const { return state_ != nullptr; }
@@ -35,64 +33,28 @@ class PaletteNetwork {
   // entry. The end of the table, where rows start.
   uint8_t* WriteTable(uint8_t* table, size_t step) const;
 
-  // The entry for a color: least sum of absolute differences; among equals the one that the search
-  // along the green-sorted index meets first.
-  uint8_t Find(uint8_t blue, uint8_t green, uint8_t red) {
-    State& s = state_[0];
-    const Cell& cell = s.cells[red / kCellWidth][green / kCellWidth][blue / kCellWidth];
-    if (cell.count == 0) return FindSlowly(blue, green, red);
-    // The search goes up and down from its start by turns: 0, 1, 2 ... is the order of positions.
-    const int32_t start = s.start[green];
-    uint32_t best = ~0u;
-    const auto compare = [&](int k) {
-      const Entry& e = s.sorted[cell.position[k]];
-      const int32_t up = cell.position[k] - start;
-      const auto order = static_cast<uint32_t>(up * 2 ^ up >> 31);
-      const auto distance = static_cast<uint32_t>(
-          std::abs(e.blue - blue) + std::abs(e.green - green) + std::abs(e.red - red));
-      best = std::min(best, distance << 9 | order);
-    };
-    for (int k = 0; k < kUsual; ++k) compare(k);
-    if (cell.count > kUsual) {
-      for (int k = kUsual; k < kMost; ++k) compare(k);
-    }
-    const auto order = static_cast<int32_t>(best & 511);
-    return s.sorted[start + (order >> 1 ^ -(order & 1))].index;
+  // The entries for colors of `step` (3 or 4) bytes: least sum of absolute differences; among
+  // equals the one that the search along the green-sorted index meets first.
+  void Find(const uint8_t* colors, size_t step, size_t count, uint8_t* indices) {
+    rows::Active().find_by_sums(state_[0].sorted, colors, step, count, indices);
+    rows::Active().apply_table(indices, count, state_[0].index_of);
   }
 
- private:
-  // Color space is cut into cells. The positions, in the green-sorted index, of all entries that
-  // are the answer for some color in a cell are gathered when it has been asked for a few times.
-  static constexpr int kCellWidth = 4;
-  static constexpr int kUsual = 3, kMost = 6;
-  static constexpr int kPatience = 3;  // searches before that
-  static constexpr uint8_t kCrowded = 255;
-  static constexpr int kMemoBits = 12;
+  // Error diffusion (`diffuse` of rows/row_functions.h) with errors taken to seen[index].
+  void Diffuse(const uint32_t* seen, const uint8_t* rows, size_t stride, size_t width, size_t count,
+               uint32_t* before, uint8_t* indices);
 
-  struct Entry {
-    uint8_t blue, green, red;
-    uint8_t index;  // into the palette
-  };
-  struct Cell {
-    uint8_t count;            // 0: not gathered
-    uint8_t asked;            // how often so far; kCrowded: more than kMost entries, never gathered
-    uint8_t position[kMost];  // the first one repeated behind the last
-  };
+ private:
   struct State {
     rows::Neurons neurons;
     uint8_t bgr[256][3];
-    Entry sorted[256];              // by green
-    int32_t start[256];             // where the search for a green value starts
-    Cell cells[64][64][64];         // by red, green, blue
-    uint32_t memo[1 << kMemoBits];  // color and answer; zeroed slots hold color 0
+    uint8_t index_of[256];   // into the palette, of the numbers of `sorted`
+    rows::SumsLists sorted;  // by green
   };
 
   void LearnCycles(const uint8_t* picture, size_t length);
   void TakeColors();
   void BuildIndex();
-  uint8_t FindSlowly(uint8_t blue, uint8_t green, uint8_t red);
-  void Gather(Cell& cell, const int32_t (&low)[3]) const;
-  uint8_t Search(int32_t blue, int32_t green, int32_t red) const;
 
   uint32_t colors_;
   Buffer<State> state_;

@@ -68,6 +68,28 @@ struct Neurons {
   size_t reach;                                   // neurons on each side that have a rate
 };
 
+// A palette for searches, with what they have found out about it: lists of the entries that can be
+// the nearest one to a color in some cell of color space.
+//
+// An entry is a word: blue, green, red and, on top, its number. A list is a word: where in the pool
+// it starts, times 256, and its length less 1; 0 before it is known. The first list in the pool is
+// the palette, and `used` starts behind it.
+struct PaletteLists {
+  enum { kPool = 1 << 17 };
+  uint32_t count;      // of the palette's entries; 2 at least
+  uint32_t used;       // of the pool
+  uint32_t forgotten;  // how often the pool was full and begun anew
+  uint32_t pool[kPool];
+};
+// Cells are 64 wide, then 32 and so on to 8 or 4: 8^2 + 8^3 + ...
+struct SquaresLists : PaletteLists {
+  uint32_t lists[37440];
+};
+struct SumsLists : PaletteLists {
+  uint32_t lists[299584];
+  int32_t start[256];  // the number from which a green's search goes up and down
+};
+
 enum { kPlanesRoom = 64 };  // see rank_of_planes
 
 // Counters of a histogram's set: 256 and some room, as counters of two sets that stand a multiple
@@ -79,6 +101,12 @@ enum { kCounters = 272 };
 struct ChannelBits {
   uint32_t mask;
   int down, up;  // 0 to 31
+};
+
+// An axis of the source along a row of a turned image.
+struct TurnedAxis {
+  float step, origin, center;
+  int32_t low, high;
 };
 
 struct RowFunctions {
@@ -97,13 +125,17 @@ struct RowFunctions {
   void (*pack4)(const uint8_t* indices, size_t pixels, uint8_t* row);
 
   // to[i] = the 8 bits that start `shift` (1 to 7) bits behind the first bit of from[i]. Reads
-  // count + 1 bytes unless count is 0.
+  // count + 1 bytes unless count is 0. May be in place.
   void (*shift_bits)(const uint8_t* from, size_t shift, size_t count, uint8_t* to);
 
   // to[i] = the largest (least) of from[0][i], from[1][i], ...; at least one row, none of them
   // `to`.
   void (*max_of)(const uint8_t* const* from, size_t rows, size_t count, uint8_t* to);
   void (*min_of)(const uint8_t* const* from, size_t rows, size_t count, uint8_t* to);
+  // to[i] = the largest (least) of from[k][i], from[k][i + step] and from[k][i + 2 * step] of three
+  // rows k; `step` is 1 or 3.
+  void (*square_max)(const uint8_t* const* from, size_t step, size_t count, uint8_t* to);
+  void (*square_min)(const uint8_t* const* from, size_t step, size_t count, uint8_t* to);
   // to[i] = from[i] where that is not `value`
   void (*copy_unless)(const uint8_t* from, uint8_t value, size_t count, uint8_t* to);
   // to[i] = the median of from[0][i] to from[8][i]
@@ -127,14 +159,13 @@ struct RowFunctions {
   void (*subtract_from)(const uint8_t* from, size_t count, uint8_t* to);
   void (*subtract_wrapped)(const uint8_t* from, size_t count, uint8_t* to);
 
-  // One-bit pixels, eight to a byte: whether any and whether all of a pixel and the two left of it
-  // (right of it) are 1. Reads a byte more on that side.
-  void (*spread_bits_left)(const uint8_t* bits, size_t count, uint8_t* any, uint8_t* all);
-  void (*spread_bits_right)(const uint8_t* bits, size_t count, uint8_t* any, uint8_t* all);
-  // Combines three rows of those. outcome[0], [1] and [2] are the bytes that stand where none, all
-  // and some are 1.
-  void (*choose_bits)(const uint8_t* const* any, const uint8_t* const* all, const uint8_t* outcome,
-                      size_t count, uint8_t* to);
+  // The 3x3 pixels that end at a pixel (start at it) of three rows of one-bit pixels, eight to a
+  // byte: outcome[0], [1] and [2] are the bytes that stand where none, all and some are 1. Reads a
+  // byte more on that side.
+  void (*square_bits_left)(const uint8_t* const* rows, const uint8_t* outcome, size_t count,
+                           uint8_t* to);
+  void (*square_bits_right)(const uint8_t* const* rows, const uint8_t* outcome, size_t count,
+                            uint8_t* to);
 
   // One-bit pixels: to's bits become those of outcome[0] to [3] where the bits of `to` and `other`
   // are 0 and 0, 0 and 1, 1 and 0, 1 and 1.
@@ -197,11 +228,34 @@ struct RowFunctions {
   // Shows a palette network one color after the other.
   void (*learn)(const uint8_t* bgr, size_t samples, struct Neurons& neurons);
 
+  // The numbers of the entries nearest to colors: words of `step` (3 or 4) bytes, blue, green, red
+  // first. By squares: least sum of squared differences, the lowest number on a tie.
+  void (*find_by_squares)(struct SquaresLists& palette, const uint8_t* colors, size_t step,
+                          size_t count, uint8_t* numbers);
+  // Least sum of absolute differences; on a tie the first in the order start, start - 1, start + 1,
+  // start - 2 ... of the color's green.
+  void (*find_by_sums)(struct SumsLists& palette, const uint8_t* colors, size_t step, size_t count,
+                       uint8_t* numbers);
+  // Error diffusion through rows of three-byte colors that stand `stride` bytes apart, a multiple
+  // of 4. In each row a color becomes that of seen[number], where the number is found by sums. Of
+  // the error, 3/8 go to the right neighbour, 3/8 to the pixel in the row before and 2/8 to the
+  // right neighbour of that; the last pixel of a row gets nothing from its left. Rows before, with
+  // their shares of errors, are found once more: numbers[k * width ...] are those of the row before
+  // row k. before[] holds the first of these, and the last row's colors afterwards, as words.
+  void (*diffuse)(struct SumsLists& palette, const uint32_t* seen, const uint8_t* rows,
+                  size_t stride, size_t width, size_t count, uint32_t* before, uint8_t* numbers);
+
   // Exchanges two runs of bytes.
   void (*swap_bytes)(uint8_t* a, uint8_t* b, size_t count);
-  // Bytes, and three-byte pixels, in reverse order; `to` is another place than `from`.
+  // `count` bytes of 1-bit, of 4-bit and of 8-bit pixels, and three-byte pixels, in reverse order;
+  // `to` is another place than `from`.
+  void (*mirror1)(const uint8_t* from, size_t count, uint8_t* to);
+  void (*mirror4)(const uint8_t* from, size_t count, uint8_t* to);
   void (*mirror8)(const uint8_t* from, size_t count, uint8_t* to);
   void (*mirror24)(const uint8_t* from, size_t pixels, uint8_t* to);
+  // Three-byte pixels: column c of `from` becomes row c of `to`. A step leads to the next row.
+  void (*transpose24)(const uint8_t* from, ptrdiff_t from_step, size_t columns, size_t rows,
+                      uint8_t* to, ptrdiff_t to_step);
 
   // FindPixels() of core/pixels.h.
   void (*find_pixels)(const int32_t* columns, int32_t move, const int32_t* rows, int32_t stride,
@@ -219,10 +273,30 @@ struct RowFunctions {
   void (*fetch_indexed)(const uint8_t* base, int32_t bytes, const int32_t* offset,
                         const uint8_t* shift, int32_t move, uint32_t mask, const uint32_t* table,
                         size_t count, uint32_t* colors);
+  // The pixels at offset[i] + move, of three bytes, of one, or the bit shift[i] of one. Bits behind
+  // the last pixel keep their values.
+  void (*pick24)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
+                 size_t count, uint8_t* to);
+  void (*pick8)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
+                size_t count, uint8_t* to);
+  void (*pick1)(const uint8_t* base, int32_t bytes, const int32_t* offset, const uint8_t* shift,
+                int32_t move, size_t count, uint8_t* to);
+  // channels[c][i] = byte c of the four entries that the bytes of words[i] choose from a table.
+  void (*look_up_channels)(const uint32_t* words, size_t count, const uint32_t* table,
+                           uint32_t* const channels[3]);
   // bytes[i] = the low byte of words[i]
   void (*low_bytes)(const uint32_t* words, size_t count, uint8_t* bytes);
   // packed[i] = words[0][i] | words[1][i] << 8 | words[2][i] << 16 | words[3][i] << 24
   void (*pack_bytes)(const uint32_t* const words[4], size_t count, uint32_t* packed);
+  // Blends of pixels of three or one bytes at lower[offset[i]], their right neighbours, and those
+  // at upper[offset[i]]; each channel as below. `bytes` can be read from both rows on. With one_dy,
+  // offsets ascend.
+  void (*bilinear24)(const uint8_t* lower, const uint8_t* upper, int32_t bytes,
+                     const int32_t* offset, const float* dx, const float* dy, bool one_dy,
+                     size_t count, uint8_t* to);
+  void (*bilinear8)(const uint8_t* lower, const uint8_t* upper, int32_t bytes,
+                    const int32_t* offset, const float* dx, const float* dy, bool one_dy,
+                    size_t count, uint8_t* to);
   // Each channel: (1-dy)(1-dx) taps[0] + (1-dy)dx taps[1] + (1-dx)dy taps[2] + dx dy taps[3],
   // summed in this order, limited to 0..255 and truncated. With one_dy, dy[0] serves all.
   void (*bilinear)(const uint32_t* const taps[4], const float* dx, const float* dy, bool one_dy,
@@ -233,6 +307,20 @@ struct RowFunctions {
   // The cubic weights of four neighbours at the distances 1+d, d, 1-d, 2-d. With a = |distance|:
   // 1 - 2a^2 + a^3 below 1, 4 - 8a + 5a^2 - a^3 below 2, 0 beyond.
   void (*cubic_weights)(const float* fraction, size_t count, float* const weights[4]);
+  // Sums across and down as below, of pixels of three or one bytes. Those in a row stand at
+  // base[offset[i] + move] and in the three columns to the right of it, of which columns[] picks
+  // the four taps. `bytes` can be read from the base on. With one_row, offsets
+  // ascend.
+  void (*cubic_across24)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
+                         bool one_row, const int columns[4], const float* const weights[4],
+                         size_t count, size_t plane, float* sums);
+  void (*cubic_across8)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
+                        bool one_row, const int columns[4], const float* const weights[4],
+                        size_t count, size_t plane, float* sums);
+  void (*cubic_down24)(const float* const sums[4], const float* const weights[4], bool one_weight,
+                       size_t count, size_t plane, uint8_t* to);
+  void (*cubic_down8)(const float* const sums[4], const float* const weights[4], bool one_weight,
+                      size_t count, size_t plane, uint8_t* to);
   // sums[c * plane + i] = the four taps' channels c times their weights, summed in order.
   void (*cubic_across)(const uint32_t* const taps[4], const float* const weights[4], size_t count,
                        size_t plane, float* sums);
@@ -246,12 +334,10 @@ struct RowFunctions {
   // The same of one channel.
   void (*cubic_down_gray)(const float* const sums[4], const float* const weights[4],
                           bool one_weight, size_t count, uint32_t* levels);
-  // positions[i] = (first + i) * step + origin + center
-  void (*line_positions)(int32_t first, float step, float origin, float center, size_t count,
-                         float* positions);
-  // Truncated positions, these limited to low..high, and the fractions. Positions fit an int32_t.
-  void (*split_positions)(const float* positions, size_t count, int32_t low, int32_t high,
-                          int32_t* whole, int32_t* inner, float* fraction);
+  // Of positions (first + i) * step + origin + center: truncated and limited to low..high and,
+  // unless that is null, the fraction before the limit. Positions fit an int32_t.
+  void (*turned_positions)(const struct TurnedAxis& axis, int32_t first, size_t count,
+                           int32_t* inner, float* fraction);
 };
 
 // The table in use.

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/failing_memory.h"
+#include "rows/row_functions.h"
 #include "support/naive.h"
 
 namespace ombrilo::test {
@@ -26,7 +26,7 @@ std::vector<std::vector<uint32_t>> Palettes() {
       GrayRamp(256),
       VariedColors(16, 1),
       VariedColors(256, 2),
-      std::vector<uint32_t>(256, 0x123456),
+      std::vector<uint32_t>(256, 0x123456),  // the lowest of equals
   };
   std::vector<uint32_t> crowd = VariedColors(256, 3), grid;
   for (uint32_t& color : crowd) color = (color & 0x070707) | 0x404040;
@@ -36,50 +36,38 @@ std::vector<std::vector<uint32_t>> Palettes() {
   return all;
 }
 
-TEST(NearestEntry, EqualsThePlainSearch) {
-  for (const std::vector<uint32_t>& colors : Palettes()) {
-    const Palette palette = PaletteOf(colors);
+// Every cell in turn with colors from all over it. Lists of the gray ramp fill their room, so that
+// searching begins anew, more than once.
+TEST(NearestEntry, EqualsThePlainSearchAtEveryLevel) {
+  constexpr size_t kCount = 60000;
+  std::vector<uint8_t> colors;
+  for (uint32_t i = 0; i < kCount; ++i) {
+    const uint32_t color = i * 0x9E3779B1u;
+    for (const int shift : {8, 16, 24}) colors.push_back(static_cast<uint8_t>(color >> shift));
+  }
+  for (const std::vector<uint32_t>& table : Palettes()) {
+    const Palette palette = PaletteOf(table);
     std::vector<Bgr> entries;
     for (int i = 0; i < palette.count; ++i) {
       const uint8_t* bgr = palette.bgr[i];
       entries.push_back({bgr[0], bgr[1], bgr[2]});
     }
-    NearestEntry nearest(palette);
+    std::vector<uint8_t> expected, found(kCount);
+    for (size_t i = 0; i < 3 * kCount; i += 3) {
+      expected.push_back(
+          static_cast<uint8_t>(Nearest(entries, {colors[i], colors[i + 1], colors[i + 2]})));
+    }
+    NearestEntry nearest;
     ASSERT_TRUE(nearest);
-    for (uint32_t i = 0; i < 60000; ++i) {
-      // Every cell in turn with colors from all over it, then again from the memo.
-      const uint32_t color = i / 2 * 0x9E3779B1u >> 8;
-      const int blue = color & 255, green = color >> 8 & 255, red = color >> 16 & 255;
-      ASSERT_EQ(nearest.Find(static_cast<uint8_t>(blue), static_cast<uint8_t>(green),
-                             static_cast<uint8_t>(red)),
-                Nearest(entries, {blue, green, red}));
+    for (int level = 0; rows::Supported()[level] != nullptr; ++level) {
+      rows::Use(rows::Supported()[level]);
+      nearest.Learn(palette);
+      nearest.Find(colors.data(), 3, kCount, found.data());
+      ASSERT_EQ(found, expected) << table.size() << " entries, level " << level;
+      ASSERT_EQ(nearest.Find(colors[0], colors[1], colors[2]), expected[0]);
     }
   }
-}
-
-// 256 equal entries are all candidates of every cell: the pool of candidates fills up and is begun
-// anew, and still the lowest index answers.
-TEST(NearestEntry, LowestIndexWinsTies) {
-  std::vector<uint32_t> colors(256, 0x404040);
-  colors[7] = colors[200] = 0xC0C0C0;
-  NearestEntry nearest(PaletteOf(colors));
-  for (int red = 0; red < 256; red += 5) {
-    for (int green = 0; green < 256; green += 5) {
-      for (int blue = 0; blue < 256; blue += 5) {
-        const int sum = red + green + blue;
-        ASSERT_EQ(nearest.Find(static_cast<uint8_t>(blue), static_cast<uint8_t>(green),
-                               static_cast<uint8_t>(red)),
-                  sum > 3 * 128 ? 7 : 0);
-      }
-    }
-  }
-}
-
-TEST(NearestEntry, SaysWhenThereIsNoMemory) {
-  MemoryWatch watch(1);
-  const NearestEntry nearest(PaletteOf(GrayRamp(2)));
-  watch.Stop();
-  EXPECT_FALSE(nearest);
+  rows::Use(nullptr);
 }
 
 }  // namespace

@@ -2,10 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
-#include "core/palette.h"
-#include "core/replacement.h"
 #include "support/image.h"
 
 namespace ombrilo::test {
@@ -53,67 +49,6 @@ TEST(PackedDib, ReadsAndWritesStayInsideTheExtent) {
   dib.Write(47, "abcd", 4);
   dib.Write(48, "abcd", 4);
   EXPECT_EQ(image.Bytes()[47], 'a');
-}
-
-// The full number of entries whatever biClrUsed says: those past a short table come from the
-// pixels, those past the block are black.
-TEST(PackedDib, PaletteHasTheDepthsFullNumberOfEntries) {
-  for (const bool core : {false, true}) {
-    ImageBuilder builder(4, 6, 1);
-    builder.Colors(VariedColors(16, 1)).Filler(0xEE);
-    if (core) builder.CoreHeader();
-    const TestImage image = builder.Build();
-    const Palette palette = *MakeDIBPalette(*DibView::Open(image.get()));
-    ASSERT_EQ(palette.count, 16);
-    for (int i = 0; i < 16; ++i) {
-      EXPECT_EQ(Rgb(palette.bgr[i][2], palette.bgr[i][1], palette.bgr[i][0]), image.Color(i));
-    }
-  }
-  const TestImage image =
-      ImageBuilder(8, 6, 1).Colors({0x112233}).Pixels([](int x, int) { return 1 + x; }).Build();
-  const Palette palette = *MakeDIBPalette(*DibView::Open(image.get()));
-  ASSERT_EQ(palette.count, 256);
-  EXPECT_EQ(palette.bgr[0][0], 0x33);
-  EXPECT_EQ(palette.bgr[1][0], 1);
-  EXPECT_EQ(palette.bgr[1][2], 3);
-  EXPECT_EQ(palette.bgr[2][0], 5);
-  EXPECT_EQ(palette.bgr[3][0], 0);
-  EXPECT_EQ(palette.bgr[255][2], 0);
-
-  for (const int bits : {2, 16, 24, 32}) {
-    const TestImage other = ImageBuilder(bits, 2, 2).Colors({1, 2, 3}).Build();
-    EXPECT_FALSE(MakeDIBPalette(*DibView::Open(other.get())).has_value());
-  }
-}
-
-TEST(PackedDib, ResizedBlocksKeepHeaderAndTableAndStartZeroed) {
-  for (const uint32_t size_field : {40u, 12u, 30u, 4u}) {
-    // Size fields below 12 put the color table over the header.
-    uint8_t source[64] = {};
-    std::memset(source, 0xC3, sizeof source);
-    std::memcpy(source, &size_field, 4);
-    const bool core = size_field != 40;
-    const uint16_t bits = 1;
-    std::memset(source + 4, 0, core ? 8 : 36);
-    source[4] = 2;             // width
-    source[core ? 6 : 8] = 1;  // height
-    std::memcpy(source + (core ? 10 : 14), &bits, 2);
-    const DibView view = *DibView::Open(reinterpret_cast<PackedDib*>(source));
-    NewBlock block = NewBlock::Resized(view, 100, 7);
-    ASSERT_TRUE(block);
-    if (size_field < 12) continue;
-    EXPECT_EQ(omb_DIBWidth(block.packed()), 100u);
-    EXPECT_EQ(omb_DIBHeight(block.packed()), 7u);
-    const Dib dib = block.dib();
-    EXPECT_EQ(dib.block()[size_field], 0xC3);
-    for (size_t i = dib.prefix_size(); i < dib.extent(); ++i) ASSERT_EQ(dib.block()[i], 0);
-  }
-  const TestImage image = ImageBuilder(24, 4, 4).Build();
-  const DibView view = *DibView::Open(image.get());
-  EXPECT_FALSE(NewBlock::Resized(view, 0x7FFFFFFF, 1));
-  EXPECT_FALSE(NewBlock::Resized(view, 50000, 50000));
-  EXPECT_FALSE(NewBlock::Resized(view, -1, 1));
-  EXPECT_FALSE(NewBlock::Resized(view, 1, -1));
 }
 
 }  // namespace

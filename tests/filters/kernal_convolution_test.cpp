@@ -120,45 +120,6 @@ TEST(KernalConvolution, DivisionTruncatesForEveryDivisor) {
   }
 }
 
-TEST(KernalConvolution, HeaderFieldsAreCutAndMisread) {
-  const KERNAL& kernel = *omb_getKERNAL(18);
-  const auto gray = [](int width, int height) {
-    return ImageBuilder(8, width, height).Pixels(Noise(256, 31));
-  };
-  // Two planes double the row length: every other row, and zeros past the end.
-  const TestImage planes = gray(10, 9).Field(12, 8 << 16 | 2).Build();
-  Expect(planes, {10, 9, 20, 1}, kernel, 2, 10);
-  const TestImage none = gray(10, 9).Field(12, 8 << 16).Build();
-  ExpectAtEveryLevel(none, none.Bytes(), [&](PackedDib* dib) {
-    EXPECT_EQ(omb_DoConvoluteDIB(dib, &kernel, 1, 10), 1);
-  });
-  // 65536 + 10 columns: ten are left, in rows as long as the low 16 bits say.
-  const TestImage wide = gray(65546, 5).Build();
-  Expect(wide, {10, 5, 65548 - 65536, 1}, kernel, 1, 10);
-  // Rows that would overlap are refused.
-  TestImage overlapping = gray(65535, 3).Build();
-  const std::vector<uint8_t> before = overlapping.Bytes();
-  EXPECT_EQ(omb_DoConvoluteDIB(overlapping.get(), &kernel, 1, 10), 0);
-  EXPECT_EQ(overlapping.Bytes(), before);
-  // After a core header, the fields come from the table or the pixels.
-  for (const uint32_t fields : {0x00080001u, 0x00080000u, 0x00100001u, 0x80080003u}) {
-    const Geometry g = {
-        9, 6,
-        static_cast<uint16_t>(Wrap(int64_t{fields & 0xFFFF} * (fields >> 16) * (6 << 16 | 9) + 31) /
-                              32 * 4),
-        1};
-    TestImage core = gray(9, 6).CoreHeader().Field(12, fields).Build();
-    if (g.stride == 0 || g.stride >= g.width) {
-      Expect(core, g.stride == 0 ? Geometry{0, 0, 0, 1} : g, kernel, 1, 10);
-    } else {
-      EXPECT_EQ(omb_DoConvoluteDIB(core.get(), &kernel, 1, 10), 0) << fields;
-    }
-  }
-  // A negative height is a large one without bytes.
-  TestImage negative = ImageBuilder(8, 10, 0).Field(8, static_cast<uint32_t>(-3)).Build();
-  EXPECT_EQ(omb_DoConvoluteDIB(negative.get(), &kernel, 1, 10), 1);
-}
-
 TEST(KernalConvolution, RefusalsAndNothingToDo) {
   TestImage image = ImageBuilder(8, 8, 8).Pixels(Noise(256, 41)).Build();
   const std::vector<uint8_t> before = image.Bytes();

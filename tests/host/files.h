@@ -23,9 +23,6 @@ std::string DecodeError(const std::vector<uint8_t>& file);
 // The file that writing an image gives.
 std::vector<uint8_t> Encode(omb::Format format, const PackedDib* dib);
 
-// All pixels as 0xRRGGBB, row by row from the top, by the color table or the usual layout.
-std::vector<uint32_t> Colors(const TestImage& image);
-
 // Header fields that every image that was read has: 40 bytes, 1 plane, bottom-up, no stale fields.
 void ExpectPlainHeader(const TestImage& image);
 

@@ -12,6 +12,12 @@ namespace {
 namespace fs = std::filesystem;
 using omb::Format;
 
+#ifdef _WIN32
+constexpr bool kOnWindows = true;
+#else
+constexpr bool kOnWindows = false;
+#endif
+
 constexpr Format kAll[] = {Format::kBmp, Format::kPng, Format::kJpeg, Format::kTiff};
 
 std::vector<uint32_t> Reversed(std::vector<uint32_t> colors) {
@@ -43,9 +49,8 @@ TEST(Files, WithoutLossDepthColorsAndResolutionComeBack) {
               Noisy(bits, width, 9, colors).Field(24, 11811).Field(28, 5906).Build();
           const TestImage again = Decode(Encode(format, image.get()));
           ExpectPlainHeader(again);
-          EXPECT_EQ(again.bit_count(), bits);
+          ASSERT_EQ(again.bit_count(), bits);
           EXPECT_EQ(again.Pixels(), image.Pixels());
-          EXPECT_EQ(Colors(again), Colors(image));
           ExpectResolution(again, 11811, 5906);
           for (int i = 0; i < count; ++i) EXPECT_EQ(again.Color(i), image.Color(i));
         }
@@ -62,14 +67,14 @@ TEST(Files, CoreHeadersAndShortColorTables) {
                                  .Build();
       const TestImage again = Decode(Encode(format, core.get()));
       ExpectPlainHeader(again);
-      EXPECT_EQ(Colors(again), Colors(core));
+      EXPECT_EQ(again.Colors(), core.Colors());
     }
     // Colors past the table are the bytes that follow: here the first row's.
     const TestImage short_table = ImageBuilder(8, 4, 1)
                                       .Colors({0x010203})
                                       .Pixels([](int x, int) { return static_cast<uint32_t>(x); })
                                       .Build();
-    EXPECT_EQ(Colors(Decode(Encode(format, short_table.get()))),
+    EXPECT_EQ(Decode(Encode(format, short_table.get())).Colors(),
               (std::vector<uint32_t>{0x010203, 0x020100, 0, 0}));
   }
 }
@@ -104,7 +109,7 @@ TEST(Files, JpegKeepsGrayGrayAndColorsNear) {
     ExpectPlainHeader(again);
     ExpectResolution(again, 11811, 5906);
     EXPECT_EQ(again.bit_count(), image.bit_count() == 8 ? 8 : 24);
-    const std::vector<uint32_t> before = Colors(image), after = Colors(again);
+    const std::vector<uint32_t> before = image.Colors(), after = again.Colors();
     for (size_t i = 0; i < before.size(); ++i) {
       for (const int shift : {0, 8, 16}) {
         ASSERT_NEAR(before[i] >> shift & 255, after[i] >> shift & 255, 12) << i;
@@ -124,6 +129,18 @@ TEST(Files, DamagedFilesAreRefusedOrRead) {
   }
 }
 
+// The system's codecs on Windows do not read all that the others do.
+std::vector<fs::path> Samples() {
+  std::vector<fs::path> paths;
+  for (const auto& entry : fs::recursive_directory_iterator(OMBRILO_SAMPLES)) {
+    const fs::path folder = entry.path().parent_path().filename();
+    if (!entry.is_regular_file() || entry.path().extension() == ".bmp") continue;
+    if (folder == "refused" || (kOnWindows && folder == "not_on_windows")) continue;
+    paths.push_back(entry.path());
+  }
+  return paths;
+}
+
 // What a file of a kind that the host does not write holds stands beside it as a BMP file.
 void ExpectSample(const fs::path& path) {
   const std::string stem = path.stem().string();
@@ -138,23 +155,19 @@ void ExpectSample(const fs::path& path) {
   ASSERT_EQ(image.width(), expected.width());
   ASSERT_EQ(image.height(), expected.height());
   ExpectResolution(image, LoadU32(expected.raw() + 24), LoadU32(expected.raw() + 28));
-  const std::vector<uint32_t> colors = Colors(image), wanted = Colors(expected);
-  const int tolerance = extension == "png" ? 0 : 2;
+  const std::vector<uint32_t> colors = image.Colors(), wanted = expected.Colors();
+  const bool exact = extension == "png" || (extension == "tif" && !kOnWindows);
   for (size_t i = 0; i < colors.size(); ++i) {
     for (const int shift : {0, 8, 16}) {
-      ASSERT_NEAR(colors[i] >> shift & 255, wanted[i] >> shift & 255, tolerance) << i;
+      ASSERT_NEAR(colors[i] >> shift & 255, wanted[i] >> shift & 255, exact ? 0 : 2) << i;
     }
   }
 }
 
 TEST(Files, EveryCodecReadsTheSamplesAlike) {
-  int count = 0;
-  for (const auto& entry : fs::directory_iterator(OMBRILO_SAMPLES)) {
-    if (entry.path().extension() == ".bmp") continue;
-    ExpectSample(entry.path());
-    ++count;
-  }
-  EXPECT_GT(count, 30);
+  const std::vector<fs::path> samples = Samples();
+  EXPECT_GT(samples.size(), 40u);
+  for (const fs::path& path : samples) EXPECT_NO_THROW(ExpectSample(path)) << path;
 }
 
 TEST(Files, NamesSayFormats) {
@@ -213,6 +226,27 @@ TEST(Files, AFailureLeavesTheOldFileAndNothingElse) {
 }
 
 #ifndef _WIN32
+TEST(Files, DamagedSamplesAreRefusedOrRead) {
+  for (const fs::path& path : Samples()) {
+    const std::vector<uint8_t> file = Load(path);
+    if (file.size() > 550) continue;
+    SCOPED_TRACE(path.filename().string());
+    // What stands behind the pixels of a TIFF may be missing.
+    ExpectSafe(file, path.extension() == ".tif" ? file.size() : 0);
+  }
+}
+
+TEST(Files, WhatCannotBeReadIsToldInOneLine) {
+  const std::pair<const char*, std::string> cases[] = {
+      {"huge.png", "the file is too short for 8205 x 8202 pixels"},
+      {"huge.jpg", "the file is too short for 32531 x 32531 pixels"},
+      {"floats.tif", "unsupported TIFF data: "}};
+  for (const auto& [name, error] : cases) {
+    const fs::path path = fs::path(OMBRILO_SAMPLES) / "refused" / name;
+    EXPECT_EQ(DecodeError(Load(path)).substr(0, error.size()), error) << name;
+  }
+}
+
 TEST(Files, LinksAndPermissionsStay) {
   const Directory directory;
   const TestImage image = Noisy(24, 5, 4, {}).Build();

@@ -79,17 +79,19 @@ TEST(HeaderQueries, ColorsTableSizeAndStartOfPixels) {
 }
 
 TEST(HeaderQueries, BytesPerLineCountsPlanesIn32Bits) {
-  EXPECT_EQ(omb_BytesPerLine(Info(1, 1, 1).dib()), 4);
-  EXPECT_EQ(omb_BytesPerLine(Info(1, 1, 24).dib()), 4);
-  EXPECT_EQ(omb_BytesPerLine(Info(5, 1, 24).dib()), 16);
-  EXPECT_EQ(omb_BytesPerLine(Info(5, 1, 8, 0, 3).dib()), 16);
-  EXPECT_EQ(omb_BytesPerLine(Info(5, 1, 24, 0, 0).dib()), 0);
-  // Division rounds toward zero: (-24 * 3 + 31) / 32 is -1.
-  EXPECT_EQ(omb_BytesPerLine(Info(0xFFFFFFFD, 1, 24).dib()), -4);
-  EXPECT_EQ(omb_BytesPerLine(Info(0x20000000, 1, 8).dib()), 0);
-  // Also for an image that operations would refuse: 24 * 0x10000001 wraps to 0x80000018.
-  EXPECT_EQ(omb_BytesPerLine(Info(0x10000001, 1, 24).dib()),
-            (static_cast<int32_t>(0x80000018u + 31)) / 32 * 4);
+  const std::pair<Header, int32_t> cases[] = {
+      {Info(1, 1, 1), 4},
+      {Info(1, 1, 24), 4},
+      {Info(5, 1, 24), 16},
+      {Info(5, 1, 8, 0, 3), 16},
+      {Info(5, 1, 24, 0, 0), 0},
+      // Division rounds toward zero: (-24 * 3 + 31) / 32 is -1.
+      {Info(0xFFFFFFFD, 1, 24), -4},
+      {Info(0x20000000, 1, 8), 0},
+      // Also for an image that operations would refuse: 24 * 0x10000001 wraps to 0x80000018.
+      {Info(0x10000001, 1, 24), static_cast<int32_t>(0x80000018u + 31) / 32 * 4},
+  };
+  for (const auto& [header, bytes] : cases) EXPECT_EQ(omb_BytesPerLine(header.dib()), bytes);
 }
 
 }  // namespace

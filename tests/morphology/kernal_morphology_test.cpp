@@ -97,33 +97,6 @@ TEST(KernalMorphology, AnyElementAgreesWithTheReference) {
   }
 }
 
-TEST(KernalMorphology, HeaderFieldsAreCutAndMisread) {
-  const KERNAL& element = *omb_getKERNAL(1);
-  const auto gray = [](int width, int height) {
-    return ImageBuilder(8, width, height).Pixels(Noise(256, 31));
-  };
-  Expect(gray(10, 9).Field(12, 8 << 16 | 2).Build(), 10, 9, 20, 8, element, 2);
-  Expect(gray(65546, 5).Build(), 10, 5, 12, 8, element);
-  Expect(gray(9, 6).CoreHeader().Field(12, 0x00100001).Build(), 9, 6, 20, 8, element);
-  // 16-bit pixels hold values of 8 bits just as well.
-  Expect(ImageBuilder(16, 9, 6).Pixels(Noise(1 << 16, 3)).Build(), 9, 6, 20, 8, element);
-  struct Refused {
-    TestImage image;
-    int bits;
-  };
-  Refused refused[] = {{gray(10, 9).Field(12, 8 << 16).Build(), 8},
-                       {gray(10, 9).Build(), 24},
-                       {gray(65535, 3).Build(), 8},
-                       {gray(9, 6).CoreHeader().Field(12, 0x00080000).Build(), 8}};
-  for (const Refused& r : refused) {
-    const std::vector<uint8_t> before = r.image.Bytes();
-    EXPECT_EQ(omb_DoKernalMorphDIB(r.image.get(), r.bits, 1, &element, 1), 0);
-    EXPECT_EQ(r.image.Bytes(), before);
-  }
-  TestImage negative = ImageBuilder(8, 10, 0).Field(8, static_cast<uint32_t>(-3)).Build();
-  EXPECT_EQ(omb_DoKernalMorphDIB(negative.get(), 8, 1, &element, 1), 1);
-}
-
 TEST(KernalMorphology, RefusalsAndNothingToDo) {
   TestImage image = Patches(24, 8, 8);
   const std::vector<uint8_t> before = image.Bytes();

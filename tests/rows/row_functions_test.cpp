@@ -6,7 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
+#include <memory>
 #include <numeric>
 
 #include "support/image.h"
@@ -143,8 +145,14 @@ void AddPixelCases(std::vector<Case>& all) {
         }},
        {"swap_bytes, mirrors", [](auto& f, auto& in, auto n, auto& o) {
           f.swap_bytes(o.Copy(in.from[0], n), o.Copy(in.from[1], n), n);
+          f.mirror1(in.bytes.data(), n, o.New(n));
+          f.mirror4(in.bytes.data(), n, o.New(n));
           f.mirror8(in.bytes.data(), n, o.New(n));
           f.mirror24(in.bytes.data(), n, o.New(3 * n));
+          const size_t columns = n % 16, rows = n % 17;  // 15 x 16 in 3 x 256 bytes
+          const auto from_step = static_cast<ptrdiff_t>(3 * columns);
+          const auto to_step = static_cast<ptrdiff_t>(3 * rows);
+          f.transpose24(in.table, from_step, columns, rows, o.New(3 * columns * rows), to_step);
         }}});
   for (size_t shift = 1; shift < 8; ++shift) {
     all.push_back({"shift_bits", [=](auto& f, auto& in, auto n, auto& o) {
@@ -170,8 +178,10 @@ void AddNeighbourhoodCases(std::vector<Case>& all) {
                    }});
   }
   for (const int step : {1, 3}) {
-    all.push_back({"medians, gradients", [=](auto& f, auto& in, auto n, auto& o) {
+    all.push_back({"squares, gradients", [=](auto& f, auto& in, auto n, auto& o) {
                      f.median9(in.from, n, o.New(n));
+                     f.square_max(in.from, size_t(step), n, o.New(n));
+                     f.square_min(in.from, size_t(step), n, o.New(n));
                      f.sobel(in.from, step, n, o.New(n));
                      f.sobel_magnitude(in.from, step, n, o.New(n));
                      f.roberts_magnitude(in.from[0], in.from[1], step, n, o.New(n));
@@ -205,13 +215,13 @@ void AddNeighbourhoodCases(std::vector<Case>& all) {
                    f.subtract_wrapped(in.from[0], n, o.New(n));
                    f.subtract_from(in.from[0], n, o.New(n));
                  }});
-  all.push_back({"spread_bits, choose_bits", [](auto& f, auto& in, auto n, auto& o) {
+  all.push_back({"one-bit pixels", [](auto& f, auto& in, auto n, auto& o) {
                    constexpr uint8_t kOutcome[] = {0xFF, 0, 0x5A, 0x33};
-                   uint8_t* any = o.New(n);
-                   f.spread_bits_left(in.from[0], n, any, o.New(n));
-                   any = o.New(n);
-                   f.spread_bits_right(in.from[0], n, any, o.New(n));
-                   f.choose_bits(in.from, in.from + 3, kOutcome, n, o.New(n));
+                   constexpr uint8_t kAny[] = {0, 0xFF, 0xFF}, kAll[] = {0, 0xFF, 0};
+                   for (const uint8_t* outcome : {kOutcome, kAny, kAll}) {
+                     f.square_bits_left(in.from, outcome, n, o.New(n));
+                     f.square_bits_right(in.from, outcome, n, o.New(n));
+                   }
                    f.map_bit_pairs(in.from[0], kOutcome, n, o.New(n));
                  }});
   for (const auto finish : {rows::kFinishClamp, rows::kFinishReciprocal, rows::kFinishWords,
@@ -272,9 +282,45 @@ void AddResamplingCases(std::vector<Case>& all) {
                                    o.template New<uint32_t>(n));
                    f.fetch_indexed(base, bytes, offsets, whole.data(), 2, 255, in.colors, n,
                                    o.template New<uint32_t>(n));
+                   for (const auto* places : {offsets, static_cast<const int32_t*>(close.data())}) {
+                     f.pick24(base, bytes, places, 2, n, o.New(3 * n));
+                     f.pick8(base, bytes, places, 2, n, o.New(n));
+                     f.pick1(base, bytes, places, in.shifts.data(), 2, n, o.New((n + 7) / 8));
+                   }
                    f.low_bytes(in.taps[0], n, o.New(n));
                    f.pack_bytes(in.taps, n, o.template New<uint32_t>(n));
                  }});
+  // Pixels from far apart to neighbours, up to the last byte.
+  for (const int step : {600, 110, 61, 50, 49, 13}) {
+    all.push_back({"bilinear, cubic of pixels", [=](auto& f, auto& in, auto n, auto& o) {
+                     std::vector<int32_t> offsets;
+                     for (size_t i = 0; i < n; ++i) {
+                       offsets.push_back(static_cast<int32_t>(i) * step / 20 * 3);
+                     }
+                     const int32_t bytes = 3 * (static_cast<int32_t>(n) * step / 20 + 4);
+                     constexpr int kColumns[][4] = {{0, 1, 2, 3}, {1, 1, 2, 3}, {0, 1, 1, 2}};
+                     const auto* places = offsets.data();
+                     std::vector<uint8_t> lower(static_cast<size_t>(bytes)), upper(lower);
+                     for (size_t k = 0; k < lower.size(); ++k) {
+                       lower[k] = in.table[k % 768], upper[k] = in.table[5 * k % 768];
+                     }
+                     const uint8_t *low = lower.data(), *up = upper.data();
+                     for (const bool one : {false, true}) {
+                       const auto *dx = in.floats[0], *dy = in.floats[1];
+                       f.bilinear24(low, up, bytes, places, dx, dy, one, n, o.New(3 * n));
+                       f.bilinear8(low, up, bytes, places, dx, dy, one, n, o.New(n));
+                       f.cubic_down24(in.sums, in.floats + 4, one, n, n, o.New(3 * n));
+                       f.cubic_down8(in.sums, in.floats + 4, one, n, 0, o.New(n));
+                     }
+                     for (const auto& columns : kColumns) {
+                       const bool ascend = columns[3] == 3;
+                       f.cubic_across24(low, bytes, places, 0, ascend, columns, in.floats, n, n,
+                                        o.template New<float>(3 * n));
+                       f.cubic_across8(low, bytes, places, 3, ascend, columns, in.floats, n, 0,
+                                       o.template New<float>(n));
+                     }
+                   }});
+  }
   for (const bool one : {false, true}) {
     all.push_back({"bilinear, cubic", [=](auto& f, auto& in, auto n, auto& o) {
                      const auto* fl = in.floats;
@@ -286,18 +332,55 @@ void AddResamplingCases(std::vector<Case>& all) {
                    }});
   }
   all.push_back({"cubic_across, positions", [](auto& f, auto& in, auto n, auto& o) {
-                   constexpr int kBytes[4] = {1, 3, 0, 2};
+                   constexpr int bytes[4] = {1, 3, 0, 2};
                    float* weights[4];
                    for (float*& w : weights) w = o.template New<float>(n);
                    f.cubic_weights(in.floats[0], n, weights);
+                   std::vector<float> fractions(in.floats[0], in.floats[0] + n);
+                   for (float& fraction : fractions) fraction -= std::floor(fraction);
+                   for (float*& w : weights) w = o.template New<float>(n);
+                   f.cubic_weights(fractions.data(), n, weights);
                    f.cubic_across(in.taps, in.floats, n, n, o.template New<float>(3 * n));
-                   f.cubic_across_gray(in.taps[0], kBytes, in.floats, n, o.template New<float>(n));
-                   float* positions = o.template New<float>(n);
-                   f.line_positions(-17, 0.9876f, 0.3f, 12, n, positions);
-                   auto* whole = o.template New<int32_t>(n);
+                   f.cubic_across_gray(in.taps[0], bytes, in.floats, n, o.template New<float>(n));
+                   const rows::TurnedAxis axis = {0.9876f, 0.3f, 12, 1, 20};
                    auto* inner = o.template New<int32_t>(n);
-                   f.split_positions(positions, n, 1, 20, whole, inner, o.template New<float>(n));
+                   f.turned_positions(axis, -17, n, inner, o.template New<float>(n));
+                   inner = o.template New<int32_t>(n);
+                   f.turned_positions(axis, -17, n, inner, nullptr);
                  }});
+}
+
+// What searches remember is not to change what they find: all share it.
+template <class Lists>
+Lists& ListsOf(const uint32_t (&colors)[256]) {
+  static const auto lists = std::make_unique<Lists>();
+  lists->count = lists->used = 256;
+  for (uint32_t i = 0; i < 256; ++i) lists->pool[i] = (colors[i] & 0xFFFFFF) | i << 24;
+  std::fill(std::begin(lists->lists), std::end(lists->lists), 0);
+  return *lists;
+}
+
+void AddSearchCases(std::vector<Case>& all, const Input& palette) {
+  static auto& squares = ListsOf<rows::SquaresLists>(palette.colors);
+  static auto& sums = ListsOf<rows::SumsLists>(palette.colors);
+  for (int green = 0; green < 256; ++green) sums.start[green] = green * 3 / 4 + 20;
+  for (const size_t step : {3, 4}) {
+    all.push_back({"find", [=](auto& f, auto& in, auto n, auto& o) {
+                     f.find_by_squares(squares, &*in.bytes.end() - step * n, step, n, o.New(n));
+                     f.find_by_sums(sums, &*in.bytes.end() - step * n, step, n, o.New(n));
+                   }});
+  }
+  for (const size_t count : {1, 2, 7, 17}) {  // rows
+    all.push_back({"diffuse", [=](auto& f, auto& in, auto n, auto& o) {
+                     const size_t width = n / count, stride = (3 * width + 3) / 4 * 4;
+                     std::vector<uint8_t> rows(stride * count);
+                     for (size_t i = 0; i < rows.size(); ++i) rows[i] = in.bytes[i % 4 * n + i / 4];
+                     auto* before = reinterpret_cast<uint32_t*>(
+                         o.Copy(reinterpret_cast<const uint8_t*>(in.taps[0]), 4 * width));
+                     f.diffuse(sums, in.colors, rows.data(), stride, width, count, before,
+                               o.New(width * count));
+                   }});
+  }
 }
 
 TEST(RowFunctions, EveryLevelGivesTheSameBytes) {
@@ -305,6 +388,7 @@ TEST(RowFunctions, EveryLevelGivesTheSameBytes) {
   AddPixelCases(cases);
   AddNeighbourhoodCases(cases);
   AddResamplingCases(cases);
+  AddSearchCases(cases, Input(0));
   std::vector<size_t> lengths = {415, 582, 816, 1023, 1024, 1025, 1087, 1143, 2047, 2100};
   for (size_t n = 0; n <= 300; ++n) lengths.push_back(n);
   for (const size_t n : lengths) {
@@ -333,6 +417,35 @@ TEST(RowFunctions, PlainCodeComesFirstAndTheWidestIsActive) {
   EXPECT_EQ(&rows::Active(), levels[0]);
   rows::Use(nullptr);
   EXPECT_EQ(&rows::Active(), widest);
+}
+
+// Sums of differences, with orders by turns and so many lists that room for them runs out.
+TEST(RowFunctions, SearchBySumsWithTurns) {
+  constexpr size_t kCount = 40000;
+  uint32_t ramp[256];
+  for (uint32_t i = 0; i < 256; ++i) ramp[i] = i * 0x010101;
+  auto& lists = ListsOf<rows::SumsLists>(ramp);
+  for (int green = 0; green < 256; ++green) lists.start[green] = 255 - green;
+  std::vector<uint8_t> colors, expected, found(kCount);
+  for (uint32_t i = 0; i < kCount; ++i) {
+    const uint32_t color = i * 0x9E3779B1u;
+    const int bgr[] = {uint8_t(color >> 8), uint8_t(color >> 16), uint8_t(color >> 24)};
+    int best = INT32_MAX;
+    for (int entry = 0; entry < 256; ++entry) {
+      const int up = entry - lists.start[bgr[1]], turn = up < 0 ? -2 * up - 1 : 2 * up;
+      int sum = 0;
+      for (const int value : bgr) sum += std::abs(value - entry);
+      best = std::min(best, sum << 17 | turn << 8 | entry);
+    }
+    expected.push_back(static_cast<uint8_t>(best));
+    colors.insert(colors.end(), std::begin(bgr), std::end(bgr));
+  }
+  for (auto level = rows::Supported(); *level != nullptr; ++level) {
+    std::fill(std::begin(lists.lists), std::end(lists.lists), 0);
+    lists.used = 256;
+    (*level)->find_by_sums(lists, colors.data(), 3, kCount, found.data());
+    EXPECT_EQ(found, expected) << (*level)->name;
+  }
 }
 
 // A network of minima and maxima that orders all zeros and ones orders everything.

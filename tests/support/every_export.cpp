@@ -7,6 +7,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <tuple>
 #include <type_traits>
 
 #include "core/bytes.h"
@@ -24,19 +25,37 @@ constexpr uint32_t kFar[] = {0,          1,       0xFFFFFFFF, 0x80000000, 0x7FFF
                              0xFFFF,     0x10000, 0x8000,     0x7FFF,     255,        256,
                              0xFFFF0001, 0x101,   0x55555555, 0xFFFFFF00};
 
-// Functions that take nothing but the image.
-template <auto kFunction>
-uint64_t Alone(PackedDib** image, Draw&, Digest&) {
-  constexpr bool kReplaces = std::is_invocable_v<decltype(kFunction), PackedDib**>;
-  const auto call = [&] {
-    if constexpr (kReplaces) return kFunction(image);
-    if constexpr (!kReplaces) return kFunction(*image);
+// Parameters that are drawn from a range.
+struct Whole {
+  int32_t low, high;
+  int32_t From(Draw& draw) const { return draw.Whole(low, high); }
+};
+struct Real {
+  double low, high;
+  double From(Draw& draw) const { return draw.Real(low, high); }
+};
+// Few passes: each takes its time.
+struct Passes {
+  int32_t From(Draw& draw) const { return std::min(draw.Whole(0, 3), 3); }
+};
+
+// Functions of an image and such parameters.
+template <auto kFunction, auto... kRanges>
+uint64_t With(PackedDib** image, Draw& draw, Digest&) {
+  const auto call = [&](auto... parameters) {
+    if constexpr (requires { kFunction(image, parameters...); }) {
+      return kFunction(image, parameters...);
+    } else {
+      return kFunction(*image, parameters...);
+    }
   };
-  if constexpr (std::is_void_v<decltype(call())>) {
-    call();
+  // In braces, so that they are drawn in their order.
+  const std::tuple parameters{kRanges.From(draw)...};
+  if constexpr (std::is_void_v<decltype(std::apply(call, parameters))>) {
+    std::apply(call, parameters);
     return 1;
   } else {
-    return static_cast<uint64_t>(call());
+    return static_cast<uint64_t>(std::apply(call, parameters));
   }
 }
 
@@ -116,12 +135,6 @@ uint64_t Pseudocolor(PackedDib** image, Draw& draw, Digest&) {
   return omb_pseudocolor(*image, table.data());
 }
 
-template <auto kFunction>
-uint64_t Levels(PackedDib** image, Draw& draw, Digest&) {
-  const double low = draw.Real(0, 0.3);
-  return kFunction(*image, low, draw.Real(0.7, 1));
-}
-
 uint64_t Scale(PackedDib** image, Draw& draw, Digest&) {
   int32_t width = draw.Whole(0, 90), height = draw.Whole(0, 90);
   // Sizes that are refused; those in between only take long.
@@ -175,12 +188,9 @@ uint64_t Records(PackedDib**, Draw& draw, Digest& digest) {
   return 1;
 }
 
-// Few passes: each takes its time.
-int32_t DrawPasses(Draw& draw) { return std::min(draw.Whole(0, 3), 3); }
-
 uint64_t ConvoluteKernal(PackedDib** image, Draw& draw, Digest&) {
   const auto kernal = DrawKernal(draw);
-  const int32_t passes = DrawPasses(draw);
+  const int32_t passes = Passes().From(draw);
   return static_cast<uint64_t>(omb_DoConvoluteDIB(*image, kernal.get(), passes, draw.Whole(0, 20)));
 }
 
@@ -189,108 +199,75 @@ uint64_t MorphKernal(PackedDib** image, Draw& draw, Digest&) {
   const int32_t bits = draw.Byte() % 4 != 0 ? omb_DIBBitCount(*image) : draw.Whole(8, 24);
   const int32_t op = draw.Whole(0, 3);
   return static_cast<uint64_t>(
-      omb_DoKernalMorphDIB(*image, bits, op, kernal.get(), DrawPasses(draw)));
+      omb_DoKernalMorphDIB(*image, bits, op, kernal.get(), Passes().From(draw)));
 }
 
 uint64_t EnhancePage(PackedDib** image, Draw& draw, Digest&) {
-  const int32_t size = draw.Whole(0, 2), passes = DrawPasses(draw), strength = draw.Whole(0, 20);
+  const int32_t size = draw.Whole(0, 2), passes = Passes().From(draw), strength = draw.Whole(0, 20);
   const int32_t percentile = draw.Whole(0, 100), mode = draw.Whole(0, 8);
   return static_cast<uint64_t>(omb_EnhancePage(*image, size, passes, strength, draw.Whole(0, 9),
                                                percentile, mode, draw.Whole(0, 3),
                                                draw.Whole(0, 9)));
 }
 
-uint64_t EdgePage(PackedDib** image, Draw& draw, Digest&) {
-  const int32_t size = draw.Whole(0, 2), passes = DrawPasses(draw), strength = draw.Whole(0, 20);
-  return static_cast<uint64_t>(omb_EdgePage(*image, size, passes, strength, draw.Whole(0, 6)));
-}
-
-// Functions of an image and one whole number.
-template <auto kFunction, int32_t kLow, int32_t kHigh>
-uint64_t With(PackedDib** image, Draw& draw, Digest&) {
-  constexpr bool kReplaces = std::is_invocable_v<decltype(kFunction), PackedDib**, int32_t>;
-  const int32_t number = draw.Whole(kLow, kHigh);
-  const auto call = [&] {
-    if constexpr (kReplaces) return kFunction(image, number);
-    if constexpr (!kReplaces) return kFunction(*image, number);
-  };
-  if constexpr (std::is_void_v<decltype(call())>) {
-    call();
-    return 1;
-  } else {
-    return static_cast<uint64_t>(call());
-  }
-}
-
 constexpr Export kExports[] = {
-    {"omb_DIBWidth", Alone<omb_DIBWidth>},
-    {"omb_DIBHeight", Alone<omb_DIBHeight>},
-    {"omb_DIBBitCount", Alone<omb_DIBBitCount>},
-    {"omb_DIBNumColors", Alone<omb_DIBNumColors>},
-    {"omb_PaletteSize", Alone<omb_PaletteSize>},
+    {"omb_DIBWidth", With<omb_DIBWidth>},
+    {"omb_DIBHeight", With<omb_DIBHeight>},
+    {"omb_DIBBitCount", With<omb_DIBBitCount>},
+    {"omb_DIBNumColors", With<omb_DIBNumColors>},
+    {"omb_PaletteSize", With<omb_PaletteSize>},
     {"omb_FindDIBBits", FindDIBBits},
-    {"omb_BytesPerLine", Alone<omb_BytesPerLine>},
+    {"omb_BytesPerLine", With<omb_BytesPerLine>},
     {"omb_newdib, omb_freedib", NewDib},
-    {"omb_invert", Alone<omb_invert>},
+    {"omb_invert", With<omb_invert>},
     {"omb_CreateDIBPalette", CreateDIBPalette},
-    {"omb_transformat", Alone<omb_transformat>},
+    {"omb_transformat", With<omb_transformat>},
     {"omb_crop", Crop},
     {"omb_cpydibrect", Copy},
-    {"omb_iscolorful", Alone<omb_iscolorful>},
-    {"omb_can_gray", Alone<omb_can_gray>},
-    {"omb_can_filtersheet", Alone<omb_can_filtersheet>},
-    {"omb_can_pseudocolor", Alone<omb_can_pseudocolor>},
-    {"omb_can_balance", Alone<omb_can_balance>},
+    {"omb_iscolorful", With<omb_iscolorful>},
+    {"omb_can_gray", With<omb_can_gray>},
+    {"omb_can_filtersheet", With<omb_can_filtersheet>},
+    {"omb_can_pseudocolor", With<omb_can_pseudocolor>},
+    {"omb_can_balance", With<omb_can_balance>},
     {"omb_autoclr", [](PackedDib**, Draw&, Digest&) { return uint64_t(omb_autoclr()); }},
     {"omb_getchannelhistogram", Histogram},
-    {"omb_brightnesscontrast",
-     [](PackedDib** image, Draw& draw, Digest&) -> uint64_t {
-       const int32_t brightness = draw.Whole(-130, 130);
-       return omb_brightnesscontrast(*image, brightness, draw.Whole(-130, 130));
-     }},
-    {"omb_gammacorrection",
-     [](PackedDib** image, Draw& draw, Digest&) -> uint64_t {
-       return omb_gammacorrection(*image, draw.Real(0.1, 4));
-     }},
-    {"omb_autolevel", Levels<omb_autolevel>},
-    {"omb_autocontrast", Levels<omb_autocontrast>},
-    {"omb_gray", Alone<omb_gray>},
+    {"omb_brightnesscontrast", With<omb_brightnesscontrast, Whole{-130, 130}, Whole{-130, 130}>},
+    {"omb_gammacorrection", With<omb_gammacorrection, Real{0.1, 4}>},
+    {"omb_autolevel", With<omb_autolevel, Real{0, 0.3}, Real{0.7, 1}>},
+    {"omb_autocontrast", With<omb_autocontrast, Real{0, 0.3}, Real{0.7, 1}>},
+    {"omb_gray", With<omb_gray>},
     {"omb_pseudocolor", Pseudocolor},
-    {"omb_autothreshold", Alone<omb_autothreshold>},
-    {"omb_binary", With<omb_binary, 0, 255>},
-    {"omb_filtercolor", With<omb_filtercolor, 1, 3>},
-    {"omb_extractcolor", With<omb_extractcolor, 1, 3>},
-    {"omb_adjustghms",
-     [](PackedDib** image, Draw& draw, Digest&) -> uint64_t {
-       const int32_t highlights = draw.Whole(-100, 100), shadows = draw.Whole(-100, 100);
-       return omb_adjustghms(*image, highlights, shadows, draw.Whole(-100, 100));
-     }},
+    {"omb_autothreshold", With<omb_autothreshold>},
+    {"omb_binary", With<omb_binary, Whole{0, 255}>},
+    {"omb_filtercolor", With<omb_filtercolor, Whole{1, 3}>},
+    {"omb_extractcolor", With<omb_extractcolor, Whole{1, 3}>},
+    {"omb_adjustghms", With<omb_adjustghms, Whole{-100, 100}, Whole{-100, 100}, Whole{-100, 100}>},
     {"omb_scale", Scale},
     {"omb_rotate", Rotate},
-    {"omb_fliphor", Alone<omb_fliphor>},
-    {"omb_flipvert", Alone<omb_flipvert>},
+    {"omb_fliphor", With<omb_fliphor>},
+    {"omb_flipvert", With<omb_flipvert>},
     {"omb_newKERNAL, omb_cloneKERNAL, omb_zeroKERNAL, omb_destroyKERNAL, omb_getKERNAL", Records},
-    {"omb_convolute", With<omb_convolute, 1, 39>},
+    {"omb_convolute", With<omb_convolute, Whole{1, 39}>},
     {"omb_DoConvoluteDIB", ConvoluteKernal},
     {"omb_emboss",
      [](PackedDib** image, Draw& draw, Digest&) -> uint64_t {
        const auto direction = static_cast<uint32_t>(draw.Whole(0, 27));
        return omb_emboss(*image, direction, static_cast<uint32_t>(draw.Whole(0, 0xFFFF)) * 199);
      }},
-    {"omb_sobel", Alone<omb_sobel>},
-    {"omb_medianblur", Alone<omb_medianblur>},
-    {"omb_dilate", Alone<omb_dilate>},
-    {"omb_erode", Alone<omb_erode>},
-    {"omb_mathopen", Alone<omb_mathopen>},
-    {"omb_mathclose", Alone<omb_mathclose>},
-    {"omb_denoise", Alone<omb_denoise>},
-    {"omb_pickedge", Alone<omb_pickedge>},
-    {"omb_gradientize", Alone<omb_gradientize>},
-    {"omb_opencompose", Alone<omb_opencompose>},
-    {"omb_tophat", Alone<omb_tophat>},
+    {"omb_sobel", With<omb_sobel>},
+    {"omb_medianblur", With<omb_medianblur>},
+    {"omb_dilate", With<omb_dilate>},
+    {"omb_erode", With<omb_erode>},
+    {"omb_mathopen", With<omb_mathopen>},
+    {"omb_mathclose", With<omb_mathclose>},
+    {"omb_denoise", With<omb_denoise>},
+    {"omb_pickedge", With<omb_pickedge>},
+    {"omb_gradientize", With<omb_gradientize>},
+    {"omb_opencompose", With<omb_opencompose>},
+    {"omb_tophat", With<omb_tophat>},
     {"omb_DoKernalMorphDIB", MorphKernal},
     {"omb_EnhancePage", EnhancePage},
-    {"omb_EdgePage", EdgePage},
+    {"omb_EdgePage", With<omb_EdgePage, Whole{0, 2}, Passes{}, Whole{0, 20}, Whole{0, 6}>},
     {"omb_neuquant",
      [](PackedDib** image, Draw& draw, Digest&) -> uint64_t {
        constexpr int32_t kBits[] = {1, 4, 8, 24, 2};

@@ -88,6 +88,14 @@ std::vector<uint32_t> TestImage::Pixels() const {
   return pixels;
 }
 
+std::vector<uint32_t> TestImage::Colors() const {
+  std::vector<uint32_t> colors = Pixels();
+  for (uint32_t& value : colors) {
+    if (bit_count() <= 8) value = Color(static_cast<int>(value));
+  }
+  return colors;
+}
+
 std::vector<uint8_t> TestImage::Bytes() const {
   const DibView view = *DibView::Open(dib_);
   return std::vector<uint8_t>(view.block(), view.block() + view.extent());

@@ -45,6 +45,8 @@ class TestImage {
   std::vector<std::string> Rows() const;
   // All pixels, row by row from the top.
   std::vector<uint32_t> Pixels() const;
+  // The same as 0xRRGGBB, by the color table or the usual layout.
+  std::vector<uint32_t> Colors() const;
   // Every byte of the block's extent.
   std::vector<uint8_t> Bytes() const;
 

@@ -7,8 +7,7 @@ namespace {
 
 int32_t Reference(const TestImage& image) {
   std::vector<int> count(256);
-  for (const uint32_t pixel : image.Pixels()) {
-    const uint32_t rgb = image.bit_count() == 24 ? pixel : image.Color(static_cast<int>(pixel));
+  for (const uint32_t rgb : image.Colors()) {
     const double r = rgb >> 16, g = rgb >> 8 & 255, b = rgb & 255;
     ++count[static_cast<size_t>(0.3 * r + 0.59 * g + 0.11 * b)];
   }

@@ -1,4 +1,4 @@
-// omb_gray, omb_extractcolor and omb_binary: the new block and its pixels.
+// omb_gray, omb_extractcolor and omb_binary of true-color images: the new block and its pixels.
 #include <gtest/gtest.h>
 
 #include "support/image.h"
@@ -81,60 +81,16 @@ TEST(ReplacedImages, TrueColorSources) {
   }
 }
 
-TEST(Binary, IndexedSourcesReadColorsFromByte40) {
-  for (const uint32_t size_field : {40u, 12u, 41u}) {
-    for (const int bits : {4, 8}) {
-      for (const int colors : {3, 1 << bits}) {
-        if (colors == 3 && size_field != 40) continue;
-        TestImage image = ImageBuilder(bits, 1035, 2)
-                              .CoreHeader(size_field)
-                              .Colors(VariedColors(colors, 31))
-                              .Pixels(Noise(1u << bits, 32))
-                              .Filler(0x77)
-                              .Build();
-        const TestImage before = image.Clone();
-        EXPECT_EQ(omb_binary(image.ref(), 120), 1u);
-        ASSERT_EQ(image.bit_count(), 1);
-        for (int y = 0; y < 2; ++y) {
-          for (int x = 0; x < 1035; ++x) {
-            const uint8_t* entry = before.raw() + 40 + 4 * before.Pixel(x, y);
-            EXPECT_EQ(image.Pixel(x, y), White(Rgb(entry[2], entry[1], entry[0]), 120));
-          }
-        }
-        EXPECT_EQ(image.Color(1), 0xFFFFFFu);
-        EXPECT_EQ(image.Bytes().back(), 0) << "bits behind the last pixel are not written";
-      }
-    }
-  }
-}
-
-// The source's pixels and its own table, thresholded; then a two-entry table's bytes and the rows'
-// are copied from behind the header, whatever the length of the source's table.
-TEST(Binary, OneBitSources) {
-  for (const uint32_t size_field : {40u, 12u, 41u}) {
-    for (const size_t colors : {2u, 1u, 5u, 300u}) {
-      if (colors != 2 && size_field != 40) continue;
-      for (const int threshold : {127, 128, 129, 50}) {
-        std::vector<uint32_t> table = {0x808080, 0x323232, 0x818181, 0x7F7F7F, 0x102030};
-        table.resize(colors, 0xFEDCBA);
-        TestImage image = ImageBuilder(1, 37, 3)
-                              .CoreHeader(size_field)
-                              .Colors(table)
-                              .Pixels(Noise(2, 33))
-                              .Filler(0xA5)
-                              .Build();
-        std::vector<uint8_t> body = image.Bytes();
-        body.erase(body.begin(), body.begin() + size_field);
-        const size_t step = size_field == 40 ? 4 : 3;
-        for (size_t i = 0; i < colors; ++i) {
-          std::fill_n(&body[step * i], 3, White(table[i], threshold, 128) ? 255 : 0);
-        }
-        body.resize(2 * step + 3 * 8);  // what the block does not have is 0
-        EXPECT_EQ(omb_binary(image.ref(), threshold), 1u);
-        const std::vector<uint8_t> result = image.Bytes();
-        EXPECT_EQ(std::vector<uint8_t>(result.begin() + size_field, result.end()), body);
-        EXPECT_EQ(omb_DIBNumColors(image.get()), 2u);
-      }
+TEST(Binary, TiesAtOneBitAreWhiteFrom128On) {
+  const std::vector<uint32_t> table = {0x808080, 0x7F7F7F};
+  for (const int threshold : {126, 127, 128, 129}) {
+    TestImage image = ImageBuilder(1, 37, 3).Colors(table).Pixels(Noise(2, 33)).Build();
+    const std::vector<uint32_t> pixels = image.Pixels();
+    EXPECT_EQ(omb_binary(image.ref(), threshold), 1u);
+    EXPECT_EQ(image.Pixels(), pixels);
+    for (int i = 0; i < 2; ++i) {
+      const bool white = White(table[static_cast<size_t>(i)], threshold, 128);
+      EXPECT_EQ(image.Color(i), white ? 0xFFFFFFu : 0u) << threshold;
     }
   }
 }

@@ -110,7 +110,7 @@ TEST(Document, TakesPackedDibsOfEveryKind) {
   std::memcpy(top_down.data() + 8, &height, sizeof height);
   EXPECT_EQ(read(top_down).Pixels(), image.Pixels());
   const TestImage few = ImageBuilder(8, 5, 4).Colors({1, 2, 3}).Pixels(Noise(3, 1)).Build();
-  EXPECT_EQ(Colors(read(few.Bytes())), Colors(few));
+  EXPECT_EQ(read(few.Bytes()).Colors(), few.Colors());
   std::vector<uint8_t> cut = image.Bytes();
   for (const size_t size : {cut.size() - 9, size_t{40}, size_t{3}, size_t{0}}) {
     cut.resize(size);

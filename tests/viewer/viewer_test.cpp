@@ -112,8 +112,8 @@ class Viewer {
     if (omb_crop(screen.ref(), &rectangle) == 0) {
       return testing::AssertionFailure() << "the image is larger than the window";
     }
-    const std::vector<uint32_t> shown = Colors(screen);
-    const std::vector<uint32_t> wanted = Colors(TestImage(ombview::CopyOf(image).release()));
+    const std::vector<uint32_t> shown = screen.Colors();
+    const std::vector<uint32_t> wanted = TestImage(ombview::CopyOf(image).release()).Colors();
     for (size_t i = 0; i < wanted.size(); ++i) {
       if (shown[i] == wanted[i]) continue;
       return testing::AssertionFailure()
@@ -212,8 +212,8 @@ TEST_F(ViewerTest, WorksOnFilesByMenusAndDialogs) {
   viewer.Enter(dialog, GetDlgItem(dialog, edt1) != nullptr ? edt1 : cmb13, saved.c_str());
   viewer.Press(dialog, IDOK);
   ASSERT_TRUE(WaitFor([&] { return TextOf(viewer.main()).starts_with(L"Später.png"); }));
-  EXPECT_EQ(Colors(TestImage(omb::ReadImage(saved, {}).release())),
-            Colors(TestImage(After(adjusted.get(), "gray").release())));
+  EXPECT_EQ(TestImage(omb::ReadImage(saved, {}).release()).Colors(),
+            TestImage(After(adjusted.get(), "gray").release()).Colors());
 
   // Only what is not saved is asked for.
   viewer.Do(ombview::kUndo);
