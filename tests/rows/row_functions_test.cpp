@@ -287,6 +287,9 @@ void AddResamplingCases(std::vector<Case>& all) {
                      f.pick8(base, bytes, places, 2, n, o.New(n));
                      f.pick1(base, bytes, places, in.shifts.data(), 2, n, o.New((n + 7) / 8));
                    }
+                   uint32_t* channels[3];
+                   for (uint32_t*& c : channels) c = o.template New<uint32_t>(n);
+                   f.look_up_channels(in.taps[0], n, in.colors, channels);
                    f.low_bytes(in.taps[0], n, o.New(n));
                    f.pack_bytes(in.taps, n, o.template New<uint32_t>(n));
                  }});
