@@ -56,6 +56,7 @@ void Neighbourhood::BeginWalk(const Reach& band) {
   layout_.bytes = size_t(rows_.width) * step;
   layout_.first = columns < 1 ? 0 : size_t(band.left) * step;
   layout_.count = columns < 1 ? 0 : size_t(columns) * step;
+  layout_.spare = slots_ + (SlotsPerWindow() - 1) * slot_size_;
 }
 
 Neighbourhood::Window& Neighbourhood::BeginPass(int p, const Reach& reach, const Border& border) {

@@ -67,6 +67,7 @@ struct WindowLayout {
   size_t bytes;     // of the pixels of a row
   size_t first;     // bytes that are computed: [first, first + count)
   size_t count;
+  uint8_t* spare;  // a window row that a single pass has for itself, unless its border is kSkip
 };
 
 // One pass over an image.

@@ -95,15 +95,20 @@ NewBlock NewBlock::Resized(const DibView& source, int64_t width, int64_t height,
 }
 
 NewBlock NewBlock::WithDepth(const DibView& source, uint16_t bit_count, uint32_t entries,
-                             uint32_t colors_used, uint16_t room) {
+                             uint32_t colors_used, uint16_t room, Rows rows) {
   constexpr int64_t kLimit = std::numeric_limits<int32_t>::max();
   const DibHeader& header = source.header();
   if (source.pixel_rows() != 0 && int64_t{source.width()} * bit_count + 31 > kLimit) return {};
   const size_t header_bytes = std::max<size_t>(header.header_size, header.fields_size());
-  const uint64_t size = uint64_t{header.header_size} + entries * header.table_step() +
-                        static_cast<uint64_t>(StrideOf(source.width(), room)) *
-                            static_cast<uint64_t>(source.pixel_rows());
-  NewBlock block = Zeroed(std::max<uint64_t>(size, header_bytes));
+  const uint64_t rows_offset = uint64_t{header.header_size} + entries * header.table_step();
+  const size_t stride = static_cast<size_t>(StrideOf(source.width(), room));
+  const size_t height = static_cast<size_t>(source.pixel_rows());
+  const uint64_t size = std::max<uint64_t>(rows_offset + uint64_t{stride} * height, header_bytes);
+  NewBlock block =
+      rows == Rows::kZeroed
+          ? Zeroed(size)
+          : ZeroedAroundPixels(size, static_cast<size_t>(rows_offset), height,
+                               static_cast<size_t>(source.width()) * bit_count / 8, stride);
   if (!block) return block;
   source.Read(0, block.bytes(), header_bytes);
   if (source.core()) {
@@ -119,7 +124,8 @@ NewBlock NewBlock::WithDepth(const DibView& source, uint16_t bit_count, uint32_t
 NewBlock NewBlock::Indexed(const DibView& source, uint16_t bit_count) {
   const uint32_t colors = ColorsOfDepth(bit_count);
   // 8 bits imply their number of colors; for 1 bit it is stated.
-  return WithDepth(source, bit_count, colors, bit_count == 8 ? 0 : colors);
+  return WithDepth(source, bit_count, colors, bit_count == 8 ? 0 : colors, bit_count,
+                   Rows::kPixelsComeNext);
 }
 
 bool NewBlock::Resize(uint64_t size) {

@@ -44,15 +44,16 @@ class NewBlock {
   // 0; a zeroed table of `entries` colors and zeroed rows. All other fields keep their values,
   // biSizeImage too. A negative height or width is kept and gives a block without rows. Ask for
   // dib() before writing table or rows: a size field below the header's own length puts them over
-  // the header. `room` reserves as much as rows of that many bits per pixel take.
+  // the header. `room` reserves as much as rows of that many bits per pixel take; with pixels to
+  // come, these are the rows.
   static NewBlock WithDepth(const DibView& source, uint16_t bit_count, uint32_t entries,
-                            uint32_t colors_used, uint16_t room);
+                            uint32_t colors_used, uint16_t room, Rows rows = Rows::kZeroed);
   static NewBlock WithDepth(const DibView& source, uint16_t bit_count, uint32_t entries,
                             uint32_t colors_used) {
     return WithDepth(source, bit_count, entries, colors_used, bit_count);
   }
 
-  // The same at 1 or 8 bits, with a full table.
+  // The same at 1 or 8 bits, with a full table, for a caller who writes every pixel.
   static NewBlock Indexed(const DibView& source, uint16_t bit_count);
 
   explicit operator bool() const { return bytes_ != nullptr; }

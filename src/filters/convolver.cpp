@@ -1,6 +1,7 @@
 #include "filters/convolver.h"
 
 #include <algorithm>
+#include <cstring>
 #include <numeric>
 #include <utility>
 
@@ -71,6 +72,13 @@ Convolver::Convolver(Buffer<Tap> taps, size_t count, const Finishing& finishing)
   run_count_ = MakeRuns(taps_.get(), count_, runs_.get());
   across_.run_count = MakeRuns(across_.taps, across_.count, across_.runs);
   down_.run_count = MakeRuns(down_.taps, down_.count, down_.runs);
+  running_ = down_.run_count == 1 && static_cast<int64_t>(down_.count) == Rows() &&
+             (down_.runs[0].plus == 0 || down_.runs[0].minus == 0);
+  if (running_) {
+    // One tap, of the totals.
+    down_.runs[0].plus = down_.runs[0].plus != 0;
+    down_.runs[0].minus = down_.runs[0].minus != 0;
+  }
 }
 
 void Convolver::Merge() {
@@ -124,6 +132,12 @@ void Convolver::ChooseFinish(const Finishing& finishing) {
   }
   const int64_t sum = 255 * std::max(positive_, negative_);
   const int64_t divisor = std::abs(int64_t{plan_.divisor});
+  if (!plan_.wide && plan_.divisor > 1 && sum <= INT16_MAX &&
+      (sum / divisor + 255) * std::abs(int64_t{plan_.strength}) <= INT16_MAX &&
+      std::abs(int64_t{plan_.bias}) < 1 << 14 && FindReciprocal(divisor, sum, plan_)) {
+    plan_.finish = rows::kFinishWords;
+    return;
+  }
   bool exact = sum < kExactFloats && divisor < kExactFloats &&
                std::abs(int64_t{plan_.bias}) < int64_t{1} << 30;
   if (exact && !whole) {
@@ -220,6 +234,11 @@ void Convolver::Begin(const WindowLayout& layout) {
     const uint8_t color = color_[layout.step == 3 ? 2 * i % 3 : 0];
     offset_[i] = static_cast<int16_t>(plan_.bias + color);
   }
+  if (!running_) return;
+  totals_ = layout.spare + layout.pitch;
+  constexpr size_t kBlock = rows::kConvolutionBlock;
+  std::memset(totals_, 0, (layout.count + kBlock - 1) / kBlock * kBlock * 2);
+  prepared_ = 0;
 }
 
 void Convolver::Prepare(uint8_t* row) {
@@ -228,15 +247,24 @@ void Convolver::Prepare(uint8_t* row) {
   for (size_t k = 0; k < across_.count; ++k) {
     from[k] = row + layout_.first + across_.taps[k].dx * layout_.step;
   }
-  rows::Active().weigh({from, across_.runs, across_.run_count}, layout_.count, row + layout_.pitch);
+  const rows::Taps taps = {from, across_.runs, across_.run_count};
+  uint8_t* const sums = row + layout_.pitch;
+  if (running_) {
+    // A row has the place of the one that leaves the window.
+    const bool leaves = prepared_ == Rows();
+    if (!leaves) ++prepared_;
+    rows::Active().weigh_running(taps, layout_.count, leaves, sums, totals_);
+  } else {
+    rows::Active().weigh(taps, layout_.count, sums);
+  }
 }
 
 void Convolver::Combine(uint8_t* const* rows, size_t first, size_t count, uint8_t* to) {
   for (size_t i = 0; i < count_; ++i) {
     rows_[i] = rows[reach_.before + taps_[i].dy] + first + taps_[i].dx * layout_.step;
   }
-  const uint8_t* sums[kMaxBox];
-  for (size_t k = 0; k < down_.count; ++k) {
+  const uint8_t* sums[kMaxBox] = {totals_};
+  for (size_t k = 0; !running_ && k < down_.count; ++k) {
     sums[k] = rows[reach_.before + down_.taps[k].dy] + layout_.pitch;
   }
   rows::Convolution plan = plan_;

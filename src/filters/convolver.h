@@ -8,7 +8,8 @@
 // - Taps of one weight, up to its sign, are added up before they are multiplied.
 // - 16-bit weights that are a column times a row are summed along rows first, once per source row,
 //   and then along columns. So are grids with one frequent weight, which are that weight everywhere
-//   plus corrections: 49 weights of "unsharp 7x7" cost 7 + 7 + 1.
+//   plus corrections: 49 weights of "unsharp 7x7" cost 7 + 7 + 1. Columns of equal weights have
+//   running totals.
 // - Divisions become multiplications where that is proven exact for every sum that can occur;
 //   integer division is left for the rest.
 #pragma once
@@ -63,6 +64,7 @@ class Convolver {
     size_t run_count = 0;
   };
 
+  int32_t Rows() const { return reach_.before + 1 + reach_.after; }  // of the window
   void Merge();
   void ChooseFinish(const Finishing& finishing);
   void Factor();
@@ -81,6 +83,11 @@ class Convolver {
   uint8_t color_[3];
   int16_t offset_[rows::kConvolutionOffsets];
   Line across_, down_;
+  // If the window's rows all have one weight in down_: their sums of this walk, and how many rows
+  // there were.
+  bool running_ = false;
+  uint8_t* totals_ = nullptr;
+  int32_t prepared_ = 0;
   WindowLayout layout_ = {};
 };
 

@@ -157,8 +157,22 @@ void Sampler::Place(const int32_t* columns, int32_t column_move, const int32_t* 
              taps->shift[tap] + first);
 }
 
+bool Sampler::DecodeRows() {
+  if (!gray_ || source_.bit_count() == 8) return true;
+  // Words of the last columns reach further.
+  decoded_ = NewZeroedBuffer<uint8_t>(static_cast<size_t>(width()) + 4);
+  return decoded_ != nullptr;
+}
+
 void Sampler::FindNeighbours(const int32_t* columns, const int32_t* rows, int32_t x, int first,
-                             int end, Taps* taps) const {
+                             int end, Taps* taps) {
+  if (decoded_ != nullptr) {
+    const int32_t left = mode_ == kBicubic ? -1 : 0;
+    decoded_first_ = (columns[first] + left) & ~7;
+    decoded_count_ = columns[end - 1] + left + tap_count() - decoded_first_;
+    for (int i = first; i < end; ++i) taps->offset[0][i] = columns[i] + left - decoded_first_;
+    return;
+  }
   if (mode_ == kBicubic && BlendsBytes()) {
     Place(columns, -1, rows, first, end, 0, taps);
     return;
@@ -193,10 +207,19 @@ void Sampler::FetchTap(const Taps& taps, int tap, int32_t row_move, int first, i
   }
 }
 
-void Sampler::Fetch(const Taps& taps, int32_t row_move, int first, int end,
-                    Samples* samples) const {
+void Sampler::Fetch(const Taps& taps, int32_t row_move, int first, int end, Samples* samples) {
   const rows::RowFunctions& functions = rows::Active();
   const size_t n = static_cast<size_t>(end - first);
+  if (decoded_ != nullptr) {
+    const size_t count = static_cast<size_t>(decoded_count_);
+    UnpackIndices(source_.row(row_move) +
+                      size_t{static_cast<uint32_t>(decoded_first_)} * source_.bit_count() / 8,
+                  source_.bit_count(), count, decoded_.get());
+    functions.apply_table(decoded_.get(), count, levels_);
+    functions.fetch_words(decoded_.get(), width() + 4, taps.offset[0] + first, 0, n,
+                          samples->tap[0] + first);
+    return;
+  }
   if (whole_words()) {
     uint32_t* const words = samples->tap[mode_ == kBicubic && !gray_ ? 3 : 0];
     FetchTap(taps, 0, row_move, first, end, words);

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "core/buffer.h"
 #include "core/nearest_entry.h"
 #include "core/packed_dib.h"
 
@@ -80,12 +81,16 @@ class Sampler {
   // Offsets of the rows that pixels of row y of the new image read in bicubic mode.
   CubicOffsets RowOffsets(int32_t y) const;
 
+  // Lets runs without `rows`, at ascending columns, read gray levels from rows that are decoded as
+  // a whole: of less than 8 bits that takes less than finding each pixel's bits. False when memory
+  // ran out.
+  bool DecodeRows();
   // Finds the neighbours of inner positions columns[i] in rows[i], or in row 0 without `rows`.
   // Pixel [0] of the run has column x in the new image. Here and below, [first, end) of the run.
   void FindNeighbours(const int32_t* columns, const int32_t* rows, int32_t x, int first, int end,
-                      Taps* taps) const;
+                      Taps* taps);
   // Reads them `row_move` rows further up.
-  void Fetch(const Taps& taps, int32_t row_move, int first, int end, Samples* samples) const;
+  void Fetch(const Taps& taps, int32_t row_move, int first, int end, Samples* samples);
   // Bilinear colors of neighbours in two rows. With `one_row`, here and below, dy[0] or the weights
   // [..][0] serve all pixels.
   void Blend(const Samples& lower, const Samples& upper, const float* dx, const float* dy,
@@ -147,6 +152,8 @@ class Sampler {
   uint8_t gray_index_[256];  // and back
   bool plain_gray_ = false;  // indices are the levels
   std::optional<NearestEntry> nearest_;
+  Buffer<uint8_t> decoded_;                        // levels of a part of a row
+  int32_t decoded_first_ = 0, decoded_count_ = 0;  // its columns
 };
 
 }  // namespace ombrilo

@@ -241,7 +241,7 @@ uint32_t Scale(PackedDib** image, uint32_t width, uint32_t height, uint32_t mode
                               static_cast<int32_t>(width), static_cast<int32_t>(height),
                               source->bit_count()};
     Scaler scaler(sampler, new_rows);
-    if (!scaler) return 0;
+    if (!scaler || !sampler.DecodeRows()) return 0;
     scaler.Run(resampling);
   }
   block.Replace(image);

@@ -18,7 +18,8 @@ namespace ombrilo::rows {
 enum ConvolutionFinish {
   kFinishClamp,       // sum + offset
   kFinishReciprocal,  // sum / divisor, by multiplication
-  kFinishFloat,       // sum / divisor, blended, + bias, in single precision that is exact enough
+  kFinishWords,       // sum / divisor, blended, + bias, in 16 bits with sign
+  kFinishFloat,       // the same in single precision that is exact enough
   kFinishExact,       // the same in wrapping 32-bit integers
 };
 
@@ -45,7 +46,7 @@ struct Convolution {
   const int16_t* offset;       // kFinishClamp: of the bytes 0, 2, 4, ..., kConvolutionOffsets
   int32_t lowest;              // 16-bit sums, other finishes: 0 minus the least sum
   uint16_t highest;            // kFinishReciprocal: quotients of larger sums exceed 255
-  uint16_t multiplier, shift;  // kFinishReciprocal: n * multiplier >> 16 >> shift = n / divisor
+  uint16_t multiplier, shift;  // also kFinishWords: n * multiplier >> 16 >> shift = n / divisor
   int32_t divisor;             // 0: no division
   int32_t strength;            // 10: no blending
   int32_t bias;
@@ -145,6 +146,9 @@ struct RowFunctions {
   // Weighted sums modulo 2^16 as `convolve` takes them, in an order of their own: 2 x count bytes,
   // the count rounded up to a multiple of kConvolutionBlock.
   void (*weigh)(const struct Taps& taps, size_t count, uint8_t* sums);
+  // The same, which is also added to `totals`; what `sums` held before is taken away if `replace`.
+  void (*weigh_running)(const struct Taps& taps, size_t count, bool replace, uint8_t* sums,
+                        uint8_t* totals);
   // One row of a convolution.
   void (*convolve)(const struct Convolution& convolution, size_t count, uint8_t* to);
 

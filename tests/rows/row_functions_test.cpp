@@ -224,32 +224,35 @@ void AddNeighbourhoodCases(std::vector<Case>& all) {
                    }
                    f.map_bit_pairs(in.from[0], kOutcome, n, o.New(n));
                  }});
-  for (const auto finish :
-       {rows::kFinishClamp, rows::kFinishReciprocal, rows::kFinishFloat, rows::kFinishExact}) {
+  for (const auto finish : {rows::kFinishClamp, rows::kFinishReciprocal, rows::kFinishWords,
+                            rows::kFinishFloat, rows::kFinishExact}) {
     for (const int wide : {0, 1, 2}) {  // 2: with weights of more than 16 bits
       if (wide != 0 && finish < rows::kFinishFloat) continue;
       for (const int32_t strength : {10, 4}) {
-        all.push_back({"weigh, convolve", [=](auto& f, auto& in, auto n, auto& o) {
-                         const rows::WeightRun runs[] = {
-                             {1, 2, 1}, {3, 1, 1}, {wide == 2 ? 100001 : 7, 2, 2}};
-                         int16_t offset[rows::kConvolutionOffsets];
-                         for (int i = 0; i < rows::kConvolutionOffsets; ++i) offset[i] = i % 3 * 7;
-                         constexpr size_t kBlock = rows::kConvolutionBlock;
-                         std::vector<uint8_t> sums((n + kBlock - 1) / kBlock * kBlock * 2);
-                         f.weigh({in.from, runs, 2}, n, sums.data());
-                         const uint8_t* sum_rows[] = {sums.data(), sums.data()};
-                         constexpr rows::WeightRun kTwice = {2, 2, 0};
-                         rows::Convolution c = {};
-                         c.bytes = {in.from, runs, 3};
-                         c.sums = {sum_rows, &kTwice, wide == 0 && n % 2 == 0};
-                         c.wide = wide != 0;
-                         c.finish = finish, c.offset = offset;
-                         c.lowest = wide != 0 || finish == rows::kFinishClamp ? 0 : 18 * 255;
-                         c.highest = 14 * 256 - 1, c.multiplier = 37450, c.shift = 3;
-                         c.divisor = 14, c.strength = strength, c.bias = 3;
-                         c.own = in.from[3];
-                         f.convolve(c, n, o.New(n));
-                       }});
+        all.push_back(
+            {"weigh, convolve", [=](auto& f, auto& in, auto n, auto& o) {
+               const rows::WeightRun runs[] = {
+                   {1, 2, 1}, {3, 1, 1}, {wide == 2 ? 100001 : 7, 2, 2}};
+               int16_t offset[rows::kConvolutionOffsets];
+               for (int i = 0; i < rows::kConvolutionOffsets; ++i) offset[i] = i % 3 * 7;
+               constexpr size_t kBlock = rows::kConvolutionBlock;
+               std::vector<uint8_t> sums((n + kBlock - 1) / kBlock * kBlock * 2);
+               f.weigh({in.from, runs, 2}, n, sums.data());
+               std::vector<uint8_t> totals(sums.size(), 77);
+               f.weigh_running({in.from + 3, runs, 1}, n, true, sums.data(), totals.data());
+               const uint8_t* sum_rows[] = {sums.data(), totals.data()};
+               constexpr rows::WeightRun kTwice = {2, 2, 0};
+               rows::Convolution c = {};
+               c.bytes = {in.from, runs, 3};
+               c.sums = {sum_rows, &kTwice, wide == 0 && n % 2 == 0};
+               c.wide = wide != 0;
+               c.finish = finish, c.offset = offset;
+               c.lowest = wide != 0 || finish == rows::kFinishClamp ? 0 : 18 * 255;
+               c.highest = 14 * 256 - 1, c.multiplier = 37450, c.shift = 3;
+               c.divisor = 14, c.strength = strength, c.bias = 3;
+               c.own = in.from[3];
+               f.convolve(c, n, o.New(n));
+             }});
       }
     }
   }
