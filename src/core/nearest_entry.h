@@ -2,8 +2,7 @@
 // tie. This is the answer of Windows' GetNearestPaletteIndex.
 //
 // The search is exact and lazy: a look at the few entries that can be nearest to a color of some
-// cell of color space, gathered when the first color falls into the cell (the pruning of
-// S. W. Thomas, "Efficient Inverse Color Map Computation", Graphics Gems II, 1991, on boxes).
+// cell of color space, which are found when the first color falls into the cell.
 #pragma once
 
 #include <cstddef>
