@@ -82,6 +82,7 @@ TEST(Document, KnowsWhatIsInWhichFile) {
   EXPECT_FALSE(document.changed());
   document.Apply(omb::ParseCall("invert"));
   EXPECT_TRUE(document.changed());
+  EXPECT_EQ(document.file(), directory / "a.bmp");
   const std::vector<uint8_t> inverted = Shown(document).Bytes();
   document.SaveAs(directory / "b.bmp");
   document.Undo();
@@ -91,6 +92,7 @@ TEST(Document, KnowsWhatIsInWhichFile) {
   document.Open(directory / "b.bmp", {});
   EXPECT_EQ(Shown(document).Bytes(), inverted);
   EXPECT_EQ(document.file(), directory / "b.bmp");
+  EXPECT_FALSE(document.changed());
   EXPECT_EQ(Ways(document), "opening/-");
 }
 
