@@ -74,9 +74,6 @@ class IndexedDifference {
 
   // row = other - row, over as many pixels as `bytes` hold; the rest of these bytes is other's.
   void SubtractFrom(const uint8_t* other, uint8_t* row, size_t bytes) {
-    if (colors_.identity() && bit_count_ == 8) {
-      return rows::Active().subtract_from(other, bytes, row);
-    }
     const size_t pixels = std::min(width_, bytes * 8 / bit_count_);
     if (bit_count_ == 1) {
       rows::Active().map_bit_pairs(other, outcome_, bytes, row);
@@ -118,8 +115,8 @@ class IndexedDifference {
   IndexedColors colors_;
 };
 
-// The opening and the erosion are compared with pixels as they come by, unless 16 bits
-// cut the rows that are compared into others.
+// Whether the 16-bit sizes of comparisons make other rows of the pixels than the image has. Where
+// they do not, a result is compared with the pixel that it replaces, and no row is kept.
 bool Cut(const Dib& dib) {
   const PixelRows rows = PixelRows::Of(dib), cut = PixelRows::Of16Bits(dib);
   return rows.width != cut.width || rows.height != cut.height;
