@@ -116,10 +116,10 @@ int main(int argc, char** argv) {
     } else if (argument.starts_with("--seconds=")) {
       seconds = std::atof(argument.c_str() + argument.find('=') + 1);
     } else if (argument.starts_with("--rows=")) {
-      const rows::RowFunctions* const* level = rows::Supported();
+      const simd::RowFunctions* const* level = simd::Supported();
       while (*level != nullptr && argument.substr(7) != (*level)->name) ++level;
       if (*level == nullptr) return std::fprintf(stderr, "No such row functions here\n"), 1;
-      rows::Use(*level);
+      simd::Use(*level);
     } else {
       words.push_back(argument);
     }

@@ -26,16 +26,16 @@ void IndexedColors::Snapshot(const DibView& dib, bool split) {
 void IndexedColors::Decode(const uint8_t* indices, size_t pixels, uint8_t* values) const {
   if (gray_) {
     std::memcpy(values, indices, pixels);
-    rows::Active().apply_table(values, pixels, level_of_);
+    simd::Active().apply_table(values, pixels, level_of_);
   } else {
-    rows::Active().expand_colors(indices, pixels, palette_.bgr[0], values);
+    simd::Active().expand_colors(indices, pixels, palette_.bgr[0], values);
   }
 }
 
 void IndexedColors::Encode(const uint8_t* values, size_t pixels, uint8_t* indices) {
   if (gray_) {
     std::memcpy(indices, values, pixels);
-    rows::Active().apply_table(indices, pixels, index_of_);
+    simd::Active().apply_table(indices, pixels, index_of_);
   } else {
     nearest_.Find(values, 3, pixels, indices);
   }

@@ -6,7 +6,7 @@ namespace ombrilo {
 
 void NearestEntry::Learn(const Palette& palette) {
   if (!lists_) return;
-  rows::SquaresLists& lists = lists_[0];
+  simd::SquaresLists& lists = lists_[0];
   if (lists.count != 0) std::memset(lists.lists, 0, sizeof lists.lists);
   lists.count = lists.used = static_cast<uint32_t>(palette.count);
   for (uint32_t i = 0; i < lists.count; ++i) {

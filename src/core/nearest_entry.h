@@ -20,14 +20,14 @@ class NearestEntry {
   // there is none. Create it before the first change to an image.
   explicit NearestEntry(const Palette& palette) : NearestEntry() { Learn(palette); }
   // The same memory for a palette that is learned later, or again.
-  NearestEntry() : lists_(NewZeroedBuffer<rows::SquaresLists>(1)) {}
+  NearestEntry() : lists_(NewZeroedBuffer<simd::SquaresLists>(1)) {}
   explicit operator bool() const { return lists_ != nullptr; }
 
   void Learn(const Palette& palette);
 
   // Colors of `step` (3 or 4) bytes, blue, green and red first.
   void Find(const uint8_t* colors, size_t step, size_t count, uint8_t* indices) {
-    rows::Active().find_by_squares(lists_[0], colors, step, count, indices);
+    simd::Active().find_by_squares(lists_[0], colors, step, count, indices);
   }
   uint8_t Find(uint8_t blue, uint8_t green, uint8_t red) {
     const uint8_t bgr[] = {blue, green, red};
@@ -37,7 +37,7 @@ class NearestEntry {
   }
 
  private:
-  Buffer<rows::SquaresLists> lists_;
+  Buffer<simd::SquaresLists> lists_;
 };
 
 }  // namespace ombrilo

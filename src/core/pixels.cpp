@@ -19,10 +19,10 @@ void CopyLeadingBits(uint8_t from, size_t bits, uint8_t& to) {
 void UnpackIndices(const uint8_t* row, uint16_t bit_count, size_t pixels, uint8_t* indices) {
   switch (bit_count) {
     case 1:
-      rows::Active().unpack1(row, pixels, indices);
+      simd::Active().unpack1(row, pixels, indices);
       break;
     case 4:
-      rows::Active().unpack4(row, pixels, indices);
+      simd::Active().unpack4(row, pixels, indices);
       break;
     case 8:
       std::memcpy(indices, row, pixels);
@@ -33,10 +33,10 @@ void UnpackIndices(const uint8_t* row, uint16_t bit_count, size_t pixels, uint8_
 void PackIndices(const uint8_t* indices, uint16_t bit_count, size_t pixels, uint8_t* row) {
   switch (bit_count) {
     case 1:
-      rows::Active().pack1(indices, pixels, row);
+      simd::Active().pack1(indices, pixels, row);
       break;
     case 4:
-      rows::Active().pack4(indices, pixels, row);
+      simd::Active().pack4(indices, pixels, row);
       break;
     case 8:
       std::memcpy(row, indices, pixels);
@@ -70,7 +70,7 @@ void CopyPixels(const uint8_t* row, uint16_t bit_count, size_t column, size_t pi
     if (rest != 0) CopyLeadingBits(from[whole], rest, to[whole]);
     return;
   }
-  rows::Active().shift_bits(from, shift, whole, to);
+  simd::Active().shift_bits(from, shift, whole, to);
   if (rest != 0) {
     uint8_t last = static_cast<uint8_t>(from[whole] << shift);
     if (shift + rest > 8) last = static_cast<uint8_t>(last | from[whole + 1] >> (8 - shift));
@@ -80,7 +80,7 @@ void CopyPixels(const uint8_t* row, uint16_t bit_count, size_t column, size_t pi
 
 void FindPixels(const int32_t* columns, int32_t move, const int32_t* rows, int32_t stride,
                 uint16_t bit_count, size_t pixels, int32_t* offsets, uint8_t* shifts) {
-  rows::Active().find_pixels(columns, move, rows, stride, bit_count, pixels, offsets, shifts);
+  simd::Active().find_pixels(columns, move, rows, stride, bit_count, pixels, offsets, shifts);
 }
 
 }  // namespace ombrilo

@@ -19,7 +19,7 @@ int32_t WrappedSum(int32_t a, int32_t b) {
 // 2^(16 + shift) / divisor rounded up; with e = multiplier * divisor - 2^(16 + shift), the error of
 // the product is n * e / divisor, which stays below a step of 1 / divisor while n * e < 2^(16 +
 // shift).
-bool FindReciprocal(int64_t divisor, int64_t largest, rows::Convolution& plan) {
+bool FindReciprocal(int64_t divisor, int64_t largest, simd::Convolution& plan) {
   for (int shift = 15; shift >= 0; --shift) {
     const int64_t one = int64_t{1} << (16 + shift);
     const int64_t multiplier = (one + divisor - 1) / divisor;
@@ -36,7 +36,7 @@ bool FindReciprocal(int64_t divisor, int64_t largest, rows::Convolution& plan) {
 constexpr int kByteCost = 3, kSumCost = 2, kProductCost = 12;
 
 // Orders the taps by weight.
-size_t MakeRuns(Tap* taps, size_t count, rows::WeightRun* runs) {
+size_t MakeRuns(Tap* taps, size_t count, simd::WeightRun* runs) {
   const auto size = [](const Tap& tap) {
     const auto weight = static_cast<uint32_t>(tap.weight);
     return tap.weight < 0 ? 0 - weight : weight;
@@ -44,12 +44,12 @@ size_t MakeRuns(Tap* taps, size_t count, rows::WeightRun* runs) {
   std::sort(taps, taps + count, [&](const Tap& a, const Tap& b) {
     return std::pair(size(a), -(a.weight >= 0)) < std::pair(size(b), -(b.weight >= 0));
   });
-  rows::WeightRun* run = runs;
+  simd::WeightRun* run = runs;
   for (size_t i = 0; i < count; ++i) {
     const auto weight = static_cast<int32_t>(size(taps[i]));
     const bool negative = taps[i].weight < 0;
     if (i == 0 || run[-1].weight != weight ||
-        (negative ? run[-1].minus : run[-1].plus) == rows::WeightRun::kMost) {
+        (negative ? run[-1].minus : run[-1].plus) == simd::WeightRun::kMost) {
       *run++ = {weight, 0, 0};
     }
     ++(negative ? run[-1].minus : run[-1].plus);
@@ -62,7 +62,7 @@ size_t MakeRuns(Tap* taps, size_t count, rows::WeightRun* runs) {
 Convolver::Convolver(Buffer<Tap> taps, size_t count, const Finishing& finishing)
     : taps_(std::move(taps)),
       count_(count),
-      runs_(NewScratchBuffer<rows::WeightRun>(count)),
+      runs_(NewScratchBuffer<simd::WeightRun>(count)),
       rows_(NewScratchBuffer<const uint8_t*>(count)) {
   if (!*this) return;
   std::copy_n(finishing.color, 3, color_);
@@ -120,14 +120,14 @@ void Convolver::ChooseFinish(const Finishing& finishing) {
   const bool small =
       positive_ <= 126 && negative_ <= 126 && std::abs(int64_t{finishing.bias}) < 256;
   if (whole && small && (plan_.divisor == 0 || plan_.divisor == 1)) {
-    plan_.finish = rows::kFinishClamp;
+    plan_.finish = simd::kFinishClamp;
     return;
   }
   plan_.lowest = plan_.wide ? 0 : static_cast<int32_t>(255 * negative_);
   if (whole && finishing.bias == 0 && plan_.divisor > 1 && !plan_.wide) {
     const int64_t largest = std::min<int64_t>(255 * positive_, 256 * int64_t{plan_.divisor} - 1);
     plan_.highest = static_cast<uint16_t>(largest);
-    plan_.finish = rows::kFinishReciprocal;
+    plan_.finish = simd::kFinishReciprocal;
     if (FindReciprocal(plan_.divisor, largest, plan_)) return;
   }
   const int64_t sum = 255 * std::max(positive_, negative_);
@@ -135,7 +135,7 @@ void Convolver::ChooseFinish(const Finishing& finishing) {
   if (!plan_.wide && plan_.divisor > 1 && sum <= INT16_MAX &&
       (sum / divisor + 255) * std::abs(int64_t{plan_.strength}) <= INT16_MAX &&
       std::abs(int64_t{plan_.bias}) < 1 << 14 && FindReciprocal(divisor, sum, plan_)) {
-    plan_.finish = rows::kFinishWords;
+    plan_.finish = simd::kFinishWords;
     return;
   }
   bool exact = sum < kExactFloats && divisor < kExactFloats &&
@@ -144,7 +144,7 @@ void Convolver::ChooseFinish(const Finishing& finishing) {
     const int64_t quotient = sum / std::max<int64_t>(divisor, 1);
     exact = (quotient + 255) * std::abs(int64_t{plan_.strength}) < kExactFloats;
   }
-  plan_.finish = exact ? rows::kFinishFloat : rows::kFinishExact;
+  plan_.finish = exact ? simd::kFinishFloat : simd::kFinishExact;
 }
 
 // A column times a row, if the grid is one.
@@ -229,14 +229,14 @@ void Convolver::Factor() {
 
 void Convolver::Begin(const WindowLayout& layout) {
   layout_ = layout;
-  for (size_t i = 0; i < rows::kConvolutionOffsets; ++i) {
+  for (size_t i = 0; i < simd::kConvolutionOffsets; ++i) {
     // Three colors come round every three bytes; a single channel has one color.
     const uint8_t color = color_[layout.step == 3 ? 2 * i % 3 : 0];
     offset_[i] = static_cast<int16_t>(plan_.bias + color);
   }
   if (!running_) return;
   totals_ = layout.spare + layout.pitch;
-  constexpr size_t kBlock = rows::kConvolutionBlock;
+  constexpr size_t kBlock = simd::kConvolutionBlock;
   std::memset(totals_, 0, (layout.count + kBlock - 1) / kBlock * kBlock * 2);
   prepared_ = 0;
 }
@@ -247,15 +247,15 @@ void Convolver::Prepare(uint8_t* row) {
   for (size_t k = 0; k < across_.count; ++k) {
     from[k] = row + layout_.first + across_.taps[k].dx * layout_.step;
   }
-  const rows::Taps taps = {from, across_.runs, across_.run_count};
+  const simd::Taps taps = {from, across_.runs, across_.run_count};
   uint8_t* const sums = row + layout_.pitch;
   if (running_) {
     // A row has the place of the one that leaves the window.
     const bool leaves = prepared_ == Rows();
     if (!leaves) ++prepared_;
-    rows::Active().weigh_running(taps, layout_.count, leaves, sums, totals_);
+    simd::Active().weigh_running(taps, layout_.count, leaves, sums, totals_);
   } else {
-    rows::Active().weigh(taps, layout_.count, sums);
+    simd::Active().weigh(taps, layout_.count, sums);
   }
 }
 
@@ -267,12 +267,12 @@ void Convolver::Combine(uint8_t* const* rows, size_t first, size_t count, uint8_
   for (size_t k = 0; !running_ && k < down_.count; ++k) {
     sums[k] = rows[reach_.before + down_.taps[k].dy] + layout_.pitch;
   }
-  rows::Convolution plan = plan_;
+  simd::Convolution plan = plan_;
   plan.bytes = {rows_.get(), runs_.get(), run_count_};
   plan.sums = {sums, down_.runs, down_.run_count};
   plan.offset = offset_;
   plan.own = rows[reach_.before] + first;
-  rows::Active().convolve(plan, count, to);
+  simd::Active().convolve(plan, count, to);
 }
 
 }  // namespace ombrilo

@@ -60,7 +60,7 @@ class Convolver {
   struct Line {
     Tap taps[kMaxBox];
     size_t count = 0;
-    rows::WeightRun runs[kMaxBox];
+    simd::WeightRun runs[kMaxBox];
     size_t run_count = 0;
   };
 
@@ -74,14 +74,14 @@ class Convolver {
 
   Buffer<Tap> taps_;
   size_t count_;
-  Buffer<rows::WeightRun> runs_;
+  Buffer<simd::WeightRun> runs_;
   size_t run_count_ = 0;
   Buffer<const uint8_t*> rows_;
   Reach reach_ = {};
   int64_t positive_ = 0, negative_ = 0;  // sums of the weights by sign
-  rows::Convolution plan_ = {};
+  simd::Convolution plan_ = {};
   uint8_t color_[3];
-  int16_t offset_[rows::kConvolutionOffsets];
+  int16_t offset_[simd::kConvolutionOffsets];
   Line across_, down_;
   // If the window's rows all have one weight in down_: their sums of this walk, and how many rows
   // there were.

@@ -18,7 +18,7 @@ struct MedianFilter {
     const uint8_t* cross[] = {
         rows[0] + first, rows[1] + first, own - 2 * step,  own - step,     own,
         own + step,      own + 2 * step,  rows[3] + first, rows[4] + first};
-    rows::Active().median9(cross, count, to);
+    simd::Active().median9(cross, count, to);
   }
 };
 

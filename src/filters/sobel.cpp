@@ -15,7 +15,7 @@ struct SobelFilter {
   void Prepare(uint8_t*) {}
   void Combine(uint8_t* const* rows, size_t first, size_t count, uint8_t* to) {
     const uint8_t* from[] = {rows[0] + first, rows[1] + first, rows[2] + first};
-    rows::Active().sobel(from, step, count, to);
+    simd::Active().sobel(from, step, count, to);
   }
 };
 

@@ -16,7 +16,7 @@ uint32_t omb_fliphor(PackedDib* image) {
 uint32_t omb_flipvert(PackedDib* image) {
   const auto dib = ombrilo::Dib::Open(image);
   if (!dib) return 0;
-  const auto swap = ombrilo::rows::Active().swap_bytes;
+  const auto swap = ombrilo::simd::Active().swap_bytes;
   // Padding moves with its row.
   for (int32_t low = 0, high = dib->pixel_rows() - 1; low < high; ++low, --high) {
     swap(dib->row(low), dib->row(high), dib->stride());

@@ -34,7 +34,7 @@ void Exchange(uint8_t* row, size_t count, Mirror mirror) {
 
 // Reverses pixels of bytes, in place or onto another row.
 void MirrorUnits(const uint8_t* from, uint16_t bit_count, size_t count, uint8_t* to) {
-  const rows::RowFunctions& functions = rows::Active();
+  const simd::RowFunctions& functions = simd::Active();
   const auto mirror = bit_count == 24  ? functions.mirror24
                       : bit_count == 8 ? functions.mirror8
                       : bit_count == 4 ? functions.mirror4
@@ -56,7 +56,7 @@ void MirrorRow(const uint8_t* from, uint16_t bit_count, int32_t width, uint8_t* 
   const uint8_t kept = static_cast<uint8_t>(last & ((1u << behind) - 1));
   MirrorUnits(from, bit_count, bytes, to);
   // The bits from behind the last pixel came to the front.
-  if (behind != 0) rows::Active().shift_bits(to, behind, bytes - 1, to);
+  if (behind != 0) simd::Active().shift_bits(to, behind, bytes - 1, to);
   last = static_cast<uint8_t>(last << behind | kept);
 }
 

@@ -80,12 +80,12 @@ uint32_t Sampler::BilinearColor(Position column, Position row) const {
                                ColorAt(ix + 1, iy + 1)};
   const uint32_t* const taps[4] = {samples, samples + 1, samples + 2, samples + 3};
   uint32_t color;
-  rows::Active().bilinear(taps, &column.fraction, &row.fraction, true, 1, &color);
+  simd::Active().bilinear(taps, &column.fraction, &row.fraction, true, 1, &color);
   return color;
 }
 
 uint32_t Sampler::BicubicColor(Position column, Position row, int32_t x, int32_t y) const {
-  const rows::RowFunctions& functions = rows::Active();
+  const simd::RowFunctions& functions = simd::Active();
   float column_weights[4], row_weights[4];
   float* const across[4] = {column_weights, column_weights + 1, column_weights + 2,
                             column_weights + 3};
@@ -195,7 +195,7 @@ void Sampler::FindNeighbours(const int32_t* columns, const int32_t* rows, int32_
 
 void Sampler::FetchTap(const Taps& taps, int tap, int32_t row_move, int first, int end,
                        uint32_t* colors) const {
-  const rows::RowFunctions& functions = rows::Active();
+  const simd::RowFunctions& functions = simd::Active();
   const int32_t bytes = height() * stride(), move = row_move * stride();
   const size_t n = static_cast<size_t>(end - first);
   if (source_.bit_count() == 24 || whole_words()) {
@@ -208,7 +208,7 @@ void Sampler::FetchTap(const Taps& taps, int tap, int32_t row_move, int first, i
 }
 
 void Sampler::Fetch(const Taps& taps, int32_t row_move, int first, int end, Samples* samples) {
-  const rows::RowFunctions& functions = rows::Active();
+  const simd::RowFunctions& functions = simd::Active();
   const size_t n = static_cast<size_t>(end - first);
   if (decoded_ != nullptr) {
     const size_t count = static_cast<size_t>(decoded_count_);
@@ -244,7 +244,7 @@ void Sampler::Fetch(const Taps& taps, int32_t row_move, int first, int end, Samp
 
 void Sampler::Blend(const Samples& lower, const Samples& upper, const float* dx, const float* dy,
                     bool one_row, int first, int end, uint32_t* colors) const {
-  const rows::RowFunctions& functions = rows::Active();
+  const simd::RowFunctions& functions = simd::Active();
   const size_t n = static_cast<size_t>(end - first);
   const uint32_t* const taps[4] = {lower.tap[0] + first, lower.tap[1] + first, upper.tap[0] + first,
                                    upper.tap[1] + first};
@@ -258,7 +258,7 @@ void Sampler::Blend(const Samples& lower, const Samples& upper, const float* dx,
 }
 
 void Sampler::Pick(const Taps& taps, int32_t row_move, int first, int end, uint8_t* row) const {
-  const rows::RowFunctions& functions = rows::Active();
+  const simd::RowFunctions& functions = simd::Active();
   const int32_t bytes = height() * stride(), move = row_move * stride();
   const int32_t* const offset = taps.offset[0] + first;
   const size_t n = static_cast<size_t>(end - first);
@@ -282,7 +282,7 @@ void Sampler::ReadAhead(const Taps& taps, ptrdiff_t move, int first, int end) co
 
 void Sampler::BlendBytes(const Taps& taps, int32_t row_move, const float* dx, const float* dy,
                          bool one_row, int first, int end, uint8_t* row) const {
-  const rows::RowFunctions& functions = rows::Active();
+  const simd::RowFunctions& functions = simd::Active();
   const int channels = source_.indexed() ? 1 : 3;
   const uint8_t* const lower = source_.rows() + row_move * stride();
   (channels == 1 ? functions.bilinear8 : functions.bilinear24)(
@@ -294,7 +294,7 @@ void Sampler::BlendBytes(const Taps& taps, int32_t row_move, const float* dx, co
 void Sampler::SumBytesAcross(const Taps& taps, int32_t row_move, int32_t x,
                              const float (*weights)[kRun], bool one_row, int first, int end,
                              float* sums) const {
-  const rows::RowFunctions& functions = rows::Active();
+  const simd::RowFunctions& functions = simd::Active();
   const auto sum = source_.indexed() ? functions.cubic_across8 : functions.cubic_across24;
   for (int i = first; i < end;) {
     const int next = static_cast<int>(std::min(EndOfOffsets(x + i) - x, end));
@@ -313,7 +313,7 @@ void Sampler::SumBytesAcross(const Taps& taps, int32_t row_move, int32_t x,
 
 void Sampler::SumBytesDown(const float* const sums[4], const float* const weights[4], bool one_row,
                            int first, int end, uint8_t* row) const {
-  const rows::RowFunctions& functions = rows::Active();
+  const simd::RowFunctions& functions = simd::Active();
   const float *from_sums[4], *from_weights[4];
   for (int k = 0; k < 4; ++k) {
     from_sums[k] = sums[k] + first;
@@ -326,7 +326,7 @@ void Sampler::SumBytesDown(const float* const sums[4], const float* const weight
 
 void Sampler::SumAcross(const Samples& samples, int32_t x, const float (*weights)[kRun], int first,
                         int end, float* sums) const {
-  const rows::RowFunctions& functions = rows::Active();
+  const simd::RowFunctions& functions = simd::Active();
   for (int i = first; i < end;) {
     const int next =
         side_by_side() ? static_cast<int>(std::min(EndOfOffsets(x + i) - x, end)) : end;
@@ -353,7 +353,7 @@ void Sampler::SumAcross(const Samples& samples, int32_t x, const float (*weights
 
 void Sampler::SumDown(const float* const sums[4], const float* const weights[4], bool one_row,
                       int first, int end, uint32_t* colors) const {
-  const rows::RowFunctions& functions = rows::Active();
+  const simd::RowFunctions& functions = simd::Active();
   const size_t n = static_cast<size_t>(end - first);
   const float *from_sums[4], *from_weights[4];
   for (int k = 0; k < 4; ++k) {
@@ -369,7 +369,7 @@ void Sampler::SumDown(const float* const sums[4], const float* const weights[4],
 
 void Sampler::Store(const uint32_t* colors, int first, int end, int count, uint8_t* row) {
   if (first >= end) return;
-  const rows::RowFunctions& functions = rows::Active();
+  const simd::RowFunctions& functions = simd::Active();
   const size_t n = static_cast<size_t>(end - first);
   colors += first;
   if (source_.bit_count() == 24) {

@@ -33,7 +33,7 @@ struct Tile {
 };
 
 void Turn24(const Transposition& t, const Tile& tile) {
-  rows::Active().transpose24(
+  simd::Active().transpose24(
       t.Source(tile.i) + 3 * tile.c, t.from_step, static_cast<size_t>(tile.c_end - tile.c),
       static_cast<size_t>(tile.i_end - tile.i), t.New(tile.c) + 3 * tile.i, t.to_step);
 }

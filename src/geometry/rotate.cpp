@@ -49,7 +49,7 @@ class Rotator {
       : sampler_(sampler),
         turn_(turn),
         bit_count_(bit_count),
-        functions_(rows::Active()),
+        functions_(simd::Active()),
         ahead_(static_cast<int32_t>(kRowsAhead * turn.c) * ptrdiff_t{sampler.stride()} -
                static_cast<int32_t>(kRowsAhead * turn.s) * bit_count / 8) {}
 
@@ -109,13 +109,13 @@ class Rotator {
 
   int32_t FromMiddle(int32_t x) const { return x - static_cast<int32_t>(turn_.width) / 2; }
 
-  float At(const rows::TurnedAxis& axis, int32_t x) const {
+  float At(const simd::TurnedAxis& axis, int32_t x) const {
     return static_cast<float>(FromMiddle(x)) * axis.step + axis.origin + axis.center;
   }
 
   // The first pixel of a row of positions that ascend (sign 1) or descend (sign -1) that lies at or
   // beyond the limit.
-  int32_t FirstAt(const rows::TurnedAxis& axis, double sign, double limit) const {
+  int32_t FirstAt(const simd::TurnedAxis& axis, double sign, double limit) const {
     const auto reached = [&](int32_t x) { return sign * At(axis, x) >= sign * limit; };
     const double width = static_cast<double>(turn_.width);
     const double guess = (limit - axis.center - axis.origin) / axis.step - FromMiddle(0);
@@ -248,10 +248,10 @@ class Rotator {
   Sampler& sampler_;
   const Turn turn_;
   const uint16_t bit_count_;
-  const rows::RowFunctions& functions_;
+  const simd::RowFunctions& functions_;
   AlignedScratch<Work> work_;
   const ptrdiff_t ahead_;  // from a pixel in the source to where a later row reads
-  rows::TurnedAxis axes_[2];
+  simd::TurnedAxis axes_[2];
   Span uncorrected_ = {0, 0};  // bicubic: the pixels of a row that need no correction
 };
 

@@ -44,7 +44,7 @@ class Scaler {
   Scaler(Sampler& sampler, const NewRows& to)
       : sampler_(sampler),
         to_(to),
-        functions_(rows::Active()),
+        functions_(simd::Active()),
         x_factor_(static_cast<float>(sampler.width()) / static_cast<float>(to.width)),
         y_factor_(static_cast<float>(sampler.height()) / static_cast<float>(to.height)) {}
 
@@ -208,7 +208,7 @@ class Scaler {
 
   Sampler& sampler_;
   const NewRows to_;
-  const rows::RowFunctions& functions_;
+  const simd::RowFunctions& functions_;
   AlignedScratch<Work> work_;
   const float x_factor_, y_factor_;
   int32_t x_ = 0;

@@ -5,6 +5,6 @@
 uint32_t omb_invert(PackedDib* image) {
   const auto dib = ombrilo::Dib::Open(image);
   if (!dib) return 0;
-  const auto invert = ombrilo::rows::Active().invert;
+  const auto invert = ombrilo::simd::Active().invert;
   return ombrilo::ChangeColors(*dib, [=](uint8_t* bgr, size_t colors) { invert(bgr, 3 * colors); });
 }

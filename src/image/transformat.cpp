@@ -12,13 +12,13 @@ namespace ombrilo {
 
 namespace {
 
-rows::ChannelBits BitsOf(uint32_t mask) {
+simd::ChannelBits BitsOf(uint32_t mask) {
   // A shift of -1 for an empty mask and of 8 - width below 0 count modulo 32.
   return {mask, mask == 0 ? 31 : std::countr_zero(mask), (8 - std::popcount(mask)) & 31};
 }
 
 struct Layout {
-  rows::ChannelBits bgr[3];
+  simd::ChannelBits bgr[3];
   bool IsBytes() const {
     return bgr[0].mask == 0xFF && bgr[1].mask == 0xFF00 && bgr[2].mask == 0xFF0000;
   }
@@ -36,9 +36,9 @@ Layout LayoutOf(const DibView& source) {
 void ConvertRow(const Layout& layout, const uint8_t* from, size_t bytes, size_t pixels,
                 uint8_t* to) {
   if (bytes == 4 && layout.IsBytes()) {
-    rows::Active().drop_fourth_byte(from, pixels, to);
+    simd::Active().drop_fourth_byte(from, pixels, to);
   } else {
-    rows::Active().pick_channels(from, bytes, pixels, layout.bgr, to);
+    simd::Active().pick_channels(from, bytes, pixels, layout.bgr, to);
   }
 }
 

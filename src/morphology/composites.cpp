@@ -76,7 +76,7 @@ class IndexedDifference {
   void SubtractFrom(const uint8_t* other, uint8_t* row, size_t bytes) {
     const size_t pixels = std::min(width_, bytes * 8 / bit_count_);
     if (bit_count_ == 1) {
-      rows::Active().map_bit_pairs(other, outcome_, bytes, row);
+      simd::Active().map_bit_pairs(other, outcome_, bytes, row);
       if (pixels % 8 != 0) {
         const uint8_t last = row[bytes - 1];
         row[bytes - 1] = other[bytes - 1];
@@ -103,7 +103,7 @@ class IndexedDifference {
     // At 1 and 4 bits a negative difference comes round at 255 instead of stopping at 0. That is
     // the contract.
     const auto subtract =
-        bit_count_ == 8 ? rows::Active().subtract_saturated : rows::Active().subtract_wrapped;
+        bit_count_ == 8 ? simd::Active().subtract_saturated : simd::Active().subtract_wrapped;
     subtract(first, pixels * colors_.step(), second);
     colors_.Encode(second, pixels, indices);
   }
@@ -142,7 +142,7 @@ void PickEdge(const Dib& dib) {
     if (indexed) {
       difference->SubtractFrom(kept, row, bytes);
     } else {
-      rows::Active().subtract_from(kept, bytes, row);
+      simd::Active().subtract_from(kept, bytes, row);
     }
   });
 }
@@ -187,7 +187,7 @@ void omb_opencompose(PackedDib* image) {
   eroded.Keep();
   step.Run({kDilate});
   eroded.Combine(false, [](uint8_t* row, const uint8_t* kept, size_t bytes) {
-    rows::Active().add_saturated(kept, bytes, row);
+    simd::Active().add_saturated(kept, bytes, row);
   });
 }
 
@@ -204,6 +204,6 @@ void omb_tophat(PackedDib* image) {
   unfiltered.Keep();
   step.Run({kErode, kDilate});
   unfiltered.Combine(false, [](uint8_t* row, const uint8_t* kept, size_t bytes) {
-    rows::Active().subtract_from(kept, bytes, row);
+    simd::Active().subtract_from(kept, bytes, row);
   });
 }

@@ -34,14 +34,14 @@ struct SquareFilter {
       for (size_t i = 0; i < count; i += sizeof results) {
         const size_t n = std::min(count - i, sizeof results);
         Pick(rows, first + i, n, results);
-        rows::Active().subtract_saturated(results, n, to + i);
+        simd::Active().subtract_saturated(results, n, to + i);
       }
       return;
     }
     Pick(rows, first, count, to);
     if (last == DilateErode::kAdded) {
       const uint8_t* own = rows[op == DilateErode::kDilate ? 2 : 0] + first;
-      rows::Active().add_saturated(own, count, to);
+      simd::Active().add_saturated(own, count, to);
     }
   }
   void Pick(uint8_t* const* rows, size_t first, size_t count, uint8_t* to) const {
@@ -49,10 +49,10 @@ struct SquareFilter {
       const size_t left = 2 * step;
       const uint8_t* const from[] = {rows[0] + first - left, rows[1] + first - left,
                                      rows[2] + first - left};
-      rows::Active().square_max(from, step, count, to);
+      simd::Active().square_max(from, step, count, to);
     } else {
       const uint8_t* const from[] = {rows[0] + first, rows[1] + first, rows[2] + first};
-      rows::Active().square_min(from, step, count, to);
+      simd::Active().square_min(from, step, count, to);
     }
   }
 };
@@ -78,8 +78,8 @@ struct SquareBitsFilter {
   }
   void Combine(uint8_t* const* rows, size_t, size_t count, uint8_t* to) {
     const uint8_t before = to[count - 1];
-    (op == DilateErode::kDilate ? rows::Active().square_bits_left
-                                : rows::Active().square_bits_right)(rows, outcome, count, to);
+    (op == DilateErode::kDilate ? simd::Active().square_bits_left
+                                : simd::Active().square_bits_right)(rows, outcome, count, to);
     const auto pixels = static_cast<uint8_t>(0xFF80 >> (width - 1) % 8);
     if (pixels == 0xFF) return;
     to[count - 1] = static_cast<uint8_t>((to[count - 1] & pixels) | (before & ~pixels));

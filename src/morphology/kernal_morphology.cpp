@@ -71,7 +71,7 @@ class Element {
     // Where nothing moved the extreme from its start, the pixel stays.
     Pick(dilate, from_.get(), reads, count, picked_.get());
     std::memcpy(to, rows[reach_.before] + first, count);
-    rows::Active().copy_unless(picked_.get(), Neutral(dilate), count, to);
+    simd::Active().copy_unless(picked_.get(), Neutral(dilate), count, to);
   }
 
  private:
@@ -79,7 +79,7 @@ class Element {
 
   static void Pick(bool dilate, const uint8_t* const* from, size_t rows, size_t count,
                    uint8_t* to) {
-    (dilate ? rows::Active().max_of : rows::Active().min_of)(from, rows, count, to);
+    (dilate ? simd::Active().max_of : simd::Active().min_of)(from, rows, count, to);
   }
 
   void CutIntoRuns(const KERNAL& element, const PixelRows& rows) {

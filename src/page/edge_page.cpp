@@ -29,7 +29,7 @@ struct SobelMagnitude : GradientBase {
   static constexpr Reach kReach = {1, 1, 1, 1};
   void Combine(uint8_t* const* rows, size_t first, size_t count, uint8_t* to) {
     const uint8_t* from[] = {rows[0] + first, rows[1] + first, rows[2] + first};
-    rows::Active().sobel_magnitude(from, step_, count, to);
+    simd::Active().sobel_magnitude(from, step_, count, to);
   }
 };
 
@@ -37,7 +37,7 @@ struct SobelMagnitude : GradientBase {
 struct RobertsMagnitude : GradientBase {
   static constexpr Reach kReach = {1, 0, 0, 1};
   void Combine(uint8_t* const* rows, size_t first, size_t count, uint8_t* to) {
-    rows::Active().roberts_magnitude(rows[0] + first, rows[1] + first, step_, count, to);
+    simd::Active().roberts_magnitude(rows[0] + first, rows[1] + first, step_, count, to);
   }
 };
 

@@ -23,13 +23,13 @@ class RankFilter {
   void Prepare(uint8_t* row) {
     if (by_columns_) return;
     const size_t reach = size_ / 2 * static_cast<size_t>(layout_.step);
-    rows::Active().split_planes(row + layout_.first, reach, layout_.count, row + layout_.pitch);
+    simd::Active().split_planes(row + layout_.first, reach, layout_.count, row + layout_.pitch);
   }
   void Combine(uint8_t* const* rows, size_t first, size_t count, uint8_t* to) {
     const ptrdiff_t start = by_columns_ ? static_cast<ptrdiff_t>(first) : layout_.pitch;
     const uint8_t* from[kMostRows];
     for (size_t k = 0; k < size_; ++k) from[k] = rows[k] + start;
-    const rows::RowFunctions& functions = rows::Active();
+    const simd::RowFunctions& functions = simd::Active();
     const auto rank = by_columns_ ? functions.rank_of_columns : functions.rank_of_planes;
     rank(from, size_, layout_.step, rank_, count, to);
   }

@@ -13,7 +13,7 @@ namespace {
 
 void ExpandTo24Bits(const DibView& source, const Dib& copy) {
   const Palette palette = *MakeDIBPalette(source);
-  const auto expand = rows::Active().expand_colors;
+  const auto expand = simd::Active().expand_colors;
   for (int32_t y = 0; y < source.pixel_rows(); ++y) {
     uint8_t* to = copy.row(y);
     ForEachIndexRun(source.row(y), source.bit_count(), static_cast<size_t>(source.width()),

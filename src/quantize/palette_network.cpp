@@ -8,7 +8,7 @@ namespace ombrilo {
 
 namespace {
 
-using rows::Neurons;
+using simd::Neurons;
 
 constexpr int32_t kSamplingFactor = 10;
 constexpr int32_t kCycles = 100;
@@ -95,7 +95,7 @@ void PaletteNetwork::LearnCycles(const uint8_t* picture, size_t length) {
     for (int32_t first = 0; first < end; first += kRun) {
       const int32_t count = std::min(kRun, end - first);
       for (int32_t i = 0; i < count; ++i) sampler.Next(run + 3 * i);
-      rows::Active().learn(run, static_cast<size_t>(count), neurons);
+      simd::Active().learn(run, static_cast<size_t>(count), neurons);
     }
     alpha -= alpha / kAlphaDecrease;
     radius -= radius / kRadiusDecrease;
@@ -155,8 +155,8 @@ void PaletteNetwork::Diffuse(const uint32_t* seen, const uint8_t* rows, size_t s
   State& s = state_[0];
   uint32_t seen_of[256];
   for (uint32_t i = 0; i < colors_; ++i) seen_of[i] = seen[s.index_of[i]];
-  rows::Active().diffuse(s.sorted, seen_of, rows, stride, width, count, before, indices);
-  rows::Active().apply_table(indices, count * width, s.index_of);
+  simd::Active().diffuse(s.sorted, seen_of, rows, stride, width, count, before, indices);
+  simd::Active().apply_table(indices, count * width, s.index_of);
 }
 
 }  // namespace ombrilo

@@ -36,8 +36,8 @@ class PaletteNetwork {
   // The entries for colors of `step` (3 or 4) bytes: least sum of absolute differences; among
   // equals the one that the search along the green-sorted index meets first.
   void Find(const uint8_t* colors, size_t step, size_t count, uint8_t* indices) {
-    rows::Active().find_by_sums(state_[0].sorted, colors, step, count, indices);
-    rows::Active().apply_table(indices, count, state_[0].index_of);
+    simd::Active().find_by_sums(state_[0].sorted, colors, step, count, indices);
+    simd::Active().apply_table(indices, count, state_[0].index_of);
   }
 
   // Error diffusion (`diffuse` of rows/row_functions.h) with errors taken to seen[index].
@@ -46,10 +46,10 @@ class PaletteNetwork {
 
  private:
   struct State {
-    rows::Neurons neurons;
+    simd::Neurons neurons;
     uint8_t bgr[256][3];
     uint8_t index_of[256];   // into the palette, of the numbers of `sorted`
-    rows::SumsLists sorted;  // by green
+    simd::SumsLists sorted;  // by green
   };
 
   void LearnCycles(const uint8_t* picture, size_t length);

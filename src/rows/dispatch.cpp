@@ -3,7 +3,7 @@
 
 #include "rows/row_functions.h"
 
-namespace ombrilo::rows {
+namespace ombrilo::simd {
 
 extern const RowFunctions kPlain;
 #ifdef OMBRILO_ROWS_X86
@@ -50,4 +50,4 @@ const RowFunctions& Active() {
 
 void Use(const RowFunctions* functions) { active.store(functions, std::memory_order_relaxed); }
 
-}  // namespace ombrilo::rows
+}  // namespace ombrilo::simd

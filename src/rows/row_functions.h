@@ -12,7 +12,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-namespace ombrilo::rows {
+namespace ombrilo::simd {
 
 // How a row of weighted sums becomes a row of bytes; see `convolve`. Divisions truncate toward 0.
 enum ConvolutionFinish {
@@ -350,4 +350,4 @@ const RowFunctions* const* Supported();
 // widest.
 void Use(const RowFunctions* functions);
 
-}  // namespace ombrilo::rows
+}  // namespace ombrilo::simd

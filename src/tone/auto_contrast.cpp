@@ -33,7 +33,7 @@ void StretchTrueColor(const Dib& dib, double low, double high) {
   });
   uint8_t table[256];
   SharedLevels(channels, PixelCount(dib.header()), low, high, UpperTest::kAtMost).FillTable(table);
-  const auto apply = rows::Active().apply_table;
+  const auto apply = simd::Active().apply_table;
   ChangePixelColors(dib, [&](uint8_t* bgr, size_t colors) { apply(bgr, 3 * colors, table); });
 }
 
@@ -80,7 +80,7 @@ bool StretchIndexed(const Dib& dib, double low, double high) {
                       uint8_t highest = 0;
                       for (size_t i = 0; i < count; ++i) highest = std::max(highest, indices[i]);
                       if (highest < fixed) {
-                        rows::Active().apply_table(indices, count, table);
+                        simd::Active().apply_table(indices, count, table);
                         PackIndices(indices, bit_count, count, row + first * bit_count / 8);
                         return;
                       }

@@ -20,6 +20,6 @@ uint32_t omb_autolevel(PackedDib* image, double low, double high) {
   for (size_t c = 0; c < 3; ++c) {
     FindLevels(channels[c], samples, low, high, UpperTest::kAtMost).FillTable(tables[c]);
   }
-  const auto apply = rows::Active().apply_channel_tables;
+  const auto apply = simd::Active().apply_channel_tables;
   return ChangeColors(*dib, [&](uint8_t* bgr, size_t colors) { apply(bgr, colors, tables[0]); });
 }

@@ -12,7 +12,7 @@ namespace {
 
 // Gray is 0.3 red + 0.59 green + 0.11 blue in double precision, truncated.
 Histogram GrayLevels(const DibView& dib) {
-  const auto convert = rows::Active().gray_double;
+  const auto convert = simd::Active().gray_double;
   Histogram levels;
   if (dib.indexed()) {
     Histogram indices;

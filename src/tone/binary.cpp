@@ -31,7 +31,7 @@ constexpr int32_t kFirstWhiteTie = 129;
 // white[i]: whether color i becomes white; at most 256 colors.
 void Decide(const uint8_t* bgr, size_t colors, uint32_t limit, uint8_t* white) {
   uint8_t bits[32] = {};
-  rows::Active().threshold(bgr, colors, limit, bits);
+  simd::Active().threshold(bgr, colors, limit, bits);
   UnpackIndices(bits, 1, colors, white);
 }
 
@@ -43,7 +43,7 @@ void Convert1Bit(const Dib& source, uint32_t limit, const Dib& binary) {
     uint8_t white[256];
     Decide(bgr, colors, limit, white);
     for (size_t i = 0; i < colors; ++i) white[i] = white[i] != 0 ? 255 : 0;
-    rows::Active().spread(white, colors, bgr);
+    simd::Active().spread(white, colors, bgr);
   });
   const size_t header_size = source.header().header_size;
   const size_t count =
@@ -60,14 +60,14 @@ void ConvertIndexed(const DibView& source, uint32_t limit, const Dib& binary) {
     uint8_t* to = binary.row(y);
     ForEachIndexRun(source.row(y), source.bit_count(), static_cast<size_t>(source.width()),
                     [&](size_t first, uint8_t* indices, size_t count) {
-                      rows::Active().apply_table(indices, count, white);
+                      simd::Active().apply_table(indices, count, white);
                       PackIndices(indices, 1, count, to + first / 8);
                     });
   }
 }
 
 void ConvertTrueColor(const DibView& source, uint32_t limit, const Dib& binary) {
-  const auto threshold = rows::Active().threshold;
+  const auto threshold = simd::Active().threshold;
   for (int32_t y = 0; y < source.pixel_rows(); ++y) {
     threshold(source.row(y), static_cast<size_t>(source.width()), limit, binary.row(y));
   }

@@ -35,7 +35,7 @@ uint32_t omb_brightnesscontrast(PackedDib* image, int32_t brightness, int32_t co
   const int shift = std::clamp(brightness, -255, 255);
   if (contrast == 0) {
     if (shift == 0) return 1;
-    const auto add = rows::Active().add_amount;
+    const auto add = simd::Active().add_amount;
     ChangeColors(*dib, [=](uint8_t* bgr, size_t colors) { add(bgr, 3 * colors, shift); });
     return 1;
   }
@@ -45,7 +45,7 @@ uint32_t omb_brightnesscontrast(PackedDib* image, int32_t brightness, int32_t co
     table[i] = contrast > 0 ? Stretched(value, contrast)
                             : Compressed(static_cast<uint32_t>(value), contrast);
   }
-  const auto apply = rows::Active().apply_table;
+  const auto apply = simd::Active().apply_table;
   ChangeColors(*dib, [&](uint8_t* bgr, size_t colors) { apply(bgr, 3 * colors, table); });
   return 1;
 }

@@ -23,8 +23,8 @@ uint8_t Measure(const Dib& dib, uint32_t index, uint32_t channel) {
   ReadColors(dib, index, 1, bgr);
   if (channel != kGray) return bgr[ChannelByte(channel)];
   uint8_t gray;
-  rows::Active().gray_percent(bgr, 1, &gray);
-  rows::Active().spread(&gray, 1, bgr);
+  simd::Active().gray_percent(bgr, 1, &gray);
+  simd::Active().spread(&gray, 1, bgr);
   WriteColors(dib, index, 1, bgr);
   return gray;
 }
@@ -75,8 +75,8 @@ void CountTrueColor(const PixelRows& image, uint32_t channel, uint32_t* counters
     uint8_t gray[1024];
     for (size_t x = 0; x < width; x += sizeof gray) {
       const size_t count = std::min(sizeof gray, width - x);
-      rows::Active().gray_percent(row + 3 * x, count, gray);
-      rows::Active().spread(gray, count, row + 3 * x);
+      simd::Active().gray_percent(row + 3 * x, count, gray);
+      simd::Active().spread(gray, count, row + 3 * x);
       values.Add(gray, count);
     }
   }

@@ -11,7 +11,7 @@ namespace ombrilo {
 namespace {
 
 void KeepInTable(const Dib& dib, size_t kept) {
-  const auto clear = rows::Active().clear_channel;
+  const auto clear = simd::Active().clear_channel;
   ChangeTableColors(dib, [=](uint8_t* bgr, size_t colors) {
     clear(bgr, colors, (kept + 1) % 3);
     clear(bgr, colors, (kept + 2) % 3);
@@ -22,7 +22,7 @@ void ReplaceByChannel(const DibView& source, size_t kept, PackedDib** image) {
   NewBlock block = NewBlock::Indexed(source, 8);
   if (!block) return;
   const Dib channel = block.dib();
-  const auto extract = rows::Active().extract_channel;
+  const auto extract = simd::Active().extract_channel;
   for (int32_t y = 0; y < channel.pixel_rows(); ++y) {
     extract(source.row(y), static_cast<size_t>(source.width()), kept, channel.row(y));
   }

@@ -26,7 +26,7 @@ uint32_t omb_gammacorrection(PackedDib* image, double gamma) {
   uint8_t table[256];
   const double scale = std::pow(255.0, gamma);
   for (int i = 0; i < 256; ++i) table[i] = Rounded(std::pow(i, gamma) / (scale / 255));
-  const auto apply = rows::Active().apply_table;
+  const auto apply = simd::Active().apply_table;
   // A true-color image with a color table has only its table changed.
   ChangeTableOrBytes(*dib, [&](uint8_t* bytes, size_t count) { apply(bytes, count, table); });
   return 1;

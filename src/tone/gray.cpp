@@ -10,7 +10,7 @@ namespace ombrilo {
 namespace {
 
 void MakeTableGray(const Dib& dib) {
-  const rows::RowFunctions& rows = rows::Active();
+  const simd::RowFunctions& rows = simd::Active();
   ChangeTableColors(dib, [&](uint8_t* bgr, size_t colors) {
     uint8_t gray[256];
     rows.gray_percent(bgr, colors, gray);
@@ -22,7 +22,7 @@ bool ReplaceByGray(const DibView& source, PackedDib** image) {
   NewBlock block = NewBlock::Indexed(source, 8);
   if (!block) return false;
   const Dib gray = block.dib();
-  const auto convert = rows::Active().gray_percent;
+  const auto convert = simd::Active().gray_percent;
   for (int32_t y = 0; y < gray.pixel_rows(); ++y) {
     convert(source.row(y), static_cast<size_t>(source.width()), gray.row(y));
   }

@@ -20,7 +20,7 @@ uint32_t omb_adjustghms(PackedDib* image, int32_t highlights, int32_t shadows1, 
   if (highlights == 0 && shadows1 == 0 && shadows2 == 0) return 0;
   const auto dib = Dib::Open(image);
   if (!dib) return 1;  // also for null
-  const auto adjust = rows::Active().adjust_lights;
+  const auto adjust = simd::Active().adjust_lights;
   const int lights = Amount(highlights), darks1 = Amount(shadows1), darks2 = Amount(shadows2);
   // Each color goes through all three steps at once: they look at nothing but the color. Bytes that
   // do not fill a group of three stay.

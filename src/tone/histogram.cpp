@@ -6,7 +6,7 @@
 namespace ombrilo {
 
 void Histogram::Add(const uint8_t* bytes, size_t count, size_t step) {
-  rows::Active().count_bytes(bytes, step, count, sets_);
+  simd::Active().count_bytes(bytes, step, count, sets_);
 }
 
 void Histogram::AddIndices(const DibView& dib, int32_t rows) {

@@ -25,7 +25,7 @@ class Histogram {
   }
 
  private:
-  uint32_t sets_[8][rows::kCounters] = {};
+  uint32_t sets_[8][simd::kCounters] = {};
 };
 
 // The number of pixels that fractions of a histogram refer to: the product of the header's width

@@ -59,15 +59,15 @@ TEST(NearestEntry, EqualsThePlainSearchAtEveryLevel) {
     }
     NearestEntry nearest;
     ASSERT_TRUE(nearest);
-    for (int level = 0; rows::Supported()[level] != nullptr; ++level) {
-      rows::Use(rows::Supported()[level]);
+    for (int level = 0; simd::Supported()[level] != nullptr; ++level) {
+      simd::Use(simd::Supported()[level]);
       nearest.Learn(palette);
       nearest.Find(colors.data(), 3, kCount, found.data());
       ASSERT_EQ(found, expected) << table.size() << " entries, level " << level;
       ASSERT_EQ(nearest.Find(colors[0], colors[1], colors[2]), expected[0]);
     }
   }
-  rows::Use(nullptr);
+  simd::Use(nullptr);
 }
 
 }  // namespace

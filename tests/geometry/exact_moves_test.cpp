@@ -34,8 +34,8 @@ TestImage NoisyImage(int bits, bool core, int width, int height) {
 
 template <class Check>
 void ForEveryImage(std::initializer_list<int> depths, Check&& check) {
-  for (auto level = rows::Supported(); *level != nullptr; ++level) {
-    rows::Use(*level);
+  for (auto level = simd::Supported(); *level != nullptr; ++level) {
+    simd::Use(*level);
     for (const int bits : depths) {
       for (const auto& [width, height] : kSizes) {
         for (const bool core : {false, true}) {
@@ -47,7 +47,7 @@ void ForEveryImage(std::initializer_list<int> depths, Check&& check) {
       }
     }
   }
-  rows::Use(nullptr);
+  simd::Use(nullptr);
 }
 
 TEST(RightAngles, MovePixelsExactlyAndZeroThePadding) {

@@ -193,11 +193,11 @@ void ExpectEverywhere(const TestImage& source, const Picture& expected, Operatio
     ASSERT_EQ(Read(image, expected.width, expected.height).pixels, expected.pixels) << level;
   };
   check(Resampling::kPixelwise, "pixelwise");
-  for (auto level = rows::Supported(); *level != nullptr; ++level) {
-    rows::Use(*level);
+  for (auto level = simd::Supported(); *level != nullptr; ++level) {
+    simd::Use(*level);
     check(Resampling::kRuns, (*level)->name);
   }
-  rows::Use(nullptr);
+  simd::Use(nullptr);
 }
 
 TEST(Scale, EqualsTheReferenceAtEveryDepthSizeAndMode) {

@@ -162,10 +162,10 @@ TEST(EdgePage, GradientMagnitudes) {
 TEST(EdgePage, RootsAreTruncatedExactly) {
   std::vector<uint8_t> own(512), before(512), result(256);
   std::iota(own.begin(), own.begin() + 256, uint8_t{0});
-  for (int i = 0; rows::Supported()[i] != nullptr; ++i) {
+  for (int i = 0; simd::Supported()[i] != nullptr; ++i) {
     for (int b = 0; b < 256; ++b) {
       std::fill_n(before.begin(), 256, static_cast<uint8_t>(b));
-      rows::Supported()[i]->roberts_magnitude(before.data(), own.data(), 256, 256, result.data());
+      simd::Supported()[i]->roberts_magnitude(before.data(), own.data(), 256, 256, result.data());
       for (int a = 0; a < 256; ++a) {
         ASSERT_EQ(result[static_cast<size_t>(a)], Root(a, b) & 255) << a << ", " << b;
       }

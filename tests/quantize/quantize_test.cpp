@@ -68,8 +68,8 @@ void ExpectPublished(const TestImage& image, std::initializer_list<int> depths =
     for (const bool dither : {false, true}) {
       if (dither && bits == 1) continue;  // whose rows overlap
       const std::vector<int> expected = Expected(image, network, dither);
-      for (auto level = rows::Supported(); *level != nullptr; ++level) {
-        rows::Use(*level);
+      for (auto level = simd::Supported(); *level != nullptr; ++level) {
+        simd::Use(*level);
         SCOPED_TRACE(testing::Message()
                      << image.width() << " x " << image.height() << " to " << bits
                      << " bits, dithered: " << dither << ", level " << (*level)->name);
@@ -86,7 +86,7 @@ void ExpectPublished(const TestImage& image, std::initializer_list<int> depths =
         }
         ASSERT_EQ(indices, expected);
       }
-      rows::Use(nullptr);
+      simd::Use(nullptr);
     }
   }
 }

@@ -16,7 +16,7 @@
 namespace ombrilo::test {
 namespace {
 
-using rows::RowFunctions;
+using simd::RowFunctions;
 
 constexpr size_t kRoom = 16;  // on both sides of rows
 
@@ -96,7 +96,7 @@ struct Case {
 
 // Bytes, indices and three-byte pixels.
 void AddPixelCases(std::vector<Case>& all) {
-  using rows::ChannelBits;
+  using simd::ChannelBits;
   static const ChannelBits five_six_five[] = {{0x1F, 0, 3}, {0x7E0, 5, 2}, {0xF800, 11, 3}};
   static const ChannelBits odd[] = {{0x3FF00000, 20, 30}, {0, 31, 8}, {0x00F00F00, 8, 0}};
   all.insert(
@@ -134,7 +134,7 @@ void AddPixelCases(std::vector<Case>& all) {
        {"count_bytes",
         [](auto& f, auto& in, auto n, auto& o) {
           for (const size_t step : {1, 3}) {
-            uint32_t sets[8][rows::kCounters] = {};
+            uint32_t sets[8][simd::kCounters] = {};
             f.count_bytes(in.bytes.data(), step, n, sets);
             auto* counts = o.template New<uint32_t>(256);
             for (int v = 0; v < 256; ++v) {
@@ -199,7 +199,7 @@ void AddNeighbourhoodCases(std::vector<Case>& all) {
                          std::vector<uint8_t> planes[7];
                          const uint8_t* rows[7];
                          for (size_t k = 0; k < size; ++k) {
-                           planes[k].resize(length + rows::kPlanesRoom);
+                           planes[k].resize(length + simd::kPlanesRoom);
                            f.split_planes(in.from[k], reach, n, planes[k].data());
                            rows[k] = planes[k].data();
                          }
@@ -224,30 +224,30 @@ void AddNeighbourhoodCases(std::vector<Case>& all) {
                    }
                    f.map_bit_pairs(in.from[0], kOutcome, n, o.New(n));
                  }});
-  for (const auto finish : {rows::kFinishClamp, rows::kFinishReciprocal, rows::kFinishWords,
-                            rows::kFinishFloat, rows::kFinishExact}) {
+  for (const auto finish : {simd::kFinishClamp, simd::kFinishReciprocal, simd::kFinishWords,
+                            simd::kFinishFloat, simd::kFinishExact}) {
     for (const int wide : {0, 1, 2}) {  // 2: with weights of more than 16 bits
-      if (wide != 0 && finish < rows::kFinishFloat) continue;
+      if (wide != 0 && finish < simd::kFinishFloat) continue;
       for (const int32_t strength : {10, 4}) {
         all.push_back(
             {"weigh, convolve", [=](auto& f, auto& in, auto n, auto& o) {
-               const rows::WeightRun runs[] = {
+               const simd::WeightRun runs[] = {
                    {1, 2, 1}, {3, 1, 1}, {wide == 2 ? 100001 : 7, 2, 2}};
-               int16_t offset[rows::kConvolutionOffsets];
-               for (int i = 0; i < rows::kConvolutionOffsets; ++i) offset[i] = i % 3 * 7;
-               constexpr size_t kBlock = rows::kConvolutionBlock;
+               int16_t offset[simd::kConvolutionOffsets];
+               for (int i = 0; i < simd::kConvolutionOffsets; ++i) offset[i] = i % 3 * 7;
+               constexpr size_t kBlock = simd::kConvolutionBlock;
                std::vector<uint8_t> sums((n + kBlock - 1) / kBlock * kBlock * 2);
                f.weigh({in.from, runs, 2}, n, sums.data());
                std::vector<uint8_t> totals(sums.size(), 77);
                f.weigh_running({in.from + 3, runs, 1}, n, true, sums.data(), totals.data());
                const uint8_t* sum_rows[] = {sums.data(), totals.data()};
-               constexpr rows::WeightRun kTwice = {2, 2, 0};
-               rows::Convolution c = {};
+               constexpr simd::WeightRun kTwice = {2, 2, 0};
+               simd::Convolution c = {};
                c.bytes = {in.from, runs, 3};
                c.sums = {sum_rows, &kTwice, wide == 0 && n % 2 == 0};
                c.wide = wide != 0;
                c.finish = finish, c.offset = offset;
-               c.lowest = wide != 0 || finish == rows::kFinishClamp ? 0 : 18 * 255;
+               c.lowest = wide != 0 || finish == simd::kFinishClamp ? 0 : 18 * 255;
                c.highest = 14 * 256 - 1, c.multiplier = 37450, c.shift = 3;
                c.divisor = 14, c.strength = strength, c.bias = 3;
                c.own = in.from[3];
@@ -345,7 +345,7 @@ void AddResamplingCases(std::vector<Case>& all) {
                    f.cubic_weights(fractions.data(), n, weights);
                    f.cubic_across(in.taps, in.floats, n, n, o.template New<float>(3 * n));
                    f.cubic_across_gray(in.taps[0], bytes, in.floats, n, o.template New<float>(n));
-                   const rows::TurnedAxis axis = {0.9876f, 0.3f, 12, 1, 20};
+                   const simd::TurnedAxis axis = {0.9876f, 0.3f, 12, 1, 20};
                    auto* inner = o.template New<int32_t>(n);
                    f.turned_positions(axis, -17, n, inner, o.template New<float>(n));
                    inner = o.template New<int32_t>(n);
@@ -364,8 +364,8 @@ Lists& ListsOf(const uint32_t (&colors)[256]) {
 }
 
 void AddSearchCases(std::vector<Case>& all, const Input& palette) {
-  static auto& squares = ListsOf<rows::SquaresLists>(palette.colors);
-  static auto& sums = ListsOf<rows::SumsLists>(palette.colors);
+  static auto& squares = ListsOf<simd::SquaresLists>(palette.colors);
+  static auto& sums = ListsOf<simd::SumsLists>(palette.colors);
   for (int green = 0; green < 256; ++green) sums.start[green] = green * 3 / 4 + 20;
   for (const size_t step : {3, 4}) {
     all.push_back({"find", [=](auto& f, auto& in, auto n, auto& o) {
@@ -398,11 +398,11 @@ TEST(RowFunctions, EveryLevelGivesTheSameBytes) {
     const Input input(n);
     for (const Case& c : cases) {
       Output expected;
-      for (auto level = rows::Supported(); *level != nullptr; ++level) {
+      for (auto level = simd::Supported(); *level != nullptr; ++level) {
         Output output;
         c.call(**level, input, n, output);
         ASSERT_TRUE(output.GuardsStand()) << c.name << ", " << (*level)->name << ", " << n;
-        if (level == rows::Supported()) expected = output;
+        if (level == simd::Supported()) expected = output;
         ASSERT_TRUE(output.blocks == expected.blocks)
             << c.name << ", " << (*level)->name << ", " << n;
       }
@@ -411,15 +411,15 @@ TEST(RowFunctions, EveryLevelGivesTheSameBytes) {
 }
 
 TEST(RowFunctions, PlainCodeComesFirstAndTheWidestIsActive) {
-  const RowFunctions* const* levels = rows::Supported();
+  const RowFunctions* const* levels = simd::Supported();
   EXPECT_STREQ(levels[0]->name, "plain");
   const RowFunctions* widest = levels[0];
   for (int i = 1; levels[i] != nullptr; ++i) widest = levels[i];
-  EXPECT_EQ(&rows::Active(), widest);
-  rows::Use(levels[0]);
-  EXPECT_EQ(&rows::Active(), levels[0]);
-  rows::Use(nullptr);
-  EXPECT_EQ(&rows::Active(), widest);
+  EXPECT_EQ(&simd::Active(), widest);
+  simd::Use(levels[0]);
+  EXPECT_EQ(&simd::Active(), levels[0]);
+  simd::Use(nullptr);
+  EXPECT_EQ(&simd::Active(), widest);
 }
 
 // Sums of differences, with orders by turns and so many lists that room for them runs out.
@@ -427,7 +427,7 @@ TEST(RowFunctions, SearchBySumsWithTurns) {
   constexpr size_t kCount = 40000;
   uint32_t ramp[256];
   for (uint32_t i = 0; i < 256; ++i) ramp[i] = i * 0x010101;
-  auto& lists = ListsOf<rows::SumsLists>(ramp);
+  auto& lists = ListsOf<simd::SumsLists>(ramp);
   for (int green = 0; green < 256; ++green) lists.start[green] = 255 - green;
   std::vector<uint8_t> colors, expected, found(kCount);
   for (uint32_t i = 0; i < kCount; ++i) {
@@ -443,7 +443,7 @@ TEST(RowFunctions, SearchBySumsWithTurns) {
     expected.push_back(static_cast<uint8_t>(best));
     colors.insert(colors.end(), std::begin(bgr), std::end(bgr));
   }
-  for (auto level = rows::Supported(); *level != nullptr; ++level) {
+  for (auto level = simd::Supported(); *level != nullptr; ++level) {
     std::fill(std::begin(lists.lists), std::end(lists.lists), 0);
     lists.used = 256;
     (*level)->find_by_sums(lists, colors.data(), 3, kCount, found.data());
@@ -464,7 +464,7 @@ TEST(RowFunctions, MedianOfAllZerosAndOnes) {
   }
   const uint8_t* from[9];
   for (int k = 0; k < 9; ++k) from[k] = rows[k].data();
-  for (auto level = rows::Supported(); *level != nullptr; ++level) {
+  for (auto level = simd::Supported(); *level != nullptr; ++level) {
     std::vector<uint8_t> to(512);
     (*level)->median9(from, 512, to.data());
     EXPECT_EQ(to, expected) << (*level)->name;
@@ -488,7 +488,7 @@ TEST(RowFunctions, RanksOfZerosAndOnes) {
     }
     const uint8_t* from[5];
     for (size_t y = 0; y < size; ++y) from[y] = rows[y].data() + size / 2;
-    for (auto level = rows::Supported(); *level != nullptr; ++level) {
+    for (auto level = simd::Supported(); *level != nullptr; ++level) {
       for (size_t rank = size == 3 ? 0 : 12; rank < (size == 3 ? 9 : 13); ++rank) {
         std::vector<uint8_t> to(rows[0].size() - (size - 1));
         (*level)->rank_of_columns(from, size, 1, rank, to.size(), to.data());
@@ -513,7 +513,7 @@ TEST(RowFunctions, GrayValues) {
     }
   }
   EXPECT_NE(percent, exact);
-  for (const RowFunctions* const* level = rows::Supported(); *level != nullptr; ++level) {
+  for (const RowFunctions* const* level = simd::Supported(); *level != nullptr; ++level) {
     std::vector<uint8_t> gray(percent.size());
     (*level)->gray_percent(bgr.data(), gray.size(), gray.data());
     EXPECT_EQ(gray, percent) << (*level)->name;

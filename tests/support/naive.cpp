@@ -137,14 +137,14 @@ void ForVariedImages(const std::function<void(const TestImage&)>& test) {
 
 void ExpectAtEveryLevel(const TestImage& image, const std::vector<uint8_t>& expected,
                         const std::function<void(PackedDib*)>& operation) {
-  for (auto level = rows::Supported(); *level != nullptr; ++level) {
+  for (auto level = simd::Supported(); *level != nullptr; ++level) {
     SCOPED_TRACE((*level)->name);
-    rows::Use(*level);
+    simd::Use(*level);
     TestImage copy = image.Clone();
     operation(copy.get());
     EXPECT_EQ(copy.Bytes(), expected);
   }
-  rows::Use(nullptr);
+  simd::Use(nullptr);
 }
 
 }  // namespace ombrilo::test

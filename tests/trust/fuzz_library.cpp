@@ -18,9 +18,9 @@ bool IsSmall(const PackedDib* dib) {
 
 void FuzzLibrary(std::span<const uint8_t> bytes) {
   Draw draw(bytes, Draw::kAny);
-  const rows::RowFunctions* const* level = rows::Supported();
+  const simd::RowFunctions* const* level = simd::Supported();
   for (int wider = draw.Byte() % 3; wider > 0 && level[1] != nullptr; --wider) ++level;
-  rows::Use(*level);
+  simd::Use(*level);
   // The operations come before the image, whose bytes may take all that is left.
   const uint8_t choices[] = {draw.Byte(), draw.Byte(), draw.Byte()};
   TestImage image = HostileImage(draw);
@@ -33,7 +33,7 @@ void FuzzLibrary(std::span<const uint8_t> bytes) {
     // Reads the result to its end: it must be as long as its header says.
     digest.AddImage(image.get());
   }
-  rows::Use(nullptr);
+  simd::Use(nullptr);
 }
 
 }  // namespace ombrilo::test

@@ -133,15 +133,15 @@ void Check(const std::string& name, Images (*images)(int depth),
   Strings expected;
   std::ifstream file(path);
   for (std::string line; std::getline(file, line);) expected.push_back(line);
-  for (const rows::RowFunctions* const* level = rows::Supported(); *level != nullptr; ++level) {
-    rows::Use(*level);
+  for (const simd::RowFunctions* const* level = simd::Supported(); *level != nullptr; ++level) {
+    simd::Use(*level);
     const Strings lines = Table(images, seeds);
     ASSERT_EQ(lines.size(), expected.size()) << path;
     for (size_t i = 0; i < lines.size(); ++i) {
       EXPECT_EQ(lines[i], expected[i]) << "row functions " << (*level)->name;
     }
   }
-  rows::Use(nullptr);
+  simd::Use(nullptr);
 }
 
 TEST(Sameness, EveryBuildAndInstructionSetReproducesTheTable) {

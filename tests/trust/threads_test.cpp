@@ -37,7 +37,7 @@ std::vector<uint64_t> RunAll(int bits, size_t thread) {
 }
 
 TEST(Threads, CallsTogetherGiveWhatEachGivesAlone) {
-  rows::Use(nullptr);  // the choice of row functions is made by whoever comes first
+  simd::Use(nullptr);  // the choice of row functions is made by whoever comes first
   for (const int bits : {24, 1, 8, 32}) {
     std::vector<uint64_t> together[kThreads];
     std::vector<std::thread> threads;
