@@ -142,6 +142,11 @@ expect 2 "there is no step 'frob'" list frob
 expect 0 '' list
 steps=$(sed -n 's/^  \([A-Za-z]*\).*/\1/p' out.txt)
 check test -n "$steps"
+expect 0 '' list --json
+check test "$(python3 -c 'import json; print(*(s["name"] for s in json.load(open("out.txt"))["steps"]))')" = \
+  "$(echo $steps)"
+expect 0 '' list --json binary
+in_output '"maximum": 255'
 
 # The gallery has an exhibit for every step on every input, and needs nothing else.
 expect 0 '' gallery 'a b.bmp' high.bmp page

@@ -26,7 +26,7 @@ struct HistogramOptions {
 
 int Apply(const ApplyOptions& options);
 int Info(const std::vector<std::string>& files);
-int List(const std::string& step);  // empty: all steps
+int List(const std::string& step, bool json);  // empty: all steps
 int ShowHistogram(const HistogramOptions& options);
 int Gallery(const std::vector<std::string>& words);  // INPUT... DIR
 

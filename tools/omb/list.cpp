@@ -4,6 +4,7 @@
 #include "commands.h"
 #include "steps/kernels.h"
 #include "steps/steps.h"
+#include "steps_json.h"
 #include "terminal.h"
 
 namespace omb {
@@ -42,7 +43,12 @@ void ListKernels() {
 
 }  // namespace
 
-int List(const std::string& name) {
+int List(const std::string& name, bool json) {
+  if (json) {
+    std::printf("%s\n",
+                StepsJson(name.empty() ? AllSteps() : std::vector{&StepNamed(name)}).c_str());
+    return 0;
+  }
   if (name.empty()) {
     ListAll();
     return 0;

@@ -102,9 +102,11 @@ int Main(std::vector<std::string> words) {
 
   std::string step;
   CLI::App* list = AddCommand(app, "list", "Show the steps there are, or all about one",
-                              "list [STEP | kernels]");
+                              "list [--json] [STEP | kernels]");
   list->footer("'omb list kernels' draws the built-in kernels and shapes.\n");
   list->add_option("STEP", step);
+  bool json = false;
+  list->add_flag("--json", json, "For programs: steps, parameters, ranges, defaults");
 
   omb::HistogramOptions histogram_options;
   CLI::App* histogram = AddCommand(app, "histogram", "Plot how often each value occurs",
@@ -145,7 +147,7 @@ int Main(std::vector<std::string> words) {
   }
   if (*apply) return omb::Apply(apply_options);
   if (*info) return omb::Info(files);
-  if (*list) return omb::List(step);
+  if (*list) return omb::List(step, json);
   if (*histogram) return omb::ShowHistogram(histogram_options);
   return omb::Gallery(files);
 }
