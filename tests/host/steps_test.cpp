@@ -82,13 +82,9 @@ TEST(Calls, NameWhatIsWrongAndShowTheUsage) {
   }
   EXPECT_EQ(FindStep("crop")->Usage(), "crop=left,top,right,bottom");
   const Step optional = {
-      "s",
-      "",
-      "",
-      {24},
-      {Whole("a", "", 0), Whole("b", "", 0).Preset("2"), Whole("c", "", 0).Preset("2")},
-      {},
-      {}};
+      "s", "",   "",
+      "",  {24}, {Whole("a", "", 0), Whole("b", "", 0).Preset("2"), Whole("c", "", 0).Preset("2")},
+      {},  {}};
   EXPECT_EQ(optional.Usage(), "s=a[,b,c]");
 }
 
@@ -151,6 +147,32 @@ TEST(Tables, EveryExportIsAStepOrNoneOnPurpose) {
   EXPECT_EQ(operations, AllSteps().size());
 }
 
+// A menu offers each step under a title of its own, by a letter of its own.
+TEST(Tables, TitlesAreWordsWithALetterOfTheirOwn) {
+  std::set<std::string> titles, letters, families;
+  const auto letter = [](const std::string& words) {
+    const size_t mark = words.find('&');
+    const bool letter = mark != std::string::npos && mark + 1 < words.size() &&
+                        std::isalnum(static_cast<unsigned char>(words[mark + 1])) != 0;
+    EXPECT_TRUE(letter && words.rfind('&') == mark) << words << ": one & before a letter";
+    return letter ? Lowercase(words.substr(mark + 1, 1)) : "";
+  };
+  for (const Step* step : AllSteps()) {
+    const std::string title = step->Title();
+    EXPECT_TRUE(titles.insert(Lowercase(title)).second) << title << " is a title twice";
+    EXPECT_TRUE(std::isupper(static_cast<unsigned char>(title[0]))) << title;
+    EXPECT_FALSE(std::ispunct(static_cast<unsigned char>(title.back()))) << title;
+    EXPECT_TRUE(letters.insert(step->family + letter(step->title)).second)
+        << step->title << ": the letter is another one's in its menu";
+    families.insert(step->family);
+  }
+  // File, Edit, View and Help stand beside them.
+  letters = {"f", "e", "v", "h"};
+  for (const std::string& family : families) {
+    EXPECT_TRUE(letters.insert(letter(family)).second) << family;
+  }
+}
+
 std::vector<uint8_t> BytesOf(const PackedDib* dib) {
   const auto* rows = omb_FindDIBBits(dib);
   return {rows, rows + omb_DIBHeight(dib) * static_cast<size_t>(omb_BytesPerLine(dib))};
@@ -168,6 +190,8 @@ TEST(Tables, ArgumentsReachTheLibrary) {
       {"filtercolor=green", [](auto* dib) { omb_filtercolor(dib, 2); }},
       {"adjustghms=50,-20,9", [](auto* dib) { omb_adjustghms(dib, 50, -20, 9); }},
       {"convolute=8", [](auto* dib) { omb_convolute(dib, 8); }},
+      {"convolute=Difference-Up", [](auto* dib) { omb_convolute(dib, 21); }},
+      {"emboss=strong-down,#102030", [](auto* dib) { omb_emboss(dib, 19, 0x302010); }},
       {"kernel=unsharp-5X5", [&](auto* dib) { omb_DoConvoluteDIB(dib, kernal(36), 1, 10); }},
       {"kernel=Sculpt,2,7", [&](auto* dib) { omb_DoConvoluteDIB(dib, kernal(27), 2, 7); }},
       {"kernel=20,3", [&](auto* dib) { omb_DoConvoluteDIB(dib, kernal(20), 3, 10); }},
@@ -196,6 +220,39 @@ TEST(Tables, ArgumentsReachTheLibrary) {
     RunCall(ParseCall(std::string("dither=") + bits), image);
     EXPECT_EQ(std::to_string(omb_DIBBitCount(image.get())), bits);
   }
+}
+
+// On a light spot, gradients are bright where they climb in the direction that they are named
+// after; relief is bright at the edge that is turned to the light.
+TEST(Kernels, AreNamedAfterTheirDirection) {
+  const auto spot = [](int x, int y) { return std::abs(x - 10) < 4 && std::abs(y - 10) < 4; };
+  size_t directions = 0;
+  for (const char* name : {"convolute", "emboss"}) {
+    const bool relief = std::string(name) == "emboss";
+    for (const Name& filter : FindStep(name)->parameters[0].names) {
+      const std::string words = filter.name;
+      const int x = words.ends_with("left") ? -1 : words.ends_with("right") ? 1 : 0;
+      const int y = words.find("-up") != words.npos     ? -1
+                    : words.find("-down") != words.npos ? 1
+                                                        : 0;
+      if ((x == 0 && y == 0) || words.starts_with("lines")) continue;
+      ombrilo::test::TestImage image =
+          ombrilo::test::ImageBuilder(24, 21, 21)
+              .Pixels([&](int c, int r) { return spot(c, r) ? 0xA0A0A0u : 0x606060u; })
+              .Build();
+      Image result(std::exchange(*image.ref(), nullptr));
+      RunCall(ParseCall(std::string(name) + "=" + words), result);
+      const ombrilo::test::TestImage after(result.release());
+      const auto edge = [&](int side) {  // the middle of an edge or corner, inside the spot
+        return static_cast<int>(after.Pixel(10 + side * 3 * x, 10 + side * 3 * y) & 255);
+      };
+      // A difference to a neighbour climbs away from it.
+      const bool towards = relief || words.starts_with("difference");
+      EXPECT_GT(edge(towards ? 1 : -1), edge(towards ? -1 : 1)) << name << "=" << words;
+      ++directions;
+    }
+  }
+  EXPECT_EQ(directions, 48u);
 }
 
 TEST(Kernels, AreDrawnAsTheyLieOnThePicture) {

@@ -179,7 +179,8 @@ Exhibit Try(const Step& step, const std::string& text, const PackedDib* input,
             const OmbRect& detail, const std::string& file, const fs::path& directory) {
   Exhibit exhibit;
   exhibit.step = step.name;
-  exhibit.family = step.family;
+  exhibit.title = step.Title();
+  exhibit.family = step.Family();
   exhibit.summary = step.summary;
   const std::string command = "omb apply " + Quoted(Utf8(file)) + " out.png ";
   exhibit.command = command + Quoted(text);

@@ -42,7 +42,7 @@ void WriteStyle(std::ostream& out, const char* selector, const std::string& id,
 void WriteExhibit(std::ostream& out, const Exhibit& exhibit) {
   out << "<article>\n";
   WriteFrame(out, exhibit);
-  out << "<h4>" << Escaped(exhibit.step);
+  out << "<h4>" << Escaped(exhibit.title);
   if (!exhibit.time.empty()) out << "<span>" << Escaped(exhibit.time) << "</span>";
   out << "</h4>\n<p>" << Escaped(exhibit.summary);
   if (!exhibit.remark.empty()) out << ". <em>" << Escaped(exhibit.remark) << "</em>";

@@ -14,7 +14,7 @@ struct Shown {
 
 // One step on one input.
 struct Exhibit {
-  std::string step, family, summary;
+  std::string step, title, family, summary;
   std::string command;  // repeats it
   std::string time;     // "1.8 ms"
   std::string remark;   // "nothing changes in this image"

@@ -15,9 +15,9 @@ void ListAll() {
   constexpr int kWidth = 36;
   std::string family;
   for (const Step* step : AllSteps()) {
-    if (step->family != family) {
-      std::printf("%s%s\n", family.empty() ? "" : "\n", step->family);
-      family = step->family;
+    if (step->Family() != family) {
+      std::printf("%s%s\n", family.empty() ? "" : "\n", step->Family().c_str());
+      family = step->Family();
     }
     const std::string usage = step->Usage();
     std::printf("  %-*s", kWidth, usage.c_str());
@@ -28,8 +28,10 @@ void ListAll() {
 }
 
 void ListOne(const Step& step) {
-  std::printf("%s: %s\n\n%s", step.name, step.summary, step.Help().c_str());
-  std::printf("depths: %s bits per pixel\nfamily: %s\n", step.DepthList().c_str(), step.family);
+  std::printf("%s (%s): %s\n\n%s", step.name, step.Title().c_str(), step.summary,
+              step.Help().c_str());
+  std::printf("depths: %s bits per pixel\nfamily: %s\n", step.DepthList().c_str(),
+              step.Family().c_str());
 }
 
 void ListKernels() {

@@ -46,9 +46,9 @@ HMENU AppendMenu(HMENU bar, const std::wstring& title) {
   return menu;
 }
 
-// "crop…    Cut down to a rectangle, given by its edges"
+// "&Crop to edges…"
 std::wstring TextOf(const omb::Step& step) {
-  return Wide(step.name) + (step.parameters.empty() ? L"\t" : L"…\t") + Wide(step.summary);
+  return Wide(step.title) + (step.parameters.empty() ? L"" : L"…");
 }
 
 void AppendSteps(HMENU bar) {

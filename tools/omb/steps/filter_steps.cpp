@@ -1,5 +1,6 @@
 // Steps on neighbourhoods: the numbered filters, kernels, relief, edges, median.
 #include "steps/kernels.h"
+#include "steps/numbered_filters.h"
 #include "steps/steps.h"
 
 namespace omb {
@@ -35,23 +36,22 @@ bool IsWeighted(const std::string& text) {
   return kernel != nullptr && HasWeights(*kernel);
 }
 
-constexpr const char* kFamily = "Filters";
+constexpr const char* kFamily = "Fi&lters";
 
 }  // namespace
 
 std::span<const Step> FilterSteps() {
   static const Step steps[] = {
       {"convolute",
+       "&Filter by name",
        kFamily,
-       "Filter with a numbered kernel; the border turns black",
+       "Filter with one of 39 fixed kernels; the border turns black",
        {1, 4, 8, 24},
-       {Whole("number",
-              "1-4 smooth, 5-8 sharpen, 9-11 Laplacian, 12-19 gradient in eight directions, 20-27 "
-              "difference to one neighbour, 28-35 compass, 36-39 lines",
-              1, 39)},
-       Always({"2", "5", "10"}),
+       {Whole("filter", "by name or number", 1, 39).Named(NumberedFilterNames())},
+       Always({"smooth-5x5", "sharpen-strong", "laplace-8"}),
        ConvoluteStep},
       {"kernel",
+       "&Kernel",
        kFamily,
        "Filter with a built-in kernel; the border stays",
        {8, 24},
@@ -67,16 +67,16 @@ std::span<const Step> FilterSteps() {
        nullptr,
        kGrayAtEightBits},
       {"emboss",
+       "&Relief",
        kFamily,
        "Relief on a ground of one color; the border turns black",
        {1, 4, 8, 24},
-       {Whole("direction",
-              "0-7 soft from eight sides, 8-15 fine, 16-23 strong, 24-27 row, column, diagonals", 0,
-              27),
+       {Whole("light", "where it comes from, by name or number", 0, 27).Named(ReliefNames()),
         Color("color", "of the ground").Preset("#808080")},
-       Always({"3", "6,#c0a060"}),
+       Always({"soft-up-left", "strong-up,#c0a060"}),
        EmbossStep},
       {"sobel",
+       "Sobel &edges",
        kFamily,
        "Edges bright on black, strongest of four directions",
        {1, 4, 8, 24},
@@ -84,6 +84,7 @@ std::span<const Step> FilterSteps() {
        {},
        SobelStep},
       {"medianblur",
+       "&Median of a cross",
        kFamily,
        "Median of a cross of nine pixels; a border of 3 turns black",
        {1, 4, 8, 24},

@@ -92,13 +92,14 @@ Parameter Mode() {
       .Preset("bicubic");
 }
 
-constexpr const char* kFamily = "Geometry";
+constexpr const char* kFamily = "&Geometry";
 
 }  // namespace
 
 std::span<const Step> GeometrySteps() {
   static const Step steps[] = {
       {"scale",
+       "Sc&ale",
        kFamily,
        "Bring to another size",
        {1, 4, 8, 24},
@@ -107,14 +108,29 @@ std::span<const Step> GeometrySteps() {
        Always({"40%,bicubic"}),
        ScaleStep},
       {"rotate",
+       "&Rotate",
        kFamily,
        "Turn clockwise; new corners are white or the last color",
        {1, 4, 8, 24},
        {Real("degrees", "clockwise; below 0 the other way", -36000, 36000), Mode()},
        Always({"30,bilinear"}),
        RotateStep},
-      {"fliphor", kFamily, "Mirror left to right", {1, 4, 8, 24}, {}, {}, FliphorStep},
-      {"flipvert", kFamily, "Mirror top to bottom", {1, 4, 8, 16, 24, 32}, {}, {}, FlipvertStep},
+      {"fliphor",
+       "Mirror &left to right",
+       kFamily,
+       "Mirror left to right",
+       {1, 4, 8, 24},
+       {},
+       {},
+       FliphorStep},
+      {"flipvert",
+       "Mirror &top to bottom",
+       kFamily,
+       "Mirror top to bottom",
+       {1, 4, 8, 16, 24, 32},
+       {},
+       {},
+       FlipvertStep},
   };
   return steps;
 }

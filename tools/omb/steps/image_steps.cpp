@@ -57,14 +57,15 @@ std::vector<std::string> CornerPiece(const PackedDib* dib) {
           std::to_string((omb_DIBHeight(dib) + 1) / 2)};
 }
 
-constexpr const char* kFamily = "Whole images";
+constexpr const char* kFamily = "&Image";
 
 }  // namespace
 
 std::span<const Step> ImageSteps() {
   static const Step steps[] = {
-      {"invert", kFamily, "Photographic negative", {1, 4, 8, 24}, {}, {}, InvertStep},
+      {"invert", "&Negative", kFamily, "Photographic negative", {1, 4, 8, 24}, {}, {}, InvertStep},
       {"transformat",
+       "To 24 &bits per pixel",
        kFamily,
        "Bring 16- and 32-bit images to 24 bits; others stay as they are",
        {1, 4, 8, 16, 24, 32},
@@ -72,6 +73,7 @@ std::span<const Step> ImageSteps() {
        {},
        TransformatStep},
       {"crop",
+       "&Crop to edges",
        kFamily,
        "Cut down to a rectangle, given by its edges",
        {1, 4, 8, 24},
@@ -83,6 +85,7 @@ std::span<const Step> ImageSteps() {
        nullptr,
        CropConflict},
       {"cpydibrect",
+       "C&rop to corner and size",
        kFamily,
        "Cut down to a rectangle, given by its corner and size",
        {1, 4, 8, 24},

@@ -19,31 +19,42 @@ bool MorphStep(Image& image, const Arguments& arguments) {
 
 bool IsKernel(const std::string& text) { return FindKernel(text) != nullptr; }
 
-constexpr const char* kFamily = "Morphology";
+constexpr const char* kFamily = "&Morphology";
 
-Step Simple(const char* name, const char* summary, bool (*run)(Image&, const Arguments&)) {
-  return {name, kFamily, summary, {1, 4, 8, 24}, {}, {}, run};
+Step Simple(const char* name, const char* title, const char* summary,
+            bool (*run)(Image&, const Arguments&)) {
+  return {name, title, kFamily, summary, {1, 4, 8, 24}, {}, {}, run};
 }
 
-Step TrueColorOnly(const char* name, const char* summary, bool (*run)(Image&, const Arguments&)) {
-  return {name, kFamily, summary, {24}, {}, {}, run, "neuquant=24"};
+Step TrueColorOnly(const char* name, const char* title, const char* summary,
+                   bool (*run)(Image&, const Arguments&)) {
+  return {name, title, kFamily, summary, {24}, {}, {}, run, "neuquant=24"};
 }
 
 }  // namespace
 
 std::span<const Step> MorphologySteps() {
   static const Step steps[] = {
-      Simple("dilate", "Grow what is light: the maximum of 3 x 3 pixels", InPlace<omb_dilate>),
-      Simple("erode", "Grow what is dark: the minimum of 3 x 3 pixels", InPlace<omb_erode>),
-      Simple("mathopen", "Opening: remove light detail smaller than 3 x 3", InPlace<omb_mathopen>),
-      Simple("mathclose", "Closing: remove dark detail smaller than 3 x 3", InPlace<omb_mathclose>),
-      Simple("denoise", "Opening, then closing: remove specks of both kinds", InPlace<omb_denoise>),
-      Simple("pickedge", "Inner edges: the image minus its erosion", InPlace<omb_pickedge>),
-      Simple("gradientize", "The dilation, by another name", InPlace<omb_gradientize>),
-      TrueColorOnly("opencompose", "The opening plus the erosion: lighter and softer",
-                    InPlace<omb_opencompose>),
-      TrueColorOnly("tophat", "Light detail smaller than 3 x 3, on black", InPlace<omb_tophat>),
+      Simple("dilate", "&Dilate", "Grow what is light: the maximum of 3 x 3 pixels",
+             InPlace<omb_dilate>),
+      Simple("erode", "&Erode", "Grow what is dark: the minimum of 3 x 3 pixels",
+             InPlace<omb_erode>),
+      Simple("mathopen", "&Open", "Opening: remove light detail smaller than 3 x 3",
+             InPlace<omb_mathopen>),
+      Simple("mathclose", "&Close", "Closing: remove dark detail smaller than 3 x 3",
+             InPlace<omb_mathclose>),
+      Simple("denoise", "Remove &specks", "Opening, then closing: remove specks of both kinds",
+             InPlace<omb_denoise>),
+      Simple("pickedge", "&Inner edges", "Inner edges: the image minus its erosion",
+             InPlace<omb_pickedge>),
+      Simple("gradientize", "&Gradient dilation", "The dilation, by another name",
+             InPlace<omb_gradientize>),
+      TrueColorOnly("opencompose", "Open and &lighten",
+                    "The opening plus the erosion: lighter and softer", InPlace<omb_opencompose>),
+      TrueColorOnly("tophat", "&Top hat", "Light detail smaller than 3 x 3, on black",
+                    InPlace<omb_tophat>),
       {"morph",
+       "Any s&hape",
        kFamily,
        "Erosion, dilation, opening or closing with any shape",
        {8, 24},

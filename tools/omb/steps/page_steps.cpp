@@ -37,13 +37,14 @@ Parameter Passes() { return Whole("passes", "how often", 1, 1000).Preset("1"); }
 
 Parameter Strength(const char* help) { return Whole("strength", help, 0, 1000).Preset("10"); }
 
-constexpr const char* kFamily = "Pages";
+constexpr const char* kFamily = "&Pages";
 
 }  // namespace
 
 std::span<const Step> PageSteps() {
   static const Step steps[] = {
       {"enhancepage",
+       "&Smooth, sharpen, rank",
        kFamily,
        "Smooth, sharpen, or take the median or another rank",
        {8, 24},
@@ -66,6 +67,7 @@ std::span<const Step> PageSteps() {
        EnhanceConflict,
        kGrayAtEightBits},
       {"edgepage",
+       "&Edges",
        kFamily,
        "Find edges",
        {8, 24},

@@ -16,13 +16,14 @@ bool DitherStep(Image& image, const Arguments& arguments) {
   return Replace(image, [&](PackedDib** dib) { return omb_dither(dib, arguments.Integer(0)); });
 }
 
-constexpr const char* kFamily = "Color quantization";
+constexpr const char* kFamily = "Pale&tte";
 
 }  // namespace
 
 std::span<const Step> QuantizeSteps() {
   static const Step steps[] = {
       {"neuquant",
+       "&Learned palette",
        kFamily,
        "Reduce to a learned palette, or expand to 24 bits",
        {1, 4, 8, 24},
@@ -31,6 +32,7 @@ std::span<const Step> QuantizeSteps() {
        NeuquantStep},
       // The library's 1 and 2 bits give rows that overlap: nothing that a file could hold.
       {"dither",
+       "&Dither",
        kFamily,
        "Reduce to a learned palette and spread the error of each pixel",
        {24},

@@ -38,6 +38,11 @@ std::string Wrapped(const std::string& text, size_t indent) {
   return lines;
 }
 
+std::string WithoutMark(std::string words) {
+  std::erase(words, '&');
+  return words;
+}
+
 [[noreturn]] void Fail(const Step& step, const std::string& reason) {
   throw UsageError(std::string(step.name) + ": " + reason, step.Help());
 }
@@ -98,6 +103,10 @@ std::string DepthReason(const Step& step, int bits) {
 }
 
 }  // namespace
+
+std::string Step::Title() const { return WithoutMark(title); }
+
+std::string Step::Family() const { return WithoutMark(family); }
 
 std::string Step::Usage() const {
   std::string usage = name;

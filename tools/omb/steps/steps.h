@@ -13,8 +13,11 @@
 namespace omb {
 
 struct Step {
-  const char* name;         // the export's name without omb_
-  const char* family;       // "Whole images", "Tone and color"
+  const char* name;  // the export's name without omb_
+  // What menus call it, and the menu that it stands in: "&Brightness and contrast", "&Color". The
+  // letter behind & chooses it in its menu.
+  const char* title;
+  const char* family;
   const char* summary;      // one line
   std::vector<int> depths;  // bits per pixel that the step is for; it is not tried on others
   std::vector<Parameter> parameters;
@@ -31,6 +34,9 @@ struct Step {
   // What else a person should know; null when nothing.
   const char* note = nullptr;
 
+  // The title and the family without the &.
+  std::string Title() const;
+  std::string Family() const;
   // "crop=left,top,right,bottom"; from the bracket on, arguments can be left out.
   std::string Usage() const;
   // The usage, and a line on each parameter.

@@ -78,13 +78,14 @@ std::vector<Parameter> Fractions() {
           Real("high", "fraction below the light end", 0, 1).Preset("0.995")};
 }
 
-constexpr const char* kFamily = "Tone and color";
+constexpr const char* kFamily = "&Color";
 
 }  // namespace
 
 std::span<const Step> ToneSteps() {
   static const Step steps[] = {
       {"brightnesscontrast",
+       "&Brightness and contrast",
        kFamily,
        "Make lighter or darker, then raise or lower the contrast",
        {1, 4, 8, 24},
@@ -94,6 +95,7 @@ std::span<const Step> ToneSteps() {
        Always({"20,40"}),
        BrightnesscontrastStep},
       {"gammacorrection",
+       "&Gamma",
        kFamily,
        "Darken (gamma above 1) or lighten (below 1) the middle tones",
        {1, 4, 8, 24},
@@ -101,6 +103,7 @@ std::span<const Step> ToneSteps() {
        Always({"1.8"}),
        GammacorrectionStep},
       {"autolevel",
+       "Automatic &levels",
        kFamily,
        "Stretch each channel over the whole range",
        {1, 4, 8, 24},
@@ -108,14 +111,16 @@ std::span<const Step> ToneSteps() {
        {},
        AutolevelStep},
       {"autocontrast",
+       "&Automatic contrast",
        kFamily,
        "Stretch all channels alike over the whole range",
        {1, 4, 8, 24},
        Fractions(),
        {},
        AutocontrastStep},
-      {"gray", kFamily, "Turn gray; 24 bits become 8", {1, 4, 8, 24}, {}, {}, GrayStep},
+      {"gray", "G&ray", kFamily, "Turn gray; 24 bits become 8", {1, 4, 8, 24}, {}, {}, GrayStep},
       {"pseudocolor",
+       "&False colors",
        kFamily,
        "Show the levels of a gray image as colors",
        {1, 4, 8},
@@ -124,6 +129,7 @@ std::span<const Step> ToneSteps() {
        PseudocolorStep,
        "gray"},
       {"binary",
+       "Black and &white",
        kFamily,
        "Turn black and white, 1 bit",
        {1, 4, 8, 24},
@@ -133,6 +139,7 @@ std::span<const Step> ToneSteps() {
        Always({"auto"}),
        BinaryStep},
       {"filtercolor",
+       "&Take a channel away",
        kFamily,
        "Take one channel away",
        {1, 4, 8, 24},
@@ -140,6 +147,7 @@ std::span<const Step> ToneSteps() {
        Always({"red"}),
        FiltercolorStep},
       {"extractcolor",
+       "&Keep one channel",
        kFamily,
        "Keep one channel; 24 bits become 8",
        {1, 4, 8, 24},
@@ -147,6 +155,7 @@ std::span<const Step> ToneSteps() {
        Always({"green"}),
        ExtractcolorStep},
       {"adjustghms",
+       "&Highlights and shadows",
        kFamily,
        "Adjust the very light and the very dark colors",
        {1, 4, 8, 24},
