@@ -139,9 +139,21 @@ bool NewBlock::Resize(uint64_t size) {
   return true;
 }
 
-void NewBlock::Replace(PackedDib** image) {
+bool NewBlock::HoldsExtent() {
+  const std::optional<size_t> extent = DibHeader::Read(packed()).Extent();
+  return extent && (*extent <= size_ || Resize(*extent));
+}
+
+PackedDib* NewBlock::Release() {
+  return HoldsExtent() ? reinterpret_cast<PackedDib*>(bytes_.release()) : nullptr;
+}
+
+bool NewBlock::Replace(PackedDib** image) {
+  PackedDib* const block = Release();
+  if (block == nullptr) return false;
   std::free(*image);
-  *image = Release();
+  *image = block;
+  return true;
 }
 
 }  // namespace ombrilo

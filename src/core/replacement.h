@@ -6,7 +6,7 @@
 //   NewBlock block = NewBlock::Resized(*source, width, height);
 //   if (!block) return 0;
 //   ... fill block.dib().row(y) ...
-//   block.Replace(image);
+//   return block.Replace(image);
 #pragma once
 
 #include <cstdint>
@@ -67,12 +67,18 @@ class NewBlock {
   // when the size exceeds a signed 32-bit count or memory runs out.
   bool Resize(uint64_t size);
 
-  // Hands the block to the caller, who releases it with free().
-  PackedDib* Release() { return reinterpret_cast<PackedDib*>(bytes_.release()); }
-  // Frees the caller's block and stores the new one in its place.
-  void Replace(PackedDib** image);
+  // Hands the block to the caller, who releases it with free(). Null when it cannot be made to hold
+  // what its header announces.
+  PackedDib* Release();
+  // Frees the caller's block and stores the new one in its place. False, with the caller's block as
+  // it was, when the new one cannot be made to hold what its header announces.
+  [[nodiscard]] bool Replace(PackedDib** image);
 
  private:
+  // No block leaves that is smaller than its finished header says: sizes that were cut to 16 bits,
+  // or rows over the header, can announce more than was asked for. The bytes added are 0.
+  bool HoldsExtent();
+
   Buffer<uint8_t> bytes_;
   size_t size_ = 0;
 };

@@ -143,8 +143,7 @@ uint32_t TurnByQuarters(PackedDib** image, const DibView& source, int quarters) 
                       : Transposition{source.row(height - 1), -from_step, turned.row(0), to_step};
     Transpose(t, source.bit_count(), width, height);
   }
-  block.Replace(image);
-  return 1;
+  return block.Replace(image);
 }
 
 }  // namespace ombrilo

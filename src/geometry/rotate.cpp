@@ -284,8 +284,7 @@ uint32_t Rotate(PackedDib** image, float degrees, uint32_t mode, Resampling resa
   } else {
     std::memset(new_rows, 255, stride * static_cast<size_t>(turn.height));
   }
-  block.Replace(image);
-  return 1;
+  return block.Replace(image);
 }
 
 }  // namespace ombrilo

@@ -244,8 +244,7 @@ uint32_t Scale(PackedDib** image, uint32_t width, uint32_t height, uint32_t mode
     if (!scaler || !sampler.DecodeRows()) return 0;
     scaler.Run(resampling);
   }
-  block.Replace(image);
-  return 1;
+  return block.Replace(image);
 }
 
 }  // namespace ombrilo

@@ -38,8 +38,7 @@ uint32_t omb_crop(PackedDib** image, const OmbRect* rectangle) {
                                      NewBlock::Rows::kPixelsComeNext);
   if (!block) return 0;
   CopyPiece(*source, static_cast<size_t>(r.left), r.top, block.dib());
-  block.Replace(image);
-  return 1;
+  return block.Replace(image);
 }
 
 uintptr_t omb_cpydibrect(const PackedDib* image, int32_t x, uint32_t y, uint32_t w, uint32_t h) {

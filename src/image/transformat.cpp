@@ -84,6 +84,5 @@ uint32_t omb_transformat(PackedDib** image) {
     ConvertRow(layout, source->row(y), source->bit_count() / 8u,
                static_cast<size_t>(source->width()), to);
   }
-  block.Replace(image);
-  return 1;
+  return block.Replace(image);
 }

@@ -72,6 +72,5 @@ int32_t omb_dither(PackedDib** image, int32_t bits) {
     network.Find(reinterpret_cast<const uint8_t*>(before.get()), 4, width, indices.get());
     store(height - 1, indices.get());
   }
-  block.Replace(image);
-  return 1;
+  return block.Replace(image);
 }

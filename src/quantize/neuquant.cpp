@@ -51,9 +51,10 @@ int32_t omb_neuquant(PackedDib** image, int32_t bits) {
     if (!block) return 0;
     const Dib copy = block.dib();
     ExpandTo24Bits(*source, copy);
-    // From here on the caller has the 24-bit copy, also when a later step fails.
-    block.Replace(image);
-    source = copy;
+    // From here on the caller has the 24-bit copy, also when a later step fails. It is read by the
+    // header that it was made with: rows over the header may have changed that.
+    if (!block.Replace(image)) return 0;
+    source = copy.At(*image);
   } else if (source->bit_count() != 24) {
     return 0;
   }
@@ -71,6 +72,5 @@ int32_t omb_neuquant(PackedDib** image, int32_t bits) {
   const DibHeader& header = source->header();
   uint8_t* const table = block.bytes() + header.header_size;
   MapPixels(*source, network, depth, network.WriteTable(table, header.table_step()));
-  block.Replace(image);
-  return 1;
+  return block.Replace(image);
 }

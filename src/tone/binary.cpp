@@ -101,6 +101,5 @@ uint32_t omb_binary(PackedDib** image, int32_t threshold) {
     }
     WriteBlackAndWhite(binary);
   }
-  block.Replace(image);
-  return 1;
+  return block.Replace(image);
 }

@@ -18,9 +18,9 @@ void KeepInTable(const Dib& dib, size_t kept) {
   });
 }
 
-void ReplaceByChannel(const DibView& source, size_t kept, PackedDib** image) {
+bool ReplaceByChannel(const DibView& source, size_t kept, PackedDib** image) {
   NewBlock block = NewBlock::Indexed(source, 8);
-  if (!block) return;
+  if (!block) return false;
   const Dib channel = block.dib();
   const auto extract = simd::Active().extract_channel;
   for (int32_t y = 0; y < channel.pixel_rows(); ++y) {
@@ -29,7 +29,7 @@ void ReplaceByChannel(const DibView& source, size_t kept, PackedDib** image) {
   uint8_t ramp[256][3] = {};
   for (int i = 0; i < 256; ++i) ramp[i][kept] = static_cast<uint8_t>(i);
   WriteColors(channel, 0, 256, ramp[0]);
-  block.Replace(image);
+  return block.Replace(image);
 }
 
 }  // namespace

@@ -29,8 +29,7 @@ bool ReplaceByGray(const DibView& source, PackedDib** image) {
   uint8_t ramp[256][3];
   for (int i = 0; i < 256; ++i) ramp[i][0] = ramp[i][1] = ramp[i][2] = static_cast<uint8_t>(i);
   WriteColors(gray, 0, 256, ramp[0]);
-  block.Replace(image);
-  return true;
+  return block.Replace(image);
 }
 
 }  // namespace

@@ -137,10 +137,19 @@ uint64_t Pseudocolor(PackedDib** image, Draw& draw, Digest&) {
 
 uint64_t Scale(PackedDib** image, Draw& draw, Digest&) {
   int32_t width = draw.Whole(0, 90), height = draw.Whole(0, 90);
-  // Sizes that are refused; those in between only take long.
-  if (width > 90) width = std::numeric_limits<int32_t>::min() + draw.Byte();
-  if (height > 90) height = std::numeric_limits<int32_t>::max() - draw.Byte();
-  if (height > 90 && width > 0) width += 32;
+  // Sizes beyond 16 bits in one direction, and sizes that are refused; those in between only take
+  // long.
+  if (width > 90 && draw.Byte() % 2 != 0) {
+    width = (draw.Byte() % 16 + 1) * 65536 + draw.Byte();
+    height = draw.Byte() % 2;
+  } else if (height > 90 && draw.Byte() % 2 != 0) {
+    height = (draw.Byte() % 16 + 1) * 65536 + draw.Byte();
+    width = draw.Byte() % 2;
+  } else {
+    if (width > 90) width = std::numeric_limits<int32_t>::min() + draw.Byte();
+    if (height > 90) height = std::numeric_limits<int32_t>::max() - draw.Byte();
+    if (height > 90 && width > 0) width += 32;
+  }
   return omb_scale(image, static_cast<uint32_t>(width), static_cast<uint32_t>(height),
                    static_cast<uint32_t>(draw.Whole(1, 3)));
 }

@@ -29,13 +29,19 @@ bool Refuse() {
   return true;
 }
 
-size_t SizeOf(void* block) {
+}  // namespace
+
+size_t ombrilo::test::AllocatedSize(void* block) {
 #if defined(_WIN32)
   return _msize(block);
 #else
   return malloc_usable_size(block);
 #endif
 }
+
+namespace {
+
+using ombrilo::test::AllocatedSize;
 
 void Weigh(long long bytes) {
   state.bytes += bytes;
@@ -45,7 +51,7 @@ void Weigh(long long bytes) {
 void* Counted(void* block) {
   if (state.watching && block != nullptr) {
     ++state.held;
-    Weigh(static_cast<long long>(SizeOf(block)));
+    Weigh(static_cast<long long>(AllocatedSize(block)));
   }
   return block;
 }
@@ -72,17 +78,18 @@ void* __wrap_calloc(size_t count, size_t size) {
 
 void* __wrap_realloc(void* block, size_t size) {
   if (Refuse()) return nullptr;
-  const long long before = block == nullptr ? 0 : static_cast<long long>(SizeOf(block));
+  const long long before = block == nullptr ? 0 : static_cast<long long>(AllocatedSize(block));
   void* grown = __real_realloc(block, size);
   if (block == nullptr) return Counted(grown);
-  if (state.watching && grown != nullptr) Weigh(static_cast<long long>(SizeOf(grown)) - before);
+  if (state.watching && grown != nullptr)
+    Weigh(static_cast<long long>(AllocatedSize(grown)) - before);
   return grown;
 }
 
 void __wrap_free(void* block) {
   if (state.watching && block != nullptr) {
     --state.held;
-    Weigh(-static_cast<long long>(SizeOf(block)));
+    Weigh(-static_cast<long long>(AllocatedSize(block)));
   }
   __real_free(block);
 }

@@ -8,6 +8,9 @@
 
 namespace ombrilo::test {
 
+// The bytes that a block from malloc has room for.
+size_t AllocatedSize(void* block);
+
 // Counts the blocks that the calls between construction and Stop() allocate and release; the
 // `failing`-th allocation gives null (1 is the first, 0 none). One at a time, on one thread.
 class MemoryWatch {

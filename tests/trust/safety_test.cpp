@@ -1,10 +1,12 @@
 // What failing memory and hostile headers do to every export.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
+#include "core/packed_dib.h"
 #include "support/every_export.h"
 #include "support/failing_memory.h"
 #include "trust/fuzz_library.h"
@@ -91,6 +93,52 @@ TEST(Safety, NullImagesAreRefused) {
   EXPECT_EQ(omb_gray(nullptr) | omb_extractcolor(nullptr, 1) | omb_binary(nullptr, 9), 0u);
   EXPECT_EQ(omb_rotate(nullptr, 30, 1) | omb_rotate(nullptr, 90, 1), 0u);
   EXPECT_EQ(omb_neuquant(nullptr, 8) | omb_dither(nullptr, 8), 0);
+}
+
+// Reads the block to the end that its header announces, and compares that with what was allocated.
+void ExpectRoomForHeader(const TestImage& image, const char* operation) {
+  const auto view = DibView::Open(image.get());
+  ASSERT_TRUE(view) << operation;
+  ASSERT_LE(view->extent(), AllocatedSize(image.get())) << operation;
+  Digest().AddImage(image.get());
+}
+
+// The sizes do not fit the fields of a core header.
+TEST(Safety, WideImagesWithCoreHeadersHaveRoomForWhatTheyAnnounce) {
+  for (const int depth : {1, 4, 8, 24}) {
+    for (const auto& [width, height] :
+         {std::pair{0x00400100, 0}, {0x00050009, 1}, {3, 0x00050009}}) {
+      for (const uint32_t mode : {1, 2, 3}) {
+        TestImage image = SmallImage(depth, true);
+        EXPECT_EQ(omb_scale(image.ref(), static_cast<uint32_t>(width),
+                            static_cast<uint32_t>(height), mode),
+                  1u);
+        ExpectRoomForHeader(image, "omb_scale");
+      }
+    }
+  }
+}
+
+// Table and rows over the header: what a new block announces is up to the colors.
+TEST(Safety, RowsOverTheHeaderHaveRoomForWhatItAnnounces) {
+  int replaced = 0;
+  for (const int depth : {1, 4, 8, 16, 24, 32}) {
+    for (const uint32_t size_field : {0, 4, 5, 6, 8, 10}) {
+      for (const Export& operation : EveryExport()) {
+        TestImage image = SmallImage(depth, true);
+        std::memcpy(image.raw(), &size_field, sizeof size_field);
+        const PackedDib* const before = image.get();
+        const std::vector<uint8_t> bytes = RandomBytes(size_field, 400);
+        Draw draw(bytes, Draw::kMeant);
+        Digest digest;
+        operation.call(image.ref(), draw, digest);
+        if (image.get() == before) continue;  // in place it is the caller's block
+        ExpectRoomForHeader(image, operation.name);
+        ++replaced;
+      }
+    }
+  }
+  EXPECT_GT(replaced, 100);
 }
 
 // Under the address sanitizer this finds what leaves a block, with the undefined-behaviour
