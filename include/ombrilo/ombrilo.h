@@ -210,6 +210,31 @@ OMB_API uintptr_t omb_cpydibrect(const PackedDib* dib, int32_t x, uint32_t y, ui
  * differ from each other; each is part of its function's contract.
  * @{ */
 
+/** The channels of a color. Functions say which of these they take. */
+enum OmbChannel {
+  OMB_CHANNEL_ALL = 0,   /**< red, green and blue alike */
+  OMB_CHANNEL_RED = 1,   /**< red alone */
+  OMB_CHANNEL_GREEN = 2, /**< green alone */
+  OMB_CHANNEL_BLUE = 3,  /**< blue alone */
+  OMB_CHANNEL_GRAY = 4   /**< the gray value of all three */
+};
+
+/** What omb_adjustcolor() adjusts. */
+enum OmbAdjustment {
+  OMB_ADJUST_OFFSETS = 1, /**< red, green and blue by amounts */
+  OMB_ADJUST_GAINS = 2,   /**< red, green and blue by percent */
+  OMB_ADJUST_HSI = 3,     /**< hue, saturation and intensity */
+  OMB_ADJUST_HSL = 4      /**< hue, saturation and lightness */
+};
+
+/** The levels that omb_balance() changes. */
+enum OmbBalanceRange {
+  OMB_BALANCE_SHADOWS = 0,    /**< dark levels most */
+  OMB_BALANCE_MIDTONES = 1,   /**< middle levels most */
+  OMB_BALANCE_HIGHLIGHTS = 2, /**< light levels most */
+  OMB_BALANCE_ALL = 3         /**< all levels alike */
+};
+
 /**
  * Whether the color table holds a color that is not gray. The pixels are not looked at: an image
  * without a table counts as colorful.
@@ -430,6 +455,21 @@ OMB_API uint32_t omb_adjustghms(PackedDib* dib, int32_t highlights, int32_t shad
  * entry's index: least squared distance over red, green and blue, the lowest index on a tie, among
  * the 2, 16 or 256 entries of the depth. @{ */
 
+/** How omb_scale() and omb_rotate() resample. */
+enum OmbResampling {
+  OMB_RESAMPLE_POINT = 1,    /**< one pixel, copied as it is */
+  OMB_RESAMPLE_BILINEAR = 2, /**< 2 x 2 pixels, blended */
+  OMB_RESAMPLE_BICUBIC = 3   /**< 4 x 4 pixels, blended */
+};
+
+/** Filters of omb_resize(), from coarse to fine. */
+enum OmbResizeFilter {
+  OMB_RESIZE_BOX = 1,      /**< the mean of the pixels that become one */
+  OMB_RESIZE_TRIANGLE = 2, /**< smooth */
+  OMB_RESIZE_CUBIC = 3,    /**< sharper */
+  OMB_RESIZE_LANCZOS = 4   /**< sharpest */
+};
+
 /**
  * Scales the image. The position of pixel (x, y) is x * (W / width), y * (H / height): there is no
  * half-pixel offset.
@@ -535,16 +575,168 @@ OMB_API void omb_zeroKERNAL(KERNAL* kernel);
 /** Releases a record of omb_newKERNAL() or omb_cloneKERNAL() with its arrays. Null is accepted. */
 OMB_API void omb_destroyKERNAL(KERNAL* kernel);
 
+/** Numbers of the built-in records, for omb_getKERNAL(). */
+enum OmbKernal {
+  OMB_KERNAL_CIRCLE_3X3 = 0,    /**< shape: a disc, 3x3 */
+  OMB_KERNAL_CIRCLE_5X5 = 1,    /**< shape: a disc, 5x5 */
+  OMB_KERNAL_CIRCLE_7X7 = 2,    /**< shape: a disc, 7x7 */
+  OMB_KERNAL_CIRCLE_11X11 = 3,  /**< shape: a disc, 11x11 */
+  OMB_KERNAL_COLOMN_1X3 = 4,    /**< shape: three pixels one above the other, 1x3 */
+  OMB_KERNAL_CROSS_3X3 = 5,     /**< shape: a plus, 3x3 */
+  OMB_KERNAL_HIPASS_3X3 = 6,    /**< sharpens, 3x3 */
+  OMB_KERNAL_HIPASS_5X5 = 7,    /**< sharpens, 5x5 */
+  OMB_KERNAL_HIPASS_7X7 = 8,    /**< sharpens, 7x7 */
+  OMB_KERNAL_HIGAUSS_5X5 = 9,   /**< sharpens a blurred picture, 5x5 */
+  OMB_KERNAL_HIGAUSS_7X7 = 10,  /**< sharpens a blurred picture, 7x7 */
+  OMB_KERNAL_HIGAUSS_9X9 = 11,  /**< sharpens a blurred picture, 9x9 */
+  OMB_KERNAL_HORZEDGE_3X3 = 12, /**< edges that run left to right, 3x3 */
+  OMB_KERNAL_HORZEDGE_5X5 = 13, /**< edges that run left to right, 5x5 */
+  OMB_KERNAL_HORZEDGE_7X7 = 14, /**< edges that run left to right, 7x7 */
+  OMB_KERNAL_LAPLACE_3X3 = 15,  /**< edges of all directions, 3x3 */
+  OMB_KERNAL_LAPLACE_5X5 = 16,  /**< edges of all directions, 5x5 */
+  OMB_KERNAL_LAPLACE_7X7 = 17,  /**< edges of all directions, 7x7 */
+  OMB_KERNAL_LOPASS_3X3 = 18,   /**< smooths, 3x3 */
+  OMB_KERNAL_LOPASS_5X5 = 19,   /**< smooths, 5x5 */
+  OMB_KERNAL_LOPASS_7X7 = 20,   /**< smooths, 7x7 */
+  OMB_KERNAL_RING_3X3 = 21,     /**< shape: a disc without its middle, 3x3 */
+  OMB_KERNAL_RING_5X5 = 22,     /**< shape: a disc without its middle, 5x5 */
+  OMB_KERNAL_RING_7X7 = 23,     /**< shape: a disc without its middle, 7x7 */
+  OMB_KERNAL_ROW_3X1 = 24,      /**< shape: pixels side by side, 3x1 */
+  OMB_KERNAL_ROW_5X1 = 25,      /**< shape: pixels side by side, 5x1 */
+  OMB_KERNAL_ROW_7X1 = 26,      /**< shape: pixels side by side, 7x1 */
+  OMB_KERNAL_SCULPT = 27,       /**< relief on mid-gray */
+  OMB_KERNAL_SQUARE_2X2 = 28,   /**< shape: a square, 2x2 */
+  OMB_KERNAL_SQUARE_3X3 = 29,   /**< shape: a square, 3x3 */
+  OMB_KERNAL_SQUARE_5X5 = 30,   /**< shape: a square, 5x5 */
+  OMB_KERNAL_SQUARE_7X7 = 31,   /**< shape: a square, 7x7 */
+  OMB_KERNAL_TOPHAT_3X3 = 32,   /**< light specks, 3x3 */
+  OMB_KERNAL_TOPHAT_5X5 = 33,   /**< light specks, 5x5 */
+  OMB_KERNAL_TOPHAT_7X7 = 34,   /**< light specks, 7x7 */
+  OMB_KERNAL_UNSHARP_3X3 = 35,  /**< sharpens gently, 3x3 */
+  OMB_KERNAL_UNSHARP_5X5 = 36,  /**< sharpens gently, 5x5 */
+  OMB_KERNAL_UNSHARP_7X7 = 37,  /**< sharpens gently, 7x7 */
+  OMB_KERNAL_VARIANCE_3X3 = 38, /**< smooths, as lopass, 3x3 */
+  OMB_KERNAL_VERTEDGE_3X3 = 39, /**< edges that run top to bottom, 3x3 */
+  OMB_KERNAL_VERTEDGE_5X5 = 40, /**< edges that run top to bottom, 5x5 */
+  OMB_KERNAL_VERTEDGE_7X7 = 41, /**< edges that run top to bottom, 7x7 */
+  OMB_KERNAL_WELL_3X3 = 42,     /**< dark specks, 3x3 */
+  OMB_KERNAL_WELL_5X5 = 43,     /**< dark specks, 5x5 */
+  OMB_KERNAL_WELL_7X7 = 44      /**< dark specks, 7x7 */
+};
+
 /**
- * A built-in record, which lives as long as the library and must not be changed or released.
+ * A built-in record: a kernel, or a shape whose weights are all 0.
  *
- * 0 Circle 3x3, 1 Circle 5x5, 2 Circle 7x7, 3 Circle 11x11, 4 Colomn 1x3, 5 Cross 3x3,
- * 6 to 8 hipass 3x3 to 7x7, 9 to 11 higauss 5x5 to 9x9, 12 to 14 horzedge 3x3 to 7x7,
- * 15 to 17 laplace 3x3 to 7x7, 18 to 20 lopass 3x3 to 7x7, 21 to 23 Ring 3x3 to 7x7,
- * 24 to 26 Row 3x1 to 7x1, 27 sculpt, 28 to 31 Square 2x2 to 7x7, 32 to 34 tophat 3x3 to 7x7,
- * 35 to 37 unsharp 3x3 to 7x7, 38 variance 3x3, 39 to 41 vertedge 3x3 to 7x7,
- * 42 to 44 well 3x3 to 7x7. The name of 27 ends in a blank.
+ * The record lives as long as the library and must not be changed or released. Its name is the one
+ * drawn here; that of 27 ends in a blank. The bias is 0, of 27 it is 128.
  *
+ * The drawings show records as they lie on the picture. A dot is no entry, an `o` an entry with
+ * weight 0. The first line has the highest dy, the first column the lowest dx. The middle is the
+ * pixel that receives the result; of "Square 2x2" it is the upper left one. Entries are in the
+ * order of reading: line by line, each from left to right.
+ *
+ * Three more have no number; omb_EnhancePage() uses them.
+ *
+ * @verbatim
+ * 0 Circle 3x3   1 Circle 5x5   2 Circle 7x7    3 Circle 11x11          4 Colomn 1x3
+ * o o o          . o o o .      . . o o o . .   . . . o o o o o . . .   o
+ * o o o          o o o o o      . o o o o o .   . . o o o o o o o . .   o
+ * o o o          o o o o o      o o o o o o o   . o o o o o o o o o .   o
+ *                o o o o o      o o o o o o o   o o o o o o o o o o o
+ *                . o o o .      o o o o o o o   o o o o o o o o o o o
+ *                               . o o o o o .   o o o o o o o o o o o
+ *                               . . o o o . .   o o o o o o o o o o o
+ *                                               o o o o o o o o o o o
+ *                                               . o o o o o o o o o .
+ *                                               . . o o o o o o o . .
+ *                                               . . . o o o o o . . .
+ *
+ * 5 Cross 3x3   6 hipass 3x3   7 hipass 5x5     8 hipass 7x7           9 higauss 5x5
+ * . o .         -1 -1 -1        . -1 -1 -1  .    .  . -1 -1 -1  .  .    . -1 -1 -1  .
+ * o o o         -1  9 -1       -1 -1 -1 -1 -1    . -1 -1 -1 -1 -1  .   -1  .  2  . -1
+ * . o .         -1 -1 -1       -1 -1 21 -1 -1   -1 -1 -1 -1 -1 -1 -1   -1  2  5  2 -1
+ *                              -1 -1 -1 -1 -1   -1 -1 -1 37 -1 -1 -1   -1  .  2  . -1
+ *                               . -1 -1 -1  .   -1 -1 -1 -1 -1 -1 -1    . -1 -1 -1  .
+ *                                                . -1 -1 -1 -1 -1  .
+ *                                                .  . -1 -1 -1  .  .
+ *
+ * 10 higauss 7x7         11 higauss 9x9               12 horzedge 3x3   13 horzedge 5x5
+ *  .  . -1 -1 -1  .  .   -1  . -1 -3 -4 -3 -1  . -1   -1 -2 -1          -1 -1 -1 -1 -1
+ *  . -1 -1  . -1 -1  .    . -2 -7 -8 -7 -8 -7 -2  .    .  .  .          -1 -1 -1 -1 -1
+ * -1 -1  2  4  2 -1 -1   -1 -7 -5  3  7  3 -5 -7 -1    1  2  1           .  .  .  .  .
+ * -1  .  4 10  4  . -1   -3 -8  3 19 27 19  3 -8 -3                      1  1  1  1  1
+ * -1 -1  2  4  2 -1 -1   -4 -7  7 27 42 27  7 -7 -4                      1  1  1  1  1
+ *  .  .  .  .  .  .  .   -3 -8  3 19 27 19  3 -8 -3
+ *  .  . -1 -1 -1  .  .   -1 -7 -5  3  7  3 -5 -7 -1
+ *                         . -2 -7 -8 -7 -8 -7 -2  .
+ *                        -1  . -1 -3 -4 -3 -1  . -1
+ *
+ * 14 horzedge 7x7        15 laplace 3x3   16 laplace 5x5   17 laplace 7x7         18 lopass 3x3
+ * -1 -1 -1 -1 -1 -1 -1   -1 -1 -1          . -1 -1 -1  .   -1 -1 -1 -1 -1 -1 -1   1 1 1
+ * -1 -1 -1 -1 -1 -1 -1   -1  8 -1         -1  .  1  . -1   -1 -1 -1 -1 -1 -1 -1   1 . 1
+ * -1 -1 -1 -1 -1 -1 -1   -1 -1 -1         -1  1  8  1 -1   -1 -1 -1 -1 -1 -1 -1   1 1 1
+ *  .  .  .  .  .  .  .                    -1  .  1  . -1   -1 -1 -1 48 -1 -1 -1
+ *  1  1  1  1  1  1  1                     . -1 -1 -1  .   -1 -1 -1 -1 -1 -1 -1
+ *  1  1  1  1  1  1  1                                     -1 -1 -1 -1 -1 -1 -1
+ *  1  1  1  1  1  1  1                                     -1 -1 -1 -1 -1 -1 -1
+ *
+ * 19 lopass 5x5   20 lopass 7x7   21 Ring 3x3   22 Ring 5x5   23 Ring 7x7     24 Row 3x1
+ * 1 1 1 1 1       1 1 1 1 1 1 1   o o o         . o o o .     . . o o o . .   o o o
+ * 1 1 1 1 1       1 1 1 1 1 1 1   o . o         o o . o o     . o o o o o .
+ * 1 1 1 1 1       1 1 1 1 1 1 1   o o o         o . . . o     o o . . . o o
+ * 1 1 1 1 1       1 1 1 1 1 1 1                 o o . o o     o o . . . o o
+ * 1 1 1 1 1       1 1 1 1 1 1 1                 . o o o .     o o . . . o o
+ *                 1 1 1 1 1 1 1                               . o o o o o .
+ *                 1 1 1 1 1 1 1                               . . o o o . .
+ *
+ * 25 Row 5x1   26 Row 7x1      27 sculpt   28 Square 2x2   29 Square 3x3   30 Square 5x5
+ * o o o o o    o o o o o o o   -1  .  .    o o             o o o           o o o o o
+ *                               .  .  .    o o             o o o           o o o o o
+ *                               .  .  1                    o o o           o o o o o
+ *                                                                          o o o o o
+ *                                                                          o o o o o
+ *
+ * 31 Square 7x7   32 tophat 3x3   33 tophat 5x5    34 tophat 7x7          35 unsharp 3x3
+ * o o o o o o o   -1 -1 -1         . -1 -1 -1  .    .  . -1 -1 -1  .  .   -1 -1 -1
+ * o o o o o o o   -1  8 -1        -1 -1  3 -1 -1    . -1 -1 -1 -1 -1  .   -1 17 -1
+ * o o o o o o o   -1 -1 -1        -1  3  4  3 -1   -1 -1  3  3  3 -1 -1   -1 -1 -1
+ * o o o o o o o                   -1 -1  3 -1 -1   -1 -1  3  4  3 -1 -1
+ * o o o o o o o                    . -1 -1 -1  .   -1 -1  3  3  3 -1 -1
+ * o o o o o o o                                     . -1 -1 -1 -1 -1  .
+ * o o o o o o o                                     .  . -1 -1 -1  .  .
+ *
+ * 36 unsharp 5x5   37 unsharp 7x7         38 variance 3x3   39 vertedge 3x3   40 vertedge 5x5
+ * -1 -1 -1 -1 -1   -1 -1 -1 -1 -1 -1 -1   1 1 1             -1  .  1          -1 -1  .  1  1
+ * -1 -1 -1 -1 -1   -1 -1 -1 -1 -1 -1 -1   1 . 1             -2  .  2          -1 -1  .  1  1
+ * -1 -1 49 -1 -1   -1 -1 -1 -1 -1 -1 -1   1 1 1             -1  .  1          -1 -1  .  1  1
+ * -1 -1 -1 -1 -1   -1 -1 -1 97 -1 -1 -1                                       -1 -1  .  1  1
+ * -1 -1 -1 -1 -1   -1 -1 -1 -1 -1 -1 -1                                       -1 -1  .  1  1
+ *                  -1 -1 -1 -1 -1 -1 -1
+ *                  -1 -1 -1 -1 -1 -1 -1
+ *
+ * 41 vertedge 7x7        42 well 3x3   43 well 5x5      44 well 7x7            gauss 3x3
+ * -1 -1 -1  .  1  1  1    1  1  1       .  1  1  1  .    .  .  1  1  1  .  .   1 2 1
+ * -1 -1 -1  .  1  1  1    1 -8  1       1  1 -3  1  1    .  1  1  1  1  1  .   2 4 2
+ * -1 -1 -1  .  1  1  1    1  1  1       1 -3 -4 -3  1    1  1 -3 -3 -3  1  1   1 2 1
+ * -1 -1 -1  .  1  1  1                  1  1 -3  1  1    1  1 -3 -4 -3  1  1
+ * -1 -1 -1  .  1  1  1                  .  1  1  1  .    1  1 -3 -3 -3  1  1
+ * -1 -1 -1  .  1  1  1                                   .  1  1  1  1  1  .
+ * -1 -1 -1  .  1  1  1                                   .  .  1  1  1  .  .
+ *
+ * gauss 5x5   gauss 7x7
+ * 1 1 2 1 1    1  1  2  2  2  1  1
+ * 1 2 4 2 1    1  2  2  4  2  2  1
+ * 2 4 8 4 2    2  2  4  8  4  2  2
+ * 1 2 4 2 1    2  4  8 16  8  4  2
+ * 1 1 2 1 1    2  2  4  8  4  2  2
+ *              1  2  2  4  2  2  1
+ *              1  1  2  2  2  1  1
+ * @endverbatim
+ *
+ * "higauss 7x7" is irregular: its line dy = -2 is empty, (-2, 0) and (2, 0) are missing, and after
+ * the 29 entries drawn come four more with weight -1: (0, 0) and three times (-1, -1).
+ *
+ * @param index one of ::OmbKernal
  * @return null for 45 and above
  */
 OMB_API const KERNAL* omb_getKERNAL(uint32_t index);
@@ -565,44 +757,69 @@ OMB_API const KERNAL* omb_getKERNAL(uint32_t index);
  * @{ */
 
 /**
- * Convolution with one of 39 kernels: sums of weighted neighbours, channel by channel, divided by
- * the sum of the weights unless that is 0, truncated toward zero and clamped to 0..255.
+ * Numbers of the kernels of omb_convolute(), each with its weights, row by row. The first row lies
+ * on the row stored before the pixel's own, which is the one below it in the picture. Directions
+ * are those of the picture: N is up, W left.
+ */
+enum OmbConvolution {
+  /* smooth */
+  OMB_CONVOLUTE_BOX_3X3 = 1,      /**< 1 1 1 / 1 1 1 / 1 1 1 */
+  OMB_CONVOLUTE_BOX_5X5 = 2,      /**< 1 1 1 1 1 / 1 1 1 1 1 / 1 1 1 1 1 / 1 1 1 1 1 / 1 1 1 1 1 */
+  OMB_CONVOLUTE_BINOMIAL_3X3 = 3, /**< 1 2 1 / 2 4 2 / 1 2 1 */
+  OMB_CONVOLUTE_CENTERED_5X5 = 4, /**< 1 1 1 1 1 / 1 4 4 4 1 / 1 4 12 4 1 / 1 4 4 4 1 / 1 1 1 1 1 */
+  /* sharpen; 8 keeps flat areas and reverses local detail */
+  OMB_CONVOLUTE_SHARPEN_SOFT = 5,   /**< -1 -2 -1 / -2 19 -2 / -1 -2 -1 */
+  OMB_CONVOLUTE_SHARPEN_PLUS = 6,   /**< 0 -1 0 / -1 5 -1 / 0 -1 0 */
+  OMB_CONVOLUTE_SHARPEN_SQUARE = 7, /**< -1 -1 -1 / -1 9 -1 / -1 -1 -1 */
+  /** 0 -1 -1 -1 0 / -1 2 -4 2 -1 / -1 -4 13 -4 -1 / -1 2 -4 2 -1 / 0 -1 -1 -1 0 */
+  OMB_CONVOLUTE_REVERSE_5X5 = 8,
+  /* Laplacian: local detail on black */
+  OMB_CONVOLUTE_LAPLACE_PLUS = 9,     /**< 0 -1 0 / -1 4 -1 / 0 -1 0 */
+  OMB_CONVOLUTE_LAPLACE_SQUARE = 10,  /**< -1 -1 -1 / -1 8 -1 / -1 -1 -1 */
+  OMB_CONVOLUTE_LAPLACE_CORNERS = 11, /**< 1 -2 1 / -2 4 -2 / 1 -2 1 */
+  /* Sobel gradient: bright where it is lighter toward that side */
+  OMB_CONVOLUTE_SOBEL_W = 12,  /**< 1 0 -1 / 2 0 -2 / 1 0 -1 */
+  OMB_CONVOLUTE_SOBEL_S = 13,  /**< 1 2 1 / 0 0 0 / -1 -2 -1 */
+  OMB_CONVOLUTE_SOBEL_E = 14,  /**< -1 0 1 / -2 0 2 / -1 0 1 */
+  OMB_CONVOLUTE_SOBEL_N = 15,  /**< -1 -2 -1 / 0 0 0 / 1 2 1 */
+  OMB_CONVOLUTE_SOBEL_NW = 16, /**< 0 -1 -2 / 1 0 -1 / 2 1 0 */
+  OMB_CONVOLUTE_SOBEL_SW = 17, /**< 2 1 0 / 1 0 -1 / 0 -1 -2 */
+  OMB_CONVOLUTE_SOBEL_NE = 18, /**< -2 -1 0 / -1 0 1 / 0 1 2 */
+  OMB_CONVOLUTE_SOBEL_SE = 19, /**< 0 1 2 / -1 0 1 / -2 -1 0 */
+  /* the middle minus the neighbour on the other side */
+  OMB_CONVOLUTE_STEP_W = 20,  /**< 0 0 0 / 0 1 -1 / 0 0 0 */
+  OMB_CONVOLUTE_STEP_S = 21,  /**< 0 0 0 / 0 1 0 / 0 -1 0 */
+  OMB_CONVOLUTE_STEP_E = 22,  /**< 0 0 0 / -1 1 0 / 0 0 0 */
+  OMB_CONVOLUTE_STEP_N = 23,  /**< 0 -1 0 / 0 1 0 / 0 0 0 */
+  OMB_CONVOLUTE_STEP_NW = 24, /**< 0 0 -1 / 0 1 0 / 0 0 0 */
+  OMB_CONVOLUTE_STEP_SW = 25, /**< 0 0 0 / 0 1 0 / 0 0 -1 */
+  OMB_CONVOLUTE_STEP_NE = 26, /**< -1 0 0 / 0 1 0 / 0 0 0 */
+  OMB_CONVOLUTE_STEP_SE = 27, /**< 0 0 0 / 0 1 0 / -1 0 0 */
+  /* compass mask: bright where it is lighter toward that side */
+  OMB_CONVOLUTE_COMPASS_W = 28,  /**< 1 1 -1 / 1 -2 -1 / 1 1 -1 */
+  OMB_CONVOLUTE_COMPASS_S = 29,  /**< 1 1 1 / 1 -2 1 / -1 -1 -1 */
+  OMB_CONVOLUTE_COMPASS_E = 30,  /**< -1 1 1 / -1 -2 1 / -1 1 1 */
+  OMB_CONVOLUTE_COMPASS_N = 31,  /**< -1 -1 -1 / 1 -2 1 / 1 1 1 */
+  OMB_CONVOLUTE_COMPASS_NW = 32, /**< 1 -1 -1 / 1 -2 -1 / 1 1 1 */
+  OMB_CONVOLUTE_COMPASS_SW = 33, /**< 1 1 1 / 1 -2 -1 / 1 -1 -1 */
+  OMB_CONVOLUTE_COMPASS_NE = 34, /**< -1 -1 1 / -1 -2 1 / 1 1 1 */
+  OMB_CONVOLUTE_COMPASS_SE = 35, /**< 1 1 1 / -1 -2 1 / -1 -1 1 */
+  /* lines that are lighter than both sides */
+  OMB_CONVOLUTE_LINE_LEVEL = 36,   /**< -1 -1 -1 / 2 2 2 / -1 -1 -1 */
+  OMB_CONVOLUTE_LINE_UPRIGHT = 37, /**< -1 2 -1 / -1 2 -1 / -1 2 -1 */
+  OMB_CONVOLUTE_LINE_RISING = 38,  /**< 2 -1 -1 / -1 2 -1 / -1 -1 2 */
+  OMB_CONVOLUTE_LINE_FALLING = 39  /**< -1 -1 2 / -1 2 -1 / 2 -1 -1 */
+};
+
+/**
+ * Convolution with one of 39 kernels: smooths, sharpens or finds edges.
  *
- * 1 to 4 smooth (box 3x3, box 5x5, binomial 3x3, centre-weighted 5x5); 5 to 8 sharpen, where 8
- * keeps flat areas and turns local detail around; 9 to 11 Laplacian; 12 to 19 the rotations of a
- * Sobel gradient; 20 to 27 the centre minus one of its neighbours; 28 to 35 the rotations of a
- * compass mask; 36 to 39 lines (row, column, diagonals). 2, 4 and 8 are 5x5 and zero a border of 2
- * pixels, the others are 3x3 and zero one of 1 pixel.
- *
- * The weights, row by row; the first row lies on the row stored before the pixel's own, which is
- * the one below it in the picture:
- *
- * @verbatim
- *  1: 1 1 1 / 1 1 1 / 1 1 1               22: 0 0 0 / -1 1 0 / 0 0 0
- *  3: 1 2 1 / 2 4 2 / 1 2 1               23: 0 -1 0 / 0 1 0 / 0 0 0
- *  5: -1 -2 -1 / -2 19 -2 / -1 -2 -1      24: 0 0 -1 / 0 1 0 / 0 0 0
- *  6: 0 -1 0 / -1 5 -1 / 0 -1 0           25: 0 0 0 / 0 1 0 / 0 0 -1
- *  7: -1 -1 -1 / -1 9 -1 / -1 -1 -1       26: -1 0 0 / 0 1 0 / 0 0 0
- *  9: 0 -1 0 / -1 4 -1 / 0 -1 0           27: 0 0 0 / 0 1 0 / -1 0 0
- * 10: -1 -1 -1 / -1 8 -1 / -1 -1 -1       28: 1 1 -1 / 1 -2 -1 / 1 1 -1
- * 11: 1 -2 1 / -2 4 -2 / 1 -2 1           29: 1 1 1 / 1 -2 1 / -1 -1 -1
- * 12: 1 0 -1 / 2 0 -2 / 1 0 -1            30: -1 1 1 / -1 -2 1 / -1 1 1
- * 13: 1 2 1 / 0 0 0 / -1 -2 -1            31: -1 -1 -1 / 1 -2 1 / 1 1 1
- * 14: -1 0 1 / -2 0 2 / -1 0 1            32: 1 -1 -1 / 1 -2 -1 / 1 1 1
- * 15: -1 -2 -1 / 0 0 0 / 1 2 1            33: 1 1 1 / 1 -2 -1 / 1 -1 -1
- * 16: 0 -1 -2 / 1 0 -1 / 2 1 0            34: -1 -1 1 / -1 -2 1 / 1 1 1
- * 17: 2 1 0 / 1 0 -1 / 0 -1 -2            35: 1 1 1 / -1 -2 1 / -1 -1 1
- * 18: -2 -1 0 / -1 0 1 / 0 1 2            36: -1 -1 -1 / 2 2 2 / -1 -1 -1
- * 19: 0 1 2 / -1 0 1 / -2 -1 0            37: -1 2 -1 / -1 2 -1 / -1 2 -1
- * 20: 0 0 0 / 0 1 -1 / 0 0 0              38: 2 -1 -1 / -1 2 -1 / -1 -1 2
- * 21: 0 0 0 / 0 1 0 / 0 -1 0              39: -1 -1 2 / -1 2 -1 / 2 -1 -1
- *  2: 1 everywhere
- *  4: 1 1 1 1 1 / 1 4 4 4 1 / 1 4 12 4 1 / 1 4 4 4 1 / 1 1 1 1 1
- *  8: 0 -1 -1 -1 0 / -1 2 -4 2 -1 / -1 -4 13 -4 -1 / -1 2 -4 2 -1 / 0 -1 -1 -1 0
- * @endverbatim
+ * Each channel becomes the sum of its weighted neighbours, divided by the sum of the weights unless
+ * that is 0, truncated toward zero and clamped to 0..255. The border of the image becomes zero: 2
+ * pixels for the three 5x5 kernels, 1 pixel for the others.
  *
  * @param dib  the image; 1, 4, 8 or 24 bits
- * @param type 1 to 39; other numbers leave the image unchanged
+ * @param type one of ::OmbConvolution: 1 to 39; other numbers leave the image unchanged
  */
 OMB_API void omb_convolute(PackedDib* dib, uint32_t type);
 
@@ -631,12 +848,50 @@ OMB_API int32_t omb_DoConvoluteDIB(PackedDib* dib, const KERNAL* kernel, int32_t
                                    int32_t strength);
 
 /**
- * Relief: convolution with a directional 3x3 kernel, plus a color. The kernels are those of
- * omb_convolute() from 12 on; they sum to 0, so that flat areas take the color.
+ * Directions of omb_emboss(). Direction n uses kernel n + 12 of ::OmbConvolution. What is lighter
+ * appears raised, and lit from the side in the name: N is above in the picture, W left.
+ */
+enum OmbEmboss {
+  OMB_EMBOSS_SOFT_E = 0,     /**< soft, lit from the right */
+  OMB_EMBOSS_SOFT_N = 1,     /**< soft, lit from above */
+  OMB_EMBOSS_SOFT_W = 2,     /**< soft, lit from the left */
+  OMB_EMBOSS_SOFT_S = 3,     /**< soft, lit from below */
+  OMB_EMBOSS_SOFT_SE = 4,    /**< soft, lit from below right */
+  OMB_EMBOSS_SOFT_NE = 5,    /**< soft, lit from above right */
+  OMB_EMBOSS_SOFT_SW = 6,    /**< soft, lit from below left */
+  OMB_EMBOSS_SOFT_NW = 7,    /**< soft, lit from above left */
+  OMB_EMBOSS_FINE_E = 8,     /**< fine, lit from the right */
+  OMB_EMBOSS_FINE_N = 9,     /**< fine, lit from above */
+  OMB_EMBOSS_FINE_W = 10,    /**< fine, lit from the left */
+  OMB_EMBOSS_FINE_S = 11,    /**< fine, lit from below */
+  OMB_EMBOSS_FINE_SE = 12,   /**< fine, lit from below right */
+  OMB_EMBOSS_FINE_NE = 13,   /**< fine, lit from above right */
+  OMB_EMBOSS_FINE_SW = 14,   /**< fine, lit from below left */
+  OMB_EMBOSS_FINE_NW = 15,   /**< fine, lit from above left */
+  OMB_EMBOSS_STRONG_E = 16,  /**< strong, lit from the right */
+  OMB_EMBOSS_STRONG_N = 17,  /**< strong, lit from above */
+  OMB_EMBOSS_STRONG_W = 18,  /**< strong, lit from the left */
+  OMB_EMBOSS_STRONG_S = 19,  /**< strong, lit from below */
+  OMB_EMBOSS_STRONG_SE = 20, /**< strong, lit from below right */
+  OMB_EMBOSS_STRONG_NE = 21, /**< strong, lit from above right */
+  OMB_EMBOSS_STRONG_SW = 22, /**< strong, lit from below left */
+  OMB_EMBOSS_STRONG_NW = 23, /**< strong, lit from above left */
+  OMB_EMBOSS_LEVEL = 24,     /**< lines from left to right */
+  OMB_EMBOSS_UPRIGHT = 25,   /**< lines from top to bottom */
+  OMB_EMBOSS_RISING = 26,    /**< lines from below left to above right */
+  OMB_EMBOSS_FALLING = 27    /**< lines from above left to below right */
+};
+
+/**
+ * Relief: light areas appear raised on a ground of one color.
  *
- * @param dib       the image; 1, 4, 8 or 24 bits; a border of 1 pixel becomes zero
- * @param direction 0 to 27
- * @param color     0x00BBGGRR, added to the sums before they are clamped to 0..255
+ * Each channel becomes the sum of its neighbours, weighted as omb_convolute()'s kernel
+ * 12 + direction says, plus the color's channel, clamped to 0..255. These kernels sum to 0, so that
+ * flat areas take the color. A border of 1 pixel becomes zero.
+ *
+ * @param dib       the image; 1, 4, 8 or 24 bits
+ * @param direction one of ::OmbEmboss: 0 to 27
+ * @param color     0x00BBGGRR; 0x808080 is the usual ground
  * @return 1; 0 for null, for other directions and when memory runs out
  */
 OMB_API uint32_t omb_emboss(PackedDib* dib, uint32_t direction, uint32_t color);
@@ -710,6 +965,18 @@ OMB_API void omb_opencompose(PackedDib* dib);
  */
 OMB_API void omb_tophat(PackedDib* dib);
 
+/** Operations of omb_DoKernalMorphDIB() (the first four) and omb_MorphologicalPage(). */
+enum OmbMorphology {
+  OMB_MORPH_ERODE = 0,           /**< the least value: dark areas grow */
+  OMB_MORPH_DILATE = 1,          /**< the greatest value: light areas grow */
+  OMB_MORPH_OPEN = 2,            /**< erosion, then dilation: light detail goes */
+  OMB_MORPH_CLOSE = 3,           /**< dilation, then erosion: dark detail goes */
+  OMB_MORPH_GRADIENT = 4,        /**< dilation minus erosion: edges */
+  OMB_MORPH_LIGHT_DETAIL = 5,    /**< the image minus its opening */
+  OMB_MORPH_DARK_DETAIL = 6,     /**< the closing minus the image */
+  OMB_MORPH_CLEAN_BACKGROUND = 7 /**< the image relative to its closing: even paper */
+};
+
 /**
  * Erosion, dilation, opening or closing with any structuring element.
  *
@@ -744,6 +1011,57 @@ OMB_API int32_t omb_DoKernalMorphDIB(PackedDib* dib, int32_t bits, int32_t op,
  * count and planes at their information header positions even for a core header; bytes outside the
  * image count as 0 and are not written. An image without planes does not change. @{ */
 
+/** Sizes of page filters. OMB_ENHANCE_HIGAUSS is a step larger: 5x5, 7x7, 9x9. */
+enum OmbPageSize {
+  OMB_SIZE_3X3 = 0, /**< 3x3 pixels */
+  OMB_SIZE_5X5 = 1, /**< 5x5 pixels */
+  OMB_SIZE_7X7 = 2  /**< 7x7 pixels */
+};
+
+/** Shapes of omb_MorphologicalPage(). */
+enum OmbPageShape {
+  OMB_SHAPE_SQUARE = 0, /**< a square */
+  OMB_SHAPE_CIRCLE = 1, /**< a disc; in 3x3 the square */
+  OMB_SHAPE_ROW = 2,    /**< pixels side by side */
+  OMB_SHAPE_COLUMN = 3  /**< pixels one above the other */
+};
+
+/** Filters of omb_EnhancePage(). */
+enum OmbEnhancement {
+  OMB_ENHANCE_LOPASS = 0,  /**< smooths: all pixels of the square count the same */
+  OMB_ENHANCE_HIPASS = 1,  /**< sharpens */
+  OMB_ENHANCE_GAUSS = 2,   /**< smooths: near pixels count more */
+  OMB_ENHANCE_HIGAUSS = 3, /**< sharpens a blurred picture */
+  OMB_ENHANCE_TONE = 4,    /**< tone curves */
+  OMB_ENHANCE_UNSHARP = 5, /**< sharpens gently */
+  OMB_ENHANCE_MEDIAN = 7,  /**< removes specks */
+  OMB_ENHANCE_RANK = 8     /**< takes the value at a percentile of the square */
+};
+
+/** Curves of OMB_ENHANCE_TONE. */
+enum OmbToneCurve {
+  OMB_TONE_EQUALIZE = 0, /**< spreads the levels that occur most */
+  OMB_TONE_STRETCH = 1,  /**< stretches the levels that occur to black and white */
+  OMB_TONE_WHITEN = 2,   /**< makes the paper white */
+  OMB_TONE_LOGARITHM = 3 /**< lightens shadows */
+};
+
+/** Where OMB_ENHANCE_TONE takes its curves from. */
+enum OmbToneScope {
+  OMB_SCOPE_IMAGE = 0, /**< one curve for the whole image */
+  OMB_SCOPE_BLOCKS = 1 /**< a curve for each block of the image, blended between them */
+};
+
+/** Filters of omb_EdgePage(). */
+enum OmbEdge {
+  OMB_EDGE_SOBEL = 0,      /**< Sobel gradient magnitude */
+  OMB_EDGE_ROBERTS = 1,    /**< Roberts cross gradient magnitude: finer */
+  OMB_EDGE_SCULPT = 2,     /**< relief on mid-gray */
+  OMB_EDGE_LAPLACE = 3,    /**< all directions */
+  OMB_EDGE_HORIZONTAL = 5, /**< edges that run left to right */
+  OMB_EDGE_VERTICAL = 6    /**< edges that run top to bottom */
+};
+
 /**
  * Smooths, sharpens or rank-filters a page.
  *
@@ -756,28 +1074,29 @@ OMB_API int32_t omb_DoKernalMorphDIB(PackedDib* dib, int32_t bits, int32_t op,
  * | 4    | as mode 5, unless toneScope is 0 or 1: then 0                  |
  * | 5    | the same with "unsharp" 3x3, 5x5, 7x7                          |
  * | 7    | rank order in 3x3, 5x5, 7x7 at percentile 50: the median       |
- * | 8    | rank order in 3x3, 5x5, 7x7 at percentile p6                   |
+ * | 8    | rank order in 3x3, 5x5, 7x7 at a percentile                    |
  *
- * Rank order, p3 times over: with n the number of pixels in the square, a value becomes the one at
- * index (n - 1) x percentile / 100 of the square's sorted values. 24 bits: blue, green and red
+ * Rank order, pass after pass: with n the number of pixels in the square, a value becomes the one
+ * at index (n - 1) x percentile / 100 of the square's sorted values. 24 bits: blue, green and red
  * apart. Other depths: bytes, whatever they hold, as many columns as the image is wide but not
  * beyond the row. A band of 1, 2 or 3 pixels keeps its values. Width and height count in their low
  * 16 bits, and so does the row length that follows from them.
  *
- * @param dib       the image
- * @param size      0, 1 or 2
- * @param p3        passes; below 1 the image is unchanged
- * @param p4        strength of convolutions in tenths
- * @param p5        without effect
- * @param p6        percentile in mode 8: 0 (the least value) to 100 (the greatest)
- * @param mode      the filter
- * @param toneScope see mode 4
- * @param toneCurve without effect
+ * @param dib        the image
+ * @param size       one of ::OmbPageSize: 0 to 2
+ * @param passes     how often; below 1 the image is unchanged
+ * @param strength   the share of a convolution in tenths, as in omb_DoConvoluteDIB()
+ * @param block      without effect
+ * @param percentile of mode 8: 0 (the least value) to 100 (the greatest)
+ * @param mode       one of ::OmbEnhancement
+ * @param toneScope  see mode 4
+ * @param toneCurve  without effect
  * @return 1; 0 for null, other modes, sizes and percentiles, rows that overlap, and when memory
  *         runs out
  */
-OMB_API int32_t omb_EnhancePage(PackedDib* dib, int32_t size, int32_t p3, int32_t p4, int32_t p5,
-                                int32_t p6, int32_t mode, int32_t toneScope, int32_t toneCurve);
+OMB_API int32_t omb_EnhancePage(PackedDib* dib, int32_t size, int32_t passes, int32_t strength,
+                                int32_t block, int32_t percentile, int32_t mode, int32_t toneScope,
+                                int32_t toneCurve);
 
 /**
  * Finds edges.
@@ -800,15 +1119,15 @@ OMB_API int32_t omb_EnhancePage(PackedDib* dib, int32_t size, int32_t p3, int32_
  * values. For both, the width in the row length too is the 32 bits at its information header
  * position.
  *
- * @param dib  the image
- * @param size 0, 1 or 2 where it counts
- * @param p3   passes of convolutions
- * @param p4   strength of convolutions in tenths
- * @param mode the filter; further arguments are accepted and have no effect
+ * @param dib      the image
+ * @param size     one of ::OmbPageSize, where it counts
+ * @param passes   of convolutions: how often
+ * @param strength the share of a convolution in tenths, as in omb_DoConvoluteDIB()
+ * @param mode     one of ::OmbEdge; further arguments are accepted and have no effect
  * @return 1; 0 for null, other modes and sizes, rows that overlap, and when memory runs out
  */
-OMB_API int32_t omb_EdgePage(PackedDib* dib, int32_t size, int32_t p3, int32_t p4, int32_t mode,
-                             ...);
+OMB_API int32_t omb_EdgePage(PackedDib* dib, int32_t size, int32_t passes, int32_t strength,
+                             int32_t mode, ...);
 
 /** @} */
 
@@ -903,6 +1222,12 @@ OMB_API uintptr_t omb_bmtodib(struct HBITMAP__* bitmap, struct HPALETTE__* palet
  *         header, for an image without pixels and when the section cannot be created
  */
 OMB_API struct HBITMAP__* omb_DIBToDIBSection(const PackedDib* dib);
+
+/** Parts of a window, for omb_CopyWindowToDIB(). */
+enum OmbWindowPart {
+  OMB_WINDOW_WHOLE = 1, /**< with its frame */
+  OMB_WINDOW_CLIENT = 2 /**< the client area */
+};
 
 /**
  * Copies what is on the screen where a window is to a new image, as omb_bmtodib() makes it. Parts
