@@ -135,7 +135,7 @@ void Convolver::ChooseFinish(const Finishing& finishing) {
   if (!plan_.wide && plan_.divisor > 1 && sum <= INT16_MAX &&
       (sum / divisor + 255) * std::abs(int64_t{plan_.strength}) <= INT16_MAX &&
       std::abs(int64_t{plan_.bias}) < 1 << 14 && FindReciprocal(divisor, sum, plan_)) {
-    plan_.finish = simd::kFinishWords;
+    plan_.finish = simd::kFinishI16;
     return;
   }
   bool exact = sum < kExactFloats && divisor < kExactFloats &&

@@ -18,7 +18,7 @@ namespace ombrilo::simd {
 enum ConvolutionFinish {
   kFinishClamp,       // sum + offset
   kFinishReciprocal,  // sum / divisor, by multiplication
-  kFinishWords,       // sum / divisor, blended, + bias, in 16 bits with sign
+  kFinishI16,         // sum / divisor, blended, + bias, in 16 bits with sign
   kFinishFloat,       // the same in single precision that is exact enough
   kFinishExact,       // the same in wrapping 32-bit integers
 };
@@ -46,7 +46,7 @@ struct Convolution {
   const int16_t* offset;       // kFinishClamp: of the bytes 0, 2, 4, ..., kConvolutionOffsets
   int32_t lowest;              // 16-bit sums, other finishes: 0 minus the least sum
   uint16_t highest;            // kFinishReciprocal: quotients of larger sums exceed 255
-  uint16_t multiplier, shift;  // also kFinishWords: n * multiplier >> 16 >> shift = n / divisor
+  uint16_t multiplier, shift;  // also kFinishI16: n * multiplier >> 16 >> shift = n / divisor
   int32_t divisor;             // 0: no division
   int32_t strength;            // 10: no blending
   int32_t bias;
@@ -54,7 +54,7 @@ struct Convolution {
 };
 
 enum {
-  kConvolutionOffsets = 34,  // a vector's words, from any of three colors on
+  kConvolutionOffsets = 34,  // a vector's u16, from any of three colors on
   kConvolutionBlock = 128,   // a multiple of what is computed at a time
 };
 
@@ -71,7 +71,7 @@ struct Neurons {
 // A palette for searches, with what they have found out about it: lists of the entries that can be
 // the nearest one to a color in some cell of color space.
 //
-// An entry is a word: blue, green, red and, on top, its number. A list is a word: where in the pool
+// An entry is a u32: blue, green, red and, on top, its number. A list is a u32: where in the pool
 // it starts, times 256, and its length less 1; 0 before it is known. The first list in the pool is
 // the palette, and `used` starts behind it.
 struct PaletteLists {
@@ -228,8 +228,8 @@ struct RowFunctions {
   // Shows a palette network one color after the other.
   void (*learn)(const uint8_t* bgr, size_t samples, struct Neurons& neurons);
 
-  // The numbers of the entries nearest to colors: words of `step` (3 or 4) bytes, blue, green, red
-  // first. By squares: least sum of squared differences, the lowest number on a tie.
+  // The numbers of the entries nearest to colors of `step` (3 or 4) bytes, blue, green, red first.
+  // By squares: least sum of squared differences, the lowest number on a tie.
   void (*find_by_squares)(struct SquaresLists& palette, const uint8_t* colors, size_t step,
                           size_t count, uint8_t* numbers);
   // Least sum of absolute differences; on a tie the first in the order start, start - 1, start + 1,
@@ -241,7 +241,7 @@ struct RowFunctions {
   // the error, 3/8 go to the right neighbour, 3/8 to the pixel in the row before and 2/8 to the
   // right neighbour of that; the last pixel of a row gets nothing from its left. Rows before, with
   // their shares of errors, are found once more: numbers[k * width ...] are those of the row before
-  // row k. before[] holds the first of these, and the last row's colors afterwards, as words.
+  // row k. before[] holds the first of these, and the last row's colors afterwards, as u32.
   void (*diffuse)(struct SumsLists& palette, const uint32_t* seen, const uint8_t* rows,
                   size_t stride, size_t width, size_t count, uint32_t* before, uint8_t* numbers);
 

@@ -224,7 +224,7 @@ void AddNeighbourhoodCases(std::vector<Case>& all) {
                    }
                    f.map_bit_pairs(in.from[0], kOutcome, n, o.New(n));
                  }});
-  for (const auto finish : {simd::kFinishClamp, simd::kFinishReciprocal, simd::kFinishWords,
+  for (const auto finish : {simd::kFinishClamp, simd::kFinishReciprocal, simd::kFinishI16,
                             simd::kFinishFloat, simd::kFinishExact}) {
     for (const int wide : {0, 1, 2}) {  // 2: with weights of more than 16 bits
       if (wide != 0 && finish < simd::kFinishFloat) continue;
