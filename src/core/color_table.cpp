@@ -24,4 +24,10 @@ void WriteColors(const Dib& dib, uint32_t first, uint32_t count, const uint8_t* 
   for (uint32_t i = 0; i < count; ++i) dib.Write(EntryOffset(dib, first + i), bgr + 3 * i, 3);
 }
 
+void WriteGrayRamp(const Dib& dib) {
+  uint8_t ramp[256][3];
+  for (int i = 0; i < 256; ++i) ramp[i][0] = ramp[i][1] = ramp[i][2] = static_cast<uint8_t>(i);
+  WriteColors(dib, 0, 256, ramp[0]);
+}
+
 }  // namespace ombrilo

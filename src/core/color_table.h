@@ -18,6 +18,9 @@ void ReadColors(const DibView& dib, uint32_t first, uint32_t count, uint8_t* bgr
 // keeps its value.
 void WriteColors(const Dib& dib, uint32_t first, uint32_t count, const uint8_t* bgr);
 
+// The 256 entries of an 8-bit gray image: from black to white.
+void WriteGrayRamp(const Dib& dib);
+
 // Reads entries [0, count) as four-byte ones that start at byte 40, as behind an information
 // header, whatever the header is. Some operations look colors up like this on purpose.
 void ReadColorsAtByte40(const DibView& dib, uint32_t count, uint8_t* bgr);

@@ -84,31 +84,50 @@ NewBlock NewBlock::Resized(const DibView& source, int64_t width, int64_t height,
                                static_cast<size_t>(width) * source.bit_count() / 8, stride);
   if (!block) return block;
   source.Read(0, block.bytes(), header_and_table);
-  if (source.core()) {
-    StoreU16(block.bytes() + kCoreWidth, static_cast<uint16_t>(width));
-    StoreU16(block.bytes() + kCoreHeight, static_cast<uint16_t>(height));
-  } else {
-    StoreU32(block.bytes() + kInfoWidth, static_cast<uint32_t>(width));
-    StoreU32(block.bytes() + kInfoHeight, static_cast<uint32_t>(height));
-  }
+  block.StoreSize(source.core(), width, height);
   return block;
+}
+
+void NewBlock::StoreSize(bool core, int64_t width, int64_t height) const {
+  if (core) {
+    StoreU16(bytes() + kCoreWidth, static_cast<uint16_t>(width));
+    StoreU16(bytes() + kCoreHeight, static_cast<uint16_t>(height));
+  } else {
+    StoreU32(bytes() + kInfoWidth, static_cast<uint32_t>(width));
+    StoreU32(bytes() + kInfoHeight, static_cast<uint32_t>(height));
+  }
 }
 
 NewBlock NewBlock::WithDepth(const DibView& source, uint16_t bit_count, uint32_t entries,
                              uint32_t colors_used, uint16_t room, Rows rows) {
+  return WithDepth(source, source.width(), source.pixel_rows(), bit_count, entries, colors_used,
+                   room, rows);
+}
+
+NewBlock NewBlock::WithSizeAndDepth(const DibView& source, int32_t width, int32_t height,
+                                    uint16_t bit_count) {
+  NewBlock block = WithDepth(source, width, height, bit_count, ColorsOfDepth(bit_count), 0,
+                             bit_count, Rows::kPixelsComeNext);
+  if (block) block.StoreSize(source.core(), width, height);
+  return block;
+}
+
+NewBlock NewBlock::WithDepth(const DibView& source, int32_t width, int32_t height,
+                             uint16_t bit_count, uint32_t entries, uint32_t colors_used,
+                             uint16_t room, Rows rows) {
   constexpr int64_t kLimit = std::numeric_limits<int32_t>::max();
   const DibHeader& header = source.header();
-  if (source.pixel_rows() != 0 && int64_t{source.width()} * bit_count + 31 > kLimit) return {};
+  if (height != 0 && int64_t{width} * bit_count + 31 > kLimit) return {};
   const size_t header_bytes = std::max<size_t>(header.header_size, header.fields_size());
   const uint64_t rows_offset = uint64_t{header.header_size} + entries * header.table_step();
-  const size_t stride = static_cast<size_t>(StrideOf(source.width(), room));
-  const size_t height = static_cast<size_t>(source.pixel_rows());
-  const uint64_t size = std::max<uint64_t>(rows_offset + uint64_t{stride} * height, header_bytes);
-  NewBlock block =
-      rows == Rows::kZeroed
-          ? Zeroed(size)
-          : ZeroedAroundPixels(size, static_cast<size_t>(rows_offset), height,
-                               static_cast<size_t>(source.width()) * bit_count / 8, stride);
+  const size_t stride = static_cast<size_t>(StrideOf(width, room));
+  const size_t row_count = static_cast<size_t>(height);
+  const uint64_t size =
+      std::max<uint64_t>(rows_offset + uint64_t{stride} * row_count, header_bytes);
+  NewBlock block = rows == Rows::kZeroed
+                       ? Zeroed(size)
+                       : ZeroedAroundPixels(size, static_cast<size_t>(rows_offset), row_count,
+                                            static_cast<size_t>(width) * bit_count / 8, stride);
   if (!block) return block;
   source.Read(0, block.bytes(), header_bytes);
   if (source.core()) {

@@ -55,6 +55,10 @@ class NewBlock {
 
   // The same at 1 or 8 bits, with a full table, for a caller who writes every pixel.
   static NewBlock Indexed(const DibView& source, uint16_t bit_count);
+  // An image of another width and height, 1 or more, too: of 8 bits with a full table or of 24
+  // without one, for a caller who writes every pixel.
+  static NewBlock WithSizeAndDepth(const DibView& source, int32_t width, int32_t height,
+                                   uint16_t bit_count);
 
   explicit operator bool() const { return bytes_ != nullptr; }
   uint8_t* bytes() const { return bytes_.get(); }
@@ -78,6 +82,11 @@ class NewBlock {
   // No block leaves that is smaller than its finished header says: sizes that were cut to 16 bits,
   // or rows over the header, can announce more than was asked for. The bytes added are 0.
   bool HoldsExtent();
+
+  static NewBlock WithDepth(const DibView& source, int32_t width, int32_t height,
+                            uint16_t bit_count, uint32_t entries, uint32_t colors_used,
+                            uint16_t room, Rows rows);
+  void StoreSize(bool core, int64_t width, int64_t height) const;
 
   Buffer<uint8_t> bytes_;
   size_t size_ = 0;

@@ -103,6 +103,22 @@ struct ChannelBits {
   int down, up;  // 0 to 31
 };
 
+// Weights of two neighbouring taps of a resized pixel, in units of 2^-kTapBits: the lower
+// kTapLowBits bits of both, the first one's lowest, and what is above these, with its sign.
+struct TapPair {
+  uint32_t low, high;
+};
+// A new pixel of a row that is resized.
+struct ColumnTaps {
+  uint32_t first, count;  // pixels of the source
+  size_t first_pair;
+};
+enum {
+  kTapBits = 22,
+  kTapLowBits = 15,
+  kTapRows = 64,  // rows that are resized at a time
+};
+
 // An axis of the source along a row of a turned image.
 struct TurnedAxis {
   float step, origin, center;
@@ -338,6 +354,21 @@ struct RowFunctions {
   // unless that is null, the fraction before the limit. Positions fit an int32_t.
   void (*turned_positions)(const struct TurnedAxis& axis, int32_t first, size_t count,
                            int32_t* inner, float* fraction);
+
+  // Resizing. Weights come two by two; of an odd number of taps, the last pair's second one is 0.
+  // to[i] = (2^21 + the sum of rows[k][i] times weight k) >> 22, limited to 0..255. `to` is none of
+  // the rows.
+  void (*weigh_rows)(const uint8_t* const* rows, const struct TapPair* pairs, size_t taps,
+                     size_t count, uint8_t* to);
+  // The same of pixels of `channels` columns each, for `count` new pixels. Columns are kTapRows
+  // bytes, one of each row, and begin with those of source pixel `first`.
+  void (*weigh_columns)(const uint8_t* columns, size_t first, const struct ColumnTaps* taps,
+                        const struct TapPair* pairs, size_t channels, size_t count, uint8_t* to);
+  // `count` bytes from `first` on of kTapRows rows as columns, and columns as bytes of up to so
+  // many rows.
+  void (*rows_to_columns)(const uint8_t* const* rows, size_t first, size_t count, uint8_t* columns);
+  void (*columns_to_rows)(const uint8_t* columns, size_t first, size_t count, size_t row_count,
+                          uint8_t* const* rows);
 };
 
 // The table in use.

@@ -26,9 +26,7 @@ bool ReplaceByGray(const DibView& source, PackedDib** image) {
   for (int32_t y = 0; y < gray.pixel_rows(); ++y) {
     convert(source.row(y), static_cast<size_t>(source.width()), gray.row(y));
   }
-  uint8_t ramp[256][3];
-  for (int i = 0; i < 256; ++i) ramp[i][0] = ramp[i][1] = ramp[i][2] = static_cast<uint8_t>(i);
-  WriteColors(gray, 0, 256, ramp[0]);
+  WriteGrayRamp(gray);
   return block.Replace(image);
 }
 

@@ -215,6 +215,26 @@ void AddNeighbourhoodCases(std::vector<Case>& all) {
                    f.subtract_wrapped(in.from[0], n, o.New(n));
                    f.subtract_from(in.from[0], n, o.New(n));
                  }});
+  for (const size_t taps : {1, 2, 5}) {
+    all.push_back({"weigh_rows, columns", [=](auto& f, auto& in, auto n, auto& o) {
+                     const simd::TapPair pairs[] = {
+                         {0x7FFF0001, 0x00400035}, {0x12345678, 0xFFFE0011}, {0x4321, 0xFFF0}};
+                     f.weigh_rows(in.from, pairs, taps, n, o.New(n));
+                     const uint8_t* rows[simd::kTapRows];
+                     uint8_t* back[simd::kTapRows];
+                     for (size_t r = 0; r < simd::kTapRows; ++r) {
+                       rows[r] = in.from[r % 9];
+                       back[r] = o.New(n);
+                     }
+                     uint8_t* const columns = o.New(n * simd::kTapRows);
+                     f.rows_to_columns(rows, 0, n, columns);
+                     f.columns_to_rows(columns, 0, n, 60 + taps, back);
+                     if (n < taps) return;
+                     const auto first = static_cast<uint32_t>(n - taps + 7);
+                     const simd::ColumnTaps last = {first, static_cast<uint32_t>(taps), 0};
+                     f.weigh_columns(columns, 7, &last, pairs, 1, 1, o.New(simd::kTapRows));
+                   }});
+  }
   all.push_back({"one-bit pixels", [](auto& f, auto& in, auto n, auto& o) {
                    constexpr uint8_t kOutcome[] = {0xFF, 0, 0x5A, 0x33};
                    constexpr uint8_t kAny[] = {0, 0xFF, 0xFF}, kAll[] = {0, 0xFF, 0};

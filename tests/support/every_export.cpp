@@ -154,6 +154,14 @@ uint64_t Scale(PackedDib** image, Draw& draw, Digest&) {
                    static_cast<uint32_t>(draw.Whole(1, 3)));
 }
 
+uint64_t Resize(PackedDib** image, Draw& draw, Digest&) {
+  int32_t width = draw.Whole(1, 90), height = draw.Whole(1, 90);
+  // One side may be long; two would only take long.
+  if (std::min(width, height) > 90) height = 1 + height % 4;
+  return omb_resize(image, static_cast<uint32_t>(width), static_cast<uint32_t>(height),
+                    static_cast<uint32_t>(draw.Whole(1, 4)));
+}
+
 uint64_t Rotate(PackedDib** image, Draw& draw, Digest&) {
   constexpr float kTurns[] = {90, 180, 270, -90, 45, 360, 450, 0.02f};
   const uint8_t choice = draw.Byte();
@@ -252,6 +260,7 @@ constexpr Export kExports[] = {
     {"omb_extractcolor", With<omb_extractcolor, Whole{1, 3}>},
     {"omb_adjustghms", With<omb_adjustghms, Whole{-100, 100}, Whole{-100, 100}, Whole{-100, 100}>},
     {"omb_scale", Scale},
+    {"omb_resize", Resize},
     {"omb_rotate", Rotate},
     {"omb_fliphor", With<omb_fliphor>},
     {"omb_flipvert", With<omb_flipvert>},

@@ -1,0 +1,47 @@
+// One axis of a resized image: which source pixels a new pixel is made of, and with what weights.
+//
+// The convolution-based resampling of D. Schumacher ("General filtered image rescaling", Graphics
+// Gems III, 1992): a filter of some radius stands around the new pixel's center in the source.
+// Where the image shrinks, the filter is stretched by the same factor, so that every source pixel
+// counts.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "core/buffer.h"
+#include "rows/row_functions.h"
+
+namespace ombrilo {
+
+enum ResizeFilter : uint32_t { kBox = 1, kTriangle = 2, kCubic = 3, kLanczos = 4 };
+
+class ResizeAxis {
+ public:
+  // `from` pixels become `to` ones; both are 1 or more. Takes its memory at once.
+  ResizeAxis(int32_t from, int32_t to, ResizeFilter filter);
+  explicit operator bool() const { return values_ != nullptr; }
+
+  int32_t from() const { return from_; }
+  int32_t to() const { return to_; }
+  bool changes() const { return from_ != to_; }
+  // Source pixels of a new pixel at most.
+  size_t most_taps() const { return most_taps_; }
+
+  struct Taps {
+    int32_t first, count;
+  };
+  // The source pixels of new pixel i, and their weights two by two: (count + 1) / 2 pairs.
+  Taps Find(int32_t i, simd::TapPair* pairs);
+
+ private:
+  int32_t from_, to_;
+  ResizeFilter filter_;
+  double step_;     // source pixels to a new one
+  double stretch_;  // of the filter
+  double reach_;    // of the stretched filter
+  size_t most_taps_;
+  Buffer<double> values_;  // of the filter at one new pixel's taps
+};
+
+}  // namespace ombrilo
