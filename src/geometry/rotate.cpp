@@ -7,6 +7,7 @@
 #include <cstring>
 #include <utility>
 
+#include "core/elementary.h"
 #include "core/replacement.h"
 #include "geometry/resample.h"
 #include "geometry/resampling.h"
@@ -32,8 +33,8 @@ struct Turn {
 
   Turn(float degrees, const DibHeader& source) {
     const double theta = degrees / 180.0 * 3.1415926;
-    c = static_cast<float>(std::cos(theta));
-    s = static_cast<float>(std::sin(theta));
+    c = static_cast<float>(Cosine(theta));
+    s = static_cast<float>(Sine(theta));
     const float w = static_cast<float>(source.width), h = static_cast<float>(source.height);
     const float half = 0.5f;
     width =

@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "core/colors_in_place.h"
+#include "core/elementary.h"
 #include "rows/row_functions.h"
 
 namespace ombrilo {
@@ -24,8 +25,10 @@ uint32_t omb_gammacorrection(PackedDib* image, double gamma) {
   const auto dib = Dib::Open(image);
   if (!dib || std::fabs(gamma - 1.0) < 1e-8) return 0;
   uint8_t table[256];
-  const double scale = std::pow(255.0, gamma);
-  for (int i = 0; i < 256; ++i) table[i] = Rounded(std::pow(i, gamma) / (scale / 255));
+  const double scale = Power(255, gamma);
+  for (int i = 0; i < 256; ++i) {
+    table[i] = Rounded(Power(static_cast<uint8_t>(i), gamma) / (scale / 255));
+  }
   const auto apply = simd::Active().apply_table;
   // A true-color image with a color table has only its table changed.
   ChangeTableOrBytes(*dib, [&](uint8_t* bytes, size_t count) { apply(bytes, count, table); });
