@@ -2,7 +2,10 @@
 include(CMakePackageConfigHelpers)
 
 set_target_properties(ombrilo_static PROPERTIES EXPORT_NAME static)
-install(TARGETS ombrilo ombrilo_static EXPORT ombriloTargets)
+install(TARGETS ombrilo_static EXPORT ombriloTargets)
+if(TARGET ombrilo)
+  install(TARGETS ombrilo EXPORT ombriloTargets)
+endif()
 install(FILES include/ombrilo/ombrilo.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ombrilo)
 if(OMBRILO_TOOLS)
   install(TARGETS omb)
