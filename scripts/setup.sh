@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that the given groups of work need, asking apt only for those that are
-# missing: scripts/setup.sh build|demo|test|windows|fuzz|bench|quality|format ...
+# missing: scripts/setup.sh build|demo|test|arm64|... ...
 # With --optional, packages that cannot be had are a message and exit status 3 instead of a failure.
 set -euo pipefail
 
@@ -10,6 +10,11 @@ packages_of() {
       libjpeg62-turbo-dev libtiff-dev libexif-dev ;;
     demo) echo lomiri-wallpapers-16.04 ghostscript ;;
     test) echo libgtest-dev clang libclang-rt-14-dev clang-format doxygen git python3 ;;
+    arm64) echo g++-aarch64-linux-gnu qemu-user googletest ;;
+    x86-32) echo g++-i686-linux-gnu googletest ;;
+    wasm) echo clang lld wasi-libc libclang-rt-14-dev-wasm32 libc++-14-dev-wasm32 \
+      libc++abi-14-dev-wasm32 nodejs googletest ;;
+    windows32) echo g++-mingw-w64-i686-posix googletest ;;
     windows) echo g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth ;;
     fuzz) echo clang libclang-rt-14-dev ;;
     bench) echo libopencv-dev libleptonica-dev libfreeimage-dev ;;
