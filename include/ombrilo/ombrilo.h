@@ -6,6 +6,10 @@
  * threads and holds no state between calls: every call may run on any thread as long as no two
  * calls share an image.
  *
+ * What is written here is exact: whoever computes it anew gets the same bytes. Each function says
+ * first what it is for and what it takes; "Limits" is what to know about large or unusual images.
+ * Drawings and examples are in docs/pictures.md.
+ *
  * @section image The image
  *
  * A ::PackedDib is one heap block: header, color table and pixel rows, back to back.
@@ -18,8 +22,10 @@
  *   the number of entries at any depth; otherwise 1, 4 and 8 bits have 2, 16 and 256 entries and
  *   other depths none. Loops over the table use the low 16 bits of the number.
  * - Rows: the bottom row first, each padded to a multiple of 4 bytes. 24-bit pixels are blue,
- * green, red; 1- and 4-bit pixels fill a byte from its high bits. A height below 1 means no rows.
- * The compression and image size fields are not consulted unless a function says so.
+ *   green, red; 1- and 4-bit pixels fill a byte from its high bits.
+ *
+ * A width or a height below 1 means that there are no pixels. The compression and image size fields
+ * are not consulted unless a function says so.
  *
  * The block's extent is header size + color table size + height x row length. A function never
  * reads or writes outside it: what a pixel or a header refers to beyond counts as 0, and nothing is
@@ -35,7 +41,36 @@
  * Images are allocated with malloc() and released with free() of one C runtime, or with
  * omb_newdib() and omb_freedib() where the host has no such functions at hand. Functions that take
  * a `PackedDib*` work in place. Functions that take a `PackedDib**` build a new block, free the old
- * one and store the new address. Functions that return an image hand it to the caller.
+ * one and store the new address. Functions that return an image hand it to the caller. What a
+ * function does not write in a new block, row padding included, is 0.
+ *
+ * @section rules Rules for unusual images
+ *
+ * Images as files hold them (information header, 1 plane, full color table, less than 65,536
+ * columns and rows) need none of these.
+ *
+ * @anchor nearest
+ * @par The nearest entry
+ * Where a computed color becomes the pixel of an image of 1, 4 or 8 bits, that is the entry with
+ * the least squared distance over red, green and blue, the lowest index on a tie. The entries are
+ * always 2, 16 or 256: a shorter color table continues in the bytes that follow it, the pixels.
+ * They are read once, before anything changes, unless a function says otherwise.
+ *
+ * @anchor byte40
+ * @par Colors at byte 40
+ * Some functions read colors four bytes apart from byte 40 of the image, whatever its header: for
+ * an information header that is the color table, for a core header it is not.
+ *
+ * @anchor sizes16
+ * @par Sizes of 16 bits
+ * Some functions take only the low 16 bits of width and height (65,546 columns count as 10). What
+ * they do to an image with 65,536 columns or rows is defined, but of no use.
+ *
+ * @anchor planes
+ * @par Row length with planes
+ * Some functions take rows to be ((bit count x planes x width + 31) / 32) x 4 bytes long, in signed
+ * 32-bit arithmetic, with bit count and planes at their information header positions (bytes 14 and
+ * 12) even after a core header. Bytes outside the image count as 0 and are not written.
  */
 #ifndef OMBRILO_OMBRILO_H_
 #define OMBRILO_OMBRILO_H_
@@ -581,10 +616,12 @@ OMB_API uint32_t omb_flipvert(PackedDib* dib);
 
 /** @} */
 
-/** @defgroup kernels Kernels
- * A kernel is a set of neighbours with weights; a structuring element is one whose weights are not
- * used.
- * @{ */
+/**
+ * @defgroup kernels Kernels
+ * A kernel is a set of neighbours with weights; a structuring element, or shape, is one whose
+ * weights are not used. omb_DoConvoluteDIB() and omb_DoKernalMorphDIB() take either.
+ * @{
+ */
 
 /**
  * A convolution kernel or structuring element.
@@ -796,18 +833,21 @@ OMB_API const KERNAL* omb_getKERNAL(uint32_t index);
 
 /** @} */
 
-/** @defgroup filters Neighbourhood filters
+/**
+ * @defgroup filters Neighbourhood filters
  *
- * Each result depends on the image as it was before the call. Images of 1, 4 and 8 bits are
- * filtered as colors, and a result becomes the index of the nearest entry (least squared distance,
- * the lowest index on a tie) of a palette of 2, 16 or 256 entries, which beyond a shorter color
- * table continues in the bytes that follow. A border of the image is set to zero bytes (black, or
- * index 0), and so is the padding of rows; an image that is all border, and an image of another
- * depth than 1, 4, 8 and 24 bits, comes back with zero bytes only.
+ * Smoothing, sharpening, edges and relief on pictures. Each result depends on the image as it was
+ * before the call.
+ *
+ * - 24 bits: each channel by itself.
+ * - 1, 4 and 8 bits: pixels count as colors, and a result becomes the @ref nearest "nearest entry".
+ * - A border of the image becomes zero bytes (black, or index 0), and so does the padding of rows.
+ * An image that is all border becomes zero throughout.
  *
  * omb_DoConvoluteDIB() differs: it takes the bytes of an 8-bit image as values and keeps what it
  * does not compute. Without memory, none of these functions changes the image.
- * @{ */
+ * @{
+ */
 
 /**
  * Numbers of the kernels of omb_convolute(), each with its weights, row by row. The first row lies
@@ -867,35 +907,49 @@ enum OmbConvolution {
 /**
  * Convolution with one of 39 kernels: smooths, sharpens or finds edges.
  *
- * Each channel becomes the sum of its weighted neighbours, divided by the sum of the weights unless
- * that is 0, truncated toward zero and clamped to 0..255. The border of the image becomes zero: 2
- * pixels for the three 5x5 kernels, 1 pixel for the others.
- *
  * @param dib  the image; 1, 4, 8 or 24 bits
  * @param type one of ::OmbConvolution: 1 to 39; other numbers leave the image unchanged
+ * @see @ref filters
+ *
+ * Each channel becomes the sum of its weighted neighbours, divided by the sum of the weights unless
+ * that is 0, truncated toward zero and clamped to 0..255. A border becomes zero: 2 pixels for the
+ * 5x5 kernels 2, 4 and 8, 1 pixel for the others.
+ *
+ * @par Limits
+ * - Images of 16, 32 or other bits are erased: all their rows become 0. Call omb_transformat()
+ * first.
  */
 OMB_API void omb_convolute(PackedDib* dib, uint32_t type);
 
 /**
- * Convolution with any kernel, one or more times, of 8-bit values or of the channels of 24 bits.
+ * Convolution with any kernel, one or more times: smooths, sharpens or finds edges in gray pages
+ * and photographs.
+ *
+ * @param dib      the image; 8 bits (the bytes are the levels) or 24 bits (each channel); other
+ * depths do not change
+ * @param kernel   a built-in record or one of your own
+ * @param passes   how often; 0 or less leaves the image unchanged
+ * @param strength the share of the result in tenths: 10 is all of it, more overshoots
+ * @return 1; 0 for null, for a record with an entry outside the extent that it describes, for rows
+ *         that do not fit (see Limits) and when memory runs out
+ * @see @ref kernels
  *
  * A result is the sum of weighted neighbours, divided by the sum of the weights unless that is 0
  * (truncated toward zero); then, unless strength is 10, (result - p) x strength / 10 + p for the
  * pixel's own value p (truncated toward zero); then plus bias; then clamped to 0..255. All of this
  * in 32-bit arithmetic that wraps. Pixels for which the kernel's extent leaves the image keep their
- * value.
+ * value, and so does row padding.
  *
- * Width and height are taken modulo 65536. A row is ((bits x planes x width + 31) / 32) x 4 bytes
- * long, modulo 65536, with these fields at their information header positions even for a core
- * header; bytes outside the image count as 0 and are not written. An image without planes does not
- * change.
- *
- * @param dib      the image; other depths than 8 and 24 bits do not change
- * @param kernel   a record whose offsets lie in the extent that it describes
- * @param passes   how often; 0 or less leaves the image unchanged
- * @param strength the share of the result in tenths; more than 10 overshoots
- * @return 1; 0 for null, for other records, for pixels that do not fit the row length, and when
- * memory runs out
+ * @par Limits
+ * - 8 bits: colors do not count, pixels do. Bring images with colors to 24 bits (omb_neuquant()).
+ * - 24-bit images wider than 21,844 pixels and 8-bit images wider than 65,532 are refused with 0;
+ * see the next point for 65,536 and more.
+ * - Width and height are @ref sizes16 "sizes of 16 bits", and so is the @ref planes "row length
+ * with planes", whose width is the 32 bits at its information header position. Rows that are
+ * shorter than their pixels or leave a signed 32-bit byte count are refused.
+ * - An image without planes (or with 0 as the bit count at byte 14) does not change: 1.
+ * - Only entries decide whether a record is refused, before all else but null. A count of 0 or less
+ *   makes all sums 0.
  */
 OMB_API int32_t omb_DoConvoluteDIB(PackedDib* dib, const KERNAL* kernel, int32_t passes,
                                    int32_t strength);
@@ -938,83 +992,169 @@ enum OmbEmboss {
 /**
  * Relief: light areas appear raised on a ground of one color.
  *
- * Each channel becomes the sum of its neighbours, weighted as omb_convolute()'s kernel
- * 12 + direction says, plus the color's channel, clamped to 0..255. These kernels sum to 0, so that
- * flat areas take the color. A border of 1 pixel becomes zero.
- *
  * @param dib       the image; 1, 4, 8 or 24 bits
  * @param direction one of ::OmbEmboss: 0 to 27
  * @param color     0x00BBGGRR; 0x808080 is the usual ground
  * @return 1; 0 for null, for other directions and when memory runs out
+ * @see @ref filters
+ *
+ * Each channel becomes the sum of its neighbours, weighted as omb_convolute()'s kernel
+ * 12 + direction says, plus the color's channel, clamped to 0..255. These kernels sum to 0, so that
+ * flat areas take the color. A border of 1 pixel becomes zero.
+ *
+ * @par Limits
+ * - Images of 16, 32 or other bits are erased: all their rows become 0, and the result is 1.
  */
 OMB_API uint32_t omb_emboss(PackedDib* dib, uint32_t direction, uint32_t color);
 
 /**
- * Edges: for each channel a third (truncated) of the strongest of four differences in the 3x3
- * neighbourhood: the row before against the row after, the column left against the column right,
- * and each of two corners with its two neighbours against the opposite ones.
+ * Edges, bright on black.
  *
- * @param dib the image; 1, 4, 8 or 24 bits; a border of 1 pixel becomes zero
+ * @param dib the image; 1, 4, 8 or 24 bits
+ * @see @ref filters
+ *
+ * For each channel a third (truncated) of the strongest of four differences in the 3x3
+ * neighbourhood: the row before against the row after, the column left against the column right,
+ * and each of two corners with its two neighbours against the opposite ones. A border of 1 pixel
+ * becomes zero.
+ *
+ * @par Limits
+ * - Images of 16, 32 or other bits are erased: all their rows become 0.
  */
 OMB_API void omb_sobel(PackedDib* dib);
 
 /**
- * The median, channel by channel, of nine pixels: the pixel itself and the two next to it in each
- * of the four directions.
+ * Removes specks and noise: the median, channel by channel, of nine pixels that form a plus.
  *
- * @param dib the image; 1, 4, 8 or 24 bits; a border of 3 pixels becomes zero
+ * @param dib the image; 1, 4, 8 or 24 bits
+ * @see @ref filters
+ *
+ * The nine are the pixel itself and the two next to it in each of the four directions. A border of
+ * 3 pixels becomes zero, although the plus reaches 2.
+ *
+ * @par Limits
+ * - Images of 16, 32 or other bits are erased: all their rows become 0.
  */
 OMB_API void omb_medianblur(PackedDib* dib);
 
 /** @} */
 
-/** @defgroup morphology Morphology
+/**
+ * @defgroup morphology Morphology
  *
- * Images of 24 bits are processed channel by channel. Those of 1, 4 and 8 bits are treated as
- * colors and results become the nearest palette entry, as with the filters; only
- * omb_DoKernalMorphDIB() takes the bytes of an 8-bit image as values. Images of other depths do not
- * change, and no image does without memory. The padding of rows keeps its bytes.
- * @{ */
+ * Growing and shrinking shapes, and what is made of that: removing specks, finding outlines.
+ *
+ * - 24 bits: each channel by itself.
+ * - 1, 4 and 8 bits: pixels count as colors, and a result becomes the @ref nearest "nearest entry".
+ *   Only omb_DoKernalMorphDIB() takes the bytes of an 8-bit image as values.
+ * - Other depths do not change, and no image does without memory. Row padding keeps its bytes.
+ *
+ * @anchor steps
+ * @par Steps
+ * Functions that do one thing after the other do each as if it were called alone. With a color
+ * table shorter than the depth, each step therefore takes its entries from the pixels that the one
+ * before left.
+ *
+ * @anchor cut
+ * @par Sums and differences
+ * omb_pickedge(), omb_opencompose() and omb_tophat() combine the result of a step with another
+ * image pixel by pixel, with width and height as @ref sizes16 "sizes of 16 bits" and rows as far
+ * apart as the cut width says (without planes). Below 65,536 columns and rows that is the whole
+ * image.
+ * @{
+ */
 
 /**
- * Dilation: the maximum, channel by channel, of the 3x3 pixels at columns x - 2 to x and stored
- * rows y - 2 to y. Bright detail therefore moves toward higher columns and stored rows; omb_erode()
- * moves it back. Positions outside the image are those of the nearest pixel inside.
+ * Dilation: light areas grow.
+ *
+ * @param dib the image; 1, 4, 8 or 24 bits
+ * @see @ref morphology
+ *
+ * Each channel becomes the maximum over the 3x3 pixels at columns x - 2 to x and stored rows y - 2
+ * to y. Light detail therefore moves toward higher columns and stored rows, one pixel to the right
+ * and up; omb_erode() moves it back. Positions outside the image are those of the nearest pixel
+ * inside.
  */
 OMB_API void omb_dilate(PackedDib* dib);
 
-/** Erosion: the minimum over columns x to x + 2 and stored rows y to y + 2; otherwise as
- * omb_dilate(). */
+/**
+ * Erosion: dark areas grow.
+ *
+ * @param dib the image; 1, 4, 8 or 24 bits
+ * @see @ref morphology
+ *
+ * Each channel becomes the minimum over the 3x3 pixels at columns x to x + 2 and stored rows y to
+ * y + 2; otherwise as omb_dilate().
+ */
 OMB_API void omb_erode(PackedDib* dib);
 
-/** Opening: erosion, then dilation. Removes bright detail smaller than 3x3. */
+/**
+ * Opening: removes light detail smaller than 3x3. An erosion, then a dilation.
+ *
+ * @param dib the image; 1, 4, 8 or 24 bits
+ * @see @ref steps
+ */
 OMB_API void omb_mathopen(PackedDib* dib);
 
-/** Closing: dilation, then erosion. Removes dark detail smaller than 3x3. */
+/**
+ * Closing: removes dark detail smaller than 3x3. A dilation, then an erosion.
+ *
+ * @param dib the image; 1, 4, 8 or 24 bits
+ * @see @ref steps
+ */
 OMB_API void omb_mathclose(PackedDib* dib);
 
-/** Opening, then closing. */
+/**
+ * Removes light and dark detail smaller than 3x3: an opening, then a closing.
+ *
+ * @param dib the image; 1, 4, 8 or 24 bits
+ * @see @ref steps
+ */
 OMB_API void omb_denoise(PackedDib* dib);
 
 /**
- * Inner edges: the image minus its erosion, channel by channel. With 8 and 24 bits a difference
- * stops at 0; with 1 and 4 bits, where the nearest entry may be brighter than the minimum, it is
- * taken modulo 256. Width and height are taken modulo 65536 for the difference.
+ * Inner edges: the image minus its erosion, channel by channel.
+ *
+ * @param dib the image; 1, 4, 8 or 24 bits
+ * @see @ref morphology
+ *
+ * At 8 and 24 bits a difference stops at 0; at 1 and 4 bits, where the nearest entry may be lighter
+ * than the minimum, it is taken modulo 256. Its nearest entry is sought in the table as the erosion
+ * left it.
+ *
+ * @par Limits
+ * - @ref cut "Sizes of 16 bits": pixels that are not reached keep the erosion; the rest of each row
+ *   that is reached gets back what it held before the call.
  */
 OMB_API void omb_pickedge(PackedDib* dib);
 
-/** The dilation, exactly as omb_dilate(). */
+/**
+ * The dilation, exactly as omb_dilate(), under another name.
+ *
+ * @param dib the image; 1, 4, 8 or 24 bits
+ */
 OMB_API void omb_gradientize(PackedDib* dib);
 
 /**
- * Opening plus erosion, channel by channel, at most 255. 24 bits only; width and height are taken
- * modulo 65536 for the sum.
+ * Lightens and softens: the opening plus the erosion, channel by channel, at most 255.
+ *
+ * @param dib the image; 24 bits, others do not change
+ * @see @ref steps
+ *
+ * @par Limits
+ * - @ref cut "Sizes of 16 bits": pixels that are not reached keep the opening.
  */
 OMB_API void omb_opencompose(PackedDib* dib);
 
 /**
- * The image minus its opening, channel by channel, at least 0: bright detail smaller than 3x3. 24
- * bits only; width and height are taken modulo 65536 for the difference.
+ * Light detail smaller than 3x3, on black: the image minus its opening, channel by channel, at
+ * least 0.
+ *
+ * @param dib the image; 24 bits, others do not change
+ * @see @ref steps
+ *
+ * @par Limits
+ * - @ref cut "Sizes of 16 bits": pixels that are not reached keep the opening.
  */
 OMB_API void omb_tophat(PackedDib* dib);
 
@@ -1033,36 +1173,44 @@ enum OmbMorphology {
 /**
  * Erosion, dilation, opening or closing with any structuring element.
  *
+ * @param dib        the image
+ * @param bits       8: one value per byte; 24: three channels per pixel. Pass the image's bit count
+ * @param op         0 to 3 of ::OmbMorphology: erode, dilate, open, close
+ * @param element    only its count and offsets matter; count 0 or less changes nothing
+ * @param iterations how often erosion or dilation is repeated; an opening or closing repeats its
+ *                   first step that often, then its second. 0 or less leaves the image unchanged
+ * @return 1; 0 for null, other bits and ops, rows that do not fit (see Limits), no planes, and when
+ *         memory runs out
+ * @see @ref kernels
+ *
  * An erosion is the minimum, a dilation the maximum, over the pixels at the element's offsets;
  * offsets that leave the image are skipped. A channel whose minimum is 255 (maximum is 0) keeps its
- * value.
+ * value. Row padding stays.
  *
- * Width and height are taken modulo 65536. A row is ((bit count x planes x width + 31) / 32) x 4
- * bytes long, modulo 65536, with bit count and planes at their information header positions even
- * for a core header; bytes outside the image count as 0 and are not written.
- *
- * @param dib        the image
- * @param bits       8: one value per byte; 24: three channels per pixel. The image's own bit count
- * only decides the row length
- * @param op         0 erode, 1 dilate, 2 open, 3 close
- * @param element    only its count and offsets matter
- * @param iterations how often erosion or dilation is repeated; an opening or closing repeats its
- * first step that often, then its second. 0 or less leaves the image unchanged
- * @return 1; 0 for null, other bits and ops, pixels that do not fit the row length, no planes, and
- * when memory runs out
+ * @par Limits
+ * - 8 bits: colors do not count, pixels do. Bring images with colors to 24 bits (omb_neuquant()).
+ * - `bits` is believed; the image's own bit count only decides how long a row is.
+ * - 24-bit images wider than 21,844 pixels and 8-bit images wider than 65,532 are refused with 0;
+ * see the next point for 65,536 and more.
+ * - Width and height are @ref sizes16 "sizes of 16 bits", and so is the @ref planes "row length
+ * with planes" that follows from the cut width. Rows that are shorter than their pixels or leave a
+ * signed 32-bit byte count are refused.
  */
 OMB_API int32_t omb_DoKernalMorphDIB(PackedDib* dib, int32_t bits, int32_t op,
                                      const KERNAL* element, int32_t iterations);
 
 /** @} */
 
-/** @defgroup page Page processing
- * Filters for images of pages, in place. Convolutions take omb_DoConvoluteDIB()'s depths and keep
- * its promises; "lopass 3x3" and the like are names of omb_getKERNAL()'s records.
+/**
+ * @defgroup page Page processing
+ * Filters for scanned pages, in place. They take the bytes of 8-bit images as levels: right for
+ * gray pages, wrong for indices into a table of colors; bring such images to 24 bits with
+ * omb_neuquant().
  *
- * The row length of all of them is ((bit count x planes x width + 31) / 32) x 4 bytes, with bit
- * count and planes at their information header positions even for a core header; bytes outside the
- * image count as 0 and are not written. An image without planes does not change. @{ */
+ * "lopass" and the like are the names of omb_getKERNAL()'s records, with which these functions call
+ * omb_DoConvoluteDIB(): its depths, formula and limits hold.
+ * @{
+ */
 
 /** Sizes of page filters. OMB_ENHANCE_HIGAUSS is a step larger: 5x5, 7x7, 9x9. */
 enum OmbPageSize {
@@ -1116,26 +1264,20 @@ enum OmbEdge {
 };
 
 /**
- * Smooths, sharpens or rank-filters a page.
+ * Smooths, sharpens or cleans a page.
  *
- * | mode | filter, for a size of 0, 1, 2                                  |
- * |------|----------------------------------------------------------------|
- * | 0    | omb_DoConvoluteDIB() with "lopass" 3x3, 5x5, 7x7               |
- * | 1    | the same with "hipass" 3x3, 5x5, 7x7                           |
- * | 2    | the same with "gauss" 3x3, 5x5, 7x7, which have no index       |
- * | 3    | the same with "higauss" 5x5, 7x7, 9x9                          |
- * | 4    | as mode 5, unless toneScope is 0 or 1: then 0                  |
- * | 5    | the same with "unsharp" 3x3, 5x5, 7x7                          |
- * | 7    | rank order in 3x3, 5x5, 7x7 at percentile 50: the median       |
- * | 8    | rank order in 3x3, 5x5, 7x7 at a percentile                    |
+ * | mode                      | filter, for a size of 0, 1, 2                          |
+ * |---------------------------|--------------------------------------------------------|
+ * | 0, #OMB_ENHANCE_LOPASS    | omb_DoConvoluteDIB() with "lopass" 3x3, 5x5, 7x7       |
+ * | 1, #OMB_ENHANCE_HIPASS    | the same with "hipass" 3x3, 5x5, 7x7                   |
+ * | 2, #OMB_ENHANCE_GAUSS     | the same with "gauss" 3x3, 5x5, 7x7                    |
+ * | 3, #OMB_ENHANCE_HIGAUSS   | the same with "higauss" 5x5, 7x7, 9x9                  |
+ * | 4, #OMB_ENHANCE_TONE      | as mode 5, unless toneScope is 0 or 1: then 0          |
+ * | 5, #OMB_ENHANCE_UNSHARP   | the same with "unsharp" 3x3, 5x5, 7x7                  |
+ * | 7, #OMB_ENHANCE_MEDIAN    | rank order in 3x3, 5x5, 7x7 at percentile 50           |
+ * | 8, #OMB_ENHANCE_RANK      | rank order in 3x3, 5x5, 7x7 at any percentile          |
  *
- * Rank order, pass after pass: with n the number of pixels in the square, a value becomes the one
- * at index (n - 1) x percentile / 100 of the square's sorted values. 24 bits: blue, green and red
- * apart. Other depths: bytes, whatever they hold, as many columns as the image is wide but not
- * beyond the row. A band of 1, 2 or 3 pixels keeps its values. Width and height count in their low
- * 16 bits, and so does the row length that follows from them.
- *
- * @param dib        the image
+ * @param dib        the image; 8 or 24 bits, rank order also others
  * @param size       one of ::OmbPageSize: 0 to 2
  * @param passes     how often; below 1 the image is unchanged
  * @param strength   the share of a convolution in tenths, as in omb_DoConvoluteDIB()
@@ -1144,91 +1286,163 @@ enum OmbEdge {
  * @param mode       one of ::OmbEnhancement
  * @param toneScope  see mode 4
  * @param toneCurve  without effect
- * @return 1; 0 for null, other modes, sizes and percentiles, rows that overlap, and when memory
- *         runs out
+ * @return 1; 0 for null, other modes, sizes and percentiles, rows that do not fit (see Limits), and
+ *         when memory runs out
+ * @see @ref page
+ *
+ * Rank order: with n the number of pixels in the square, a value becomes the one at index
+ * (n - 1) x percentile / 100, truncated, of the square's sorted values. 24 bits: blue, green and
+ * red apart. Other depths: bytes, whatever they hold, as many columns as the image is wide but not
+ * more than a row has bytes. A band of 1, 2 or 3 pixels (the half of the square) and the padding
+ * keep their values.
+ *
+ * @par Limits
+ * - Convolutions: those of omb_DoConvoluteDIB().
+ * - Rank order: 24-bit images wider than 21,844 pixels are refused with 0, 8-bit images wider than
+ *   65,532 do not change (1); see the next point for 65,536 and more.
+ * - Rank order: width and height are @ref sizes16 "sizes of 16 bits", and so is the @ref planes
+ * "row length with planes" that follows from the cut width. Rows that are shorter than their pixels
+ * or leave a signed 32-bit byte count are refused. An image without planes (or with 0 as the bit
+ * count at byte 14) does not change: 1.
  */
 OMB_API int32_t omb_EnhancePage(PackedDib* dib, int32_t size, int32_t passes, int32_t strength,
                                 int32_t block, int32_t percentile, int32_t mode, int32_t toneScope,
                                 int32_t toneCurve);
 
 /**
- * Finds edges.
+ * Finds edges of a page.
  *
- * | mode | filter, for a size of 0, 1, 2                                  |
- * |------|----------------------------------------------------------------|
- * | 0    | Sobel gradient magnitude (any size)                            |
- * | 1    | Roberts cross gradient magnitude (any size)                    |
- * | 2    | omb_DoConvoluteDIB() with "sculpt " (any size)                 |
- * | 3    | the same with "laplace" 3x3, 5x5, 7x7                          |
- * | 5    | the same with "horzedge" 3x3, 5x5, 7x7                         |
- * | 6    | the same with "vertedge" 3x3, 5x5, 7x7                         |
+ * | mode                      | filter, for a size of 0, 1, 2                          |
+ * |---------------------------|--------------------------------------------------------|
+ * | 0, #OMB_EDGE_SOBEL        | Sobel gradient magnitude (any size)                    |
+ * | 1, #OMB_EDGE_ROBERTS      | Roberts cross gradient magnitude (any size)            |
+ * | 2, #OMB_EDGE_SCULPT       | omb_DoConvoluteDIB() with "sculpt " (any size)         |
+ * | 3, #OMB_EDGE_LAPLACE      | the same with "laplace" 3x3, 5x5, 7x7                  |
+ * | 5, #OMB_EDGE_HORIZONTAL   | the same with "horzedge" 3x3, 5x5, 7x7                 |
+ * | 6, #OMB_EDGE_VERTICAL     | the same with "vertedge" 3x3, 5x5, 7x7                 |
  *
- * Magnitudes are sqrt(x^2 + y^2), truncated, of bytes at 8 bits and of blue, green and red apart at
- * 24 bits; other depths stay unchanged. Rows count as they are stored.
- * Sobel: x and y are the differences between columns and rows of the 3x3 square with weights
- * 1, 2, 1; the magnitude is limited to 255. A frame of one pixel keeps its values.
- * Roberts cross: x = P(x, y) - P(x + 1, y - 1), y = P(x, y - 1) - P(x + 1, y); of a magnitude of
- * 256 and more the low 8 bits are stored. The first stored row and the last column keep their
- * values. For both, the width in the row length too is the 32 bits at its information header
- * position.
- *
- * @param dib      the image
+ * @param dib      the image; 8 or 24 bits, others do not change
  * @param size     one of ::OmbPageSize, where it counts
- * @param passes   of convolutions: how often
+ * @param passes   of convolutions: how often; below 1 they change nothing
  * @param strength the share of a convolution in tenths, as in omb_DoConvoluteDIB()
  * @param mode     one of ::OmbEdge; further arguments are accepted and have no effect
- * @return 1; 0 for null, other modes and sizes, rows that overlap, and when memory runs out
+ * @return 1; 0 for null, other modes and sizes, rows that do not fit (see Limits), and when memory
+ *         runs out
+ * @see @ref page
+ *
+ * Magnitudes are sqrt(x^2 + y^2), truncated, of bytes at 8 bits and of blue, green and red apart at
+ * 24 bits. Rows count as they are stored.
+ *
+ * - Sobel: x and y are the differences between columns and rows of the 3x3 square with weights
+ *   1, 2, 1; the magnitude is limited to 255. A frame of one pixel keeps its values.
+ * - Roberts cross: x = P(x, y) - P(x + 1, y - 1), y = P(x, y - 1) - P(x + 1, y); of a magnitude of
+ *   256 and more the low 8 bits are stored. The first stored row and the last column keep their
+ *   values.
+ *
+ * @par Limits
+ * - Convolutions: those of omb_DoConvoluteDIB().
+ * - Sobel, Roberts: the @ref planes "row length with planes", its width the 32 bits at its
+ * information header position. A row length below 0, and rows that are shorter than their pixels or
+ * leave a signed 32-bit byte count, are refused. An image without planes (or with 0 as the bit
+ * count at byte 14), or too small to have a pixel that changes, stays as it is: 1.
  */
 OMB_API int32_t omb_EdgePage(PackedDib* dib, int32_t size, int32_t passes, int32_t strength,
                              int32_t mode, ...);
 
 /** @} */
 
-/** @defgroup quantize Color quantization
- * Palettes learned from the image by a self-organising network of 2, 4, 16 or 256 neurons (A. H.
- * Dekker, "Kohonen neural networks for optimal colour quantization", 1994) in integer arithmetic.
- * The rows of the 24-bit image, padding included, are sampled as one stream of bytes, round and
- * round: length / 30 colors, at steps of 3 x 499 bytes (491, 487, 503 where it is a multiple
- * of all before), in cycles of a hundredth of the samples each (at least one). A color maps to the
- * entry with the least sum of absolute differences.
- * @{ */
+/**
+ * @defgroup quantize Color quantization
+ * Palettes learned from the image by a self-organising network of n = 2, 4, 16 or 256 neurons (A.
+ * H. Dekker, "Kohonen neural networks for optimal colour quantization", 1994). All numbers are
+ * whole; divisions truncate toward zero. Results are repeatable.
+ *
+ * @anchor network
+ * @par The network
+ * - Samples: the rows of the 24-bit image, padding included, are one stream of `length` bytes, of
+ *   which length / 30 samples are taken. A sample is three bytes (blue, green, red; 0 past the end)
+ *   times 16. The first is at 0; the next one a step later, less `length` until it is inside. A
+ * step is 3 x 499 bytes; if `length` is a multiple of 499, 3 x 491; if of 491 too, 3 x 487; if of
+ * 487 too, 3 x 503.
+ * - Start: neuron i has blue = green = red = 4096 i / n, frequency 65536 / n and bias 0; alpha is
+ *   1024, radius n / 8 x 64.
+ * - Contest: a neuron's distance is the sum of the absolute differences to the sample in blue,
+ * green and red. The nearest neuron is the first with the least distance, the winner the first with
+ * the least distance - bias / 4096 (rounded down). Then each neuron's frequency drops by f =
+ * frequency / 1024 and its bias rises by 1024 f; the nearest neuron's frequency rises by 64 and its
+ * bias drops by 65536.
+ * - Moves: each channel v of the winner becomes v + alpha (sample - v) / 1024. With reach = radius
+ * / 64, the neurons at distances 0 < d < reach on both sides of the winner become v + a (sample -
+ * v) / 262144, where a = alpha x ((reach^2 - d^2) x 256 / reach^2).
+ * - Cycles: after every (length / 30) / 100 samples, at least 1, alpha drops by alpha / 33 and
+ * radius by radius / 30.
+ * - Palette: in the order of neurons, (v + 8) / 16, at most 255.
+ *
+ * @anchor sums
+ * @par The entry of a color
+ * The one with the least sum of absolute differences over blue, green and red. Ties are decided
+ * along a list of the entries by green: for each place i from 0 on, the first entry with the least
+ * green among those from i to the end changes places with the one at i. A color's search starts at
+ * place s and goes s, s - 1, s + 1, s - 2, s + 2 ...; the first of the equals is the answer. For a
+ * green that fills the places a to b - 1, s = (a + b) / 2; if it is the highest green in the list,
+ * s = (a + n - 1) / 2. For another green, s is the place of the next higher green in the list; n -
+ * 1 where there is none.
+ * @{
+ */
 
 /**
  * Reduces an image to a learned palette, or expands an indexed image to 24 bits.
  *
- * An indexed image is replaced by its 24-bit copy first (biClrUsed and biClrImportant 0, padding 0;
- * beyond a short color table, colors are the bytes that follow it). For 24 bits that is all. For 1,
- * 4 and 8 bits the network learns 2, 16 or 256 colors, which become the color table (biClrUsed
- * their number, biClrImportant 0), and every pixel is mapped to it. All other header fields keep
- * their values.
- *
  * @param image the image, replaced; 1, 4, 8 or 24 bits
  * @param bits  bits per pixel of the result: 1, 4, 8 or 24
  * @return 1; 0 for null, for an image that has this depth already or has 16, 32 or other bits, for
- *         other values of `bits` and when memory runs out. In the last two cases an indexed image
- *         may have been replaced by its 24-bit copy; otherwise it is unchanged.
+ *         other values of `bits` and when memory runs out
+ *
+ * An indexed image is replaced by its 24-bit copy first: biClrUsed and biClrImportant 0, no table,
+ * padding 0; @ref nearest "colors beyond a short table" are the bytes that follow it. For 24 bits
+ * that is all. For 1, 4 and 8 bits the @ref network "network" learns 2, 16 or 256 colors, which
+ * become the color table (biClrUsed their number, biClrImportant 0), and every pixel becomes the
+ * @ref sums "entry of its color". All other header fields keep their values.
+ *
+ * @par Limits
+ * - When memory runs out or `bits` is refused, an indexed image may have been replaced by its
+ * 24-bit copy; otherwise it is unchanged.
  */
 OMB_API int32_t omb_neuquant(PackedDib** image, int32_t bits);
 
 /**
- * Reduces a 24-bit image to a learned palette and spreads the error of each pixel: 3/8 to its right
- * neighbour, 3/8 to the pixel of the same column in the row stored before (the one below it in the
- * picture), 1/4 to the right neighbour of that one. Each share is added and truncated toward 0.
- *
- * Rows are taken in storage order, pixels from left to right. The row stored before has its palette
- * colors already; the shares it gets change the entries that it is mapped to in the end. The last
- * pixel of a row receives no share from its left neighbour. Colors are limited to 0..255 before
- * each search. The result's biClrUsed and biClrImportant are 0.
- *
- * At 1 and 2 bits indices are stored as nibbles, high nibble first, at the row length of 1 or 2
- * bits: each row overwrites what runs over from the one before. The block is large enough for the
- * last one, larger than its header says. The table of 2 bits has 4 entries behind the header and
- * the rows behind it, although header queries know no table at that depth. After a core header
- * errors are taken to the colors that four-byte entries at byte 40 of the block would have.
+ * Reduces a 24-bit image to a learned palette and spreads the error of each pixel over its
+ * neighbours.
  *
  * @param image the image, replaced; 24 bits
- * @param bits  bits per pixel of the result: 1, 2, 4 or 8
+ * @param bits  bits per pixel of the result: 4 or 8; also 1 or 2, in a layout of their own
  * @return 1; 0 for null, other depths of the image or the result, and when memory runs out
+ *
+ * The palette is learned by the @ref network "network" of 2^bits neurons. Then, row by row as they
+ * are stored and in each row from left to right, a pixel's channels are limited to 0..255, its
+ * color becomes that of its @ref sums "entry", and of the error (limited color - entry's color)
+ *
+ * - 3/8 go to the pixel to its right,
+ * - 3/8 go to the pixel in the same column of the row stored before (the one below it in the
+ * picture),
+ * - 1/4 goes to the right neighbour of that one.
+ *
+ * Each share is added and the sum truncated toward 0. The last column receives nothing from the
+ * column before it, neither in its own row nor in the row stored before. When all errors are
+ * spread, each pixel, limited to 0..255, is searched once more: the row stored before has its
+ * palette colors already, and the shares that it got since then change its indices.
+ *
+ * The new header is the old one with the bit count and, in an information header, biClrUsed and
+ * biClrImportant 0.
+ *
+ * @par Limits
+ * - 1 and 2 bits: indices are stored as nibbles, high nibble first, at the row length of 1 or 2
+ * bits, row after row: each overwrites what runs over from the one before. The block is large
+ * enough for the last one, larger than its header says.
+ * - 2 bits: the table has 4 entries after the header and the rows follow it, although header
+ * queries know no table at that depth.
+ * - Core headers: errors are taken to the colors @ref byte40 "at byte 40" of the new block, as they
+ *   are with the table written and the rows still 0.
  */
 OMB_API int32_t omb_dither(PackedDib** image, int32_t bits);
 

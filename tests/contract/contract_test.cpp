@@ -183,5 +183,58 @@ TEST(Contract, ReliefIsLitFromTheSideInTheName) {
   }
 }
 
+// The widths at which functions with sizes of 16 bits change what they do, as their "Limits" say.
+TEST(Contract, LimitsOfWidth) {
+  enum Outcome { kRefused, kUnchanged, kChanged };
+  const auto convolute = [](PackedDib* dib) {
+    return omb_DoConvoluteDIB(dib, omb_getKERNAL(0), 1, 10);
+  };
+  const auto morph = [](PackedDib* dib) {
+    return omb_DoKernalMorphDIB(dib, omb_DIBBitCount(dib), OMB_MORPH_OPEN, omb_getKERNAL(0), 1);
+  };
+  const auto median = [](PackedDib* dib) {
+    return omb_EnhancePage(dib, OMB_SIZE_3X3, 1, 10, 0, 0, OMB_ENHANCE_MEDIAN, 0, 0);
+  };
+  const auto edges = [](PackedDib* dib) {
+    return omb_EdgePage(dib, OMB_SIZE_3X3, 1, 10, OMB_EDGE_SOBEL);
+  };
+  const struct {
+    const char* name;
+    int32_t (*call)(PackedDib*);
+    int bits, width;
+    Outcome outcome;
+  } cases[] = {
+      {"convolute", convolute, 24, 21844, kChanged},  {"convolute", convolute, 24, 21845, kRefused},
+      {"convolute", convolute, 8, 65532, kChanged},   {"convolute", convolute, 8, 65533, kRefused},
+      {"convolute", convolute, 8, 65536, kUnchanged}, {"morph", morph, 24, 21844, kChanged},
+      {"morph", morph, 24, 21845, kRefused},          {"morph", morph, 8, 65532, kChanged},
+      {"morph", morph, 8, 65533, kRefused},           {"median", median, 24, 21844, kChanged},
+      {"median", median, 24, 21845, kRefused},        {"median", median, 8, 65532, kChanged},
+      {"median", median, 8, 65533, kUnchanged},       {"edges", edges, 24, 28087, kChanged},
+      {"edges", edges, 8, 70000, kChanged},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.name) + " " + std::to_string(c.width));
+    const TestImage image = ImageBuilder(c.bits, c.width, 4).Pixels(Noise(1u << c.bits, 3)).Build();
+    const std::vector<uint8_t> before = image.Bytes();
+    EXPECT_EQ(c.call(image.get()), c.outcome != kRefused);
+    EXPECT_EQ(image.Bytes() != before, c.outcome == kChanged);
+  }
+}
+
+// "Images of 16, 32 or other bits are erased."
+TEST(Contract, FiltersOnPicturesEraseOtherDepths) {
+  void (*const filters[])(PackedDib*) = {
+      omb_sobel, omb_medianblur, [](PackedDib* dib) { omb_convolute(dib, OMB_CONVOLUTE_BOX_3X3); },
+      [](PackedDib* dib) { EXPECT_EQ(omb_emboss(dib, OMB_EMBOSS_SOFT_E, 0x808080), 1u); }};
+  for (const auto filter : filters) {
+    for (const int bits : {16, 32}) {
+      const TestImage image = ImageBuilder(bits, 9, 9).Pixels(Noise(1u << 16, 3)).Build();
+      filter(image.get());
+      EXPECT_EQ(image.Pixels(), std::vector<uint32_t>(81));
+    }
+  }
+}
+
 }  // namespace
 }  // namespace ombrilo::test
