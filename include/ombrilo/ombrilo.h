@@ -109,7 +109,8 @@ typedef struct {
 /**
  * Creates an image with an information header, 1 plane and all pixels 0.
  *
- * Images of 1, 4 and 8 bits get a full color table that holds a gray ramp from black to white.
+ * Images of 1, 4 and 8 bits get a full color table that holds a gray ramp from black to white
+ * (entry i of n: i x 255 / (n - 1)) and a biClrUsed of 0.
  *
  * @param width    pixels per row, 1 or more
  * @param height   rows, 1 or more
@@ -145,8 +146,11 @@ OMB_API uint32_t omb_DIBNumColors(const PackedDib* dib);
 
 /**
  * Size of the color table in bytes: 4 (information header) or 3 (core header) times the number of
- * entries, in 16-bit arithmetic. For a biClrUsed of 16384 and more it therefore disagrees with
- * omb_DIBNumColors().
+ * entries.
+ *
+ * @par Limits
+ * - It is computed in 16 bits: for a biClrUsed of 16,384 and more it does not agree with
+ *   omb_DIBNumColors().
  */
 OMB_API uint16_t omb_PaletteSize(const PackedDib* dib);
 
@@ -154,11 +158,14 @@ OMB_API uint16_t omb_PaletteSize(const PackedDib* dib);
 OMB_API uint8_t* omb_FindDIBBits(const PackedDib* dib);
 
 /**
- * Bytes per row of an image with an information header:
- * ((planes x bits per pixel x width + 31) / 32) x 4 in signed 32-bit arithmetic. Unlike the row
- * length that operations use, it includes the planes field. The fields are read at their
- * information header positions whatever the size field says, so the number means nothing for a core
- * header.
+ * Bytes per row of an image with an information header and 1 plane.
+ *
+ * It is ((planes x bits per pixel x width + 31) / 32) x 4 in signed 32-bit arithmetic. Unlike the
+ * row length that most operations use, it includes the planes field.
+ *
+ * @par Limits
+ * - The fields are read at their information header positions whatever the size field says, so the
+ *   number means nothing for a core header.
  */
 OMB_API int32_t omb_BytesPerLine(const PackedDib* dib);
 
@@ -168,12 +175,12 @@ OMB_API int32_t omb_BytesPerLine(const PackedDib* dib);
  * @{ */
 
 /**
- * Photographic negative, in place: every blue, green and red becomes 255 minus itself.
+ * Photographic negative: every blue, green and red becomes 255 minus itself.
  *
- * 1, 4 and 8 bits: the color table entries change and the pixels do not; reserved bytes stay.
- * 24 bits: the pixels change; row padding stays.
- *
+ * @param dib the image, changed in place: the color table at 1, 4 and 8 bits, the pixels at 24
  * @return 1; 0 for null and for other depths
+ *
+ * Reserved bytes and row padding stay.
  */
 OMB_API uint32_t omb_invert(PackedDib* dib);
 
@@ -191,32 +198,35 @@ OMB_API uintptr_t omb_CreateDIBPalette(const PackedDib* dib);
 /**
  * Brings a 16- or 32-bit image to 24 bits, so that every other function takes it.
  *
- * Channels are red 0x7C00, green 0x03E0, blue 0x001F (16 bits) or red 0xFF0000, green 0xFF00, blue
- * 0xFF (32 bits). When biCompression is 3 (BI_BITFIELDS), the three 32-bit masks behind the 40-byte
- * header replace them, in the order red, green, blue; they do not move the pixel rows, which start
- * where omb_FindDIBBits() says. A channel becomes (pixel AND mask), shifted down to bit 0, cut to 8
- * bits and shifted up by 8 - (bits in the mask) modulo 32: missing low bits are 0, so that a 5-bit
- * 31 becomes 248, and a mask of more than 8 bits gives 0.
- *
- * The new header is the old one's first 40 bytes with biBitCount 24, biCompression 0 and
- * biSizeImage 0. A biClrUsed stays, with a zeroed color table of that size. These fields are
- * written at their information header positions, so that after a core header the bit count field
- * keeps its value.
- *
  * @param image the image, replaced
  * @return 1; also 1, with the image unchanged, at 1, 4, 8 and 24 bits. 0 for null, for other depths
  *         and when memory runs out
+ *
+ * - Channels are red 0x7C00, green 0x03E0, blue 0x001F (16 bits) or red 0xFF0000, green 0xFF00,
+ * blue 0xFF (32 bits). When biCompression is 3 (BI_BITFIELDS), the three 32-bit masks after the
+ * 40-byte header replace them, in the order red, green, blue; they do not move the pixel rows,
+ * which start where omb_FindDIBBits() says.
+ * - A channel becomes (pixel AND mask), shifted down by the number of 0 bits below the mask,
+ * shifted up by 8 - (number of 1 bits in the mask) modulo 32, of which the low 8 bits are taken.
+ * Missing low bits are 0, so that a 5-bit 31 becomes 248, and a mask of more than 8 bits gives 0.
+ * - The new header is the old one's first 40 bytes with biBitCount 24, biCompression 0 and
+ * biSizeImage 0. A biClrUsed stays, with a zeroed color table of that size.
+ *
+ * @par Limits
+ * - Core headers: these fields are written at their information header positions, so that the bit
+ *   count field keeps its value.
  */
 OMB_API uint32_t omb_transformat(PackedDib** image);
 
 /**
- * Cuts the image down to a rectangle; pixels and color table are copied exactly. biSizeImage keeps
- * its value.
+ * Cuts the image down to a rectangle; pixels and color table are copied exactly.
  *
  * @param image     the image, replaced; 1, 4, 8 or 24 bits
  * @param rectangle the part to keep, all four edges inclusive, inside the image
  * @return 1; 0 for null, other depths, a rectangle that is empty or leaves the image, and when
- * memory runs out
+ *         memory runs out
+ *
+ * The header keeps everything but the size, biSizeImage too.
  */
 OMB_API uint32_t omb_crop(PackedDib** image, const OmbRect* rectangle);
 
@@ -237,13 +247,34 @@ OMB_API uintptr_t omb_cpydibrect(const PackedDib* dib, int32_t x, uint32_t y, ui
 
 /** @} */
 
-/** @defgroup tone Tone and color
+/**
+ * @defgroup tone Tone and color
  *
- * "Table" below is the color table as far as the header announces entries; reserved bytes keep
- * their values unless said otherwise. Every operation that changes 24-bit pixels leaves row padding
- * alone, and one without rows is done at once. The gray weights and roundings of these functions
- * differ from each other; each is part of its function's contract.
- * @{ */
+ * Operations on single colors: brighter, grayer, with more contrast, black and white.
+ *
+ * - "The table" is the color table as far as the header announces entries; reserved bytes keep
+ * their values unless said otherwise.
+ * - Operations that change 24-bit pixels leave row padding alone. One without rows is done at once.
+ * - The gray weights and roundings of these functions differ from each other; each is part of its
+ *   function's contract.
+ *
+ * @anchor bytewise
+ * @par Table or bytes
+ * omb_gammacorrection() and omb_adjustghms() change the table of an image that has one, whatever
+ * its depth (the low 16 bits of the number of entries are not 0), and keep the pixels. Otherwise
+ * they change the pixel bytes, three to a pixel: width x 3 bytes, then (row length - width x bit
+ * count / 8) bytes are skipped, and so on, as often as there are rows but not beyond the last one's
+ * end. At 24 bits these are the pixels. At 16 and 32 bits that is of no use: call omb_transformat()
+ * first.
+ *
+ * @anchor levels
+ * @par Low and high level
+ * Of a channel's histogram, the low level is the first value with more than trunc(samples x low)
+ * samples at or below it, or 0 if there is none. The high level is the last value with at most
+ * trunc(samples x high) samples at or below it, or 255 if there is none. Products are taken in
+ * double precision. A fraction that is not a number gives 0 and 255.
+ * @{
+ */
 
 /** The channels of a color. Functions say which of these they take. */
 enum OmbChannel {
@@ -271,10 +302,11 @@ enum OmbBalanceRange {
 };
 
 /**
- * Whether the color table holds a color that is not gray. The pixels are not looked at: an image
- * without a table counts as colorful.
+ * Whether the color table holds a color that is not gray.
  *
  * @return 1 for a colorful image, 0 for a table that is all gray and for null
+ *
+ * The pixels are not looked at: an image without a table counts as colorful.
  */
 OMB_API int32_t omb_iscolorful(const PackedDib* dib);
 
@@ -295,93 +327,118 @@ OMB_API int32_t omb_can_balance(const PackedDib* dib);
 OMB_API int32_t omb_autoclr(void);
 
 /**
- * Counts how often each value of one channel occurs among the pixels; 1, 4, 8 and 24 bits.
+ * Counts how often each value of one channel occurs among the pixels.
  *
- * Channel 4 is the gray value (59 green + 11 blue + 30 red) / 100, truncated, and also makes the
- * image gray: the table entries that pixels use, or the 24-bit pixels themselves.
- *
- * Width and height are cut to their low 16 bits, and the rows are taken to be as far apart as the
- * cut width says.
- *
- * @param dib      the image; changed by channel 4 alone
+ * @param dib      the image; 1, 4, 8 or 24 bits; #OMB_CHANNEL_GRAY changes it
  * @param counters 256 counters, cleared first
- * @param channel  1 red, 2 green, 3 blue, 4 gray. Another channel gives 0 at 1 bit when there is a
- *                 pixel, and otherwise 1 with all counters 0
+ * @param channel  1 to 4 of ::OmbChannel: red, green, blue, gray
  * @return 1; 0 for null, with the counters untouched, and for other depths, with the counters
  *         cleared
+ * @see @ref tone
+ *
+ * The gray value is (59 green + 11 blue + 30 red) / 100, truncated. Counting it also makes the
+ * image gray: the table entries that pixels use, or the 24-bit pixels. That is done pixel by pixel,
+ * so that where a short table continues in the pixels, each sees what those before it wrote.
+ *
+ * @par Limits
+ * - Width and height are @ref sizes16 "sizes of 16 bits", and rows are as far apart as the cut
+ * width says (without planes).
+ * - Another channel gives 0 at 1 bit when there is a pixel, and otherwise 1 with all counters 0.
  */
 OMB_API int32_t omb_getchannelhistogram(PackedDib* dib, int32_t* counters, int32_t channel);
 
 /**
- * Brightness, then contrast, each channel by itself. 1, 4 and 8 bits: the table; 24 bits: the
- * pixels; other depths stay unchanged.
+ * Brightness, then contrast, each channel by itself.
  *
- * Brightness d: v becomes v + d, limited to 0..255. Contrast c above 0: 0 for v up to c, 255 for v
- * above 255 - c, between them (v - c) x 255 / (255 - 2c), truncated; from c = 128 on a hard
- * threshold. Contrast c below 0: v x (255 + 2c) / 255 - c, truncated in the division; below -127
- * the low 8 bits of the result.
- *
- * @param dib        the image
- * @param brightness any number; 0 skips the step
- * @param contrast   any number; 0 skips the step
+ * @param dib        the image; the table at 1, 4 and 8 bits, the pixels at 24; others stay
+ * unchanged
+ * @param brightness -255 to 255 make sense; 0 skips the step
+ * @param contrast   -127 to 127 make sense; 0 skips the step
  * @return always 1
+ * @see @ref tone
+ *
+ * - Brightness d: v becomes v + d, limited to 0..255.
+ * - Contrast c above 0: 0 for v up to c, 255 for v above 255 - c, between them
+ *   (v - c) x 255 / (255 - 2c), truncated.
+ * - Contrast c below 0: v x (255 + 2c) / 255 - c, truncated in the division.
+ *
+ * @par Limits
+ * - Contrast of 128 and more is a hard threshold: 0 for v up to c, 255 above it; from 255 on all is
+ * 0.
+ * - Contrast below -127 takes the low 8 bits of the result. The product wraps in signed 32 bits.
  */
 OMB_API uint32_t omb_brightnesscontrast(PackedDib* dib, int32_t brightness, int32_t contrast);
 
 /**
- * Gamma correction: v becomes pow(v, gamma) / (pow(255, gamma) / 255) + 0.5 in double precision,
- * truncated and limited to 0..255.
+ * Gamma correction: below 1 makes the middle lighter, above 1 darker.
  *
- * An image with a color table, of any depth, has the table changed and keeps its pixels. Otherwise
- * the pixels change; at depths other than 24 bits the pixel bytes are taken three to a pixel, which
- * is of no use for 16 and 32 bits: bring these to 24 with omb_transformat() first.
- *
+ * @param dib   the image: its table or its pixels, see @ref bytewise "table or bytes"
+ * @param gamma the exponent
  * @return 1; 0 for null and for a gamma within 1e-8 of 1, with nothing done
+ *
+ * v becomes pow(v, gamma) / (pow(255, gamma) / 255) + 0.5 in double precision, truncated and
+ * limited to 0..255; what is not a number becomes 0.
+ *
+ * @par Limits
+ * - A 24-bit image with a color table of its own has only that changed.
+ * - At the end of the data, bytes of an incomplete pixel are changed, too.
  */
 OMB_API uint32_t omb_gammacorrection(PackedDib* dib, double gamma);
 
 /**
- * Stretches each channel between the levels of its own histogram. The samples are the pixels at 24
- * bits and the table's entries, each once, at 1, 4 and 8 bits; those are what changes, too.
+ * Stretches each channel between the levels of its own histogram: removes a color cast.
  *
- * The low level L is the first value with more than trunc(samples x low) samples at or below it, or
- * 0; the high level H is the last value with at most trunc(samples x high) at or below it, or 255.
- * v becomes 0 below L, 255 above H, otherwise (v - L) x 255 / (H - L), truncated; a value equal to
- * both stays.
- *
- * @param dib  the image
+ * @param dib  the image; 1, 4, 8 or 24 bits
  * @param low  fraction of the samples to cut at the dark end, say 0.005; not limited
  * @param high fraction of the samples below the bright end, say 0.995; not limited
  * @return 1; 0 for null and for other depths
+ * @see @ref tone
+ *
+ * The samples are the pixels at 24 bits and the table's entries, each once, at 1, 4 and 8 bits;
+ * those are what changes, too. With the @ref levels "low and high level" L and H, v becomes 0 below
+ * L, else 255 above H, else itself where L = H, else (v - L) x 255 / (H - L), truncated.
  */
 OMB_API uint32_t omb_autolevel(PackedDib* dib, double low, double high);
 
 /**
- * Stretches all channels between one pair of levels: the lowest L and the highest H that the three
- * channels have by the rules of omb_autolevel().
+ * Stretches all channels between one pair of levels: keeps the hues.
  *
- * 24 bits: the pixels are counted and changed. 1, 4 and 8 bits: the colors of the pixels are
- * counted, H takes fewer than (instead of at most) trunc(samples x high) samples, and each pixel
- * gets the entry nearest to its stretched color; the table stays. Here colors are read four bytes
- * apart from byte 40 of the image whatever its header; and at 1 bit only the first stored row is
- * counted, while the number of samples is still that of all pixels, so that such an image usually
- * stays as it is.
- *
+ * @param dib  the image; 1, 4, 8 or 24 bits
+ * @param low  fraction of the samples to cut at the dark end, say 0.005; not limited
+ * @param high fraction of the samples below the bright end, say 0.995; not limited
  * @return 1; 0 for null, for other depths, for an indexed image with L = H, and when memory runs
- * out
+ *         out
+ * @see @ref tone
+ *
+ * L is the lowest and H the highest of the three channels' @ref levels "levels"; values change as
+ * in omb_autolevel().
+ *
+ * - 24 bits: the pixels are counted and changed.
+ * - 1, 4 and 8 bits: the colors of the pixels are counted; H takes fewer than (instead of at most)
+ *   trunc(samples x high) samples; each pixel gets the @ref nearest "nearest entry" of its
+ * stretched color, and the table stays.
+ *
+ * @par Limits
+ * - At 1 bit only the first stored row is counted, while the number of samples is still that of all
+ *   pixels, so that such an image usually stays as it is.
+ * - Core headers: the colors of pixels are those @ref byte40 "at byte 40", and those that lie over
+ * the pixels change with them, pixel by pixel in storage order. The nearest entry is one of the
+ * proper table.
+ * - The number of samples is width x height in signed 32 bits that wrap.
  */
 OMB_API uint32_t omb_autocontrast(PackedDib* dib, double low, double high);
 
 /**
  * Turns the image gray: (11 blue + 59 green + 30 red) / 100, truncated.
  *
- * 1, 4 and 8 bits: the table changes, in place. 24 bits: the image is replaced by an 8-bit one
- * whose table is a ramp from black to white and whose pixels are the gray values. Its header is the
- * old one with bit count 8 and, in an information header, biClrUsed and biClrImportant 0. A
- * negative height gives a block without rows.
- *
- * @param image the image, at 24 bits replaced
+ * @param image the image; 1, 4 and 8 bits: its table changes, in place; 24 bits: it is replaced by
+ * an 8-bit image
  * @return 1; 0 for null, for other depths and when memory runs out
+ * @see @ref tone
+ *
+ * The 8-bit image has a table that is a ramp from black to white, reserved bytes 0, and the gray
+ * values as its pixels. Its header is the old one with bit count 8 and, in an information header,
+ * biClrUsed and biClrImportant 0. A negative height gives a block without rows.
  */
 OMB_API uint32_t omb_gray(PackedDib** image);
 
@@ -389,106 +446,145 @@ OMB_API uint32_t omb_gray(PackedDib** image);
  * Shows gray levels as colors: replaces the table of an image whose table is all gray.
  *
  * @param dib   the image, of any depth
- * @param table blue, green, red and an ignored byte per entry, as many entries as the image's
- * table; reserved bytes in the image become 0
+ * @param table blue, green, red and an ignored byte per entry, as many entries as the image's table
  * @return 1; 0 for null and for an image that omb_iscolorful() calls colorful
+ * @see @ref tone
+ *
+ * Reserved bytes in the image become 0.
  */
 OMB_API uint32_t omb_pseudocolor(PackedDib* dib, const uint8_t* table);
 
 /**
- * Proposes a threshold for omb_binary(): the median of the pixels' gray values, which are 0.3 red +
- * 0.59 green + 0.11 blue, in this order in double precision, truncated.
+ * Proposes a threshold for omb_binary(): the median of the pixels' gray values.
  *
- * With half = pixels / 2 it is the first level i from 1 on that has more than `half` pixels at or
- * below it, or i - 1 where the number of pixels at or below that is nearer to `half`.
+ * @param dib the image; 1, 4, 8 or 24 bits
+ * @return 0 to 255; 0 also for null, for other depths, and without pixels
+ * @see @ref tone
  *
- * @return 0 to 255; 0 also for null, for other depths than 1, 4, 8 and 24, and without pixels
+ * Gray values are 0.3 red + 0.59 green + 0.11 blue, added in this order in double precision,
+ * truncated. With half = pixels / 2, truncated, the result is
+ *
+ * - 0 where more than half of the pixels have level 0;
+ * - otherwise the first level i with more than `half` pixels at or below it,
+ * - or i - 1 where the number of pixels at or below that is nearer to `half`; a tie gives i.
+ *
+ * @par Limits
+ * - The number of pixels is width x height in signed 32 bits that wrap.
  */
 OMB_API int32_t omb_autothreshold(const PackedDib* dib);
 
 /**
- * Replaces the image by a 1-bit one: white (index 1) where the gray value 0.59 green + 0.3 red +
- * 0.11 blue exceeds the threshold, black (index 0) where it is below. A gray value of exactly the
- * threshold is black for thresholds up to 128 (for a 1-bit source up to 127), white above.
- *
- * The new header is the old one with bit count 1 and, in an information header, biClrUsed 2 and
- * biClrImportant 0; the table is black, white. A 1-bit source instead keeps its pixels, and its
- * table's colors become black or white: the bytes behind the header, a table of two entries and the
- * rows, are taken over as they stand. At 4 and 8 bits colors are read four bytes apart from byte 40
- * of the image, whatever its header. A negative height gives a block without rows.
+ * Replaces the image by a 1-bit one: white where a pixel's gray value exceeds the threshold, black
+ * where it is below.
  *
  * @param image     the image, replaced; 1, 4, 8 or 24 bits
- * @param threshold any number
+ * @param threshold 0 to 255; other numbers make all of it white or black. omb_autothreshold()
+ * proposes one
  * @return 1; 0 for null, for other depths and when memory runs out
+ * @see @ref tone
+ *
+ * 59 green + 30 red + 11 blue is compared with 100 x threshold, exactly. Equal ones are black for
+ * thresholds up to 128 (for a 1-bit source up to 127), white above.
+ *
+ * - 4, 8 and 24 bits: index 1 is white, index 0 black; the table is black, white.
+ * - 1 bit: the pixels stay, and the table's colors become black or white. First all announced
+ * entries of the table do; then the bytes after the header, as many as a table of two entries and
+ * the rows take, are copied as they are.
+ * - The new header is the old one with bit count 1 and, in an information header, biClrUsed 2 and
+ *   biClrImportant 0. A negative height gives a block without rows.
+ *
+ * @par Limits
+ * - Core headers: at 4 and 8 bits colors are read @ref byte40 "at byte 40".
+ * - 1 bit: rows of an image whose table does not have two entries come displaced.
  */
 OMB_API uint32_t omb_binary(PackedDib** image, int32_t threshold);
 
 /**
- * Sets one channel to 0: in the table at 1, 4 and 8 bits, in the pixels at 24.
+ * Sets one channel to 0.
  *
- * @param dib     the image
- * @param channel 1 red, 2 green, 3 blue
+ * @param dib     the image; the table at 1, 4 and 8 bits, the pixels at 24
+ * @param channel 1 to 3 of ::OmbChannel: red, green, blue
  * @return 1; 0 for null, other depths and other channels
+ * @see @ref tone
  */
 OMB_API uint32_t omb_filtercolor(PackedDib* dib, uint32_t channel);
 
 /**
- * Keeps one channel. 1, 4 and 8 bits: the table's two other channels become 0, in place. 24 bits:
- * the image is replaced by an 8-bit one whose pixels are the channel's values and whose table is a
- * ramp of that channel alone; header as with omb_gray().
+ * Keeps one channel.
  *
- * @param image   the image, at 24 bits replaced
- * @param channel 1 red, 2 green, 3 blue
+ * @param image   the image; 1, 4 and 8 bits: the table's two other channels become 0, in place;
+ *                24 bits: it is replaced by an 8-bit image
+ * @param channel 1 to 3 of ::OmbChannel: red, green, blue
  * @return 1 at 1, 4 and 8 bits. 0 in every other case, also when a 24-bit image has been replaced:
  *         its bit count is 8 then
+ * @see @ref tone
+ *
+ * The 8-bit image has the channel's values as its pixels and a table that is a ramp of that channel
+ * alone; its header is as with omb_gray().
  */
 OMB_API uint32_t omb_extractcolor(PackedDib** image, uint32_t channel);
 
 /**
- * Makes the very light and the very dark colors lighter or darker, in three steps: highlights (blue
- * + green + red above 510), shadows (sum below 255), and shadows again, as the step before left
- * them.
+ * Makes the very light and the very dark colors lighter or darker.
  *
- * A step adds its amount to green and red, limited to 0..255, and makes blue the new green plus the
- * amount, limited likewise; an amount of 0 skips the step. What changes is the table or the pixels,
- * as with omb_gammacorrection().
- *
- * @param dib        the image
- * @param highlights amount for the highlights
- * @param shadows1   first amount for the shadows
- * @param shadows2   second amount for the shadows
+ * @param dib        the image: its table or its pixels, see @ref bytewise "table or bytes"
+ * @param highlights amount for the highlights, -255 to 255
+ * @param shadows1   first amount for the shadows, -255 to 255
+ * @param shadows2   second amount for the shadows, -255 to 255
  * @return 0 when all amounts are 0, otherwise 1, also for null
+ *
+ * There are three steps: highlights (blue + green + red above 510), shadows (sum below 255), and
+ * shadows again, as the step before left them. A step adds its amount to green and red, limited to
+ * 0..255, and makes blue the new green plus the amount, limited likewise; an amount of 0 skips the
+ * step.
+ *
+ * @par Limits
+ * - A 24-bit image with a color table of its own has only that changed.
+ * - At the end of the data, bytes that do not fill a group of three stay.
  */
 OMB_API uint32_t omb_adjustghms(PackedDib* dib, int32_t highlights, int32_t shadows1,
                                 int32_t shadows2);
 
 /** @} */
 
-/** @defgroup geometry Scale, rotate, flip
- * Results are the same to the bit on every processor: positions, weights and sums are single
- * precision, in the order written here.
+/**
+ * @defgroup geometry Scale, rotate, flip
  *
- * Scaling and rotation resample: a pixel of the new image has a position (sx, sy) in the source, in
+ * For sizes that look right, call omb_resize(). omb_scale() and omb_rotate() keep to an old
+ * contract; its positions, weights and sums are single precision, in the order written here, each
+ * operation rounded by itself.
+ *
+ * @anchor resampling
+ * @par Resampling
+ * A pixel of the new image has a position (sx, sy) in the source of W columns and H rows, in
  * columns from the left and rows from the bottom. With ix, iy their truncations, dx = sx - ix and
  * dy = sy - iy, the mode selects
  *
  * - 1, point: source pixel (ix, iy), its index or color as it is.
  * - 2, bilinear: (1-dy)(1-dx) of (ix, iy) + (1-dy)dx of (ix+1, iy) + (1-dx)dy of (ix, iy+1) + dx dy
- * of (ix+1, iy+1), per channel. An ix above W-2 becomes W-2 and an iy above H-2 becomes H-2, with
- * dx and dy as they are.
+ *   of (ix+1, iy+1), per channel. An ix above W-2 becomes W-2 and an iy above H-2 becomes H-2, with
+ *   dx and dy as they are.
  * - 3, bicubic: 4 x 4 pixels at the offsets -1, 0, 1, 2. Each row's pixels are summed with the
- * weights C(1+dx), C(dx), C(1-dx), C(2-dx), then the four sums with the same weights of dy; C(t)
- * with a = |t| is 1 - 2a^2 + a^3 below 1, 4 - 8a + 5a^2 - a^3 below 2 and 0 beyond. Offsets derive
- * from the coordinate x or y in the new image and the source's last column or row L: -1 is 0 where
- * x is 0; 1 is 0 where x + 1 > L; 2 is the offset before it where x + 2 > L, except for columns at
- * 24 bits, whose last two offsets are 0 and 1 there. Samples are taken row by row; one that leaves
- * the source first moves ix or iy, for itself and all samples after it: iy to H-1-offset or
- * -offset, ix to W-1-ix or -offset.
+ *   weights C(1+dx), C(dx), C(1-dx), C(2-dx), then the four sums with the same weights of dy. With
+ *   a = |t|, b = a a and c = b a, C(t) is 1 - 2b + c for a below 1, 4 - 8a + 5b - c below 2 and 0
+ *   beyond.
+ *
+ * Sums are added from left to right. Offsets of mode 3 derive from the coordinate x or y in the new
+ * image and the source's last column or row L:
+ *
+ * - -1 is 0 where x is 0;
+ * - 1 is 0 where x + 1 > L;
+ * - 2 is the offset before it where x + 2 > L, except for columns at 24 bits, whose last two
+ * offsets are 0 and 1 there.
+ *
+ * Samples of mode 3 are taken row by row; one that leaves the source first moves ix or iy, for
+ * itself and all samples after it: iy to H-1-offset or -offset, ix to W-1-ix or -offset.
  *
  * What still lies outside the source is clamped into it. Channel sums are limited to 0..255 and
- * truncated. At 1, 4 and 8 bits modes 2 and 3 blend color table colors and store the nearest
- * entry's index: least squared distance over red, green and blue, the lowest index on a tie, among
- * the 2, 16 or 256 entries of the depth. @{ */
+ * truncated. At 1, 4 and 8 bits modes 2 and 3 blend colors and store the @ref nearest "nearest
+ * entry".
+ * @{
+ */
 
 /** How omb_scale() and omb_rotate() resample. */
 enum OmbResampling {
@@ -506,20 +602,31 @@ enum OmbResizeFilter {
 };
 
 /**
- * Scales the image. The position of pixel (x, y) is x * (W / width), y * (H / height): there is no
- * half-pixel offset.
- *
- * The color table and biSizeImage stay. After a core header the width is stored in 32 bits over
- * both size fields, so that the header's height becomes 0 for widths up to 65535; the rows are
- * complete. An image of another depth, without pixels, or scaled in another mode becomes one of the
- * new size with all pixels 0.
+ * Scales the image.
  *
  * @param image  the image, replaced; 1, 4, 8 or 24 bits
  * @param width  new width in pixels; 0 gives an image without pixels
  * @param height new height in rows; likewise
- * @param mode   1 point, 2 bilinear, 3 bicubic
+ * @param mode   one of ::OmbResampling: 1 point, 2 bilinear, 3 bicubic
  * @return 1; 0 for null, for the size that the image has, for a size of 2 GiB and more and when
- * memory runs out
+ *         memory runs out
+ * @see @ref resampling
+ *
+ * The position of pixel (x, y) is x * (W / width), y * (H / height): there is no half-pixel offset.
+ * The color table and biSizeImage stay.
+ *
+ * @par Limits
+ * - No antialiasing: halving takes every second pixel, whatever the mode, so that stripes a pixel
+ * wide become all black. Use omb_resize().
+ * - Bilinear enlarging repeats the way between the last two pixels: 0 255 becomes
+ *   0 63 127 191 0 63 127 191. Use omb_resize().
+ * - Bicubic enlarging has all its neighbours only in the first W - 2 columns and H - 2 rows of the
+ * new image; beyond them it is near to copying pixels. Reducing brings the color of the left edge
+ * into the last column. Use omb_resize().
+ * - An image of another depth, without pixels, or scaled in another mode becomes one of the new
+ * size with all pixels 0.
+ * - Core headers: the width is stored in 32 bits over both size fields, so that the header's height
+ *   becomes 0 for widths up to 65,535; the rows are complete.
  */
 OMB_API uint32_t omb_scale(PackedDib** image, uint32_t width, uint32_t height, uint32_t mode);
 
@@ -579,38 +686,53 @@ OMB_API uint32_t omb_resize(PackedDib** image, uint32_t width, uint32_t height, 
 /**
  * Turns the image about its center; positive angles turn clockwise.
  *
- * The angle is reduced by full turns and keeps its sign. 90, 180 and 270 degrees, within 0.01, move
- * pixels exactly; the mode does not matter. Every other angle r, negative right angles included,
- * resamples: with c and s the cosine and sine of r / 180 * 3.1415926, computed in double precision
- * and rounded to single, the new width is max(|Wc - Hs|, |Wc + Hs|) + 0.5 and the new height
- * max(|Hc - Ws|, |Hc + Ws|) + 0.5, truncated. The position of pixel (x, y), y from the bottom, is
- * uc + vs + W/2, us - vc + H/2 with u = x - width/2 and v = height/2 - y, where halves are whole
- * numbers. Pixels whose truncated position is outside the source are background: all bits 1, which
- * is white at 24 bits and the highest index otherwise; so is row padding.
- *
- * The color table and biSizeImage stay. When resampling, an image of another depth, without pixels
- * or in another mode becomes background throughout.
- *
  * @param image   the image, replaced; 1, 4, 8 or 24 bits
  * @param degrees the angle
- * @param mode    1 point, 2 bilinear, 3 bicubic
+ * @param mode    one of ::OmbResampling: 1 point, 2 bilinear, 3 bicubic
  * @return 1; 0 for null, for an angle that reduces to less than 0.01 either way, one that is not
- * finite or outside 32-bit integers, for other depths or a negative size at a right angle, for a
- * size of 2 GiB and more and when memory runs out
+ *         finite or outside 32-bit integers, for other depths or a negative size at a right angle,
+ * for a size of 2 GiB and more and when memory runs out
+ * @see @ref resampling
+ *
+ * - The angle is reduced by full turns and keeps its sign: 360 x (the truncated angle / 360,
+ *   truncated) is taken away in single precision.
+ * - 90, 180 and 270 degrees, less than 0.01 away, move pixels exactly, whatever the mode; row
+ * padding is 0.
+ * - Every other angle r, negative right angles included, resamples. With c and s the cosine and
+ * sine of r / 180 * 3.1415926, computed in double precision and rounded to single, the new width is
+ *   max(|Wc - Hs|, |Wc + Hs|) + 0.5 and the new height max(|Hc - Ws|, |Hc + Ws|) + 0.5, truncated.
+ * - The position of pixel (x, y), y from the bottom, is uc + vs + W/2, us - vc + H/2 with
+ *   u = x - width/2 and v = height/2 - y, where halves are whole numbers.
+ * - Pixels whose truncated position is outside the source are background: all bits 1, which is
+ * white at 24 bits and the highest index otherwise; so is row padding.
+ *
+ * The color table and biSizeImage stay.
+ *
+ * @par Limits
+ * - The background of indexed images has the color of the last entry, whatever that is.
+ * - When resampling, an image of another depth, without pixels or in another mode becomes
+ * background throughout.
+ * - Core headers keep the low 16 bits of the new size; the rows are complete.
  */
 OMB_API uint32_t omb_rotate(PackedDib** image, float degrees, uint32_t mode);
 
 /**
- * Mirrors the image left to right, in place. Row padding stays.
+ * Mirrors the image left to right, in place.
  *
- * @return 1; 0 for null and for depths other than 1, 4, 8 and 24
+ * @param dib the image; 1, 4, 8 or 24 bits
+ * @return 1; 0 for null and for other depths
+ *
+ * Row padding stays.
  */
 OMB_API uint32_t omb_fliphor(PackedDib* dib);
 
 /**
- * Mirrors the image top to bottom, in place, at any depth. Row padding moves with its row.
+ * Mirrors the image top to bottom, in place.
  *
+ * @param dib the image, of any depth
  * @return 1; 0 for null
+ *
+ * Row padding moves with its row.
  */
 OMB_API uint32_t omb_flipvert(PackedDib* dib);
 

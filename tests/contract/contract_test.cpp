@@ -11,6 +11,7 @@
 #include "filters/numbered_kernels.h"
 #include "morphology/kernal.h"
 #include "support/image.h"
+#include "support/kernals.h"
 
 namespace ombrilo::test {
 namespace {
@@ -234,6 +235,54 @@ TEST(Contract, FiltersOnPicturesEraseOtherDepths) {
       EXPECT_EQ(image.Pixels(), std::vector<uint32_t>(81));
     }
   }
+}
+
+// The examples of docs/pictures.md.
+TEST(Contract, ExamplesOfThePictures) {
+  PackedDib* block = omb_newdib(3, 2, 8);
+  EXPECT_EQ(omb_FindDIBBits(block) - reinterpret_cast<uint8_t*>(block), 1064);
+  EXPECT_EQ(TestImage(block).Bytes().size(), 1072u);
+
+  const auto gray = [](int width, int height, std::function<uint32_t(int, int)> level) {
+    return ImageBuilder(8, width, height).Colors(GrayRamp(256)).Pixels(std::move(level)).Build();
+  };
+  const Kernal above(1, 3, 0, 1, 0, {{0, 1, 1}});
+  TestImage image = gray(1, 4, [](int, int y) { return 10u * static_cast<uint32_t>(y); });
+  EXPECT_EQ(omb_DoConvoluteDIB(image.get(), above.get(), 1, 10), 1);
+  EXPECT_EQ(image.Pixels(), (std::vector<uint32_t>{0, 0, 10, 30}));  // the outer rows keep theirs
+
+  const auto speck = [&] { return gray(5, 5, [](int x, int y) { return x == 2 && y == 2; }); };
+  const auto lit = [](const TestImage& picture) {
+    std::string places;
+    for (int y = 0; y < 5; ++y) {
+      for (int x = 0; x < 5; ++x) {
+        if (picture.Pixel(x, y) != 0) places += std::to_string(x) + std::to_string(y) + " ";
+      }
+    }
+    return places;
+  };
+  image = speck();
+  omb_dilate(image.get());
+  EXPECT_EQ(lit(image), "20 30 40 21 31 41 22 32 42 ");
+  omb_erode(image.get());
+  EXPECT_EQ(lit(image), "22 ");
+  const Kernal corner(2, 2, 0, 1, 0, {{0, 0}, {1, 0}, {0, 1}});
+  image = speck();
+  EXPECT_EQ(omb_DoKernalMorphDIB(image.get(), 8, OMB_MORPH_DILATE, corner.get(), 1), 1);
+  EXPECT_EQ(lit(image), "12 22 23 ");
+
+  image = gray(7, 7, [](int, int) { return 9; });
+  omb_medianblur(image.get());
+  for (int i = 0; i < 49; ++i) EXPECT_EQ(image.Pixel(i % 7, i / 7), i == 24 ? 9u : 0u);
+
+  const auto scaled = [&](std::vector<uint32_t> row, uint32_t width) {
+    image = gray(static_cast<int>(row.size()), 2,
+                 [&](int x, int) { return row[static_cast<size_t>(x)]; });
+    EXPECT_EQ(omb_scale(image.ref(), width, 1, OMB_RESAMPLE_BILINEAR), 1u);
+    return image.Pixels();
+  };
+  EXPECT_EQ(scaled({0, 255}, 8), (std::vector<uint32_t>{0, 63, 127, 191, 0, 63, 127, 191}));
+  EXPECT_EQ(scaled({0, 255, 0, 255}, 2), (std::vector<uint32_t>{0, 0}));
 }
 
 }  // namespace
