@@ -185,13 +185,15 @@ OMB_API int32_t omb_BytesPerLine(const PackedDib* dib);
 OMB_API uint32_t omb_invert(PackedDib* dib);
 
 /**
- * Creates a logical palette from the color table, entry by entry, with all flags 0. As many entries
- * as omb_DIBNumColors() says, in its low 16 bits; any depth.
+ * Creates a logical palette from the color table, entry by entry, with all flags 0.
  *
+ * @param dib the image, of any depth
  * @return On Windows an HPALETTE, which the caller deletes with DeleteObject(). Elsewhere the
- * address of a LOGPALETTE structure (16-bit version 0x300, 16-bit number of entries, then red,
- * green, blue and flags per entry), which the caller releases with free(). 0 for null, for an image
- *         without colors and when the palette cannot be created.
+ *         address of a LOGPALETTE structure (16-bit version 0x300, 16-bit number of entries, then
+ *         red, green, blue and flags per entry), which the caller releases with free(). 0 for null,
+ *         for an image without colors and when the palette cannot be created.
+ *
+ * It has as many entries as the low 16 bits of omb_DIBNumColors() say.
  */
 OMB_API uintptr_t omb_CreateDIBPalette(const PackedDib* dib);
 
@@ -203,14 +205,14 @@ OMB_API uintptr_t omb_CreateDIBPalette(const PackedDib* dib);
  *         and when memory runs out
  *
  * - Channels are red 0x7C00, green 0x03E0, blue 0x001F (16 bits) or red 0xFF0000, green 0xFF00,
- * blue 0xFF (32 bits). When biCompression is 3 (BI_BITFIELDS), the three 32-bit masks after the
- * 40-byte header replace them, in the order red, green, blue; they do not move the pixel rows,
- * which start where omb_FindDIBBits() says.
+ *   blue 0xFF (32 bits). When biCompression is 3 (BI_BITFIELDS), the three 32-bit masks after the
+ *   40-byte header replace them, in the order red, green, blue; they do not move the pixel rows,
+ *   which start where omb_FindDIBBits() says.
  * - A channel becomes (pixel AND mask), shifted down by the number of 0 bits below the mask,
- * shifted up by 8 - (number of 1 bits in the mask) modulo 32, of which the low 8 bits are taken.
- * Missing low bits are 0, so that a 5-bit 31 becomes 248, and a mask of more than 8 bits gives 0.
+ *   shifted up by 8 - (number of 1 bits in the mask) modulo 32, of which the low 8 bits are taken.
+ *   Missing low bits are 0, so that a 5-bit 31 becomes 248, and a mask of more than 8 bits gives 0.
  * - The new header is the old one's first 40 bytes with biBitCount 24, biCompression 0 and
- * biSizeImage 0. A biClrUsed stays, with a zeroed color table of that size.
+ *   biSizeImage 0. A biClrUsed stays, with a zeroed color table of that size.
  *
  * @par Limits
  * - Core headers: these fields are written at their information header positions, so that the bit
@@ -253,7 +255,7 @@ OMB_API uintptr_t omb_cpydibrect(const PackedDib* dib, int32_t x, uint32_t y, ui
  * Operations on single colors: brighter, grayer, with more contrast, black and white.
  *
  * - "The table" is the color table as far as the header announces entries; reserved bytes keep
- * their values unless said otherwise.
+ *   their values unless said otherwise.
  * - Operations that change 24-bit pixels leave row padding alone. One without rows is done at once.
  * - The gray weights and roundings of these functions differ from each other; each is part of its
  *   function's contract.
@@ -342,7 +344,7 @@ OMB_API int32_t omb_autoclr(void);
  *
  * @par Limits
  * - Width and height are @ref sizes16 "sizes of 16 bits", and rows are as far apart as the cut
- * width says (without planes).
+ *   width says (without planes).
  * - Another channel gives 0 at 1 bit when there is a pixel, and otherwise 1 with all counters 0.
  */
 OMB_API int32_t omb_getchannelhistogram(PackedDib* dib, int32_t* counters, int32_t channel);
@@ -351,7 +353,7 @@ OMB_API int32_t omb_getchannelhistogram(PackedDib* dib, int32_t* counters, int32
  * Brightness, then contrast, each channel by itself.
  *
  * @param dib        the image; the table at 1, 4 and 8 bits, the pixels at 24; others stay
- * unchanged
+ *                   unchanged
  * @param brightness -255 to 255 make sense; 0 skips the step
  * @param contrast   -127 to 127 make sense; 0 skips the step
  * @return always 1
@@ -364,7 +366,7 @@ OMB_API int32_t omb_getchannelhistogram(PackedDib* dib, int32_t* counters, int32
  *
  * @par Limits
  * - Contrast of 128 and more is a hard threshold: 0 for v up to c, 255 above it; from 255 on all is
- * 0.
+ *   0.
  * - Contrast below -127 takes the low 8 bits of the result. The product wraps in signed 32 bits.
  */
 OMB_API uint32_t omb_brightnesscontrast(PackedDib* dib, int32_t brightness, int32_t contrast);
@@ -416,14 +418,14 @@ OMB_API uint32_t omb_autolevel(PackedDib* dib, double low, double high);
  * - 24 bits: the pixels are counted and changed.
  * - 1, 4 and 8 bits: the colors of the pixels are counted; H takes fewer than (instead of at most)
  *   trunc(samples x high) samples; each pixel gets the @ref nearest "nearest entry" of its
- * stretched color, and the table stays.
+ *   stretched color, and the table stays.
  *
  * @par Limits
  * - At 1 bit only the first stored row is counted, while the number of samples is still that of all
  *   pixels, so that such an image usually stays as it is.
  * - Core headers: the colors of pixels are those @ref byte40 "at byte 40", and those that lie over
- * the pixels change with them, pixel by pixel in storage order. The nearest entry is one of the
- * proper table.
+ *   the pixels change with them, pixel by pixel in storage order. The nearest entry is one of the
+ *   proper table.
  * - The number of samples is width x height in signed 32 bits that wrap.
  */
 OMB_API uint32_t omb_autocontrast(PackedDib* dib, double low, double high);
@@ -432,7 +434,7 @@ OMB_API uint32_t omb_autocontrast(PackedDib* dib, double low, double high);
  * Turns the image gray: (11 blue + 59 green + 30 red) / 100, truncated.
  *
  * @param image the image; 1, 4 and 8 bits: its table changes, in place; 24 bits: it is replaced by
- * an 8-bit image
+ *              an 8-bit image
  * @return 1; 0 for null, for other depths and when memory runs out
  * @see @ref tone
  *
@@ -479,7 +481,7 @@ OMB_API int32_t omb_autothreshold(const PackedDib* dib);
  *
  * @param image     the image, replaced; 1, 4, 8 or 24 bits
  * @param threshold 0 to 255; other numbers make all of it white or black. omb_autothreshold()
- * proposes one
+ *                  proposes one
  * @return 1; 0 for null, for other depths and when memory runs out
  * @see @ref tone
  *
@@ -488,8 +490,8 @@ OMB_API int32_t omb_autothreshold(const PackedDib* dib);
  *
  * - 4, 8 and 24 bits: index 1 is white, index 0 black; the table is black, white.
  * - 1 bit: the pixels stay, and the table's colors become black or white. First all announced
- * entries of the table do; then the bytes after the header, as many as a table of two entries and
- * the rows take, are copied as they are.
+ *   entries of the table do; then the bytes after the header, as many as a table of two entries and
+ *   the rows take, are copied as they are.
  * - The new header is the old one with bit count 1 and, in an information header, biClrUsed 2 and
  *   biClrImportant 0. A negative height gives a block without rows.
  *
@@ -575,7 +577,7 @@ OMB_API uint32_t omb_adjustghms(PackedDib* dib, int32_t highlights, int32_t shad
  * - -1 is 0 where x is 0;
  * - 1 is 0 where x + 1 > L;
  * - 2 is the offset before it where x + 2 > L, except for columns at 24 bits, whose last two
- * offsets are 0 and 1 there.
+ *   offsets are 0 and 1 there.
  *
  * Samples of mode 3 are taken row by row; one that leaves the source first moves ix or iy, for
  * itself and all samples after it: iy to H-1-offset or -offset, ix to W-1-ix or -offset.
@@ -617,14 +619,14 @@ enum OmbResizeFilter {
  *
  * @par Limits
  * - No antialiasing: halving takes every second pixel, whatever the mode, so that stripes a pixel
- * wide become all black. Use omb_resize().
+ *   wide become all black. Use omb_resize().
  * - Bilinear enlarging repeats the way between the last two pixels: 0 255 becomes
  *   0 63 127 191 0 63 127 191. Use omb_resize().
  * - Bicubic enlarging has all its neighbours only in the first W - 2 columns and H - 2 rows of the
- * new image; beyond them it is near to copying pixels. Reducing brings the color of the left edge
- * into the last column. Use omb_resize().
+ *   new image; beyond them it is near to copying pixels. Reducing brings the color of the left edge
+ *   into the last column. Use omb_resize().
  * - An image of another depth, without pixels, or scaled in another mode becomes one of the new
- * size with all pixels 0.
+ *   size with all pixels 0.
  * - Core headers: the width is stored in 32 bits over both size fields, so that the header's height
  *   becomes 0 for widths up to 65,535; the rows are complete.
  */
@@ -691,27 +693,28 @@ OMB_API uint32_t omb_resize(PackedDib** image, uint32_t width, uint32_t height, 
  * @param mode    one of ::OmbResampling: 1 point, 2 bilinear, 3 bicubic
  * @return 1; 0 for null, for an angle that reduces to less than 0.01 either way, one that is not
  *         finite or outside 32-bit integers, for other depths or a negative size at a right angle,
- * for a size of 2 GiB and more and when memory runs out
+ *         for a size of 2 GiB and more and when memory runs out
  * @see @ref resampling
  *
  * - The angle is reduced by full turns and keeps its sign: 360 x (the truncated angle / 360,
  *   truncated) is taken away in single precision.
  * - 90, 180 and 270 degrees, less than 0.01 away, move pixels exactly, whatever the mode; row
- * padding is 0.
+ *   padding is 0.
  * - Every other angle r, negative right angles included, resamples. With c and s the cosine and
- * sine of r / 180 * 3.1415926, computed in double precision and rounded to single, the new width is
- *   max(|Wc - Hs|, |Wc + Hs|) + 0.5 and the new height max(|Hc - Ws|, |Hc + Ws|) + 0.5, truncated.
+ *   sine of r / 180 * 3.1415926, computed in double precision and rounded to single, the new width
+ *   is max(|Wc - Hs|, |Wc + Hs|) + 0.5 and the new height max(|Hc - Ws|, |Hc + Ws|) + 0.5,
+ *   truncated.
  * - The position of pixel (x, y), y from the bottom, is uc + vs + W/2, us - vc + H/2 with
  *   u = x - width/2 and v = height/2 - y, where halves are whole numbers.
  * - Pixels whose truncated position is outside the source are background: all bits 1, which is
- * white at 24 bits and the highest index otherwise; so is row padding.
+ *   white at 24 bits and the highest index otherwise; so is row padding.
  *
  * The color table and biSizeImage stay.
  *
  * @par Limits
  * - The background of indexed images has the color of the last entry, whatever that is.
  * - When resampling, an image of another depth, without pixels or in another mode becomes
- * background throughout.
+ *   background throughout.
  * - Core headers keep the low 16 bits of the new size; the rows are complete.
  */
 OMB_API uint32_t omb_rotate(PackedDib** image, float degrees, uint32_t mode);
@@ -964,7 +967,7 @@ OMB_API const KERNAL* omb_getKERNAL(uint32_t index);
  * - 24 bits: each channel by itself.
  * - 1, 4 and 8 bits: pixels count as colors, and a result becomes the @ref nearest "nearest entry".
  * - A border of the image becomes zero bytes (black, or index 0), and so does the padding of rows.
- * An image that is all border becomes zero throughout.
+ *   An image that is all border becomes zero throughout.
  *
  * omb_DoConvoluteDIB() differs: it takes the bytes of an 8-bit image as values and keeps what it
  * does not compute. Without memory, none of these functions changes the image.
@@ -1039,7 +1042,7 @@ enum OmbConvolution {
  *
  * @par Limits
  * - Images of 16, 32 or other bits are erased: all their rows become 0. Call omb_transformat()
- * first.
+ *   first.
  */
 OMB_API void omb_convolute(PackedDib* dib, uint32_t type);
 
@@ -1048,7 +1051,7 @@ OMB_API void omb_convolute(PackedDib* dib, uint32_t type);
  * and photographs.
  *
  * @param dib      the image; 8 bits (the bytes are the levels) or 24 bits (each channel); other
- * depths do not change
+ *                 depths do not change
  * @param kernel   a built-in record or one of your own
  * @param passes   how often; 0 or less leaves the image unchanged
  * @param strength the share of the result in tenths: 10 is all of it, more overshoots
@@ -1065,10 +1068,10 @@ OMB_API void omb_convolute(PackedDib* dib, uint32_t type);
  * @par Limits
  * - 8 bits: colors do not count, pixels do. Bring images with colors to 24 bits (omb_neuquant()).
  * - 24-bit images wider than 21,844 pixels and 8-bit images wider than 65,532 are refused with 0;
- * see the next point for 65,536 and more.
+ *   see the next point for 65,536 and more.
  * - Width and height are @ref sizes16 "sizes of 16 bits", and so is the @ref planes "row length
- * with planes", whose width is the 32 bits at its information header position. Rows that are
- * shorter than their pixels or leave a signed 32-bit byte count are refused.
+ *   with planes", whose width is the 32 bits at its information header position. Rows that are
+ *   shorter than their pixels or leave a signed 32-bit byte count are refused.
  * - An image without planes (or with 0 as the bit count at byte 14) does not change: 1.
  * - Only entries decide whether a record is refused, before all else but null. A count of 0 or less
  *   makes all sums 0.
@@ -1313,10 +1316,10 @@ enum OmbMorphology {
  * - 8 bits: colors do not count, pixels do. Bring images with colors to 24 bits (omb_neuquant()).
  * - `bits` is believed; the image's own bit count only decides how long a row is.
  * - 24-bit images wider than 21,844 pixels and 8-bit images wider than 65,532 are refused with 0;
- * see the next point for 65,536 and more.
+ *   see the next point for 65,536 and more.
  * - Width and height are @ref sizes16 "sizes of 16 bits", and so is the @ref planes "row length
- * with planes" that follows from the cut width. Rows that are shorter than their pixels or leave a
- * signed 32-bit byte count are refused.
+ *   with planes" that follows from the cut width. Rows that are shorter than their pixels or leave
+ *   a signed 32-bit byte count are refused.
  */
 OMB_API int32_t omb_DoKernalMorphDIB(PackedDib* dib, int32_t bits, int32_t op,
                                      const KERNAL* element, int32_t iterations);
@@ -1423,9 +1426,9 @@ enum OmbEdge {
  * - Rank order: 24-bit images wider than 21,844 pixels are refused with 0, 8-bit images wider than
  *   65,532 do not change (1); see the next point for 65,536 and more.
  * - Rank order: width and height are @ref sizes16 "sizes of 16 bits", and so is the @ref planes
- * "row length with planes" that follows from the cut width. Rows that are shorter than their pixels
- * or leave a signed 32-bit byte count are refused. An image without planes (or with 0 as the bit
- * count at byte 14) does not change: 1.
+ *   "row length with planes" that follows from the cut width. Rows that are shorter than their
+ *   pixels or leave a signed 32-bit byte count are refused. An image without planes (or with 0 as
+ *   the bit count at byte 14) does not change: 1.
  */
 OMB_API int32_t omb_EnhancePage(PackedDib* dib, int32_t size, int32_t passes, int32_t strength,
                                 int32_t block, int32_t percentile, int32_t mode, int32_t toneScope,
@@ -1464,9 +1467,9 @@ OMB_API int32_t omb_EnhancePage(PackedDib* dib, int32_t size, int32_t passes, in
  * @par Limits
  * - Convolutions: those of omb_DoConvoluteDIB().
  * - Sobel, Roberts: the @ref planes "row length with planes", its width the 32 bits at its
- * information header position. A row length below 0, and rows that are shorter than their pixels or
- * leave a signed 32-bit byte count, are refused. An image without planes (or with 0 as the bit
- * count at byte 14), or too small to have a pixel that changes, stays as it is: 1.
+ *   information header position. A row length below 0, and rows that are shorter than their pixels
+ *   or leave a signed 32-bit byte count, are refused. An image without planes (or with 0 as the bit
+ *   count at byte 14), or too small to have a pixel that changes, stays as it is: 1.
  */
 OMB_API int32_t omb_EdgePage(PackedDib* dib, int32_t size, int32_t passes, int32_t strength,
                              int32_t mode, ...);
@@ -1484,20 +1487,20 @@ OMB_API int32_t omb_EdgePage(PackedDib* dib, int32_t size, int32_t passes, int32
  * - Samples: the rows of the 24-bit image, padding included, are one stream of `length` bytes, of
  *   which length / 30 samples are taken. A sample is three bytes (blue, green, red; 0 past the end)
  *   times 16. The first is at 0; the next one a step later, less `length` until it is inside. A
- * step is 3 x 499 bytes; if `length` is a multiple of 499, 3 x 491; if of 491 too, 3 x 487; if of
- * 487 too, 3 x 503.
+ *   step is 3 x 499 bytes; if `length` is a multiple of 499, 3 x 491; if of 491 too, 3 x 487; if of
+ *   487 too, 3 x 503.
  * - Start: neuron i has blue = green = red = 4096 i / n, frequency 65536 / n and bias 0; alpha is
  *   1024, radius n / 8 x 64.
  * - Contest: a neuron's distance is the sum of the absolute differences to the sample in blue,
- * green and red. The nearest neuron is the first with the least distance, the winner the first with
- * the least distance - bias / 4096 (rounded down). Then each neuron's frequency drops by f =
- * frequency / 1024 and its bias rises by 1024 f; the nearest neuron's frequency rises by 64 and its
- * bias drops by 65536.
+ *   green and red. The nearest neuron is the first with the least distance, the winner the first
+ *   with the least distance - bias / 4096 (rounded down). Then each neuron's frequency drops by f =
+ *   frequency / 1024 and its bias rises by 1024 f; the nearest neuron's frequency rises by 64 and
+ *   its bias drops by 65536.
  * - Moves: each channel v of the winner becomes v + alpha (sample - v) / 1024. With reach = radius
- * / 64, the neurons at distances 0 < d < reach on both sides of the winner become v + a (sample -
- * v) / 262144, where a = alpha x ((reach^2 - d^2) x 256 / reach^2).
+ *   / 64, the neurons at distances 0 < d < reach on both sides of the winner become v + a (sample -
+ *   v) / 262144, where a = alpha x ((reach^2 - d^2) x 256 / reach^2).
  * - Cycles: after every (length / 30) / 100 samples, at least 1, alpha drops by alpha / 33 and
- * radius by radius / 30.
+ *   radius by radius / 30.
  * - Palette: in the order of neurons, (v + 8) / 16, at most 255.
  *
  * @anchor sums
@@ -1528,7 +1531,7 @@ OMB_API int32_t omb_EdgePage(PackedDib* dib, int32_t size, int32_t passes, int32
  *
  * @par Limits
  * - When memory runs out or `bits` is refused, an indexed image may have been replaced by its
- * 24-bit copy; otherwise it is unchanged.
+ *   24-bit copy; otherwise it is unchanged.
  */
 OMB_API int32_t omb_neuquant(PackedDib** image, int32_t bits);
 
@@ -1546,7 +1549,7 @@ OMB_API int32_t omb_neuquant(PackedDib** image, int32_t bits);
  *
  * - 3/8 go to the pixel to its right,
  * - 3/8 go to the pixel in the same column of the row stored before (the one below it in the
- * picture),
+ *   picture),
  * - 1/4 goes to the right neighbour of that one.
  *
  * Each share is added and the sum truncated toward 0. The last column receives nothing from the
@@ -1559,10 +1562,10 @@ OMB_API int32_t omb_neuquant(PackedDib** image, int32_t bits);
  *
  * @par Limits
  * - 1 and 2 bits: indices are stored as nibbles, high nibble first, at the row length of 1 or 2
- * bits, row after row: each overwrites what runs over from the one before. The block is large
- * enough for the last one, larger than its header says.
+ *   bits, row after row: each overwrites what runs over from the one before. The block is large
+ *   enough for the last one, larger than its header says.
  * - 2 bits: the table has 4 entries after the header and the rows follow it, although header
- * queries know no table at that depth.
+ *   queries know no table at that depth.
  * - Core headers: errors are taken to the colors @ref byte40 "at byte 40" of the new block, as they
  *   are with the table written and the rows still 0.
  */
@@ -1583,11 +1586,7 @@ struct HPALETTE__;
 struct HWND__;
 
 /**
- * Copies a device bitmap to a new image with an information header: 1 bit for device bitmaps of
- * 1 bit per pixel, 4 bits for up to 4, 8 bits for up to 8, otherwise 24. The colors of the table
- * are those that GetDIBits() gives; biSizeImage is the size of the rows.
- *
- * For a short time a bitmap of more than 8 bits takes 64 MiB more than the image.
+ * Copies a device bitmap to a new image with an information header.
  *
  * @param bitmap  an HBITMAP, not selected into a device context
  * @param palette an HPALETTE that gives meaning to the pixels of palette devices; null for the
@@ -1595,20 +1594,25 @@ struct HWND__;
  * @return the address of the new image, which the caller releases; 0 for null, for what is no
  *         bitmap, when GetDIBits() fails (the block it was given stays allocated then) and when
  *         memory runs out
+ *
+ * Device bitmaps of 1 bit per pixel become 1 bit, of up to 4 bits 4, of up to 8 bits 8, others 24.
+ * The colors of the table are those that GetDIBits() gives; biSizeImage is the size of the rows.
+ *
+ * @par Limits
+ * - For a short time a bitmap of more than 8 bits takes 64 MiB more than the image.
  */
 OMB_API uintptr_t omb_bmtodib(struct HBITMAP__* bitmap, struct HPALETTE__* palette);
 
 /**
- * Makes a DIB section of an image: a bitmap that GDI draws, with the image's header and pixels. At
- * up to 8 bits it gets the full 2, 16 or 256 colors from behind the header, whatever biClrUsed
- * says; what lies past the block counts as black.
- *
- * Of every row, as many bytes count as planes x width x bits per pixel give; with 1 plane, as it
- * should be, that is all of them.
+ * Makes a DIB section of an image: a bitmap that GDI draws, with the image's header and pixels.
  *
  * @param dib an image with an information header, of any depth that CreateDIBSection() takes
  * @return an HBITMAP, which the caller deletes with DeleteObject(); null for null, for a core
  *         header, for an image without pixels and when the section cannot be created
+ *
+ * At up to 8 bits it gets the full 2, 16 or 256 colors that follow the header, whatever biClrUsed
+ * says; what lies past the block counts as black. Of every row, as many bytes count as planes x
+ * width x bits per pixel give; with 1 plane, as it should be, that is all of them.
  */
 OMB_API struct HBITMAP__* omb_DIBToDIBSection(const PackedDib* dib);
 
@@ -1619,13 +1623,14 @@ enum OmbWindowPart {
 };
 
 /**
- * Copies what is on the screen where a window is to a new image, as omb_bmtodib() makes it. Parts
- * outside the screen are cut off: a window half to the left of it gives its right half.
+ * Copies what is on the screen where a window is to a new image, as omb_bmtodib() makes it.
  *
  * @param window   an HWND
- * @param selector 1 for the whole window, 2 for its client area
+ * @param selector one of ::OmbWindowPart: 1 the whole window, 2 its client area
  * @return the address of the new image, which the caller releases; 0 for null, other selectors, a
  *         rectangle that is empty or not on the screen, and when memory runs out
+ *
+ * Parts outside the screen are cut off: a window half to the left of it gives its right half.
  */
 OMB_API uintptr_t omb_CopyWindowToDIB(struct HWND__* window, uint16_t selector);
 
