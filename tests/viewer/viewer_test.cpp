@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 // The others build on it.
+#include <commctrl.h>
 #include <commdlg.h>
 #include <dlgs.h>
 
@@ -14,8 +15,8 @@
 #include "ombview/commands.h"
 #include "ombview/document.h"
 #include "ombview/parameter_dialog.h"
+#include "ombview/rendering.h"
 #include "support/image.h"
-#include "thumbnail.h"
 
 namespace ombrilo::test {
 namespace {
@@ -71,8 +72,16 @@ class Viewer {
   HWND main() const { return main_; }
   HWND view() const { return view_; }
 
+  // All that was asked for is done and shown.
+  void WaitUntilIdle() const {
+    EXPECT_TRUE(WaitFor([&] { return SendMessageW(main_, ombview::kQueryBusy, 0, 0) == 0; }));
+  }
+
   // A command that asks nothing is done when this returns.
-  void Do(WORD command) const { SendMessageW(main_, WM_COMMAND, command, 0); }
+  void Do(WORD command) const {
+    SendMessageW(main_, WM_COMMAND, command, 0);
+    WaitUntilIdle();
+  }
   void Do(const char* step) const { Do(ombview::CommandOf(omb::StepNamed(step))); }
   // Others open a dialog.
   HWND Dialog(UINT message, WPARAM wparam) const {
@@ -89,13 +98,28 @@ class Viewer {
     SendMessageW(GetDlgItem(dialog, control), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text));
   }
   void Press(HWND dialog, WORD button) const {
-    SendMessageW(dialog, WM_COMMAND, button, 0);
+    PostMessageW(dialog, WM_COMMAND, button, 0);
     EXPECT_TRUE(WaitFor([&] { return !IsWindow(dialog); }));
-    SendMessageW(main_, WM_NULL, 0, 0);  // what it asked for is done
+    WaitUntilIdle();
+  }
+  // The question about unsaved work, which lets its buttons be pressed in a way of its own.
+  void Answer(HWND question, WORD button) const {
+    SendMessageW(question, TDM_CLICK_BUTTON, button, 0);
+    EXPECT_TRUE(WaitFor([&] { return !IsWindow(question); }));
+    WaitUntilIdle();
+  }
+  void Type(HWND window, const wchar_t* text) const {
+    for (; *text != 0; ++text) SendMessageW(window, WM_CHAR, *text, 0);
+  }
+  void Drag(UINT buttons, POINT from, POINT to) const {
+    SendMessageW(view_, WM_LBUTTONDOWN, MK_LBUTTON | buttons, MAKELPARAM(from.x, from.y));
+    SendMessageW(view_, WM_MOUSEMOVE, MK_LBUTTON | buttons, MAKELPARAM(to.x, to.y));
+    SendMessageW(view_, WM_LBUTTONUP, buttons, MAKELPARAM(to.x, to.y));
   }
 
   // All that the image's part of the window shows.
   TestImage Screen() const {
+    WaitUntilIdle();
     SetForegroundWindow(main_);
     RedrawWindow(main_, nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN | RDW_UPDATENOW);
     Sleep(100);
@@ -138,6 +162,10 @@ omb::Image After(const PackedDib* image, const char* step) {
   omb::Image result = ombview::CopyOf(image);
   omb::RunCall(omb::ParseCall(step), result);
   return result;
+}
+
+std::vector<uint32_t> ColorsOf(const fs::path& file) {
+  return TestImage(omb::ReadImage(file, {}).release()).Colors();
 }
 
 void PutOnClipboard(const TestImage& image) {
@@ -190,51 +218,92 @@ TEST_F(ViewerTest, WorksOnFilesByMenusAndDialogs) {
   viewer.Do(ombview::kRedo);
   EXPECT_TRUE(viewer.Shows(inverted.get()));
 
-  // A dialog stays until its arguments can be understood.
+  // The first field is selected; the effect is seen while the dialog is open, and gone when it is
+  // cancelled. It stays until its arguments can be understood.
   const WORD step = ombview::CommandOf(omb::StepNamed("brightnesscontrast"));
+  const int first = ombview::kFirstParameter;
   HWND dialog = viewer.Dialog(WM_COMMAND, step);
-  viewer.Enter(dialog, ombview::kFirstParameter, L"bright");
-  viewer.Enter(dialog, ombview::kFirstParameter + 1, L"-30");
-  SendMessageW(dialog, WM_COMMAND, IDOK, 0);
-  ASSERT_TRUE(IsWindow(dialog));
-  viewer.Enter(dialog, ombview::kFirstParameter, L"+60");
-  viewer.Press(dialog, IDOK);
+  EXPECT_EQ(TextOf(dialog), L"Brightness and contrast");
+  viewer.Type(GetDlgItem(dialog, first), L"60");
+  EXPECT_EQ(TextOf(GetDlgItem(dialog, first)), L"60");
+  viewer.Enter(dialog, first + 1, L"-30");
   const omb::Image adjusted = After(inverted.get(), "brightnesscontrast=60,-30");
   EXPECT_TRUE(viewer.Shows(adjusted.get()));
+  viewer.Press(dialog, IDCANCEL);
+  EXPECT_TRUE(viewer.Shows(inverted.get()));
 
-  // What cannot be done is told and changes nothing.
+  dialog = viewer.Dialog(WM_COMMAND, step);
+  for (const wchar_t* senseless : {L"bright", L"4500", L""}) {
+    viewer.Enter(dialog, first, senseless);
+    SendMessageW(dialog, WM_COMMAND, IDOK, 0);
+    ASSERT_TRUE(IsWindow(dialog));
+    EXPECT_TRUE(viewer.Shows(inverted.get()));
+  }
+  viewer.Enter(dialog, first + 1, L"-30");
+  // A slider, by its place.
+  const HWND slider = GetDlgItem(dialog, ombview::kFirstSlider);
+  SendMessageW(slider, TBM_SETPOS, TRUE, 60 + 255);
+  SendMessageW(dialog, WM_HSCROLL, TB_THUMBTRACK, reinterpret_cast<LPARAM>(slider));
+  EXPECT_EQ(TextOf(GetDlgItem(dialog, first)), L"60");
+  viewer.Press(dialog, IDOK);
+  EXPECT_TRUE(viewer.Shows(adjusted.get()));
+  viewer.Do(ombview::kCompare);
+  EXPECT_TRUE(viewer.Shows(inverted.get()));
+  viewer.Do(ombview::kCompare);
+
+  // Choices have names; the library's numbers are nobody's matter.
+  dialog = viewer.Dialog(WM_COMMAND, ombview::CommandOf(omb::StepNamed("emboss")));
+  viewer.Enter(dialog, first, L"strong-up-left");
+  viewer.Press(dialog, IDOK);
+  EXPECT_TRUE(viewer.Shows(After(adjusted.get(), "emboss=23").get()));
+  viewer.Do(ombview::kUndo);
+
   viewer.Do("gray");
-  viewer.Press(viewer.Dialog(WM_COMMAND, ombview::CommandOf(omb::StepNamed("tophat"))), IDOK);
-  EXPECT_TRUE(viewer.Shows(After(adjusted.get(), "gray").get()));
-
   const fs::path saved = directory_ / fs::path(u8"Später.png");
   dialog = viewer.Dialog(WM_COMMAND, ombview::kSaveAs);
   viewer.Enter(dialog, GetDlgItem(dialog, edt1) != nullptr ? edt1 : cmb13, saved.c_str());
   viewer.Press(dialog, IDOK);
   ASSERT_TRUE(WaitFor([&] { return TextOf(viewer.main()).starts_with(L"Später.png"); }));
-  EXPECT_EQ(TestImage(omb::ReadImage(saved, {}).release()).Colors(),
-            TestImage(After(adjusted.get(), "gray").release()).Colors());
+  EXPECT_EQ(ColorsOf(saved), TestImage(After(adjusted.get(), "gray").release()).Colors());
 
-  // Only what is not saved is asked for.
-  viewer.Do(ombview::kUndo);
-  viewer.Press(viewer.Dialog(WM_CLOSE, 0), IDCANCEL);
-  ASSERT_TRUE(IsWindow(viewer.main()));
-  viewer.Do(ombview::kRedo);
-  PostMessageW(viewer.main(), WM_CLOSE, 0, 0);
+  // From now on saving asks nothing.
+  viewer.Do("invert");
+  viewer.Do(ombview::kSave);
+  EXPECT_TRUE(TextOf(viewer.main()).starts_with(L"Später.png"));
+  EXPECT_EQ(ColorsOf(saved),
+            TestImage(After(After(adjusted.get(), "gray").get(), "invert").release()).Colors());
+}
+
+TEST_F(ViewerTest, AsksForUnsavedWork) {
+  const Viewer& viewer = *viewer_;
+  ASSERT_NE(viewer.view(), nullptr);
+  viewer.Do("fliphor");
+  const omb::Image mirrored = After(image_.get(), "fliphor");
+  PutOnClipboard(image_);
+  // Whatever would take the image's place.
+  for (const auto& [message, command] : {std::pair<UINT, WPARAM>(WM_CLOSE, 0),
+                                         {WM_COMMAND, ombview::kPaste},
+                                         {WM_COMMAND, ombview::kOpen},
+                                         {WM_COMMAND, ombview::kFirstRecent},
+                                         {WM_QUERYENDSESSION, 0}}) {
+    viewer.Answer(viewer.Dialog(message, command), IDCANCEL);
+    ASSERT_TRUE(IsWindow(viewer.main()));
+    EXPECT_TRUE(TextOf(viewer.main()).starts_with(L"*"));
+    EXPECT_TRUE(viewer.Shows(mirrored.get()));
+  }
+  viewer.Answer(viewer.Dialog(WM_COMMAND, ombview::kPaste), IDYES);
+  EXPECT_EQ(ColorsOf(file_), TestImage(ombview::CopyOf(mirrored.get()).release()).Colors());
+  EXPECT_TRUE(viewer.Shows(image_.get()));
+  EXPECT_TRUE(TextOf(viewer.main()).starts_with(L"*untitled"));
+  SendMessageW(viewer.Dialog(WM_CLOSE, 0), TDM_CLICK_BUTTON, IDNO, 0);
   EXPECT_EQ(viewer.WaitForEnd(), 0u);
 }
 
-TEST_F(ViewerTest, PastesCopiesFitsAndScrolls) {
+TEST_F(ViewerTest, ZoomsPansAndSelects) {
   const Viewer& viewer = *viewer_;
   ASSERT_NE(viewer.view(), nullptr);
   viewer.Do(ombview::kCopy);
   EXPECT_EQ(BytesOnClipboard(), image_.Bytes());
-
-  const TestImage indexed =
-      ImageBuilder(4, 31, 17).Colors(VariedColors(16, 8)).Pixels(Noise(16, 4)).Build();
-  PutOnClipboard(indexed);
-  viewer.Do(ombview::kPaste);
-  EXPECT_TRUE(viewer.Shows(indexed.get()));
 
   const TestImage large = ImageBuilder(24, 2000, 1500)
                               .Pixels([](int x, int y) { return Rgb(x / 9, y / 7, x * y / 9000); })
@@ -242,17 +311,44 @@ TEST_F(ViewerTest, PastesCopiesFitsAndScrolls) {
   PutOnClipboard(large);
   viewer.Do(ombview::kPaste);
   const TestImage fitted = viewer.Screen();
-  EXPECT_TRUE(viewer.Shows(omb::Thumbnail(large.get(), fitted.width(), fitted.height()).get()));
+  ombview::Viewport viewport;
+  viewport.SetArea(fitted.width(), fitted.height());
+  viewport.SetImage(2000, 1500);
+  EXPECT_TRUE(viewer.Shows(ombview::Render(large.get(), viewport).get()));
 
-  viewer.Do(ombview::kFit);
-  SendMessageW(viewer.view(), WM_VSCROLL, SB_PAGEDOWN, 0);
-  SendMessageW(viewer.view(), WM_HSCROLL, SB_LINEDOWN, 0);
-  const TestImage screen = viewer.Screen();
-  EXPECT_LT(screen.width(), fitted.width());   // for the scroll bar
-  const int left = 48, top = screen.height();  // a line and a page further
-  for (const auto& [x, y] : {std::pair(0, 0), {screen.width() - 1, screen.height() - 1}}) {
-    EXPECT_EQ(screen.Pixel(x, y), large.Pixel(left + x, top + y));
+  // In its own size it fills the window, the middle in the middle; then a drag moves it.
+  viewer.Do(ombview::kActualSize);
+  TestImage screen = viewer.Screen();
+  EXPECT_LT(screen.width(), fitted.width());  // for the scroll bar
+  const int x = screen.width() / 3, y = screen.height() / 4;
+  const uint32_t before = screen.Pixel(x, y);
+  viewer.Drag(0, {200, 200}, {170, 260});
+  screen = viewer.Screen();
+  EXPECT_EQ(screen.Pixel(x - 30, y + 60), before);
+  // The wheel zooms around the pointer, to 150 and 200 %.
+  const uint32_t under = screen.Pixel(100, 80);
+  POINT pointer = {100, 80};
+  ClientToScreen(viewer.view(), &pointer);
+  for (int i = 0; i < 2; ++i) {
+    SendMessageW(viewer.view(), WM_MOUSEWHEEL, MAKEWPARAM(MK_CONTROL, WHEEL_DELTA),
+                 MAKELPARAM(pointer.x, pointer.y));
   }
+  screen = viewer.Screen();
+  EXPECT_EQ(screen.Pixel(100, 80), under);
+  EXPECT_TRUE(screen.Pixel(100, 80) == screen.Pixel(101, 80) ||
+              screen.Pixel(100, 80) == screen.Pixel(99, 80));
+
+  // A rectangle drawn with the mouse is copied and kept.
+  viewer.Do(ombview::kUndo);
+  viewer.Do(ombview::kFit);
+  screen = viewer.Screen();
+  const int left = (screen.width() - 150) / 2, top = (screen.height() - 90) / 2;
+  viewer.Drag(MK_SHIFT, {left + 110, top + 70}, {left + 10, top + 20});
+  const TestImage piece(ombview::PieceOf(image_.get(), {10, 20, 110, 70}).release());
+  viewer.Do(ombview::kCopy);
+  EXPECT_EQ(BytesOnClipboard(), piece.Bytes());
+  viewer.Do(ombview::kCropToSelection);
+  EXPECT_TRUE(viewer.Shows(piece.get()));
 }
 
 // A window in stripes.

@@ -63,11 +63,12 @@ bool CopyToClipboard(HWND owner, const PackedDib* image) {
   return false;
 }
 
-omb::Image ImageOfClipboard(HWND owner, const omb::Remark& remark) {
+std::vector<uint8_t> BytesOfClipboard(HWND owner) {
   const OpenedClipboard clipboard(owner);
   const HGLOBAL block = clipboard ? GetClipboardData(CF_DIB) : nullptr;
-  if (block == nullptr) return nullptr;
-  return ImageOfBytes(LockedBytes(block).get(), remark);
+  if (block == nullptr) return {};
+  const LockedBytes locked(block);
+  return {locked.get().begin(), locked.get().end()};
 }
 
 }  // namespace ombview

@@ -3,14 +3,16 @@
 
 #include <windows.h>
 
-#include "files/files.h"
+#include <vector>
+
+#include "image.h"
 
 namespace ombview {
 
 bool ClipboardHasImage();
 // False when the clipboard cannot be had, or memory ran out.
 bool CopyToClipboard(HWND owner, const PackedDib* image);
-// Null when the clipboard cannot be had. Throws FileError.
-omb::Image ImageOfClipboard(HWND owner, const omb::Remark& remark);
+// What the clipboard says is a packed DIB; empty when there is none.
+std::vector<uint8_t> BytesOfClipboard(HWND owner);
 
 }  // namespace ombview

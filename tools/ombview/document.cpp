@@ -19,22 +19,19 @@ size_t SizeOf(const PackedDib* dib) {
 
 }  // namespace
 
-void Document::Open(const std::filesystem::path& file, const omb::Remark& remark) {
-  Push({omb::ReadImage(file, remark), "opening", file, true});
-}
-
-void Document::Apply(const omb::Call& call) {
-  omb::Image result = CopyOf(image());
-  omb::RunCall(call, result);
-  Push({std::move(result), call.step->name, file(), false});
+void Document::Open(omb::Image image, const std::filesystem::path& file) {
+  Push({std::move(image), "Opening", file, true});
 }
 
 void Document::Put(omb::Image image, std::string deed) {
   Push({std::move(image), std::move(deed), {}, false});
 }
 
-void Document::SaveAs(const std::filesystem::path& file) {
-  omb::WriteImage(file, omb::FormatOfPath(file), image());
+void Document::Change(omb::Image image, std::string deed) {
+  Push({std::move(image), std::move(deed), file(), false});
+}
+
+void Document::MarkSaved(const std::filesystem::path& file) {
   State& state = states_[current_ - 1];
   state.file = file;
   state.saved = true;
@@ -68,6 +65,12 @@ void Document::Push(State state) {
   }
   states_.erase(states_.begin(), states_.end() - static_cast<std::ptrdiff_t>(kept));
   current_ = states_.size();
+}
+
+omb::Image After(const PackedDib* image, const omb::Call& call) {
+  omb::Image result = CopyOf(image);
+  omb::RunCall(call, result);
+  return result;
 }
 
 omb::Image CopyOf(const PackedDib* dib) {

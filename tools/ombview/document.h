@@ -3,6 +3,8 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -11,34 +13,40 @@
 
 namespace ombview {
 
+// Images are never changed once they are here, so that any thread may read one that it holds.
+using SharedImage = std::shared_ptr<const PackedDib>;
+
 // Opening a file, pasting and capturing are deeds like every operation: they can be undone.
 class Document {
  public:
   // The oldest images are forgotten when all of them take more than so many bytes.
   explicit Document(size_t history_bytes = size_t{1} << 30) : history_bytes_(history_bytes) {}
 
-  // Each of these leaves the document unchanged when it throws.
-  void Open(const std::filesystem::path& file, const omb::Remark& remark);  // FileError
-  void Apply(const omb::Call& call);                                        // StepError
+  // The image that a deed gave: of a file, of nothing that has a name, or of the image before.
+  void Open(omb::Image image, const std::filesystem::path& file);
   void Put(omb::Image image, std::string deed);
-  void SaveAs(const std::filesystem::path& file);  // FileError; the name says the format
+  void Change(omb::Image image, std::string deed);
+  // The image is in this file now.
+  void MarkSaved(const std::filesystem::path& file);
 
   bool Undo();
   bool Redo();
 
   // Null as long as there is none.
-  const PackedDib* image() const { return empty() ? nullptr : now().image.get(); }
+  SharedImage image() const { return empty() ? nullptr : now().image; }
+  // The image before the last deed; null when there is none.
+  SharedImage before() const { return undo() == nullptr ? nullptr : states_[current_ - 2].image; }
   // The file that the image is in or comes from; empty for others.
-  const std::filesystem::path& file() const { return now().file; }
+  std::filesystem::path file() const { return empty() ? std::filesystem::path() : now().file; }
   // Whether the image is in no file as it is.
   bool changed() const { return !empty() && !now().saved; }
-  // What Undo() and Redo() would take back and do again: "crop". Null when there is nothing.
+  // What Undo() and Redo() would take back and do again: "Crop". Null when there is nothing.
   const std::string* undo() const { return current_ > 1 ? &now().deed : nullptr; }
   const std::string* redo() const;
 
  private:
   struct State {
-    omb::Image image;
+    SharedImage image;
     std::string deed;  // what made it of the one before
     std::filesystem::path file;
     bool saved;
@@ -52,6 +60,9 @@ class Document {
   std::vector<State> states_;
   size_t current_ = 0;  // so many states, up to the one that is shown
 };
+
+// What a step makes of an image. Throws StepError and std::bad_alloc.
+omb::Image After(const PackedDib* image, const omb::Call& call);
 
 // A copy of an image as it is. Throws std::bad_alloc.
 omb::Image CopyOf(const PackedDib* dib);

@@ -3,19 +3,16 @@
 #include <algorithm>
 #include <cmath>
 
+#include "theme.h"
 #include "wide.h"
 
 namespace ombview {
 
 namespace {
 
-constexpr COLORREF kGround = RGB(0x28, 0x28, 0x2A), kPlotGround = RGB(0x1E, 0x1E, 0x20),
-                   kGridLine = RGB(0x38, 0x38, 0x3C), kText = RGB(0xE6, 0xE6, 0xEA),
-                   kFaintText = RGB(0x9C, 0x9C, 0xA2);
-
 COLORREF ColorOf(omb::Channel channel) {
   constexpr COLORREF kColors[] = {RGB(0xE8, 0x5B, 0x5B), RGB(0x5B, 0xC4, 0x78),
-                                  RGB(0x5C, 0x8F, 0xF0), RGB(0xC8, 0xC8, 0xCC)};
+                                  RGB(0x5C, 0x8F, 0xF0), RGB(0x90, 0x90, 0x96)};
   return kColors[static_cast<int>(channel) - 1];
 }
 
@@ -26,13 +23,14 @@ std::wstring StatisticsOf(const omb::Histogram& histogram) {
   return text;
 }
 
-// One bar for each column of the plot, as high as the highest value in it.
+}  // namespace
+
 void PlotBars(Painting& painting, const RECT& plot, const omb::Histogram& histogram) {
-  painting.Fill(plot, kPlotGround);
+  painting.Fill(plot, CurrentTheme().plot);
   const int width = plot.right - plot.left, height = plot.bottom - plot.top;
   for (int quarter = 1; quarter < 4; ++quarter) {
     const LONG x = plot.left + width * quarter / 4;
-    painting.Fill({x, plot.top, x + 1, plot.bottom}, kGridLine);
+    painting.Fill({x, plot.top, x + 1, plot.bottom}, CurrentTheme().line);
   }
   const auto& counts = histogram.counts;
   const uint64_t top = omb::ScaleFor({counts.begin(), counts.end()}).top;
@@ -48,44 +46,38 @@ void PlotBars(Painting& painting, const RECT& plot, const omb::Histogram& histog
   }
 }
 
-}  // namespace
-
 HistogramPane::HistogramPane(HWND parent) {
   Create(L"OmbviewHistogram", WS_CHILD | WS_VISIBLE, 0, parent);
 }
 
-int HistogramPane::Width() { return 256 + 2 * Scaled(14); }
+int HistogramPane::Width() { return Scaled(256) + 2 * Scaled(14); }
 
-void HistogramPane::Show(const PackedDib* image) {
-  image_ = image;
-  measured_ = false;
+void HistogramPane::Show(std::vector<omb::Histogram> histograms) {
+  histograms_ = std::move(histograms);
+  complaint_.clear();
   Repaint();
 }
 
-void HistogramPane::MeasureImage() {
-  if (measured_) return;
-  measured_ = true;
+void HistogramPane::Complain(const std::wstring& complaint) {
   histograms_.clear();
-  complaint_.clear();
-  if (image_ == nullptr) return;
+  complaint_ = complaint;
+  Repaint();
+}
+
+std::vector<omb::Histogram> HistogramsOf(const PackedDib* image) {
   using omb::Channel;
-  try {
-    histograms_ = omb::IsGray(image_)
-                      ? omb::Measure(image_, {Channel::kGray})
-                      : omb::Measure(image_, {Channel::kRed, Channel::kGreen, Channel::kBlue});
-  } catch (const std::exception& error) {
-    complaint_ = Wide(error.what());
-  }
+  return omb::IsGray(image) ? omb::Measure(image, {Channel::kGray})
+                            : omb::Measure(image, {Channel::kRed, Channel::kGreen, Channel::kBlue});
 }
 
 void HistogramPane::Paint() {
-  MeasureImage();
   Painting painting(handle());
   const RECT area = ClientRect();
   const int margin = Scaled(14), line = Scaled(20);
-  painting.Fill(area, kGround);
+  painting.Fill(area, CurrentTheme().bar);
+  painting.Fill({0, 0, 1, area.bottom}, CurrentTheme().line);
   RECT rest = {area.left + margin, area.top + margin, area.right - margin, area.bottom - margin};
-  painting.Text(complaint_.c_str(), rest, kFaintText, DT_WORDBREAK);
+  painting.Text(complaint_.c_str(), rest, CurrentTheme().faint_text, DT_WORDBREAK);
   const int count = static_cast<int>(histograms_.size());
   const int each = count == 0 ? 0 : (rest.bottom - rest.top) / count;
   const int plot_height = std::clamp(each - 2 * line - margin, 1, Scaled(150));
@@ -93,10 +85,10 @@ void HistogramPane::Paint() {
     RECT plot = rest;
     plot.top += line;
     plot.bottom = plot.top + plot_height;
-    painting.Text(Wide(histogram.name()).c_str(), rest, kText);
+    painting.Text(Wide(histogram.name()).c_str(), rest, CurrentTheme().bar_text);
     PlotBars(painting, plot, histogram);
     rest.top = plot.bottom + Scaled(3);
-    painting.Text(StatisticsOf(histogram).c_str(), rest, kFaintText);
+    painting.Text(StatisticsOf(histogram).c_str(), rest, CurrentTheme().faint_text);
     rest.top += line + margin;
   }
 }

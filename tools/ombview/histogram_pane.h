@@ -13,19 +13,23 @@ class HistogramPane : public Window {
  public:
   explicit HistogramPane(HWND parent);
 
-  // Measures the image, when the pane is seen. Null for none.
-  void Show(const PackedDib* image);
+  void Show(std::vector<omb::Histogram> histograms);
+  void Complain(const std::wstring& complaint);
   static int Width();
 
  private:
   LRESULT OnMessage(UINT message, WPARAM wparam, LPARAM lparam) override;
-  void MeasureImage();
   void Paint();
 
-  const PackedDib* image_ = nullptr;
-  bool measured_ = false;
   std::vector<omb::Histogram> histograms_;
   std::wstring complaint_;
 };
+
+// What the pane shows of an image: one histogram for gray ones, three for others. Throws
+// std::runtime_error.
+std::vector<omb::Histogram> HistogramsOf(const PackedDib* image);
+
+// The bars of a histogram, as high as the highest value under each column of the plot.
+void PlotBars(Painting& painting, const RECT& plot, const omb::Histogram& histogram);
 
 }  // namespace ombview

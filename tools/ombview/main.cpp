@@ -19,10 +19,12 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int show) {
   const HACCEL accelerators = ombview::MakeAccelerators();
   MSG message;
   while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+    if (window.TakesKey(message)) continue;
     if (TranslateAcceleratorW(window.handle(), accelerators, &message)) continue;
     TranslateMessage(&message);
     DispatchMessageW(&message);
   }
-  DestroyAcceleratorTable(accelerators);
-  return static_cast<int>(message.wParam);
+  // Work that was given up may still run: it ends with the process.
+  TerminateProcess(GetCurrentProcess(), static_cast<UINT>(message.wParam));
+  return 0;
 }

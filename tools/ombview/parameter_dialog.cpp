@@ -5,7 +5,9 @@
 
 #include <algorithm>
 
+#include "choice_pictures.h"
 #include "errors.h"
+#include "slider.h"
 #include "wide.h"
 #include "window.h"
 
@@ -15,19 +17,8 @@ namespace {
 
 using omb::Parameter;
 
-constexpr int kFirstColorButton = 200, kComplaint = 300;
+constexpr int kFirstColorButton = 300, kFirstPictures = 400, kComplaint = 500;
 constexpr int kListHeight = 300;  // of lists that open
-
-// What can be chosen rather than typed: the names of values, and kernels where one is wanted.
-std::vector<std::string> SuggestionsFor(const Parameter& parameter) {
-  std::vector<std::string> texts;
-  for (const omb::Name& name : parameter.names) texts.emplace_back(name.name);
-  if (parameter.fits == nullptr) return texts;
-  for (uint32_t i = 0; const KERNAL* kernel = omb_getKERNAL(i); ++i) {
-    if (parameter.fits(kernel->name)) texts.emplace_back(kernel->name);
-  }
-  return texts;
-}
 
 std::string CapitalizedFirst(std::string text) {
   if (text[0] >= 'a' && text[0] <= 'z') text[0] = static_cast<char>(text[0] - 'a' + 'A');
@@ -36,8 +27,9 @@ std::string CapitalizedFirst(std::string text) {
 
 class ParameterDialog {
  public:
-  ParameterDialog(const omb::Step& step, const omb::Arguments& initial)
-      : step_(step), initial_(initial) {}
+  ParameterDialog(const omb::Step& step, const omb::Arguments& initial, const SharedImage& image,
+                  const DialogEvents& events)
+      : step_(step), initial_(initial), image_(image), events_(events) {}
 
   std::optional<omb::Call> Ask(HWND owner) {
     // A dialog without controls; they come when it is there.
@@ -46,8 +38,20 @@ class ParameterDialog {
       WORD menu = 0, window_class = 0, title = 0;
     } layout;
     layout.dialog.style = DS_MODALFRAME | WS_POPUP | WS_CAPTION | WS_SYSMENU;
-    DialogBoxIndirectParamW(GetModuleHandleW(nullptr), &layout.dialog, owner, Procedure,
-                            reinterpret_cast<LPARAM>(this));
+    CreateDialogIndirectParamW(GetModuleHandleW(nullptr), &layout.dialog, owner, Procedure,
+                               reinterpret_cast<LPARAM>(this));
+    // A loop of its own rather than the system's: keys that are held must reach the window behind.
+    EnableWindow(owner, FALSE);
+    ShowWindow(dialog_, SW_SHOW);
+    MSG message;
+    while (!ended_ && GetMessageW(&message, nullptr, 0, 0) > 0) {
+      if (events_.takes_key(message) || IsDialogMessageW(dialog_, &message)) continue;
+      TranslateMessage(&message);
+      DispatchMessageW(&message);
+    }
+    if (!ended_) PostQuitMessage(static_cast<int>(message.wParam));
+    EnableWindow(owner, TRUE);
+    DestroyWindow(dialog_);
     return call_;
   }
 
@@ -57,14 +61,24 @@ class ParameterDialog {
     auto* self = reinterpret_cast<ParameterDialog*>(GetWindowLongPtrW(dialog, DWLP_USER));
     if (self == nullptr) return FALSE;
     self->dialog_ = dialog;
-    if (message == WM_INITDIALOG) {
-      self->Build();
-      return FALSE;  // the focus is set
+    switch (message) {
+      case WM_INITDIALOG:
+        self->Build();
+        return FALSE;  // the focus is set
+      case WM_COMMAND:
+        self->OnCommand(LOWORD(wparam), HIWORD(wparam));
+        return TRUE;
+      case WM_HSCROLL:
+        self->OnSlider(reinterpret_cast<HWND>(lparam));
+        return TRUE;
+      case WM_NOTIFY:
+        self->OnNotify(*reinterpret_cast<const NMHDR*>(lparam));
+        return TRUE;
     }
-    if (message != WM_COMMAND) return FALSE;
-    self->OnCommand(LOWORD(wparam));
-    return TRUE;
+    return FALSE;
   }
+
+  // ---- Building ----
 
   HWND Add(const wchar_t* window_class, const std::wstring& text, DWORD style, RECT where, int id) {
     const DWORD edge = std::wstring(window_class) == WC_EDITW ? WS_EX_CLIENTEDGE : 0;
@@ -94,35 +108,40 @@ class ParameterDialog {
     const Parameter& parameter = step_.parameters[static_cast<size_t>(i)];
     const std::wstring initial = Wide(initial_.Text(static_cast<size_t>(i)));
     const int id = kFirstParameter + i;
-    Add(WC_STATICW, Wide(parameter.name), SS_NOPREFIX,
-        {kLeft, top_ + Scaled(4), kControls, top_ + kRow}, 0);
+    Add(WC_STATICW, Wide(CapitalizedFirst(parameter.name)), SS_NOPREFIX | SS_ENDELLIPSIS,
+        {kLeft, top_ + Scaled(4), kControls - Scaled(6), top_ + kRow}, 0);
     RECT where = {kControls, top_, kControls + Scaled(180), top_ + kRow};
-    const auto suggestions = SuggestionsFor(parameter);
-    if (!suggestions.empty()) {
-      AddList(parameter, suggestions, initial, where, id);
+    const auto choices = ChoicesOf(parameter);
+    const auto scale = choices.empty() ? SliderScale::For(parameter) : std::nullopt;
+    if (scale) {
+      where.left = kRight - Scaled(84), where.right = kRight;
+      AddSlider(*scale, {kControls, top_, where.left - Scaled(8), top_ + kRow}, i);
+    }
+    if (!choices.empty()) {
+      AddList(parameter, choices, initial, where, id);
     } else {
-      const HWND edit = Add(WC_EDITW, initial, WS_TABSTOP | ES_AUTOHSCROLL, where, id);
-      if (parameter.kind == Parameter::Kind::kWhole) AddArrows(edit, parameter);
+      Add(WC_EDITW, initial, WS_TABSTOP | ES_AUTOHSCROLL, where, id);
     }
     if (parameter.kind == Parameter::Kind::kColor) {
       const RECT beside = {where.right + Scaled(8), top_, where.right + Scaled(96), top_ + kRow};
       Add(WC_BUTTONW, L"Choose…", WS_TABSTOP, beside, kFirstColorButton + i);
     }
     top_ += kRow + Scaled(2);
-    const bool listed = parameter.kind == Parameter::Kind::kChoice;
+    const bool listed = parameter.kind == Parameter::Kind::kChoice || choices.size() > 4;
     AddText(CapitalizedFirst(parameter.help) + (listed ? "" : ": " + parameter.Form()), kControls);
+    if (choices.size() >= kFewestPictures) AddPictures(i, choices);
     top_ += kGap;
   }
 
   // Only choices keep to the list; elsewhere other texts can be typed.
-  void AddList(const Parameter& parameter, const std::vector<std::string>& suggestions,
+  void AddList(const Parameter& parameter, const std::vector<std::string>& choices,
                const std::wstring& initial, RECT where, int id) {
     const bool fixed = parameter.kind == Parameter::Kind::kChoice;
     where.bottom += Scaled(kListHeight);
     const DWORD style = WS_TABSTOP | WS_VSCROLL | (fixed ? CBS_DROPDOWNLIST : CBS_DROPDOWN);
     const HWND list = Add(WC_COMBOBOXW, L"", style, where, id);
-    for (const std::string& suggestion : suggestions) {
-      const std::wstring text = Wide(suggestion);
+    for (const std::string& choice : choices) {
+      const std::wstring text = Wide(choice);
       SendMessageW(list, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.c_str()));
     }
     const auto wanted = reinterpret_cast<LPARAM>(initial.c_str());
@@ -130,73 +149,178 @@ class ParameterDialog {
     if (!fixed) SetWindowTextW(list, initial.c_str());
   }
 
-  void AddArrows(HWND edit, const Parameter& parameter) {
-    constexpr DWORD kStyle = UDS_ALIGNRIGHT | UDS_SETBUDDYINT | UDS_ARROWKEYS | UDS_NOTHOUSANDS;
-    const HWND arrows = Add(UPDOWN_CLASSW, L"", kStyle, {}, 0);
-    SendMessageW(arrows, UDM_SETBUDDY, reinterpret_cast<WPARAM>(edit), 0);
-    SendMessageW(arrows, UDM_SETRANGE32, static_cast<WPARAM>(parameter.minimum),
-                 static_cast<LPARAM>(parameter.maximum));
+  void AddSlider(const SliderScale& scale, RECT where, int i) {
+    const HWND slider = Add(TRACKBAR_CLASSW, L"", TBS_HORZ | TBS_NOTICKS, where, kFirstSlider + i);
+    SendMessageW(slider, TBM_SETRANGEMIN, FALSE, 0);
+    SendMessageW(slider, TBM_SETRANGEMAX, FALSE, scale.places());
+    SendMessageW(slider, TBM_SETPAGESIZE, 0, std::max(1, scale.places() / 20));
+  }
+
+  void AddPictures(int i, const std::vector<std::string>& choices) {
+    top_ += Scaled(6);
+    const int side = Scaled(kPictureSide);
+    const int rows = choices.size() > 8 ? 2 : 1;
+    const RECT where = {kControls, top_, kRight, top_ + rows * (side + Scaled(46)) + Scaled(8)};
+    constexpr DWORD kStyle =
+        WS_TABSTOP | WS_BORDER | LVS_ICON | LVS_SINGLESEL | LVS_SHOWSELALWAYS | LVS_AUTOARRANGE;
+    const HWND list = Add(WC_LISTVIEWW, L"", kStyle, where, kFirstPictures + i);
+    const HIMAGELIST pictures =
+        ImageList_Create(side, side, ILC_COLOR32, static_cast<int>(choices.size()), 1);
+    ListView_SetImageList(list, pictures, LVSIL_NORMAL);  // which owns them now
+    ListView_SetIconSpacing(list, side + Scaled(22), side + Scaled(40));
+    for (int k = 0; k < std::ssize(choices); ++k) {
+      std::wstring text = Wide(choices[static_cast<size_t>(k)]);
+      LVITEMW item = {};
+      item.mask = LVIF_TEXT | LVIF_IMAGE;
+      item.iItem = k;
+      item.iImage = k;
+      item.pszText = text.data();
+      const omb::Image shown = PictureOfChoice(step_, initial_, static_cast<size_t>(i),
+                                               choices[static_cast<size_t>(k)], image_.get(), side);
+      const GdiObject<HBITMAP> bitmap(omb_DIBToDIBSection(shown.get()));
+      ImageList_Add(pictures, bitmap.get(), nullptr);
+      SendMessageW(list, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    }
+    top_ = where.bottom;
   }
 
   void Build() {
-    SetWindowTextW(dialog_, Wide(step_.name).c_str());
+    SetWindowTextW(dialog_, Wide(step_.Title()).c_str());
     top_ = kGap;
     AddText(step_.summary, kLeft);
-    if (step_.note != nullptr) {
-      top_ += Scaled(6);
-      AddText(step_.note, kLeft);
-    }
     top_ += kGap;
     for (int i = 0; i < std::ssize(step_.parameters); ++i) AddParameter(i);
     Add(WC_STATICW, L"", SS_NOPREFIX, {kLeft, top_, kRight, top_ + 2 * kRow}, kComplaint);
-    top_ += 2 * kRow + kGap;
+    top_ += 2 * kRow + kGap / 2;
     const int button = Scaled(92);
+    Add(WC_STATICW, L"F8: compare", SS_NOPREFIX,
+        {kLeft, top_ + Scaled(4), kLeft + Scaled(160), top_ + kRow}, 0);
     Add(WC_BUTTONW, L"OK", WS_TABSTOP | BS_DEFPUSHBUTTON,
         {kRight - 2 * button - Scaled(8), top_, kRight - button - Scaled(8), top_ + kRow}, IDOK);
     Add(WC_BUTTONW, L"Cancel", WS_TABSTOP, {kRight - button, top_, kRight, top_ + kRow}, IDCANCEL);
     top_ += kRow + kGap;
     Place();
-    SetFocus(GetDlgItem(dialog_, kFirstParameter));
+    // Selected as a whole: what is typed takes the place of what was there.
+    const HWND first = GetDlgItem(dialog_, kFirstParameter);
+    SetFocus(first);
+    SendMessageW(first, EM_SETSEL, 0, -1);
+    built_ = true;
+    Changed();
   }
 
-  // As large as it has become, in the middle of the window that it belongs to.
+  // As large as it has become, at the right of the window that it belongs to, so that it covers
+  // little of the image.
   void Place() {
     RECT size = {0, 0, kRight + kLeft, top_};
-    AdjustWindowRectEx(&size, static_cast<DWORD>(GetWindowLongPtrW(dialog_, GWL_STYLE)), FALSE,
-                       static_cast<DWORD>(GetWindowLongPtrW(dialog_, GWL_EXSTYLE)));
-    RECT owner = {};
-    GetWindowRect(GetParent(dialog_), &owner);
+    AdjustWindowRectExForDpi(&size, static_cast<DWORD>(GetWindowLongPtrW(dialog_, GWL_STYLE)),
+                             FALSE, static_cast<DWORD>(GetWindowLongPtrW(dialog_, GWL_EXSTYLE)),
+                             static_cast<UINT>(Dpi()));
+    const HWND owner = GetWindow(dialog_, GW_OWNER);
+    RECT area = {};
+    GetWindowRect(owner, &area);
+    MONITORINFO monitor = {};
+    monitor.cbSize = sizeof monitor;
+    GetMonitorInfoW(MonitorFromWindow(owner, MONITOR_DEFAULTTONEAREST), &monitor);
     const int width = size.right - size.left, height = size.bottom - size.top;
-    MoveWindow(dialog_, std::max(0L, (owner.left + owner.right - width) / 2),
-               std::max(0L, (owner.top + owner.bottom - height) / 2), width, height, FALSE);
+    const auto left = std::clamp<LONG>(area.right - width - Scaled(12), monitor.rcWork.left,
+                                       std::max(monitor.rcWork.left, monitor.rcWork.right - width));
+    const auto top = std::clamp<LONG>(area.top + Scaled(100), monitor.rcWork.top,
+                                      std::max(monitor.rcWork.top, monitor.rcWork.bottom - height));
+    MoveWindow(dialog_, left, top, width, height, FALSE);
   }
 
+  // ---- What is entered ----
+
   std::string TextOf(int i) const {
-    wchar_t text[256] = {};
+    wchar_t text[1000] = {};
     GetDlgItemTextW(dialog_, kFirstParameter + i, text, ARRAYSIZE(text));
     return Narrow(text);
   }
 
-  void OnCommand(int id) {
-    if (id == IDOK) Accept();
-    if (id == IDCANCEL) EndDialog(dialog_, 0);
-    const int color = id - kFirstColorButton;
-    if (color >= 0 && color < std::ssize(step_.parameters)) ChooseColorOf(color);
+  void SetText(int i, const std::wstring& text) {
+    const HWND control = GetDlgItem(dialog_, kFirstParameter + i);
+    SetWindowTextW(control, text.c_str());
+    // A list that keeps to its choices takes no text, but chooses.
+    SendMessageW(control, CB_SELECTSTRING, WPARAM(-1), reinterpret_cast<LPARAM>(text.c_str()));
+    Changed();
   }
 
-  // Understood just as on the command line, by the same rules.
-  void Accept() {
+  const Parameter& ParameterAt(int i) const { return step_.parameters[static_cast<size_t>(i)]; }
+  int Count() const { return static_cast<int>(step_.parameters.size()); }
+
+  void OnCommand(int id, int notice) {
+    if (id == IDOK) return Accept();
+    if (id == IDCANCEL) return End();
+    const int color = id - kFirstColorButton, field = id - kFirstParameter;
+    if (color >= 0 && color < Count()) return ChooseColorOf(color);
+    if (field < 0 || field >= Count() || !built_) return;
+    if (notice == CBN_SELCHANGE) {
+      // The text follows only after this message.
+      const HWND list = GetDlgItem(dialog_, id);
+      wchar_t text[200] = {};
+      SendMessageW(list, CB_GETLBTEXT, static_cast<WPARAM>(SendMessageW(list, CB_GETCURSEL, 0, 0)),
+                   reinterpret_cast<LPARAM>(text));
+      return SetText(field, text);
+    }
+    if (notice == EN_CHANGE || notice == CBN_EDITCHANGE) Changed();
+  }
+
+  void OnSlider(HWND slider) {
+    const int i = GetDlgCtrlID(slider) - kFirstSlider;
+    const auto scale = SliderScale::For(ParameterAt(i));
+    if (!scale || moving_) return;
+    moving_ = true;
+    SetText(i, Wide(scale->TextAt(static_cast<int>(SendMessageW(slider, TBM_GETPOS, 0, 0)))));
+    moving_ = false;
+  }
+
+  void OnNotify(const NMHDR& notice) {
+    const int i = static_cast<int>(notice.idFrom) - kFirstPictures;
+    if (!built_ || notice.code != LVN_ITEMCHANGED || i < 0 || i >= Count()) return;
+    const auto& change = reinterpret_cast<const NMLISTVIEW&>(notice);
+    if ((change.uNewState & LVIS_SELECTED) == 0) return;
+    SetText(i, Wide(ChoicesOf(ParameterAt(i))[static_cast<size_t>(change.iItem)]));
+  }
+
+  // Sliders follow what is typed; whoever shows a preview is told.
+  void Changed() {
+    if (!built_) return;
+    for (int i = 0; i < Count() && !moving_; ++i) {
+      const auto scale = SliderScale::For(ParameterAt(i));
+      const auto value = ParameterAt(i).Parse(TextOf(i));
+      if (!scale || !value) continue;
+      SendDlgItemMessageW(dialog_, kFirstSlider + i, TBM_SETPOS, TRUE,
+                          scale->PlaceOf(value->number));
+    }
+    events_.changed(Entered());
+  }
+
+  // Understood just as on the command line, by the same rules. What is wrong is said in the dialog.
+  std::optional<omb::Call> Entered() {
     std::string text = step_.name;
-    for (int i = 0; i < std::ssize(step_.parameters); ++i) {
-      text += (i == 0 ? "=" : ",") + TextOf(i);
-    }
+    for (int i = 0; i < Count(); ++i) text += (i == 0 ? "=" : ",") + TextOf(i);
+    std::wstring complaint;
+    std::optional<omb::Call> call;
     try {
-      call_ = omb::ParseCall(text);
-      EndDialog(dialog_, 1);
+      call = omb::ParseCall(text);
     } catch (const omb::UsageError& error) {
-      SetDlgItemTextW(dialog_, kComplaint, Wide(error.what()).c_str());
-      MessageBeep(MB_ICONWARNING);
+      const std::string message = error.what();
+      const size_t colon = message.find(": ");  // behind the step's name
+      complaint = Wide(CapitalizedFirst(message.substr(colon == message.npos ? 0 : colon + 2)));
     }
+    SetDlgItemTextW(dialog_, kComplaint, complaint.c_str());
+    return call;
+  }
+
+  void Accept() {
+    call_ = Entered();
+    if (call_) return End();
+    MessageBeep(MB_ICONWARNING);
+  }
+
+  void End() {
+    ended_ = true;
+    PostMessageW(dialog_, WM_NULL, 0, 0);  // for the loop to see it
   }
 
   void ChooseColorOf(int i) {
@@ -206,13 +330,13 @@ class ParameterDialog {
     choice.hwndOwner = dialog_;
     choice.lpCustColors = custom;
     choice.Flags = CC_FULLOPEN | CC_RGBINIT;
-    const auto value = step_.parameters[static_cast<size_t>(i)].Parse(TextOf(i));
+    const auto value = ParameterAt(i).Parse(TextOf(i));
     if (value) choice.rgbResult = static_cast<COLORREF>(value->number);
     if (!ChooseColorW(&choice)) return;
     wchar_t text[8];
     swprintf(text, ARRAYSIZE(text), L"#%02x%02x%02x", GetRValue(choice.rgbResult),
              GetGValue(choice.rgbResult), GetBValue(choice.rgbResult));
-    SetDlgItemTextW(dialog_, kFirstParameter + i, text);
+    SetText(i, text);
   }
 
   // Measures in pixels; `top_` is where the next control goes.
@@ -222,15 +346,20 @@ class ParameterDialog {
 
   const omb::Step& step_;
   const omb::Arguments& initial_;
+  const SharedImage image_;
+  const DialogEvents& events_;
   HWND dialog_ = nullptr;
+  bool built_ = false, ended_ = false;
+  bool moving_ = false;  // a slider, which must not be moved by its own text
   std::optional<omb::Call> call_;
 };
 
 }  // namespace
 
 std::optional<omb::Call> AskForArguments(HWND owner, const omb::Step& step,
-                                         const omb::Arguments& initial) {
-  return ParameterDialog(step, initial).Ask(owner);
+                                         const omb::Arguments& initial, const SharedImage& image,
+                                         const DialogEvents& events) {
+  return ParameterDialog(step, initial, image, events).Ask(owner);
 }
 
 }  // namespace ombview

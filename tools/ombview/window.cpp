@@ -12,10 +12,11 @@ void Window::Create(const wchar_t* class_name, DWORD style, DWORD extended_style
   const HINSTANCE instance = GetModuleHandleW(nullptr);
   WNDCLASSEXW window_class = {};
   window_class.cbSize = sizeof window_class;
+  window_class.style = CS_DBLCLKS;
   window_class.lpfnWndProc = Procedure;
   window_class.hInstance = instance;
   window_class.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-  window_class.hIcon = LoadIconW(nullptr, IDI_APPLICATION);
+  window_class.hIcon = LoadIconW(instance, MAKEINTRESOURCEW(1));
   window_class.lpszClassName = class_name;
   RegisterClassExW(&window_class);
   CreateWindowExW(extended_style, class_name, L"", style, CW_USEDEFAULT, CW_USEDEFAULT,
@@ -65,34 +66,52 @@ void Painting::Fill(RECT where, COLORREF color) {
   FillRect(dc_, &where, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
 }
 
-void Painting::Bitmap(HBITMAP bitmap, int x, int y) {
+void Painting::Line(int x1, int y1, int x2, int y2, COLORREF color, int width) {
+  const GdiObject<HPEN> pen(CreatePen(PS_SOLID, width, color));
+  const HGDIOBJ previous = SelectObject(dc_, pen.get());
+  MoveToEx(dc_, x1, y1, nullptr);
+  LineTo(dc_, x2, y2);
+  SelectObject(dc_, previous);
+}
+
+void Painting::Bitmap(HBITMAP bitmap, RECT where) {
   BITMAP shape = {};
   GetObjectW(bitmap, sizeof shape, &shape);
   const HDC source = CreateCompatibleDC(dc_);
   const HGDIOBJ previous = SelectObject(source, bitmap);
-  BitBlt(dc_, x, y, shape.bmWidth, shape.bmHeight, source, 0, 0, SRCCOPY);
+  SetStretchBltMode(dc_, COLORONCOLOR);
+  StretchBlt(dc_, where.left, where.top, where.right - where.left, where.bottom - where.top, source,
+             0, 0, shape.bmWidth, shape.bmHeight, SRCCOPY);
   SelectObject(source, previous);
   DeleteDC(source);
 }
 
+namespace {
+
+int current_dpi = 96;
+GdiObject<HFONT> font;
+
+}  // namespace
+
+void SetDpi(int dpi) {
+  if (dpi == current_dpi) return;
+  current_dpi = dpi;
+  font.reset();
+}
+
+int Dpi() { return current_dpi; }
+
 HFONT WindowFont() {
-  static const GdiObject<HFONT> font = [] {
+  if (!font) {
     NONCLIENTMETRICSW metrics = {};
     metrics.cbSize = sizeof metrics;
-    SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0);
-    return GdiObject<HFONT>(CreateFontIndirectW(&metrics.lfMessageFont));
-  }();
+    SystemParametersInfoForDpi(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0,
+                               static_cast<UINT>(current_dpi));
+    font.reset(CreateFontIndirectW(&metrics.lfMessageFont));
+  }
   return font.get();
 }
 
-int Scaled(int pixels) {
-  static const int dpi = [] {
-    const HDC screen = GetDC(nullptr);
-    const int value = GetDeviceCaps(screen, LOGPIXELSY);
-    ReleaseDC(nullptr, screen);
-    return value;
-  }();
-  return MulDiv(pixels, dpi, 96);
-}
+int Scaled(int pixels) { return MulDiv(pixels, current_dpi, 96); }
 
 }  // namespace ombview

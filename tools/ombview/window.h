@@ -50,7 +50,8 @@ class Painting {
   // In the font of the system's windows.
   void Text(const wchar_t* text, RECT where, COLORREF color, UINT format = DT_LEFT);
   void Fill(RECT where, COLORREF color);
-  void Bitmap(HBITMAP bitmap, int x, int y);
+  void Line(int x1, int y1, int x2, int y2, COLORREF color, int width = 1);
+  void Bitmap(HBITMAP bitmap, RECT where);  // stretched when it has another size
 
  private:
   HWND window_;
@@ -61,7 +62,13 @@ class Painting {
   HGDIOBJ previous_bitmap_, previous_font_;
 };
 
-// The font that the system uses in its windows.
+// The resolution of the screen on which the program's window is, in dots per inch. Windows tells
+// when the window comes to another one.
+void SetDpi(int dpi);
+int Dpi();
+
+// The font that the system uses in its windows, at this resolution. It lives until the resolution
+// changes.
 HFONT WindowFont();
 
 // Pixels of a usual screen as pixels of this one.

@@ -26,4 +26,7 @@ void WritePng(const PackedDib* dib, std::FILE* file);
 void WriteJpeg(const PackedDib* dib, std::FILE* file);
 void WriteTiff(const PackedDib* dib, std::FILE* file);
 
+// For readers and writers, for each row that is done: tells the thread's watch now and then.
+void ReportRow(int64_t row, int64_t rows);
+
 }  // namespace omb

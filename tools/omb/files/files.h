@@ -22,6 +22,19 @@ struct FileError : std::runtime_error {
 // Hears remarks on a file that could be read: "transparency is composed on white".
 using Remark = std::function<void(const std::string&)>;
 
+// Hears which share of a file is read or written, from 0 to 1. What it throws ends the work, and no
+// file is changed then.
+using Watch = std::function<void(double share)>;
+
+// Watches what this thread reads and writes for as long as it lives.
+class Watching {
+ public:
+  explicit Watching(Watch watch);
+  ~Watching();
+  Watching(const Watching&) = delete;
+  Watching& operator=(const Watching&) = delete;
+};
+
 enum class Format { kBmp, kPng, kJpeg, kTiff };
 
 // The format that a file name's extension or a word such as "png" names. Throws FileError.

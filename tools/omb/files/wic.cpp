@@ -202,6 +202,7 @@ class Reader {
       uint8_t* const to = to_gray ? bgr.data() : RowFromTop(dib, y);
       transparent |= layout_->convert(row.data(), width, to);
       for (size_t x = 0; to_gray && x < width; ++x) RowFromTop(dib, y)[x] = bgr[3 * x];
+      ReportRow(y, dib.height());
     }
     if (transparent) remark(kAlphaRemark);
     return image;
@@ -389,6 +390,7 @@ class Writer {
       }
       CheckWrite(
           frame_->WritePixels(1, static_cast<UINT>(size), static_cast<UINT>(size), row.data()));
+      ReportRow(y, picture.height());
     }
   }
 

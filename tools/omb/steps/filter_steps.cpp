@@ -1,6 +1,5 @@
 // Steps on neighbourhoods: the numbered filters, kernels, relief, edges, median.
 #include "steps/kernels.h"
-#include "steps/limits.h"
 #include "steps/numbered_filters.h"
 #include "steps/steps.h"
 
@@ -14,8 +13,6 @@ bool ConvoluteStep(Image& image, const Arguments& arguments) {
 }
 
 bool KernelStep(Image& image, const Arguments& arguments) {
-  CheckLevels(image.get());
-  CheckRows(image.get());
   return omb_DoConvoluteDIB(image.get(), FindKernel(arguments.Text(0)), arguments.Integer(1),
                             arguments.Integer(2)) != 0;
 }
@@ -62,8 +59,10 @@ std::span<const Step> FilterSteps() {
              "a kernel with weights such as 'unsharp 5x5', or its number ('omb list kernels' draws "
              "them)",
              IsWeighted),
-        Whole("passes", "how often", 1, 1000).Preset("1"),
-        Whole("strength", "tenths of the effect; above 10 it overshoots", 0, 1000).Preset("10")},
+        Whole("passes", "how often", 1, 1000).Usual(1, 10).Preset("1"),
+        Whole("strength", "tenths of the effect; above 10 it overshoots", 0, 1000)
+            .Usual(0, 30)
+            .Preset("10")},
        Always({"unsharp 5x5", "lopass 7x7,3", "laplace 3x3"}),
        KernelStep,
        "neuquant=24",

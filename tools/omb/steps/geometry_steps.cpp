@@ -147,7 +147,7 @@ std::span<const Step> GeometrySteps() {
        kFamily,
        "Turn clockwise; new corners are white or the last color",
        {1, 4, 8, 24},
-       {Real("degrees", "clockwise; below 0 the other way", -36000, 36000), Mode()},
+       {Real("degrees", "clockwise; below 0 the other way", -360, 360).Usual(-180, 180), Mode()},
        Always({"30,bilinear"}),
        RotateStep},
       {"fliphor",

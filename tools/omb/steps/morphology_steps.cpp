@@ -1,6 +1,5 @@
 // Steps on shapes: dilation, erosion and what is made of them.
 #include "steps/kernels.h"
-#include "steps/limits.h"
 #include "steps/steps.h"
 
 namespace omb {
@@ -13,16 +12,7 @@ bool InPlace(Image& image, const Arguments&) {
   return true;
 }
 
-template <auto kOperation>
-bool InPlaceWithSides(Image& image, const Arguments&) {
-  CheckSides(image.get());
-  kOperation(image.get());
-  return true;
-}
-
 bool MorphStep(Image& image, const Arguments& arguments) {
-  CheckLevels(image.get());
-  CheckRows(image.get());
   return omb_DoKernalMorphDIB(image.get(), omb_DIBBitCount(image.get()), arguments.Integer(0),
                               FindKernel(arguments.Text(1)), arguments.Integer(2)) != 0;
 }
@@ -56,14 +46,13 @@ std::span<const Step> MorphologySteps() {
       Simple("denoise", "Remove &specks", "Opening, then closing: remove specks of both kinds",
              InPlace<omb_denoise>),
       Simple("pickedge", "&Inner edges", "Inner edges: the image minus its erosion",
-             InPlaceWithSides<omb_pickedge>),
+             InPlace<omb_pickedge>),
       Simple("gradientize", "&Gradient dilation", "The dilation, by another name",
              InPlace<omb_gradientize>),
       TrueColorOnly("opencompose", "Open and &lighten",
-                    "The opening plus the erosion: lighter and softer",
-                    InPlaceWithSides<omb_opencompose>),
+                    "The opening plus the erosion: lighter and softer", InPlace<omb_opencompose>),
       TrueColorOnly("tophat", "&Top hat", "Light detail smaller than 3 x 3, on black",
-                    InPlaceWithSides<omb_tophat>),
+                    InPlace<omb_tophat>),
       {"morph",
        "Any s&hape",
        kFamily,
@@ -73,7 +62,7 @@ std::span<const Step> MorphologySteps() {
         Text("shape", "of the neighbourhood",
              "a shape such as 'Circle 5x5', or its number ('omb list kernels' draws them)",
              IsKernel),
-        Whole("iterations", "how often", 1, 1000).Preset("1")},
+        Whole("iterations", "how often", 1, 1000).Usual(1, 10).Preset("1")},
        Always({"close,Circle 5x5", "erode,Row 7x1", "open,Circle 3x3,2"}),
        MorphStep,
        "neuquant=24",

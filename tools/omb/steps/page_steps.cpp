@@ -1,5 +1,4 @@
 // Steps for pages: smoothing, sharpening, rank order, edges.
-#include "steps/limits.h"
 #include "steps/steps.h"
 
 namespace omb {
@@ -24,24 +23,21 @@ const char* EnhanceConflict(const Arguments& arguments) {
 
 bool EnhancepageStep(Image& image, const Arguments& arguments) {
   const int32_t filter = arguments.Integer(0);
-  CheckLevels(image.get());
-  CheckRows(image.get());
   return omb_EnhancePage(image.get(), SizeNumber(filter, arguments.Integer(1)),
                          arguments.Integer(2), arguments.Integer(3), 0, arguments.Integer(4),
                          filter, 0, 0) != 0;
 }
 
 bool EdgepageStep(Image& image, const Arguments& arguments) {
-  const int32_t filter = arguments.Integer(0);
-  CheckLevels(image.get());
-  if (filter != kSobel && filter != kRoberts) CheckRows(image.get());
-  return omb_EdgePage(image.get(), SizeNumber(filter, arguments.Integer(1)), arguments.Integer(2),
-                      arguments.Integer(3), filter) != 0;
+  return omb_EdgePage(image.get(), SizeNumber(arguments.Integer(0), arguments.Integer(1)),
+                      arguments.Integer(2), arguments.Integer(3), arguments.Integer(0)) != 0;
 }
 
-Parameter Passes() { return Whole("passes", "how often", 1, 1000).Preset("1"); }
+Parameter Passes() { return Whole("passes", "how often", 1, 1000).Usual(1, 10).Preset("1"); }
 
-Parameter Strength(const char* help) { return Whole("strength", help, 0, 1000).Preset("10"); }
+Parameter Strength(const char* help) {
+  return Whole("strength", help, 0, 1000).Usual(0, 30).Preset("10");
+}
 
 constexpr const char* kFamily = "&Pages";
 

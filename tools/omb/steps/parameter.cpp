@@ -56,6 +56,11 @@ Parameter Parameter::Named(std::vector<Name> values) && {
   return std::move(*this);
 }
 
+Parameter Parameter::Usual(double from, double to) && {
+  usual = {from, to};
+  return std::move(*this);
+}
+
 std::string Parameter::Form() const {
   if (kind == Kind::kChoice) return ListOf(names);
   if (kind == Kind::kColor) return "a color such as #c08040 (red, green, blue)";

@@ -19,6 +19,10 @@ struct Name {
 
 inline constexpr double kAnyWhole = std::numeric_limits<int32_t>::max();
 
+struct Range {
+  double minimum, maximum;
+};
+
 // The value of an argument: its text, and the number that the text stands for unless it is a text.
 struct Value {
   std::string text;
@@ -39,11 +43,15 @@ struct Parameter {
   const char* form = "";                       // what a text must be: "a size such as 800x600"
   bool (*fits)(const std::string&) = nullptr;  // whether a text has this form; null: any has
   std::optional<std::string> preset = {};      // taken when the argument is left out
+  std::optional<Range> usual = {};             // what a slider offers; none: the whole range
 
   // Makes the argument one that can be left out.
   Parameter Preset(const char* text) &&;
   // Gives some of the numbers a name: {{"auto", -1}}.
   Parameter Named(std::vector<Name> values) &&;
+
+  // Narrows the range of a slider to what people use.
+  Parameter Usual(double from, double to) &&;
 
   // What the argument must be: "a whole number from 0 to 255 or auto".
   std::string Form() const;

@@ -99,7 +99,7 @@ std::span<const Step> ToneSteps() {
        kFamily,
        "Darken (gamma above 1) or lighten (below 1) the middle tones",
        {1, 4, 8, 24},
-       {Real("gamma", "exponent", 0.01, 100)},
+       {Real("gamma", "exponent", 0.01, 100).Usual(0.2, 5)},
        Always({"1.8"}),
        GammacorrectionStep},
       {"autolevel",

@@ -1,0 +1,226 @@
+// What the viewer does apart from its windows: zooming, rendering, previews, sliders, the worker.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <future>
+
+#include "errors.h"
+#include "ombview/choice_pictures.h"
+#include "ombview/document.h"
+#include "ombview/preview.h"
+#include "ombview/recent_files.h"
+#include "ombview/slider.h"
+#include "ombview/worker.h"
+#include "support/image.h"
+
+namespace ombrilo::test {
+namespace {
+
+using ombview::Point;
+using ombview::Rect;
+using ombview::Viewport;
+
+Viewport ViewportOf(int width, int height, int area_width, int area_height) {
+  Viewport viewport;
+  viewport.SetArea(area_width, area_height);
+  viewport.SetImage(width, height);
+  return viewport;
+}
+
+TEST(Viewports, FitAndFollowTheWindow) {
+  Viewport viewport = ViewportOf(1000, 500, 500, 400);
+  EXPECT_EQ(viewport.zoom(), 0.5);
+  EXPECT_EQ(viewport.begin(), (Point{0, 75}));
+  viewport.SetArea(2000, 2000);  // never enlarged
+  EXPECT_EQ(viewport.zoom(), 1);
+  EXPECT_EQ(viewport.begin(), (Point{500, 750}));
+  EXPECT_EQ(viewport.PixelAt({500, 750}), (Point{0, 0}));
+  EXPECT_EQ(viewport.PixelAt({499, 750}), std::nullopt);
+  EXPECT_EQ(viewport.PixelAt({1500, 800}), std::nullopt);
+}
+
+TEST(Viewports, ZoomAroundThePointer) {
+  Viewport viewport = ViewportOf(3000, 2000, 300, 200);
+  const Point at = {210, 60};
+  const Point pixel = *viewport.PixelAt(at);
+  for (int i = 0; i < 40; ++i) viewport.Step(true, at);
+  EXPECT_EQ(viewport.zoom(), 32);
+  const Point there = *viewport.PixelAt(at);
+  EXPECT_LE(std::abs(there.x - pixel.x) + std::abs(there.y - pixel.y), 10);  // one of the fit's
+  viewport.Step(false, at);
+  EXPECT_EQ(viewport.PixelAt(at), there);
+  for (int i = 0; i < 40; ++i) viewport.Step(false, at);
+  EXPECT_EQ(viewport.zoom(), 0.1);
+  viewport.ZoomTo(1, {0, 0});
+  viewport.PanBy(-100000, 50);
+  EXPECT_EQ(viewport.origin(), (Point{2700, 0}));
+  EXPECT_EQ(viewport.VisiblePixels(), (Rect{2700, 0, 3000, 200}));
+  // An image of the same size stays where it is; another one is fitted.
+  viewport.SetImage(3000, 2000);
+  EXPECT_EQ(viewport.origin(), (Point{2700, 0}));
+  viewport.SetImage(3000, 2001);
+  EXPECT_TRUE(viewport.fit());
+}
+
+TestImage Colorful(int width, int height) {
+  return ImageBuilder(24, width, height)
+      .Pixels([](int x, int y) { return Rgb(x * 7, y * 5, x * y); })
+      .Build();
+}
+
+TEST(Renderings, EnlargePixelsToSquares) {
+  for (const int bits : {1, 4, 8, 24, 32}) {
+    const TestImage image = ImageBuilder(bits, 40, 30)
+                                .Colors(VariedColors(bits > 8 ? 0 : 1 << bits, 3))
+                                .Pixels(Noise(bits > 8 ? 1u << 24 : 1u << bits, 9))
+                                .Build();
+    Viewport viewport = ViewportOf(40, 30, 64, 48);
+    viewport.ZoomTo(3, {0, 0});
+    viewport.PanTo({5, 7});
+    const TestImage shown(ombview::Render(image.get(), viewport).release());
+    ASSERT_EQ(shown.width(), 64);
+    ASSERT_EQ(shown.height(), 48);
+    const std::vector<uint32_t> colors = image.Colors();
+    for (const Point at : {Point{0, 0}, {1, 1}, {63, 0}, {0, 47}, {40, 31}}) {
+      const auto from = static_cast<size_t>((at.y + 7) / 3 * 40 + (at.x + 5) / 3);
+      EXPECT_EQ(shown.Pixel(at.x, at.y), colors[from]) << bits;
+    }
+  }
+}
+
+TEST(Renderings, ReducedPartsAgreeWithTheWhole) {
+  const TestImage image = Colorful(400, 200);
+  Viewport viewport = ViewportOf(400, 200, 200, 100);
+  const TestImage whole(ombview::Render(image.get(), viewport).release());
+  viewport.SetArea(80, 60);
+  viewport.ZoomTo(0.5, {0, 0});
+  viewport.PanTo({100, 30});
+  const TestImage part(ombview::Render(image.get(), viewport).release());
+  ASSERT_EQ(part.width(), 80);
+  for (const Point at : {Point{0, 0}, {79, 59}, {40, 20}}) {
+    EXPECT_EQ(part.Pixel(at.x, at.y), whole.Pixel(at.x + 100, at.y + 30));
+  }
+}
+
+TEST(Renderings, TellWhatAPixelHolds) {
+  const TestImage indexed =
+      ImageBuilder(4, 3, 2)
+          .Colors(VariedColors(16, 1))
+          .Pixels([](int x, int y) { return static_cast<uint32_t>(3 * y + x); })
+          .Build();
+  char expected[40];
+  std::snprintf(expected, sizeof expected, "#%06x (color 5)", indexed.Color(5));
+  EXPECT_EQ(ombview::ValueAt(indexed.get(), {2, 1}), expected);
+  EXPECT_EQ(ombview::ValueAt(Colorful(4, 4).get(), {2, 3}), "#0e0f06 (14, 15, 6)");
+  const TestImage words =
+      ImageBuilder(16, 2, 1).Pixels([](int x, int) { return x + 0x7FFEu; }).Build();
+  EXPECT_EQ(ombview::ValueAt(words.get(), {1, 0}), "0x7fff");
+}
+
+// What the preview shows of a large image is what the step will show there.
+TEST(Previews, AgreeWithTheStep) {
+  const TestImage image = Colorful(2600, 1700);
+  Viewport viewport = ViewportOf(2600, 1700, 90, 70);
+  for (const double zoom : {1.0, 4.0}) {
+    viewport.ZoomTo(zoom, {45, 35});
+    for (const char* step : {"convolute=sharpen", "invert", "fliphor", "gray"}) {
+      const omb::Call call = omb::ParseCall(step);
+      const omb::Image after = ombview::After(image.get(), call);
+      const TestImage expected(ombview::Render(after.get(), viewport).release());
+      const ombview::Seen seen = ombview::SeeAfter(image.get(), call, viewport);
+      const TestImage shown(ombview::CopyOf(seen.image.get()).release());
+      for (const Point at : {Point{0, 0}, {89, 69}, {31, 44}}) {
+        EXPECT_EQ(shown.Pixel(at.x - seen.begin.x, at.y - seen.begin.y), expected.Pixel(at.x, at.y))
+            << step << " at zoom " << zoom;
+      }
+    }
+  }
+  // A result of another size is shown whole.
+  const auto turned = ombview::SeeAfter(image.get(), omb::ParseCall("rotate=90"), viewport);
+  EXPECT_TRUE(turned.fixed);
+  EXPECT_EQ(omb_DIBHeight(turned.image.get()), 70u);
+}
+
+TEST(Previews, BeginWithArgumentsThatAStepTakes) {
+  const TestImage image = Colorful(60, 50);
+  for (const omb::Step* step : omb::AllSteps()) {
+    if (!step->TakesDepth(24)) continue;
+    const omb::Call call = {step, ombview::FirstArguments(*step, image.get())};
+    EXPECT_NO_THROW(ombview::After(image.get(), call)) << step->name;
+    for (size_t i = 0; i < step->parameters.size(); ++i) {
+      const auto choices = ombview::ChoicesOf(step->parameters[i]);
+      if (choices.empty()) continue;
+      const TestImage picture(
+          ombview::PictureOfChoice(*step, call.arguments, i, choices.back(), image.get(), 32)
+              .release());
+      EXPECT_EQ(picture.width() * 100 + picture.height(), 3232) << step->name;
+    }
+  }
+  const auto& levels = omb::StepNamed("brightnesscontrast");
+  EXPECT_EQ(ombview::FirstArguments(levels, image.get()).Integer(0), 0);
+}
+
+TEST(Sliders, GoWhereTheValueIs) {
+  for (const omb::Step* step : omb::AllSteps()) {
+    for (const omb::Parameter& parameter : step->parameters) {
+      const auto scale = ombview::SliderScale::For(parameter);
+      if (!scale) continue;
+      for (const int place : {0, scale->places() / 3, scale->places()}) {
+        const auto value = parameter.Parse(scale->TextAt(place));
+        ASSERT_TRUE(value) << step->name << " " << parameter.name << " " << scale->TextAt(place);
+        EXPECT_NEAR(scale->PlaceOf(value->number), place, 2) << step->name << parameter.name;
+      }
+    }
+  }
+  const auto gamma = ombview::SliderScale::For(omb::Real("g", "", 0.1, 10));
+  EXPECT_EQ(gamma->TextAt(500), "1.00");
+  EXPECT_FALSE(ombview::SliderScale::For(omb::Whole("x", "", 0)));
+}
+
+TEST(RecentFiles, KeepTheNewestOnceEach) {
+  ombview::RecentFiles recent;
+  for (int i = 0; i < 12; ++i) recent.Add(std::to_string(i) + ".png");
+  recent.Add("7.png");
+  ASSERT_EQ(recent.files().size(), ombview::RecentFiles::kMost);
+  EXPECT_EQ(recent.files()[0].filename(), "7.png");
+  EXPECT_EQ(recent.files()[1].filename(), "11.png");
+  EXPECT_EQ(recent.files()[8].filename(), "3.png");
+}
+
+TEST(Workers, DoTheNewestOfASlotAndStopWhatIsCancelled) {
+  std::promise<void> begun, go;
+  std::string log;
+  std::atomic<int> wakes = 0;
+  ombview::Worker worker([&] { ++wakes; });
+  const auto write = [&](const char* text) {
+    return [&log, text](ombview::Progress&) { return [&log, text] { log += text; }; };
+  };
+  worker.Start(1, [&](ombview::Progress&) {
+    begun.set_value();
+    go.get_future().wait();
+    return [&log] { log += "outdated "; };
+  });
+  begun.get_future().wait();
+  worker.Start(1, write("replaced "));
+  worker.Start(1, write("newest "));
+  worker.Start(0, write("first "));
+  const auto progress = worker.Start(2, [&](ombview::Progress& own) -> ombview::Worker::Followup {
+    try {
+      own.Report(0.5);
+    } catch (const ombview::Cancelled&) {
+      return [&log] { log += "stopped "; };
+    }
+    return {};
+  });
+  progress->Cancel();
+  EXPECT_TRUE(worker.busy());
+  go.set_value();
+  while (wakes < 4) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  worker.RunFollowups();
+  EXPECT_EQ(log, "first newest stopped ");
+  EXPECT_FALSE(worker.busy());
+}
+
+}  // namespace
+}  // namespace ombrilo::test

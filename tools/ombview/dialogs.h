@@ -1,0 +1,31 @@
+// The dialogs of the system that the viewer uses.
+#pragma once
+
+#include <windows.h>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "image.h"
+
+namespace ombview {
+
+inline constexpr const wchar_t* kTitle = L"Ombrilo";
+
+// The files that a person chooses to open; none when it was cancelled.
+std::vector<std::filesystem::path> AskForFiles(HWND owner);
+// The name of a file to save; empty when it was cancelled.
+std::filesystem::path AskForName(HWND owner, const std::filesystem::path& proposal);
+// What shall become of an image that is in no file: IDYES to save it, IDNO to let it go, IDCANCEL.
+int AskToSave(HWND owner, const std::filesystem::path& file);
+void ShowAbout(HWND owner);
+
+// The printer that a person chooses: its device context, which is the caller's to delete. Null when
+// it was cancelled.
+HDC AskForPrinter(HWND owner);
+// Fills a page, keeping the proportions. False when the printer refuses.
+bool PrintImage(HDC printer, const PackedDib* image, const std::wstring& name);
+
+}  // namespace ombview

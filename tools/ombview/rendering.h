@@ -1,0 +1,21 @@
+// Images as a view shows them.
+#pragma once
+
+#include <string>
+
+#include "image.h"
+#include "viewport.h"
+
+namespace ombview {
+
+// The part of the image that can be seen, in the size in which it is seen: reduced by averaging, or
+// enlarged pixel by pixel. 8 bits with a gray ramp or 24 bits. Throws std::bad_alloc.
+omb::Image Render(const PackedDib* image, const Viewport& viewport);
+
+// A piece of an image of 1, 4, 8 or 24 bits; other depths give 24. Null when memory ran out.
+omb::Image PieceOf(const PackedDib* image, const Rect& pixels);
+
+// What a pixel holds: "#c08040", with its number in the color table where there is one.
+std::string ValueAt(const PackedDib* image, Point pixel);
+
+}  // namespace ombview
