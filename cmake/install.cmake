@@ -6,6 +6,8 @@ install(TARGETS ombrilo_static EXPORT ombriloTargets)
 if(TARGET ombrilo)
   install(TARGETS ombrilo EXPORT ombriloTargets)
 endif()
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES include/ombrilo/ombrilo.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ombrilo)
 if(OMBRILO_TOOLS)
   install(TARGETS omb)
@@ -18,7 +20,7 @@ set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ombrilo)
 install(EXPORT ombriloTargets NAMESPACE ombrilo:: DESTINATION ${package_dir})
 configure_package_config_file(cmake/ombriloConfig.cmake.in ombriloConfig.cmake
   INSTALL_DESTINATION ${package_dir})
-write_basic_package_version_file(ombriloConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+write_basic_package_version_file(ombriloConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/ombriloConfig.cmake
   ${PROJECT_BINARY_DIR}/ombriloConfigVersion.cmake DESTINATION ${package_dir})
 

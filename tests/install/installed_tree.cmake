@@ -32,6 +32,17 @@ endforeach()
 file(REMOVE_RECURSE ${prefix} ${BUILD}/example)
 run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix})
 
+file(GLOB license ${prefix}/share/doc/ombrilo/LICENSE)
+if(NOT license)
+  message(FATAL_ERROR "The license was not installed")
+endif()
+
+# As a part of another project, whose own targets are exported.
+file(REMOVE_RECURSE ${BUILD}/parent)
+run(${CMAKE_COMMAND} -G "${GENERATOR}" -S ${SOURCE}/tests/install/parent -B ${BUILD}/parent
+  -DOMBRILO_SOURCE=${SOURCE} -DCMAKE_C_COMPILER=${C_COMPILER}
+  -DCMAKE_CXX_COMPILER=${CXX_COMPILER})
+
 # The linker takes along a function that needs libm.
 run(${CMAKE_COMMAND} -G "${GENERATOR}" -S ${SOURCE}/examples -B ${BUILD}/example
   -DCMAKE_PREFIX_PATH=${prefix}
