@@ -36,8 +36,37 @@ Operation Scale(const PackedDib* image, double factor, uint32_t mode) {
   return [=](PackedDib** p) { omb_scale(p, w, h, mode); };
 }
 
+Operation Resize(const PackedDib* image, double factor, uint32_t filter) {
+  const auto w = static_cast<uint32_t>(omb_DIBWidth(image) * factor);
+  const auto h = static_cast<uint32_t>(omb_DIBHeight(image) * factor);
+  return [=](PackedDib** p) { omb_resize(p, w, h, filter); };
+}
+
 Operation Rotate(float degrees, uint32_t mode) {
   return [=](PackedDib** p) { omb_rotate(p, degrees, mode); };
+}
+
+// Reduced, OpenCV's filters other than INTER_AREA look at few source pixels.
+void AddResizeRows(const std::string& name, const PackedDib* image) {
+  const struct {
+    const char* name;
+    int reducing, enlarging;
+  } filters[] = {{"box", 3, 3}, {"triangle", 3, 1}, {"cubic", 3, 2}, {"lanczos", 4, 4}};
+  for (uint32_t filter = 1; filter <= 4; ++filter) {
+    const auto& [filter_name, reducing, enlarging] = filters[filter - 1];
+    for (const double factor : {0.4, 1.5}) {
+      constexpr const char* kModes[] = {"", "INTER_LINEAR", "INTER_CUBIC", "INTER_AREA",
+                                        "INTER_LANCZOS4"};
+      const int mode = factor < 1 ? reducing : enlarging;
+      Replacing(
+          (factor < 1 ? "resize 0.4 " : "resize 1.5 ") + std::string(filter_name) + ", " + name,
+          image, Resize(image, factor, filter),
+          WITH_OPENCV(OntoMat("resize " + std::string(kModes[mode]), image,
+                              [=](const cv::Mat& from, cv::Mat& to) {
+                                cv::resize(from, to, {}, factor, factor, mode);
+                              })));
+    }
+  }
 }
 
 }  // namespace
@@ -59,6 +88,7 @@ void AddGeometryRows() {
                   Warp(from, to, -7, cv_mode);
                 })));
     }
+    AddResizeRows(name, image);
     for (const int degrees : {90, 180}) {
       Replacing("rotate " + std::to_string(degrees) + ", " + name, image,
                 Rotate(static_cast<float>(degrees), 1),
@@ -84,6 +114,8 @@ void AddGeometryRows() {
   Replacing("scale 1.5 point, page 1", page, Scale(page, 1.5, 1),
             OMBRILO_PIX("pixScaleBySampling", pixScaleBySampling(pix, 1.5f, 1.5f)));
   Replacing("scale 0.4 bilinear, page 1", page, Scale(page, 0.4, 2),
+            OMBRILO_PIX("pixScaleToGray", pixScaleToGray(pix, 0.4f)));
+  Replacing("resize 0.4 box, page 1", page, Resize(page, 0.4, 1),
             OMBRILO_PIX("pixScaleToGray", pixScaleToGray(pix, 0.4f)));
   Replacing("rotate 7 point, page 1", page, Rotate(7, 1),
             OMBRILO_PIX("pixRotateBySampling",

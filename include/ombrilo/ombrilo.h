@@ -6,6 +6,10 @@
  * threads and holds no state between calls: every call may run on any thread as long as no two
  * calls share an image.
  *
+ * What is written here is exact: whoever computes it anew gets the same bytes. Each function says
+ * first what it is for and what it takes; "Limits" is what to know about large or unusual images.
+ * Drawings and examples are in docs/pictures.md.
+ *
  * @section image The image
  *
  * A ::PackedDib is one heap block: header, color table and pixel rows, back to back.
@@ -18,8 +22,10 @@
  *   the number of entries at any depth; otherwise 1, 4 and 8 bits have 2, 16 and 256 entries and
  *   other depths none. Loops over the table use the low 16 bits of the number.
  * - Rows: the bottom row first, each padded to a multiple of 4 bytes. 24-bit pixels are blue,
- * green, red; 1- and 4-bit pixels fill a byte from its high bits. A height below 1 means no rows.
- * The compression and image size fields are not consulted unless a function says so.
+ *   green, red; 1- and 4-bit pixels fill a byte from its high bits.
+ *
+ * A width or a height below 1 means that there are no pixels. The compression and image size fields
+ * are not consulted unless a function says so.
  *
  * The block's extent is header size + color table size + height x row length. A function never
  * reads or writes outside it: what a pixel or a header refers to beyond counts as 0, and nothing is
@@ -35,7 +41,36 @@
  * Images are allocated with malloc() and released with free() of one C runtime, or with
  * omb_newdib() and omb_freedib() where the host has no such functions at hand. Functions that take
  * a `PackedDib*` work in place. Functions that take a `PackedDib**` build a new block, free the old
- * one and store the new address. Functions that return an image hand it to the caller.
+ * one and store the new address. Functions that return an image hand it to the caller. What a
+ * function does not write in a new block, row padding included, is 0.
+ *
+ * @section rules Rules for unusual images
+ *
+ * Images as files hold them (information header, 1 plane, full color table, less than 65,536
+ * columns and rows) need none of these.
+ *
+ * @anchor nearest
+ * @par The nearest entry
+ * Where a computed color becomes the pixel of an image of 1, 4 or 8 bits, that is the entry with
+ * the least squared distance over red, green and blue, the lowest index on a tie. The entries are
+ * always 2, 16 or 256: a shorter color table continues in the bytes that follow it, the pixels.
+ * They are read once, before anything changes, unless a function says otherwise.
+ *
+ * @anchor byte40
+ * @par Colors at byte 40
+ * Some functions read colors four bytes apart from byte 40 of the image, whatever its header: for
+ * an information header that is the color table, for a core header it is not.
+ *
+ * @anchor sizes16
+ * @par Sizes of 16 bits
+ * Some functions take only the low 16 bits of width and height (65,546 columns count as 10). What
+ * they do to an image with 65,536 columns or rows is defined, but of no use.
+ *
+ * @anchor planes
+ * @par Row length with planes
+ * Some functions take rows to be ((bit count x planes x width + 31) / 32) x 4 bytes long, in signed
+ * 32-bit arithmetic, with bit count and planes at their information header positions (bytes 14 and
+ * 12) even after a core header. Bytes outside the image count as 0 and are not written.
  */
 #ifndef OMBRILO_OMBRILO_H_
 #define OMBRILO_OMBRILO_H_
@@ -74,7 +109,8 @@ typedef struct {
 /**
  * Creates an image with an information header, 1 plane and all pixels 0.
  *
- * Images of 1, 4 and 8 bits get a full color table that holds a gray ramp from black to white.
+ * Images of 1, 4 and 8 bits get a full color table that holds a gray ramp from black to white
+ * (entry i of n: i x 255 / (n - 1)) and a biClrUsed of 0.
  *
  * @param width    pixels per row, 1 or more
  * @param height   rows, 1 or more
@@ -110,8 +146,11 @@ OMB_API uint32_t omb_DIBNumColors(const PackedDib* dib);
 
 /**
  * Size of the color table in bytes: 4 (information header) or 3 (core header) times the number of
- * entries, in 16-bit arithmetic. For a biClrUsed of 16384 and more it therefore disagrees with
- * omb_DIBNumColors().
+ * entries.
+ *
+ * @par Limits
+ * - It is computed in 16 bits: for a biClrUsed of 16,384 and more it does not agree with
+ *   omb_DIBNumColors().
  */
 OMB_API uint16_t omb_PaletteSize(const PackedDib* dib);
 
@@ -119,11 +158,14 @@ OMB_API uint16_t omb_PaletteSize(const PackedDib* dib);
 OMB_API uint8_t* omb_FindDIBBits(const PackedDib* dib);
 
 /**
- * Bytes per row of an image with an information header:
- * ((planes x bits per pixel x width + 31) / 32) x 4 in signed 32-bit arithmetic. Unlike the row
- * length that operations use, it includes the planes field. The fields are read at their
- * information header positions whatever the size field says, so the number means nothing for a core
- * header.
+ * Bytes per row of an image with an information header and 1 plane.
+ *
+ * It is ((planes x bits per pixel x width + 31) / 32) x 4 in signed 32-bit arithmetic. Unlike the
+ * row length that most operations use, it includes the planes field.
+ *
+ * @par Limits
+ * - The fields are read at their information header positions whatever the size field says, so the
+ *   number means nothing for a core header.
  */
 OMB_API int32_t omb_BytesPerLine(const PackedDib* dib);
 
@@ -133,55 +175,60 @@ OMB_API int32_t omb_BytesPerLine(const PackedDib* dib);
  * @{ */
 
 /**
- * Photographic negative, in place: every blue, green and red becomes 255 minus itself.
+ * Photographic negative: every blue, green and red becomes 255 minus itself.
  *
- * 1, 4 and 8 bits: the color table entries change and the pixels do not; reserved bytes stay.
- * 24 bits: the pixels change; row padding stays.
- *
+ * @param dib the image, changed in place: the color table at 1, 4 and 8 bits, the pixels at 24
  * @return 1; 0 for null and for other depths
+ *
+ * Reserved bytes and row padding stay.
  */
 OMB_API uint32_t omb_invert(PackedDib* dib);
 
 /**
- * Creates a logical palette from the color table, entry by entry, with all flags 0. As many entries
- * as omb_DIBNumColors() says, in its low 16 bits; any depth.
+ * Creates a logical palette from the color table, entry by entry, with all flags 0.
  *
+ * @param dib the image, of any depth
  * @return On Windows an HPALETTE, which the caller deletes with DeleteObject(). Elsewhere the
- * address of a LOGPALETTE structure (16-bit version 0x300, 16-bit number of entries, then red,
- * green, blue and flags per entry), which the caller releases with free(). 0 for null, for an image
- *         without colors and when the palette cannot be created.
+ *         address of a LOGPALETTE structure (16-bit version 0x300, 16-bit number of entries, then
+ *         red, green, blue and flags per entry), which the caller releases with free(). 0 for null,
+ *         for an image without colors and when the palette cannot be created.
+ *
+ * It has as many entries as the low 16 bits of omb_DIBNumColors() say.
  */
 OMB_API uintptr_t omb_CreateDIBPalette(const PackedDib* dib);
 
 /**
  * Brings a 16- or 32-bit image to 24 bits, so that every other function takes it.
  *
- * Channels are red 0x7C00, green 0x03E0, blue 0x001F (16 bits) or red 0xFF0000, green 0xFF00, blue
- * 0xFF (32 bits). When biCompression is 3 (BI_BITFIELDS), the three 32-bit masks behind the 40-byte
- * header replace them, in the order red, green, blue; they do not move the pixel rows, which start
- * where omb_FindDIBBits() says. A channel becomes (pixel AND mask), shifted down to bit 0, cut to 8
- * bits and shifted up by 8 - (bits in the mask) modulo 32: missing low bits are 0, so that a 5-bit
- * 31 becomes 248, and a mask of more than 8 bits gives 0.
- *
- * The new header is the old one's first 40 bytes with biBitCount 24, biCompression 0 and
- * biSizeImage 0. A biClrUsed stays, with a zeroed color table of that size. These fields are
- * written at their information header positions, so that after a core header the bit count field
- * keeps its value.
- *
  * @param image the image, replaced
  * @return 1; also 1, with the image unchanged, at 1, 4, 8 and 24 bits. 0 for null, for other depths
  *         and when memory runs out
+ *
+ * - Channels are red 0x7C00, green 0x03E0, blue 0x001F (16 bits) or red 0xFF0000, green 0xFF00,
+ *   blue 0xFF (32 bits). When biCompression is 3 (BI_BITFIELDS), the three 32-bit masks after the
+ *   40-byte header replace them, in the order red, green, blue; they do not move the pixel rows,
+ *   which start where omb_FindDIBBits() says.
+ * - A channel becomes (pixel AND mask), shifted down by the number of 0 bits below the mask,
+ *   shifted up by 8 - (number of 1 bits in the mask) modulo 32, of which the low 8 bits are taken.
+ *   Missing low bits are 0, so that a 5-bit 31 becomes 248, and a mask of more than 8 bits gives 0.
+ * - The new header is the old one's first 40 bytes with biBitCount 24, biCompression 0 and
+ *   biSizeImage 0. A biClrUsed stays, with a zeroed color table of that size.
+ *
+ * @par Limits
+ * - Core headers: these fields are written at their information header positions, so that the bit
+ *   count field keeps its value.
  */
 OMB_API uint32_t omb_transformat(PackedDib** image);
 
 /**
- * Cuts the image down to a rectangle; pixels and color table are copied exactly. biSizeImage keeps
- * its value.
+ * Cuts the image down to a rectangle; pixels and color table are copied exactly.
  *
  * @param image     the image, replaced; 1, 4, 8 or 24 bits
  * @param rectangle the part to keep, all four edges inclusive, inside the image
  * @return 1; 0 for null, other depths, a rectangle that is empty or leaves the image, and when
- * memory runs out
+ *         memory runs out
+ *
+ * The header keeps everything but the size, biSizeImage too.
  */
 OMB_API uint32_t omb_crop(PackedDib** image, const OmbRect* rectangle);
 
@@ -202,13 +249,34 @@ OMB_API uintptr_t omb_cpydibrect(const PackedDib* dib, int32_t x, uint32_t y, ui
 
 /** @} */
 
-/** @defgroup tone Tone and color
+/**
+ * @defgroup tone Tone and color
  *
- * "Table" below is the color table as far as the header announces entries; reserved bytes keep
- * their values unless said otherwise. Every operation that changes 24-bit pixels leaves row padding
- * alone, and one without rows is done at once. The gray weights and roundings of these functions
- * differ from each other; each is part of its function's contract.
- * @{ */
+ * Operations on single colors: brighter, grayer, with more contrast, black and white.
+ *
+ * - "The table" is the color table as far as the header announces entries; reserved bytes keep
+ *   their values unless said otherwise.
+ * - Operations that change 24-bit pixels leave row padding alone. One without rows is done at once.
+ * - The gray weights and roundings of these functions differ from each other; each is part of its
+ *   function's contract.
+ *
+ * @anchor bytewise
+ * @par Table or bytes
+ * omb_gammacorrection() and omb_adjustghms() change the table of an image that has one, whatever
+ * its depth (the low 16 bits of the number of entries are not 0), and keep the pixels. Otherwise
+ * they change the pixel bytes, three to a pixel: width x 3 bytes, then (row length - width x bit
+ * count / 8) bytes are skipped, and so on, as often as there are rows but not beyond the last one's
+ * end. At 24 bits these are the pixels. At 16 and 32 bits that is of no use: call omb_transformat()
+ * first.
+ *
+ * @anchor levels
+ * @par Low and high level
+ * Of a channel's histogram, the low level is the first value with more than trunc(samples x low)
+ * samples at or below it, or 0 if there is none. The high level is the last value with at most
+ * trunc(samples x high) samples at or below it, or 255 if there is none. Products are taken in
+ * double precision. A fraction that is not a number gives 0 and 255.
+ * @{
+ */
 
 /** The channels of a color. Functions say which of these they take. */
 enum OmbChannel {
@@ -236,10 +304,11 @@ enum OmbBalanceRange {
 };
 
 /**
- * Whether the color table holds a color that is not gray. The pixels are not looked at: an image
- * without a table counts as colorful.
+ * Whether the color table holds a color that is not gray.
  *
  * @return 1 for a colorful image, 0 for a table that is all gray and for null
+ *
+ * The pixels are not looked at: an image without a table counts as colorful.
  */
 OMB_API int32_t omb_iscolorful(const PackedDib* dib);
 
@@ -260,93 +329,118 @@ OMB_API int32_t omb_can_balance(const PackedDib* dib);
 OMB_API int32_t omb_autoclr(void);
 
 /**
- * Counts how often each value of one channel occurs among the pixels; 1, 4, 8 and 24 bits.
+ * Counts how often each value of one channel occurs among the pixels.
  *
- * Channel 4 is the gray value (59 green + 11 blue + 30 red) / 100, truncated, and also makes the
- * image gray: the table entries that pixels use, or the 24-bit pixels themselves.
- *
- * Width and height are cut to their low 16 bits, and the rows are taken to be as far apart as the
- * cut width says.
- *
- * @param dib      the image; changed by channel 4 alone
+ * @param dib      the image; 1, 4, 8 or 24 bits; #OMB_CHANNEL_GRAY changes it
  * @param counters 256 counters, cleared first
- * @param channel  1 red, 2 green, 3 blue, 4 gray. Another channel gives 0 at 1 bit when there is a
- *                 pixel, and otherwise 1 with all counters 0
+ * @param channel  1 to 4 of ::OmbChannel: red, green, blue, gray
  * @return 1; 0 for null, with the counters untouched, and for other depths, with the counters
  *         cleared
+ * @see @ref tone
+ *
+ * The gray value is (59 green + 11 blue + 30 red) / 100, truncated. Counting it also makes the
+ * image gray: the table entries that pixels use, or the 24-bit pixels. That is done pixel by pixel,
+ * so that where a short table continues in the pixels, each sees what those before it wrote.
+ *
+ * @par Limits
+ * - Width and height are @ref sizes16 "sizes of 16 bits", and rows are as far apart as the cut
+ *   width says (without planes).
+ * - Another channel gives 0 at 1 bit when there is a pixel, and otherwise 1 with all counters 0.
  */
 OMB_API int32_t omb_getchannelhistogram(PackedDib* dib, int32_t* counters, int32_t channel);
 
 /**
- * Brightness, then contrast, each channel by itself. 1, 4 and 8 bits: the table; 24 bits: the
- * pixels; other depths stay unchanged.
+ * Brightness, then contrast, each channel by itself.
  *
- * Brightness d: v becomes v + d, limited to 0..255. Contrast c above 0: 0 for v up to c, 255 for v
- * above 255 - c, between them (v - c) x 255 / (255 - 2c), truncated; from c = 128 on a hard
- * threshold. Contrast c below 0: v x (255 + 2c) / 255 - c, truncated in the division; below -127
- * the low 8 bits of the result.
- *
- * @param dib        the image
- * @param brightness any number; 0 skips the step
- * @param contrast   any number; 0 skips the step
+ * @param dib        the image; the table at 1, 4 and 8 bits, the pixels at 24; others stay
+ *                   unchanged
+ * @param brightness -255 to 255 make sense; 0 skips the step
+ * @param contrast   -127 to 127 make sense; 0 skips the step
  * @return always 1
+ * @see @ref tone
+ *
+ * - Brightness d: v becomes v + d, limited to 0..255.
+ * - Contrast c above 0: 0 for v up to c, 255 for v above 255 - c, between them
+ *   (v - c) x 255 / (255 - 2c), truncated.
+ * - Contrast c below 0: v x (255 + 2c) / 255 - c, truncated in the division.
+ *
+ * @par Limits
+ * - Contrast of 128 and more is a hard threshold: 0 for v up to c, 255 above it; from 255 on all is
+ *   0.
+ * - Contrast below -127 takes the low 8 bits of the result. The product wraps in signed 32 bits.
  */
 OMB_API uint32_t omb_brightnesscontrast(PackedDib* dib, int32_t brightness, int32_t contrast);
 
 /**
- * Gamma correction: v becomes pow(v, gamma) / (pow(255, gamma) / 255) + 0.5 in double precision,
- * truncated and limited to 0..255.
+ * Gamma correction: below 1 makes the middle lighter, above 1 darker.
  *
- * An image with a color table, of any depth, has the table changed and keeps its pixels. Otherwise
- * the pixels change; at depths other than 24 bits the pixel bytes are taken three to a pixel, which
- * is of no use for 16 and 32 bits: bring these to 24 with omb_transformat() first.
- *
+ * @param dib   the image: its table or its pixels, see @ref bytewise "table or bytes"
+ * @param gamma the exponent
  * @return 1; 0 for null and for a gamma within 1e-8 of 1, with nothing done
+ *
+ * v becomes pow(v, gamma) / (pow(255, gamma) / 255) + 0.5 in double precision, truncated and
+ * limited to 0..255; what is not a number becomes 0.
+ *
+ * @par Limits
+ * - A 24-bit image with a color table of its own has only that changed.
+ * - At the end of the data, bytes of an incomplete pixel are changed, too.
  */
 OMB_API uint32_t omb_gammacorrection(PackedDib* dib, double gamma);
 
 /**
- * Stretches each channel between the levels of its own histogram. The samples are the pixels at 24
- * bits and the table's entries, each once, at 1, 4 and 8 bits; those are what changes, too.
+ * Stretches each channel between the levels of its own histogram: removes a color cast.
  *
- * The low level L is the first value with more than trunc(samples x low) samples at or below it, or
- * 0; the high level H is the last value with at most trunc(samples x high) at or below it, or 255.
- * v becomes 0 below L, 255 above H, otherwise (v - L) x 255 / (H - L), truncated; a value equal to
- * both stays.
- *
- * @param dib  the image
+ * @param dib  the image; 1, 4, 8 or 24 bits
  * @param low  fraction of the samples to cut at the dark end, say 0.005; not limited
  * @param high fraction of the samples below the bright end, say 0.995; not limited
  * @return 1; 0 for null and for other depths
+ * @see @ref tone
+ *
+ * The samples are the pixels at 24 bits and the table's entries, each once, at 1, 4 and 8 bits;
+ * those are what changes, too. With the @ref levels "low and high level" L and H, v becomes 0 below
+ * L, else 255 above H, else itself where L = H, else (v - L) x 255 / (H - L), truncated.
  */
 OMB_API uint32_t omb_autolevel(PackedDib* dib, double low, double high);
 
 /**
- * Stretches all channels between one pair of levels: the lowest L and the highest H that the three
- * channels have by the rules of omb_autolevel().
+ * Stretches all channels between one pair of levels: keeps the hues.
  *
- * 24 bits: the pixels are counted and changed. 1, 4 and 8 bits: the colors of the pixels are
- * counted, H takes fewer than (instead of at most) trunc(samples x high) samples, and each pixel
- * gets the entry nearest to its stretched color; the table stays. Here colors are read four bytes
- * apart from byte 40 of the image whatever its header; and at 1 bit only the first stored row is
- * counted, while the number of samples is still that of all pixels, so that such an image usually
- * stays as it is.
- *
+ * @param dib  the image; 1, 4, 8 or 24 bits
+ * @param low  fraction of the samples to cut at the dark end, say 0.005; not limited
+ * @param high fraction of the samples below the bright end, say 0.995; not limited
  * @return 1; 0 for null, for other depths, for an indexed image with L = H, and when memory runs
- * out
+ *         out
+ * @see @ref tone
+ *
+ * L is the lowest and H the highest of the three channels' @ref levels "levels"; values change as
+ * in omb_autolevel().
+ *
+ * - 24 bits: the pixels are counted and changed.
+ * - 1, 4 and 8 bits: the colors of the pixels are counted; H takes fewer than (instead of at most)
+ *   trunc(samples x high) samples; each pixel gets the @ref nearest "nearest entry" of its
+ *   stretched color, and the table stays.
+ *
+ * @par Limits
+ * - At 1 bit only the first stored row is counted, while the number of samples is still that of all
+ *   pixels, so that such an image usually stays as it is.
+ * - Core headers: the colors of pixels are those @ref byte40 "at byte 40", and those that lie over
+ *   the pixels change with them, pixel by pixel in storage order. The nearest entry is one of the
+ *   proper table.
+ * - The number of samples is width x height in signed 32 bits that wrap.
  */
 OMB_API uint32_t omb_autocontrast(PackedDib* dib, double low, double high);
 
 /**
  * Turns the image gray: (11 blue + 59 green + 30 red) / 100, truncated.
  *
- * 1, 4 and 8 bits: the table changes, in place. 24 bits: the image is replaced by an 8-bit one
- * whose table is a ramp from black to white and whose pixels are the gray values. Its header is the
- * old one with bit count 8 and, in an information header, biClrUsed and biClrImportant 0. A
- * negative height gives a block without rows.
- *
- * @param image the image, at 24 bits replaced
+ * @param image the image; 1, 4 and 8 bits: its table changes, in place; 24 bits: it is replaced by
+ *              an 8-bit image
  * @return 1; 0 for null, for other depths and when memory runs out
+ * @see @ref tone
+ *
+ * The 8-bit image has a table that is a ramp from black to white, reserved bytes 0, and the gray
+ * values as its pixels. Its header is the old one with bit count 8 and, in an information header,
+ * biClrUsed and biClrImportant 0. A negative height gives a block without rows.
  */
 OMB_API uint32_t omb_gray(PackedDib** image);
 
@@ -354,106 +448,145 @@ OMB_API uint32_t omb_gray(PackedDib** image);
  * Shows gray levels as colors: replaces the table of an image whose table is all gray.
  *
  * @param dib   the image, of any depth
- * @param table blue, green, red and an ignored byte per entry, as many entries as the image's
- * table; reserved bytes in the image become 0
+ * @param table blue, green, red and an ignored byte per entry, as many entries as the image's table
  * @return 1; 0 for null and for an image that omb_iscolorful() calls colorful
+ * @see @ref tone
+ *
+ * Reserved bytes in the image become 0.
  */
 OMB_API uint32_t omb_pseudocolor(PackedDib* dib, const uint8_t* table);
 
 /**
- * Proposes a threshold for omb_binary(): the median of the pixels' gray values, which are 0.3 red +
- * 0.59 green + 0.11 blue, in this order in double precision, truncated.
+ * Proposes a threshold for omb_binary(): the median of the pixels' gray values.
  *
- * With half = pixels / 2 it is the first level i from 1 on that has more than `half` pixels at or
- * below it, or i - 1 where the number of pixels at or below that is nearer to `half`.
+ * @param dib the image; 1, 4, 8 or 24 bits
+ * @return 0 to 255; 0 also for null, for other depths, and without pixels
+ * @see @ref tone
  *
- * @return 0 to 255; 0 also for null, for other depths than 1, 4, 8 and 24, and without pixels
+ * Gray values are 0.3 red + 0.59 green + 0.11 blue, added in this order in double precision,
+ * truncated. With half = pixels / 2, truncated, the result is
+ *
+ * - 0 where more than half of the pixels have level 0;
+ * - otherwise the first level i with more than `half` pixels at or below it,
+ * - or i - 1 where the number of pixels at or below that is nearer to `half`; a tie gives i.
+ *
+ * @par Limits
+ * - The number of pixels is width x height in signed 32 bits that wrap.
  */
 OMB_API int32_t omb_autothreshold(const PackedDib* dib);
 
 /**
- * Replaces the image by a 1-bit one: white (index 1) where the gray value 0.59 green + 0.3 red +
- * 0.11 blue exceeds the threshold, black (index 0) where it is below. A gray value of exactly the
- * threshold is black for thresholds up to 128 (for a 1-bit source up to 127), white above.
- *
- * The new header is the old one with bit count 1 and, in an information header, biClrUsed 2 and
- * biClrImportant 0; the table is black, white. A 1-bit source instead keeps its pixels, and its
- * table's colors become black or white: the bytes behind the header, a table of two entries and the
- * rows, are taken over as they stand. At 4 and 8 bits colors are read four bytes apart from byte 40
- * of the image, whatever its header. A negative height gives a block without rows.
+ * Replaces the image by a 1-bit one: white where a pixel's gray value exceeds the threshold, black
+ * where it is below.
  *
  * @param image     the image, replaced; 1, 4, 8 or 24 bits
- * @param threshold any number
+ * @param threshold 0 to 255; other numbers make all of it white or black. omb_autothreshold()
+ *                  proposes one
  * @return 1; 0 for null, for other depths and when memory runs out
+ * @see @ref tone
+ *
+ * 59 green + 30 red + 11 blue is compared with 100 x threshold, exactly. Equal ones are black for
+ * thresholds up to 128 (for a 1-bit source up to 127), white above.
+ *
+ * - 4, 8 and 24 bits: index 1 is white, index 0 black; the table is black, white.
+ * - 1 bit: the pixels stay, and the table's colors become black or white. First all announced
+ *   entries of the table do; then the bytes after the header, as many as a table of two entries and
+ *   the rows take, are copied as they are.
+ * - The new header is the old one with bit count 1 and, in an information header, biClrUsed 2 and
+ *   biClrImportant 0. A negative height gives a block without rows.
+ *
+ * @par Limits
+ * - Core headers: at 4 and 8 bits colors are read @ref byte40 "at byte 40".
+ * - 1 bit: rows of an image whose table does not have two entries come displaced.
  */
 OMB_API uint32_t omb_binary(PackedDib** image, int32_t threshold);
 
 /**
- * Sets one channel to 0: in the table at 1, 4 and 8 bits, in the pixels at 24.
+ * Sets one channel to 0.
  *
- * @param dib     the image
- * @param channel 1 red, 2 green, 3 blue
+ * @param dib     the image; the table at 1, 4 and 8 bits, the pixels at 24
+ * @param channel 1 to 3 of ::OmbChannel: red, green, blue
  * @return 1; 0 for null, other depths and other channels
+ * @see @ref tone
  */
 OMB_API uint32_t omb_filtercolor(PackedDib* dib, uint32_t channel);
 
 /**
- * Keeps one channel. 1, 4 and 8 bits: the table's two other channels become 0, in place. 24 bits:
- * the image is replaced by an 8-bit one whose pixels are the channel's values and whose table is a
- * ramp of that channel alone; header as with omb_gray().
+ * Keeps one channel.
  *
- * @param image   the image, at 24 bits replaced
- * @param channel 1 red, 2 green, 3 blue
+ * @param image   the image; 1, 4 and 8 bits: the table's two other channels become 0, in place;
+ *                24 bits: it is replaced by an 8-bit image
+ * @param channel 1 to 3 of ::OmbChannel: red, green, blue
  * @return 1 at 1, 4 and 8 bits. 0 in every other case, also when a 24-bit image has been replaced:
  *         its bit count is 8 then
+ * @see @ref tone
+ *
+ * The 8-bit image has the channel's values as its pixels and a table that is a ramp of that channel
+ * alone; its header is as with omb_gray().
  */
 OMB_API uint32_t omb_extractcolor(PackedDib** image, uint32_t channel);
 
 /**
- * Makes the very light and the very dark colors lighter or darker, in three steps: highlights (blue
- * + green + red above 510), shadows (sum below 255), and shadows again, as the step before left
- * them.
+ * Makes the very light and the very dark colors lighter or darker.
  *
- * A step adds its amount to green and red, limited to 0..255, and makes blue the new green plus the
- * amount, limited likewise; an amount of 0 skips the step. What changes is the table or the pixels,
- * as with omb_gammacorrection().
- *
- * @param dib        the image
- * @param highlights amount for the highlights
- * @param shadows1   first amount for the shadows
- * @param shadows2   second amount for the shadows
+ * @param dib        the image: its table or its pixels, see @ref bytewise "table or bytes"
+ * @param highlights amount for the highlights, -255 to 255
+ * @param shadows1   first amount for the shadows, -255 to 255
+ * @param shadows2   second amount for the shadows, -255 to 255
  * @return 0 when all amounts are 0, otherwise 1, also for null
+ *
+ * There are three steps: highlights (blue + green + red above 510), shadows (sum below 255), and
+ * shadows again, as the step before left them. A step adds its amount to green and red, limited to
+ * 0..255, and makes blue the new green plus the amount, limited likewise; an amount of 0 skips the
+ * step.
+ *
+ * @par Limits
+ * - A 24-bit image with a color table of its own has only that changed.
+ * - At the end of the data, bytes that do not fill a group of three stay.
  */
 OMB_API uint32_t omb_adjustghms(PackedDib* dib, int32_t highlights, int32_t shadows1,
                                 int32_t shadows2);
 
 /** @} */
 
-/** @defgroup geometry Scale, rotate, flip
- * Results are the same to the bit on every processor: positions, weights and sums are single
- * precision, in the order written here.
+/**
+ * @defgroup geometry Scale, rotate, flip
  *
- * Scaling and rotation resample: a pixel of the new image has a position (sx, sy) in the source, in
+ * For sizes that look right, call omb_resize(). omb_scale() and omb_rotate() keep to an old
+ * contract; its positions, weights and sums are single precision, in the order written here, each
+ * operation rounded by itself.
+ *
+ * @anchor resampling
+ * @par Resampling
+ * A pixel of the new image has a position (sx, sy) in the source of W columns and H rows, in
  * columns from the left and rows from the bottom. With ix, iy their truncations, dx = sx - ix and
  * dy = sy - iy, the mode selects
  *
  * - 1, point: source pixel (ix, iy), its index or color as it is.
  * - 2, bilinear: (1-dy)(1-dx) of (ix, iy) + (1-dy)dx of (ix+1, iy) + (1-dx)dy of (ix, iy+1) + dx dy
- * of (ix+1, iy+1), per channel. An ix above W-2 becomes W-2 and an iy above H-2 becomes H-2, with
- * dx and dy as they are.
+ *   of (ix+1, iy+1), per channel. An ix above W-2 becomes W-2 and an iy above H-2 becomes H-2, with
+ *   dx and dy as they are.
  * - 3, bicubic: 4 x 4 pixels at the offsets -1, 0, 1, 2. Each row's pixels are summed with the
- * weights C(1+dx), C(dx), C(1-dx), C(2-dx), then the four sums with the same weights of dy; C(t)
- * with a = |t| is 1 - 2a^2 + a^3 below 1, 4 - 8a + 5a^2 - a^3 below 2 and 0 beyond. Offsets derive
- * from the coordinate x or y in the new image and the source's last column or row L: -1 is 0 where
- * x is 0; 1 is 0 where x + 1 > L; 2 is the offset before it where x + 2 > L, except for columns at
- * 24 bits, whose last two offsets are 0 and 1 there. Samples are taken row by row; one that leaves
- * the source first moves ix or iy, for itself and all samples after it: iy to H-1-offset or
- * -offset, ix to W-1-ix or -offset.
+ *   weights C(1+dx), C(dx), C(1-dx), C(2-dx), then the four sums with the same weights of dy. With
+ *   a = |t|, b = a a and c = b a, C(t) is 1 - 2b + c for a below 1, 4 - 8a + 5b - c below 2 and 0
+ *   beyond.
+ *
+ * Sums are added from left to right. Offsets of mode 3 derive from the coordinate x or y in the new
+ * image and the source's last column or row L:
+ *
+ * - -1 is 0 where x is 0;
+ * - 1 is 0 where x + 1 > L;
+ * - 2 is the offset before it where x + 2 > L, except for columns at 24 bits, whose last two
+ *   offsets are 0 and 1 there.
+ *
+ * Samples of mode 3 are taken row by row; one that leaves the source first moves ix or iy, for
+ * itself and all samples after it: iy to H-1-offset or -offset, ix to W-1-ix or -offset.
  *
  * What still lies outside the source is clamped into it. Channel sums are limited to 0..255 and
- * truncated. At 1, 4 and 8 bits modes 2 and 3 blend color table colors and store the nearest
- * entry's index: least squared distance over red, green and blue, the lowest index on a tie, among
- * the 2, 16 or 256 entries of the depth. @{ */
+ * truncated. At 1, 4 and 8 bits modes 2 and 3 blend colors and store the @ref nearest "nearest
+ * entry".
+ * @{
+ */
 
 /** How omb_scale() and omb_rotate() resample. */
 enum OmbResampling {
@@ -471,20 +604,31 @@ enum OmbResizeFilter {
 };
 
 /**
- * Scales the image. The position of pixel (x, y) is x * (W / width), y * (H / height): there is no
- * half-pixel offset.
- *
- * The color table and biSizeImage stay. After a core header the width is stored in 32 bits over
- * both size fields, so that the header's height becomes 0 for widths up to 65535; the rows are
- * complete. An image of another depth, without pixels, or scaled in another mode becomes one of the
- * new size with all pixels 0.
+ * Scales the image.
  *
  * @param image  the image, replaced; 1, 4, 8 or 24 bits
  * @param width  new width in pixels; 0 gives an image without pixels
  * @param height new height in rows; likewise
- * @param mode   1 point, 2 bilinear, 3 bicubic
+ * @param mode   one of ::OmbResampling: 1 point, 2 bilinear, 3 bicubic
  * @return 1; 0 for null, for the size that the image has, for a size of 2 GiB and more and when
- * memory runs out
+ *         memory runs out
+ * @see @ref resampling
+ *
+ * The position of pixel (x, y) is x * (W / width), y * (H / height): there is no half-pixel offset.
+ * The color table and biSizeImage stay.
+ *
+ * @par Limits
+ * - No antialiasing: halving takes every second pixel, whatever the mode, so that stripes a pixel
+ *   wide become all black. Use omb_resize().
+ * - Bilinear enlarging repeats the way between the last two pixels: 0 255 becomes
+ *   0 63 127 191 0 63 127 191. Use omb_resize().
+ * - Bicubic enlarging has all its neighbours only in the first W - 2 columns and H - 2 rows of the
+ *   new image; beyond them it is near to copying pixels. Reducing brings the color of the left edge
+ *   into the last column. Use omb_resize().
+ * - An image of another depth, without pixels, or scaled in another mode becomes one of the new
+ *   size with all pixels 0.
+ * - Core headers: the width is stored in 32 bits over both size fields, so that the header's height
+ *   becomes 0 for widths up to 65,535; the rows are complete.
  */
 OMB_API uint32_t omb_scale(PackedDib** image, uint32_t width, uint32_t height, uint32_t mode);
 
@@ -544,47 +688,65 @@ OMB_API uint32_t omb_resize(PackedDib** image, uint32_t width, uint32_t height, 
 /**
  * Turns the image about its center; positive angles turn clockwise.
  *
- * The angle is reduced by full turns and keeps its sign. 90, 180 and 270 degrees, within 0.01, move
- * pixels exactly; the mode does not matter. Every other angle r, negative right angles included,
- * resamples: with c and s the cosine and sine of r / 180 * 3.1415926, computed in double precision
- * and rounded to single, the new width is max(|Wc - Hs|, |Wc + Hs|) + 0.5 and the new height
- * max(|Hc - Ws|, |Hc + Ws|) + 0.5, truncated. The position of pixel (x, y), y from the bottom, is
- * uc + vs + W/2, us - vc + H/2 with u = x - width/2 and v = height/2 - y, where halves are whole
- * numbers. Pixels whose truncated position is outside the source are background: all bits 1, which
- * is white at 24 bits and the highest index otherwise; so is row padding.
- *
- * The color table and biSizeImage stay. When resampling, an image of another depth, without pixels
- * or in another mode becomes background throughout.
- *
  * @param image   the image, replaced; 1, 4, 8 or 24 bits
  * @param degrees the angle
- * @param mode    1 point, 2 bilinear, 3 bicubic
+ * @param mode    one of ::OmbResampling: 1 point, 2 bilinear, 3 bicubic
  * @return 1; 0 for null, for an angle that reduces to less than 0.01 either way, one that is not
- * finite or outside 32-bit integers, for other depths or a negative size at a right angle, for a
- * size of 2 GiB and more and when memory runs out
+ *         finite or outside 32-bit integers, for other depths or a negative size at a right angle,
+ *         for a size of 2 GiB and more and when memory runs out
+ * @see @ref resampling
+ *
+ * - The angle is reduced by full turns and keeps its sign: 360 x (the truncated angle / 360,
+ *   truncated) is taken away in single precision.
+ * - 90, 180 and 270 degrees, less than 0.01 away, move pixels exactly, whatever the mode; row
+ *   padding is 0.
+ * - Every other angle r, negative right angles included, resamples. With c and s the cosine and
+ *   sine of r / 180 * 3.1415926, computed in double precision and rounded to single, the new width
+ *   is max(|Wc - Hs|, |Wc + Hs|) + 0.5 and the new height max(|Hc - Ws|, |Hc + Ws|) + 0.5,
+ *   truncated.
+ * - The position of pixel (x, y), y from the bottom, is uc + vs + W/2, us - vc + H/2 with
+ *   u = x - width/2 and v = height/2 - y, where halves are whole numbers.
+ * - Pixels whose truncated position is outside the source are background: all bits 1, which is
+ *   white at 24 bits and the highest index otherwise; so is row padding.
+ *
+ * The color table and biSizeImage stay.
+ *
+ * @par Limits
+ * - The background of indexed images has the color of the last entry, whatever that is.
+ * - When resampling, an image of another depth, without pixels or in another mode becomes
+ *   background throughout.
+ * - Core headers keep the low 16 bits of the new size; the rows are complete.
  */
 OMB_API uint32_t omb_rotate(PackedDib** image, float degrees, uint32_t mode);
 
 /**
- * Mirrors the image left to right, in place. Row padding stays.
+ * Mirrors the image left to right, in place.
  *
- * @return 1; 0 for null and for depths other than 1, 4, 8 and 24
+ * @param dib the image; 1, 4, 8 or 24 bits
+ * @return 1; 0 for null and for other depths
+ *
+ * Row padding stays.
  */
 OMB_API uint32_t omb_fliphor(PackedDib* dib);
 
 /**
- * Mirrors the image top to bottom, in place, at any depth. Row padding moves with its row.
+ * Mirrors the image top to bottom, in place.
  *
+ * @param dib the image, of any depth
  * @return 1; 0 for null
+ *
+ * Row padding moves with its row.
  */
 OMB_API uint32_t omb_flipvert(PackedDib* dib);
 
 /** @} */
 
-/** @defgroup kernels Kernels
- * A kernel is a set of neighbours with weights; a structuring element is one whose weights are not
- * used.
- * @{ */
+/**
+ * @defgroup kernels Kernels
+ * A kernel is a set of neighbours with weights; a structuring element, or shape, is one whose
+ * weights are not used. omb_DoConvoluteDIB() and omb_DoKernalMorphDIB() take either.
+ * @{
+ */
 
 /**
  * A convolution kernel or structuring element.
@@ -796,18 +958,21 @@ OMB_API const KERNAL* omb_getKERNAL(uint32_t index);
 
 /** @} */
 
-/** @defgroup filters Neighbourhood filters
+/**
+ * @defgroup filters Neighbourhood filters
  *
- * Each result depends on the image as it was before the call. Images of 1, 4 and 8 bits are
- * filtered as colors, and a result becomes the index of the nearest entry (least squared distance,
- * the lowest index on a tie) of a palette of 2, 16 or 256 entries, which beyond a shorter color
- * table continues in the bytes that follow. A border of the image is set to zero bytes (black, or
- * index 0), and so is the padding of rows; an image that is all border, and an image of another
- * depth than 1, 4, 8 and 24 bits, comes back with zero bytes only.
+ * Smoothing, sharpening, edges and relief on pictures. Each result depends on the image as it was
+ * before the call.
+ *
+ * - 24 bits: each channel by itself.
+ * - 1, 4 and 8 bits: pixels count as colors, and a result becomes the @ref nearest "nearest entry".
+ * - A border of the image becomes zero bytes (black, or index 0), and so does the padding of rows.
+ *   An image that is all border becomes zero throughout.
  *
  * omb_DoConvoluteDIB() differs: it takes the bytes of an 8-bit image as values and keeps what it
  * does not compute. Without memory, none of these functions changes the image.
- * @{ */
+ * @{
+ */
 
 /**
  * Numbers of the kernels of omb_convolute(), each with its weights, row by row. The first row lies
@@ -867,35 +1032,49 @@ enum OmbConvolution {
 /**
  * Convolution with one of 39 kernels: smooths, sharpens or finds edges.
  *
- * Each channel becomes the sum of its weighted neighbours, divided by the sum of the weights unless
- * that is 0, truncated toward zero and clamped to 0..255. The border of the image becomes zero: 2
- * pixels for the three 5x5 kernels, 1 pixel for the others.
- *
  * @param dib  the image; 1, 4, 8 or 24 bits
  * @param type one of ::OmbConvolution: 1 to 39; other numbers leave the image unchanged
+ * @see @ref filters
+ *
+ * Each channel becomes the sum of its weighted neighbours, divided by the sum of the weights unless
+ * that is 0, truncated toward zero and clamped to 0..255. A border becomes zero: 2 pixels for the
+ * 5x5 kernels 2, 4 and 8, 1 pixel for the others.
+ *
+ * @par Limits
+ * - Images of 16, 32 or other bits are erased: all their rows become 0. Call omb_transformat()
+ *   first.
  */
 OMB_API void omb_convolute(PackedDib* dib, uint32_t type);
 
 /**
- * Convolution with any kernel, one or more times, of 8-bit values or of the channels of 24 bits.
+ * Convolution with any kernel, one or more times: smooths, sharpens or finds edges in gray pages
+ * and photographs.
+ *
+ * @param dib      the image; 8 bits (the bytes are the levels) or 24 bits (each channel); other
+ *                 depths do not change
+ * @param kernel   a built-in record or one of your own
+ * @param passes   how often; 0 or less leaves the image unchanged
+ * @param strength the share of the result in tenths: 10 is all of it, more overshoots
+ * @return 1; 0 for null, for a record with an entry outside the extent that it describes, for rows
+ *         that do not fit (see Limits) and when memory runs out
+ * @see @ref kernels
  *
  * A result is the sum of weighted neighbours, divided by the sum of the weights unless that is 0
  * (truncated toward zero); then, unless strength is 10, (result - p) x strength / 10 + p for the
  * pixel's own value p (truncated toward zero); then plus bias; then clamped to 0..255. All of this
  * in 32-bit arithmetic that wraps. Pixels for which the kernel's extent leaves the image keep their
- * value.
+ * value, and so does row padding.
  *
- * Width and height are taken modulo 65536. A row is ((bits x planes x width + 31) / 32) x 4 bytes
- * long, modulo 65536, with these fields at their information header positions even for a core
- * header; bytes outside the image count as 0 and are not written. An image without planes does not
- * change.
- *
- * @param dib      the image; other depths than 8 and 24 bits do not change
- * @param kernel   a record whose offsets lie in the extent that it describes
- * @param passes   how often; 0 or less leaves the image unchanged
- * @param strength the share of the result in tenths; more than 10 overshoots
- * @return 1; 0 for null, for other records, for pixels that do not fit the row length, and when
- * memory runs out
+ * @par Limits
+ * - 8 bits: colors do not count, pixels do. Bring images with colors to 24 bits (omb_neuquant()).
+ * - 24-bit images wider than 21,844 pixels and 8-bit images wider than 65,532 are refused with 0;
+ *   see the next point for 65,536 and more.
+ * - Width and height are @ref sizes16 "sizes of 16 bits", and so is the @ref planes "row length
+ *   with planes", whose width is the 32 bits at its information header position. Rows that are
+ *   shorter than their pixels or leave a signed 32-bit byte count are refused.
+ * - An image without planes (or with 0 as the bit count at byte 14) does not change: 1.
+ * - Only entries decide whether a record is refused, before all else but null. A count of 0 or less
+ *   makes all sums 0.
  */
 OMB_API int32_t omb_DoConvoluteDIB(PackedDib* dib, const KERNAL* kernel, int32_t passes,
                                    int32_t strength);
@@ -938,83 +1117,169 @@ enum OmbEmboss {
 /**
  * Relief: light areas appear raised on a ground of one color.
  *
- * Each channel becomes the sum of its neighbours, weighted as omb_convolute()'s kernel
- * 12 + direction says, plus the color's channel, clamped to 0..255. These kernels sum to 0, so that
- * flat areas take the color. A border of 1 pixel becomes zero.
- *
  * @param dib       the image; 1, 4, 8 or 24 bits
  * @param direction one of ::OmbEmboss: 0 to 27
  * @param color     0x00BBGGRR; 0x808080 is the usual ground
  * @return 1; 0 for null, for other directions and when memory runs out
+ * @see @ref filters
+ *
+ * Each channel becomes the sum of its neighbours, weighted as omb_convolute()'s kernel
+ * 12 + direction says, plus the color's channel, clamped to 0..255. These kernels sum to 0, so that
+ * flat areas take the color. A border of 1 pixel becomes zero.
+ *
+ * @par Limits
+ * - Images of 16, 32 or other bits are erased: all their rows become 0, and the result is 1.
  */
 OMB_API uint32_t omb_emboss(PackedDib* dib, uint32_t direction, uint32_t color);
 
 /**
- * Edges: for each channel a third (truncated) of the strongest of four differences in the 3x3
- * neighbourhood: the row before against the row after, the column left against the column right,
- * and each of two corners with its two neighbours against the opposite ones.
+ * Edges, bright on black.
  *
- * @param dib the image; 1, 4, 8 or 24 bits; a border of 1 pixel becomes zero
+ * @param dib the image; 1, 4, 8 or 24 bits
+ * @see @ref filters
+ *
+ * For each channel a third (truncated) of the strongest of four differences in the 3x3
+ * neighbourhood: the row before against the row after, the column left against the column right,
+ * and each of two corners with its two neighbours against the opposite ones. A border of 1 pixel
+ * becomes zero.
+ *
+ * @par Limits
+ * - Images of 16, 32 or other bits are erased: all their rows become 0.
  */
 OMB_API void omb_sobel(PackedDib* dib);
 
 /**
- * The median, channel by channel, of nine pixels: the pixel itself and the two next to it in each
- * of the four directions.
+ * Removes specks and noise: the median, channel by channel, of nine pixels that form a plus.
  *
- * @param dib the image; 1, 4, 8 or 24 bits; a border of 3 pixels becomes zero
+ * @param dib the image; 1, 4, 8 or 24 bits
+ * @see @ref filters
+ *
+ * The nine are the pixel itself and the two next to it in each of the four directions. A border of
+ * 3 pixels becomes zero, although the plus reaches 2.
+ *
+ * @par Limits
+ * - Images of 16, 32 or other bits are erased: all their rows become 0.
  */
 OMB_API void omb_medianblur(PackedDib* dib);
 
 /** @} */
 
-/** @defgroup morphology Morphology
+/**
+ * @defgroup morphology Morphology
  *
- * Images of 24 bits are processed channel by channel. Those of 1, 4 and 8 bits are treated as
- * colors and results become the nearest palette entry, as with the filters; only
- * omb_DoKernalMorphDIB() takes the bytes of an 8-bit image as values. Images of other depths do not
- * change, and no image does without memory. The padding of rows keeps its bytes.
- * @{ */
+ * Growing and shrinking shapes, and what is made of that: removing specks, finding outlines.
+ *
+ * - 24 bits: each channel by itself.
+ * - 1, 4 and 8 bits: pixels count as colors, and a result becomes the @ref nearest "nearest entry".
+ *   Only omb_DoKernalMorphDIB() takes the bytes of an 8-bit image as values.
+ * - Other depths do not change, and no image does without memory. Row padding keeps its bytes.
+ *
+ * @anchor steps
+ * @par Steps
+ * Functions that do one thing after the other do each as if it were called alone. With a color
+ * table shorter than the depth, each step therefore takes its entries from the pixels that the one
+ * before left.
+ *
+ * @anchor cut
+ * @par Sums and differences
+ * omb_pickedge(), omb_opencompose() and omb_tophat() combine the result of a step with another
+ * image pixel by pixel, with width and height as @ref sizes16 "sizes of 16 bits" and rows as far
+ * apart as the cut width says (without planes). Below 65,536 columns and rows that is the whole
+ * image.
+ * @{
+ */
 
 /**
- * Dilation: the maximum, channel by channel, of the 3x3 pixels at columns x - 2 to x and stored
- * rows y - 2 to y. Bright detail therefore moves toward higher columns and stored rows; omb_erode()
- * moves it back. Positions outside the image are those of the nearest pixel inside.
+ * Dilation: light areas grow.
+ *
+ * @param dib the image; 1, 4, 8 or 24 bits
+ * @see @ref morphology
+ *
+ * Each channel becomes the maximum over the 3x3 pixels at columns x - 2 to x and stored rows y - 2
+ * to y. Light detail therefore moves toward higher columns and stored rows, one pixel to the right
+ * and up; omb_erode() moves it back. Positions outside the image are those of the nearest pixel
+ * inside.
  */
 OMB_API void omb_dilate(PackedDib* dib);
 
-/** Erosion: the minimum over columns x to x + 2 and stored rows y to y + 2; otherwise as
- * omb_dilate(). */
+/**
+ * Erosion: dark areas grow.
+ *
+ * @param dib the image; 1, 4, 8 or 24 bits
+ * @see @ref morphology
+ *
+ * Each channel becomes the minimum over the 3x3 pixels at columns x to x + 2 and stored rows y to
+ * y + 2; otherwise as omb_dilate().
+ */
 OMB_API void omb_erode(PackedDib* dib);
 
-/** Opening: erosion, then dilation. Removes bright detail smaller than 3x3. */
+/**
+ * Opening: removes light detail smaller than 3x3. An erosion, then a dilation.
+ *
+ * @param dib the image; 1, 4, 8 or 24 bits
+ * @see @ref steps
+ */
 OMB_API void omb_mathopen(PackedDib* dib);
 
-/** Closing: dilation, then erosion. Removes dark detail smaller than 3x3. */
+/**
+ * Closing: removes dark detail smaller than 3x3. A dilation, then an erosion.
+ *
+ * @param dib the image; 1, 4, 8 or 24 bits
+ * @see @ref steps
+ */
 OMB_API void omb_mathclose(PackedDib* dib);
 
-/** Opening, then closing. */
+/**
+ * Removes light and dark detail smaller than 3x3: an opening, then a closing.
+ *
+ * @param dib the image; 1, 4, 8 or 24 bits
+ * @see @ref steps
+ */
 OMB_API void omb_denoise(PackedDib* dib);
 
 /**
- * Inner edges: the image minus its erosion, channel by channel. With 8 and 24 bits a difference
- * stops at 0; with 1 and 4 bits, where the nearest entry may be brighter than the minimum, it is
- * taken modulo 256. Width and height are taken modulo 65536 for the difference.
+ * Inner edges: the image minus its erosion, channel by channel.
+ *
+ * @param dib the image; 1, 4, 8 or 24 bits
+ * @see @ref morphology
+ *
+ * At 8 and 24 bits a difference stops at 0; at 1 and 4 bits, where the nearest entry may be lighter
+ * than the minimum, it is taken modulo 256. Its nearest entry is sought in the table as the erosion
+ * left it.
+ *
+ * @par Limits
+ * - @ref cut "Sizes of 16 bits": pixels that are not reached keep the erosion; the rest of each row
+ *   that is reached gets back what it held before the call.
  */
 OMB_API void omb_pickedge(PackedDib* dib);
 
-/** The dilation, exactly as omb_dilate(). */
+/**
+ * The dilation, exactly as omb_dilate(), under another name.
+ *
+ * @param dib the image; 1, 4, 8 or 24 bits
+ */
 OMB_API void omb_gradientize(PackedDib* dib);
 
 /**
- * Opening plus erosion, channel by channel, at most 255. 24 bits only; width and height are taken
- * modulo 65536 for the sum.
+ * Lightens and softens: the opening plus the erosion, channel by channel, at most 255.
+ *
+ * @param dib the image; 24 bits, others do not change
+ * @see @ref steps
+ *
+ * @par Limits
+ * - @ref cut "Sizes of 16 bits": pixels that are not reached keep the opening.
  */
 OMB_API void omb_opencompose(PackedDib* dib);
 
 /**
- * The image minus its opening, channel by channel, at least 0: bright detail smaller than 3x3. 24
- * bits only; width and height are taken modulo 65536 for the difference.
+ * Light detail smaller than 3x3, on black: the image minus its opening, channel by channel, at
+ * least 0.
+ *
+ * @param dib the image; 24 bits, others do not change
+ * @see @ref steps
+ *
+ * @par Limits
+ * - @ref cut "Sizes of 16 bits": pixels that are not reached keep the opening.
  */
 OMB_API void omb_tophat(PackedDib* dib);
 
@@ -1033,36 +1298,44 @@ enum OmbMorphology {
 /**
  * Erosion, dilation, opening or closing with any structuring element.
  *
+ * @param dib        the image
+ * @param bits       8: one value per byte; 24: three channels per pixel. Pass the image's bit count
+ * @param op         0 to 3 of ::OmbMorphology: erode, dilate, open, close
+ * @param element    only its count and offsets matter; count 0 or less changes nothing
+ * @param iterations how often erosion or dilation is repeated; an opening or closing repeats its
+ *                   first step that often, then its second. 0 or less leaves the image unchanged
+ * @return 1; 0 for null, other bits and ops, rows that do not fit (see Limits), no planes, and when
+ *         memory runs out
+ * @see @ref kernels
+ *
  * An erosion is the minimum, a dilation the maximum, over the pixels at the element's offsets;
  * offsets that leave the image are skipped. A channel whose minimum is 255 (maximum is 0) keeps its
- * value.
+ * value. Row padding stays.
  *
- * Width and height are taken modulo 65536. A row is ((bit count x planes x width + 31) / 32) x 4
- * bytes long, modulo 65536, with bit count and planes at their information header positions even
- * for a core header; bytes outside the image count as 0 and are not written.
- *
- * @param dib        the image
- * @param bits       8: one value per byte; 24: three channels per pixel. The image's own bit count
- * only decides the row length
- * @param op         0 erode, 1 dilate, 2 open, 3 close
- * @param element    only its count and offsets matter
- * @param iterations how often erosion or dilation is repeated; an opening or closing repeats its
- * first step that often, then its second. 0 or less leaves the image unchanged
- * @return 1; 0 for null, other bits and ops, pixels that do not fit the row length, no planes, and
- * when memory runs out
+ * @par Limits
+ * - 8 bits: colors do not count, pixels do. Bring images with colors to 24 bits (omb_neuquant()).
+ * - `bits` is believed; the image's own bit count only decides how long a row is.
+ * - 24-bit images wider than 21,844 pixels and 8-bit images wider than 65,532 are refused with 0;
+ *   see the next point for 65,536 and more.
+ * - Width and height are @ref sizes16 "sizes of 16 bits", and so is the @ref planes "row length
+ *   with planes" that follows from the cut width. Rows that are shorter than their pixels or leave
+ *   a signed 32-bit byte count are refused.
  */
 OMB_API int32_t omb_DoKernalMorphDIB(PackedDib* dib, int32_t bits, int32_t op,
                                      const KERNAL* element, int32_t iterations);
 
 /** @} */
 
-/** @defgroup page Page processing
- * Filters for images of pages, in place. Convolutions take omb_DoConvoluteDIB()'s depths and keep
- * its promises; "lopass 3x3" and the like are names of omb_getKERNAL()'s records.
+/**
+ * @defgroup page Page processing
+ * Filters for scanned pages, in place. They take the bytes of 8-bit images as levels: right for
+ * gray pages, wrong for indices into a table of colors; bring such images to 24 bits with
+ * omb_neuquant().
  *
- * The row length of all of them is ((bit count x planes x width + 31) / 32) x 4 bytes, with bit
- * count and planes at their information header positions even for a core header; bytes outside the
- * image count as 0 and are not written. An image without planes does not change. @{ */
+ * "lopass" and the like are the names of omb_getKERNAL()'s records, with which these functions call
+ * omb_DoConvoluteDIB(): its depths, formula and limits hold.
+ * @{
+ */
 
 /** Sizes of page filters. OMB_ENHANCE_HIGAUSS is a step larger: 5x5, 7x7, 9x9. */
 enum OmbPageSize {
@@ -1116,26 +1389,20 @@ enum OmbEdge {
 };
 
 /**
- * Smooths, sharpens or rank-filters a page.
+ * Smooths, sharpens or cleans a page.
  *
- * | mode | filter, for a size of 0, 1, 2                                  |
- * |------|----------------------------------------------------------------|
- * | 0    | omb_DoConvoluteDIB() with "lopass" 3x3, 5x5, 7x7               |
- * | 1    | the same with "hipass" 3x3, 5x5, 7x7                           |
- * | 2    | the same with "gauss" 3x3, 5x5, 7x7, which have no index       |
- * | 3    | the same with "higauss" 5x5, 7x7, 9x9                          |
- * | 4    | as mode 5, unless toneScope is 0 or 1: then 0                  |
- * | 5    | the same with "unsharp" 3x3, 5x5, 7x7                          |
- * | 7    | rank order in 3x3, 5x5, 7x7 at percentile 50: the median       |
- * | 8    | rank order in 3x3, 5x5, 7x7 at a percentile                    |
+ * | mode                      | filter, for a size of 0, 1, 2                          |
+ * |---------------------------|--------------------------------------------------------|
+ * | 0, #OMB_ENHANCE_LOPASS    | omb_DoConvoluteDIB() with "lopass" 3x3, 5x5, 7x7       |
+ * | 1, #OMB_ENHANCE_HIPASS    | the same with "hipass" 3x3, 5x5, 7x7                   |
+ * | 2, #OMB_ENHANCE_GAUSS     | the same with "gauss" 3x3, 5x5, 7x7                    |
+ * | 3, #OMB_ENHANCE_HIGAUSS   | the same with "higauss" 5x5, 7x7, 9x9                  |
+ * | 4, #OMB_ENHANCE_TONE      | as mode 5, unless toneScope is 0 or 1: then 0          |
+ * | 5, #OMB_ENHANCE_UNSHARP   | the same with "unsharp" 3x3, 5x5, 7x7                  |
+ * | 7, #OMB_ENHANCE_MEDIAN    | rank order in 3x3, 5x5, 7x7 at percentile 50           |
+ * | 8, #OMB_ENHANCE_RANK      | rank order in 3x3, 5x5, 7x7 at any percentile          |
  *
- * Rank order, pass after pass: with n the number of pixels in the square, a value becomes the one
- * at index (n - 1) x percentile / 100 of the square's sorted values. 24 bits: blue, green and red
- * apart. Other depths: bytes, whatever they hold, as many columns as the image is wide but not
- * beyond the row. A band of 1, 2 or 3 pixels keeps its values. Width and height count in their low
- * 16 bits, and so does the row length that follows from them.
- *
- * @param dib        the image
+ * @param dib        the image; 8 or 24 bits, rank order also others
  * @param size       one of ::OmbPageSize: 0 to 2
  * @param passes     how often; below 1 the image is unchanged
  * @param strength   the share of a convolution in tenths, as in omb_DoConvoluteDIB()
@@ -1144,91 +1411,163 @@ enum OmbEdge {
  * @param mode       one of ::OmbEnhancement
  * @param toneScope  see mode 4
  * @param toneCurve  without effect
- * @return 1; 0 for null, other modes, sizes and percentiles, rows that overlap, and when memory
- *         runs out
+ * @return 1; 0 for null, other modes, sizes and percentiles, rows that do not fit (see Limits), and
+ *         when memory runs out
+ * @see @ref page
+ *
+ * Rank order: with n the number of pixels in the square, a value becomes the one at index
+ * (n - 1) x percentile / 100, truncated, of the square's sorted values. 24 bits: blue, green and
+ * red apart. Other depths: bytes, whatever they hold, as many columns as the image is wide but not
+ * more than a row has bytes. A band of 1, 2 or 3 pixels (the half of the square) and the padding
+ * keep their values.
+ *
+ * @par Limits
+ * - Convolutions: those of omb_DoConvoluteDIB().
+ * - Rank order: 24-bit images wider than 21,844 pixels are refused with 0, 8-bit images wider than
+ *   65,532 do not change (1); see the next point for 65,536 and more.
+ * - Rank order: width and height are @ref sizes16 "sizes of 16 bits", and so is the @ref planes
+ *   "row length with planes" that follows from the cut width. Rows that are shorter than their
+ *   pixels or leave a signed 32-bit byte count are refused. An image without planes (or with 0 as
+ *   the bit count at byte 14) does not change: 1.
  */
 OMB_API int32_t omb_EnhancePage(PackedDib* dib, int32_t size, int32_t passes, int32_t strength,
                                 int32_t block, int32_t percentile, int32_t mode, int32_t toneScope,
                                 int32_t toneCurve);
 
 /**
- * Finds edges.
+ * Finds edges of a page.
  *
- * | mode | filter, for a size of 0, 1, 2                                  |
- * |------|----------------------------------------------------------------|
- * | 0    | Sobel gradient magnitude (any size)                            |
- * | 1    | Roberts cross gradient magnitude (any size)                    |
- * | 2    | omb_DoConvoluteDIB() with "sculpt " (any size)                 |
- * | 3    | the same with "laplace" 3x3, 5x5, 7x7                          |
- * | 5    | the same with "horzedge" 3x3, 5x5, 7x7                         |
- * | 6    | the same with "vertedge" 3x3, 5x5, 7x7                         |
+ * | mode                      | filter, for a size of 0, 1, 2                          |
+ * |---------------------------|--------------------------------------------------------|
+ * | 0, #OMB_EDGE_SOBEL        | Sobel gradient magnitude (any size)                    |
+ * | 1, #OMB_EDGE_ROBERTS      | Roberts cross gradient magnitude (any size)            |
+ * | 2, #OMB_EDGE_SCULPT       | omb_DoConvoluteDIB() with "sculpt " (any size)         |
+ * | 3, #OMB_EDGE_LAPLACE      | the same with "laplace" 3x3, 5x5, 7x7                  |
+ * | 5, #OMB_EDGE_HORIZONTAL   | the same with "horzedge" 3x3, 5x5, 7x7                 |
+ * | 6, #OMB_EDGE_VERTICAL     | the same with "vertedge" 3x3, 5x5, 7x7                 |
  *
- * Magnitudes are sqrt(x^2 + y^2), truncated, of bytes at 8 bits and of blue, green and red apart at
- * 24 bits; other depths stay unchanged. Rows count as they are stored.
- * Sobel: x and y are the differences between columns and rows of the 3x3 square with weights
- * 1, 2, 1; the magnitude is limited to 255. A frame of one pixel keeps its values.
- * Roberts cross: x = P(x, y) - P(x + 1, y - 1), y = P(x, y - 1) - P(x + 1, y); of a magnitude of
- * 256 and more the low 8 bits are stored. The first stored row and the last column keep their
- * values. For both, the width in the row length too is the 32 bits at its information header
- * position.
- *
- * @param dib      the image
+ * @param dib      the image; 8 or 24 bits, others do not change
  * @param size     one of ::OmbPageSize, where it counts
- * @param passes   of convolutions: how often
+ * @param passes   of convolutions: how often; below 1 they change nothing
  * @param strength the share of a convolution in tenths, as in omb_DoConvoluteDIB()
  * @param mode     one of ::OmbEdge; further arguments are accepted and have no effect
- * @return 1; 0 for null, other modes and sizes, rows that overlap, and when memory runs out
+ * @return 1; 0 for null, other modes and sizes, rows that do not fit (see Limits), and when memory
+ *         runs out
+ * @see @ref page
+ *
+ * Magnitudes are sqrt(x^2 + y^2), truncated, of bytes at 8 bits and of blue, green and red apart at
+ * 24 bits. Rows count as they are stored.
+ *
+ * - Sobel: x and y are the differences between columns and rows of the 3x3 square with weights
+ *   1, 2, 1; the magnitude is limited to 255. A frame of one pixel keeps its values.
+ * - Roberts cross: x = P(x, y) - P(x + 1, y - 1), y = P(x, y - 1) - P(x + 1, y); of a magnitude of
+ *   256 and more the low 8 bits are stored. The first stored row and the last column keep their
+ *   values.
+ *
+ * @par Limits
+ * - Convolutions: those of omb_DoConvoluteDIB().
+ * - Sobel, Roberts: the @ref planes "row length with planes", its width the 32 bits at its
+ *   information header position. A row length below 0, and rows that are shorter than their pixels
+ *   or leave a signed 32-bit byte count, are refused. An image without planes (or with 0 as the bit
+ *   count at byte 14), or too small to have a pixel that changes, stays as it is: 1.
  */
 OMB_API int32_t omb_EdgePage(PackedDib* dib, int32_t size, int32_t passes, int32_t strength,
                              int32_t mode, ...);
 
 /** @} */
 
-/** @defgroup quantize Color quantization
- * Palettes learned from the image by a self-organising network of 2, 4, 16 or 256 neurons (A. H.
- * Dekker, "Kohonen neural networks for optimal colour quantization", 1994) in integer arithmetic.
- * The rows of the 24-bit image, padding included, are sampled as one stream of bytes, round and
- * round: length / 30 colors, at steps of 3 x 499 bytes (491, 487, 503 where it is a multiple
- * of all before), in cycles of a hundredth of the samples each (at least one). A color maps to the
- * entry with the least sum of absolute differences.
- * @{ */
+/**
+ * @defgroup quantize Color quantization
+ * Palettes learned from the image by a self-organising network of n = 2, 4, 16 or 256 neurons (A.
+ * H. Dekker, "Kohonen neural networks for optimal colour quantization", 1994). All numbers are
+ * whole; divisions truncate toward zero. Results are repeatable.
+ *
+ * @anchor network
+ * @par The network
+ * - Samples: the rows of the 24-bit image, padding included, are one stream of `length` bytes, of
+ *   which length / 30 samples are taken. A sample is three bytes (blue, green, red; 0 past the end)
+ *   times 16. The first is at 0; the next one a step later, less `length` until it is inside. A
+ *   step is 3 x 499 bytes; if `length` is a multiple of 499, 3 x 491; if of 491 too, 3 x 487; if of
+ *   487 too, 3 x 503.
+ * - Start: neuron i has blue = green = red = 4096 i / n, frequency 65536 / n and bias 0; alpha is
+ *   1024, radius n / 8 x 64.
+ * - Contest: a neuron's distance is the sum of the absolute differences to the sample in blue,
+ *   green and red. The nearest neuron is the first with the least distance, the winner the first
+ *   with the least distance - bias / 4096 (rounded down). Then each neuron's frequency drops by f =
+ *   frequency / 1024 and its bias rises by 1024 f; the nearest neuron's frequency rises by 64 and
+ *   its bias drops by 65536.
+ * - Moves: each channel v of the winner becomes v + alpha (sample - v) / 1024. With reach = radius
+ *   / 64, the neurons at distances 0 < d < reach on both sides of the winner become v + a (sample -
+ *   v) / 262144, where a = alpha x ((reach^2 - d^2) x 256 / reach^2).
+ * - Cycles: after every (length / 30) / 100 samples, at least 1, alpha drops by alpha / 33 and
+ *   radius by radius / 30.
+ * - Palette: in the order of neurons, (v + 8) / 16, at most 255.
+ *
+ * @anchor sums
+ * @par The entry of a color
+ * The one with the least sum of absolute differences over blue, green and red. Ties are decided
+ * along a list of the entries by green: for each place i from 0 on, the first entry with the least
+ * green among those from i to the end changes places with the one at i. A color's search starts at
+ * place s and goes s, s - 1, s + 1, s - 2, s + 2 ...; the first of the equals is the answer. For a
+ * green that fills the places a to b - 1, s = (a + b) / 2; if it is the highest green in the list,
+ * s = (a + n - 1) / 2. For another green, s is the place of the next higher green in the list; n -
+ * 1 where there is none.
+ * @{
+ */
 
 /**
  * Reduces an image to a learned palette, or expands an indexed image to 24 bits.
  *
- * An indexed image is replaced by its 24-bit copy first (biClrUsed and biClrImportant 0, padding 0;
- * beyond a short color table, colors are the bytes that follow it). For 24 bits that is all. For 1,
- * 4 and 8 bits the network learns 2, 16 or 256 colors, which become the color table (biClrUsed
- * their number, biClrImportant 0), and every pixel is mapped to it. All other header fields keep
- * their values.
- *
  * @param image the image, replaced; 1, 4, 8 or 24 bits
  * @param bits  bits per pixel of the result: 1, 4, 8 or 24
  * @return 1; 0 for null, for an image that has this depth already or has 16, 32 or other bits, for
- *         other values of `bits` and when memory runs out. In the last two cases an indexed image
- *         may have been replaced by its 24-bit copy; otherwise it is unchanged.
+ *         other values of `bits` and when memory runs out
+ *
+ * An indexed image is replaced by its 24-bit copy first: biClrUsed and biClrImportant 0, no table,
+ * padding 0; @ref nearest "colors beyond a short table" are the bytes that follow it. For 24 bits
+ * that is all. For 1, 4 and 8 bits the @ref network "network" learns 2, 16 or 256 colors, which
+ * become the color table (biClrUsed their number, biClrImportant 0), and every pixel becomes the
+ * @ref sums "entry of its color". All other header fields keep their values.
+ *
+ * @par Limits
+ * - When memory runs out or `bits` is refused, an indexed image may have been replaced by its
+ *   24-bit copy; otherwise it is unchanged.
  */
 OMB_API int32_t omb_neuquant(PackedDib** image, int32_t bits);
 
 /**
- * Reduces a 24-bit image to a learned palette and spreads the error of each pixel: 3/8 to its right
- * neighbour, 3/8 to the pixel of the same column in the row stored before (the one below it in the
- * picture), 1/4 to the right neighbour of that one. Each share is added and truncated toward 0.
- *
- * Rows are taken in storage order, pixels from left to right. The row stored before has its palette
- * colors already; the shares it gets change the entries that it is mapped to in the end. The last
- * pixel of a row receives no share from its left neighbour. Colors are limited to 0..255 before
- * each search. The result's biClrUsed and biClrImportant are 0.
- *
- * At 1 and 2 bits indices are stored as nibbles, high nibble first, at the row length of 1 or 2
- * bits: each row overwrites what runs over from the one before. The block is large enough for the
- * last one, larger than its header says. The table of 2 bits has 4 entries behind the header and
- * the rows behind it, although header queries know no table at that depth. After a core header
- * errors are taken to the colors that four-byte entries at byte 40 of the block would have.
+ * Reduces a 24-bit image to a learned palette and spreads the error of each pixel over its
+ * neighbours.
  *
  * @param image the image, replaced; 24 bits
- * @param bits  bits per pixel of the result: 1, 2, 4 or 8
+ * @param bits  bits per pixel of the result: 4 or 8; also 1 or 2, in a layout of their own
  * @return 1; 0 for null, other depths of the image or the result, and when memory runs out
+ *
+ * The palette is learned by the @ref network "network" of 2^bits neurons. Then, row by row as they
+ * are stored and in each row from left to right, a pixel's channels are limited to 0..255, its
+ * color becomes that of its @ref sums "entry", and of the error (limited color - entry's color)
+ *
+ * - 3/8 go to the pixel to its right,
+ * - 3/8 go to the pixel in the same column of the row stored before (the one below it in the
+ *   picture),
+ * - 1/4 goes to the right neighbour of that one.
+ *
+ * Each share is added and the sum truncated toward 0. The last column receives nothing from the
+ * column before it, neither in its own row nor in the row stored before. When all errors are
+ * spread, each pixel, limited to 0..255, is searched once more: the row stored before has its
+ * palette colors already, and the shares that it got since then change its indices.
+ *
+ * The new header is the old one with the bit count and, in an information header, biClrUsed and
+ * biClrImportant 0.
+ *
+ * @par Limits
+ * - 1 and 2 bits: indices are stored as nibbles, high nibble first, at the row length of 1 or 2
+ *   bits, row after row: each overwrites what runs over from the one before. The block is large
+ *   enough for the last one, larger than its header says.
+ * - 2 bits: the table has 4 entries after the header and the rows follow it, although header
+ *   queries know no table at that depth.
+ * - Core headers: errors are taken to the colors @ref byte40 "at byte 40" of the new block, as they
+ *   are with the table written and the rows still 0.
  */
 OMB_API int32_t omb_dither(PackedDib** image, int32_t bits);
 
@@ -1247,11 +1586,7 @@ struct HPALETTE__;
 struct HWND__;
 
 /**
- * Copies a device bitmap to a new image with an information header: 1 bit for device bitmaps of
- * 1 bit per pixel, 4 bits for up to 4, 8 bits for up to 8, otherwise 24. The colors of the table
- * are those that GetDIBits() gives; biSizeImage is the size of the rows.
- *
- * For a short time a bitmap of more than 8 bits takes 64 MiB more than the image.
+ * Copies a device bitmap to a new image with an information header.
  *
  * @param bitmap  an HBITMAP, not selected into a device context
  * @param palette an HPALETTE that gives meaning to the pixels of palette devices; null for the
@@ -1259,20 +1594,25 @@ struct HWND__;
  * @return the address of the new image, which the caller releases; 0 for null, for what is no
  *         bitmap, when GetDIBits() fails (the block it was given stays allocated then) and when
  *         memory runs out
+ *
+ * Device bitmaps of 1 bit per pixel become 1 bit, of up to 4 bits 4, of up to 8 bits 8, others 24.
+ * The colors of the table are those that GetDIBits() gives; biSizeImage is the size of the rows.
+ *
+ * @par Limits
+ * - For a short time a bitmap of more than 8 bits takes 64 MiB more than the image.
  */
 OMB_API uintptr_t omb_bmtodib(struct HBITMAP__* bitmap, struct HPALETTE__* palette);
 
 /**
- * Makes a DIB section of an image: a bitmap that GDI draws, with the image's header and pixels. At
- * up to 8 bits it gets the full 2, 16 or 256 colors from behind the header, whatever biClrUsed
- * says; what lies past the block counts as black.
- *
- * Of every row, as many bytes count as planes x width x bits per pixel give; with 1 plane, as it
- * should be, that is all of them.
+ * Makes a DIB section of an image: a bitmap that GDI draws, with the image's header and pixels.
  *
  * @param dib an image with an information header, of any depth that CreateDIBSection() takes
  * @return an HBITMAP, which the caller deletes with DeleteObject(); null for null, for a core
  *         header, for an image without pixels and when the section cannot be created
+ *
+ * At up to 8 bits it gets the full 2, 16 or 256 colors that follow the header, whatever biClrUsed
+ * says; what lies past the block counts as black. Of every row, as many bytes count as planes x
+ * width x bits per pixel give; with 1 plane, as it should be, that is all of them.
  */
 OMB_API struct HBITMAP__* omb_DIBToDIBSection(const PackedDib* dib);
 
@@ -1283,13 +1623,14 @@ enum OmbWindowPart {
 };
 
 /**
- * Copies what is on the screen where a window is to a new image, as omb_bmtodib() makes it. Parts
- * outside the screen are cut off: a window half to the left of it gives its right half.
+ * Copies what is on the screen where a window is to a new image, as omb_bmtodib() makes it.
  *
  * @param window   an HWND
- * @param selector 1 for the whole window, 2 for its client area
+ * @param selector one of ::OmbWindowPart: 1 the whole window, 2 its client area
  * @return the address of the new image, which the caller releases; 0 for null, other selectors, a
  *         rectangle that is empty or not on the screen, and when memory runs out
+ *
+ * Parts outside the screen are cut off: a window half to the left of it gives its right half.
  */
 OMB_API uintptr_t omb_CopyWindowToDIB(struct HWND__* window, uint16_t selector);
 

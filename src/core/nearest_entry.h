@@ -16,8 +16,8 @@ namespace ombrilo {
 
 class NearestEntry {
  public:
-  // Takes all its memory at once: 662 KiB, of which few pages are ever touched, and false when
-  // there is none. Create it before the first change to an image.
+  // Takes all its memory at once: about 660 KiB, of which few pages are ever touched, and false
+  // when there is none. Create it before the first change to an image.
   explicit NearestEntry(const Palette& palette) : NearestEntry() { Learn(palette); }
   // The same memory for a palette that is learned later, or again.
   NearestEntry() : lists_(NewZeroedBuffer<simd::SquaresLists>(1)) {}

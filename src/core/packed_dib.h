@@ -1,5 +1,6 @@
 // The packed DIB: one block that holds a bitmap header, the color table and the pixel rows, back
-// to back. Every rule about the header lives here; no other file reads a header field.
+// to back. The rules about the header live here; operations that take single fields by rules of
+// their own read them by the offsets below.
 //
 //   header       size field 40: BITMAPINFOHEADER. Any other value: BITMAPCOREHEADER, whose color
 //                table and rows follow at that many bytes.
@@ -50,6 +51,11 @@ constexpr bool IsIndexed(uint16_t bit_count) { return ColorsOfDepth(bit_count) !
 // Bytes per row, padded to 4. Exact; negative for negative widths.
 constexpr int64_t StrideOf(int64_t width, uint16_t bit_count) {
   return (width * bit_count + 31) / 32 * 4;
+}
+
+// A row length that counts planes, in 32-bit arithmetic that wraps.
+constexpr int32_t StrideWithPlanes(uint32_t width, uint16_t planes, uint16_t bit_count) {
+  return static_cast<int32_t>(uint32_t{planes} * bit_count * width + 31) / 32 * 4;
 }
 
 // The header fields as stored, without any check.

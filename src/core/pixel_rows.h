@@ -42,8 +42,7 @@ struct PixelRows {
   // A row length that counts planes. Its fields are taken at their information header positions
   // after a core header too.
   static int32_t StrideWithPlanes(const Dib& dib, uint32_t width) {
-    const uint32_t bits = uint32_t{dib.ReadU16(kInfoPlanes)} * dib.ReadU16(kInfoBitCount);
-    return static_cast<int32_t>(bits * width + 31) / 32 * 4;
+    return ombrilo::StrideWithPlanes(width, dib.ReadU16(kInfoPlanes), dib.ReadU16(kInfoBitCount));
   }
   // Width and height cut to 16 bits, and a row length that counts planes, also cut to 16 bits.
   static PixelRows WithPlanes(const Dib& dib, uint32_t stride_width, uint16_t bit_count) {

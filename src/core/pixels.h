@@ -1,5 +1,5 @@
 // Pixels inside a row, at any depth. Within a byte, 1-bit pixels run from the most significant bit
-// and 4-bit pixels from the high nibble. This is the only file that knows.
+// and 4-bit pixels from the high nibble.
 #pragma once
 
 #include <algorithm>

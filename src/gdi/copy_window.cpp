@@ -1,8 +1,7 @@
 // What a window shows on the screen.
 #include <algorithm>
 
-#include "core/buffer.h"
-#include "core/bytes.h"
+#include "core/logical_palette.h"
 #include "gdi/bridge.h"
 
 namespace ombrilo {
@@ -11,10 +10,6 @@ namespace {
 
 constexpr uint16_t kWholeWindow = 1;
 constexpr uint16_t kClientArea = 2;
-
-// LOGPALETTE: version, number of entries, then the entries.
-constexpr uint16_t kPaletteVersion = 0x300;
-constexpr size_t kEntriesOffset = 4;
 
 gdi::Rect ClientRectOnScreen(gdi::Window window) {
   gdi::Rect rect = {};
@@ -54,13 +49,11 @@ gdi::Palette CopySystemPalette() {
   const int bits =
       gdi::GetDeviceCaps(screen, gdi::kBitsPixel) * gdi::GetDeviceCaps(screen, gdi::kPlanes) % 32;
   const uint32_t count = 1u << bits;
-  const Buffer<uint8_t> palette = NewZeroedBuffer<uint8_t>(count * size_t{4} + 8);
+  // True color screens have no system palette: of their 2^24 entries the field keeps none.
+  const Buffer<uint8_t> palette = NewLogicalPalette(count);
   // The screen's context is kept on purpose when there is no memory.
   if (!palette) return nullptr;
-  StoreU16(palette.get(), kPaletteVersion);
-  // True color screens have no system palette: of their 2^24 entries the field keeps none.
-  StoreU16(palette.get() + 2, static_cast<uint16_t>(count));
-  gdi::GetSystemPaletteEntries(screen, 0, count, palette.get() + kEntriesOffset);
+  gdi::GetSystemPaletteEntries(screen, 0, count, palette.get() + kLogicalPaletteEntries);
   const gdi::Palette result = gdi::CreatePalette(palette.get());
   gdi::ReleaseDC(nullptr, screen);
   return result;

@@ -19,6 +19,11 @@ namespace {
 
 constexpr size_t kTapRows = simd::kTapRows;
 
+template <class T>
+Buffer<T> NewScratch(uint64_t count) {
+  return count > SIZE_MAX / sizeof(T) ? nullptr : NewScratchBuffer<T>(static_cast<size_t>(count));
+}
+
 // Row `y` from the top of the picture: boxes are not symmetric where they end on a pixel's center.
 int32_t StoredRow(const DibView& dib, int32_t y) { return dib.height() - 1 - y; }
 
@@ -82,9 +87,7 @@ class AcrossResizer {
         new_pixels_(static_cast<size_t>(axis.to())),
         most_pairs_((axis.most_taps() + 1) / 2),
         taps_(NewScratchBuffer<simd::ColumnTaps>(new_pixels_)) {
-    const uint64_t pairs = uint64_t{most_pairs_} * new_pixels_;
-    if (pairs > SIZE_MAX / sizeof(simd::TapPair)) return;
-    pairs_ = NewScratchBuffer<simd::TapPair>(static_cast<size_t>(pairs));
+    pairs_ = NewScratch<simd::TapPair>(uint64_t{most_pairs_} * new_pixels_);
     if (!taps_ || !pairs_) return;
     for (size_t i = 0; i < new_pixels_; ++i) {
       const auto taps = axis.Find(static_cast<int32_t>(i), pairs_.get() + i * most_pairs_);
@@ -95,9 +98,7 @@ class AcrossResizer {
     for (size_t i = 0; i < new_pixels_; i = EndOfPiece(i)) {
       most_columns = std::max(most_columns, ColumnsOf(i, EndOfPiece(i)));
     }
-    const uint64_t bytes = uint64_t{kTapRows} * channels_ * most_columns;
-    if (bytes > SIZE_MAX / 2) return;
-    columns_ = NewScratchBuffer<uint8_t>(static_cast<size_t>(bytes));
+    columns_ = NewScratch<uint8_t>(uint64_t{kTapRows} * channels_ * most_columns);
     results_ = NewScratchBuffer<uint8_t>(kTapRows * channels_ * kPiece);
   }
   explicit operator bool() const { return columns_ && results_; }
@@ -152,11 +153,11 @@ class Resizer {
     batch_ = std::min<size_t>(across_ ? kTapRows : 1, static_cast<size_t>(height_));
     kept_ = down.changes() ? down.most_taps() + batch_ : 0;
     line_ = line;
-    const size_t decoded = across_ && !source.as_stored() ? batch_ * source.bytes() : 0;
+    const bool decodes = across_ && !source.as_stored();
     pairs_ = NewScratchBuffer<simd::TapPair>((down.most_taps() + 1) / 2);
     taps_ = NewScratchBuffer<const uint8_t*>(down.most_taps());
-    decoded_ = NewScratchBuffer<uint8_t>(decoded);
-    lines_ = NewScratchBuffer<uint8_t>(Aliased() ? 0 : kept_ * line_);
+    decoded_ = NewScratch<uint8_t>(decodes ? uint64_t{batch_} * source.bytes() : 0);
+    lines_ = NewScratch<uint8_t>(Aliased() ? 0 : uint64_t{kept_} * line_);
     ready_ = pairs_ && taps_ && decoded_ && lines_;
   }
   explicit operator bool() const { return ready_; }

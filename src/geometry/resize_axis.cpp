@@ -29,7 +29,7 @@ struct SineSeries {
   }
 };
 
-// sin(pi x). Our own, as the last bits of the C library's differ from one to the next.
+// sin(pi x). Sine() is exact, but would take longer than the image.
 double SinPi(double x) {
   static constexpr SineSeries kSeries;
   const int turns = static_cast<int>(x + (x < 0 ? -0.5 : 0.5));
@@ -81,7 +81,7 @@ ResizeAxis::ResizeAxis(int32_t from, int32_t to, ResizeFilter filter)
       step_(static_cast<double>(from) / to),
       stretch_(std::max(1.0, step_)),
       reach_(Radius(filter) * stretch_),
-      most_taps_(std::min(static_cast<size_t>(from), static_cast<size_t>(2 * reach_) + 2)),
+      most_taps_(static_cast<size_t>(std::min<double>(from, 2 * reach_ + 2))),
       values_(NewScratchBuffer<double>(most_taps_)) {}
 
 ResizeAxis::Taps ResizeAxis::Find(int32_t i, simd::TapPair* pairs) {

@@ -44,8 +44,7 @@ int32_t omb_BytesPerLine(const PackedDib* dib) {
   const DibHeader header = DibHeader::Read(dib);
   uint8_t fields[16] = {};
   std::memcpy(fields, dib, std::min(sizeof fields, header.Extent().value_or(header.fields_size())));
-  const uint32_t planes = LoadU16(fields + ombrilo::kInfoPlanes);
-  const uint32_t bit_count = LoadU16(fields + ombrilo::kInfoBitCount);
-  const uint32_t width = LoadU32(fields + ombrilo::kInfoWidth);
-  return static_cast<int32_t>(planes * bit_count * width + 31) / 32 * 4;
+  return ombrilo::StrideWithPlanes(LoadU32(fields + ombrilo::kInfoWidth),
+                                   LoadU16(fields + ombrilo::kInfoPlanes),
+                                   LoadU16(fields + ombrilo::kInfoBitCount));
 }

@@ -11,6 +11,7 @@
 #include "filters/numbered_kernels.h"
 #include "morphology/kernal.h"
 #include "support/image.h"
+#include "support/kernals.h"
 
 namespace ombrilo::test {
 namespace {
@@ -181,6 +182,107 @@ TEST(Contract, ReliefIsLitFromTheSideInTheName) {
     };
     EXPECT_GT(light(1), light(-1)) << name << " " << direction;
   }
+}
+
+// The widths at which functions with sizes of 16 bits change what they do, as their "Limits" say.
+TEST(Contract, LimitsOfWidth) {
+  enum Outcome { kRefused, kUnchanged, kChanged };
+  const auto convolute = [](PackedDib* dib) {
+    return omb_DoConvoluteDIB(dib, omb_getKERNAL(0), 1, 10);
+  };
+  const auto morph = [](PackedDib* dib) {
+    return omb_DoKernalMorphDIB(dib, omb_DIBBitCount(dib), OMB_MORPH_OPEN, omb_getKERNAL(0), 1);
+  };
+  const auto median = [](PackedDib* dib) {
+    return omb_EnhancePage(dib, OMB_SIZE_3X3, 1, 10, 0, 0, OMB_ENHANCE_MEDIAN, 0, 0);
+  };
+  const auto edges = [](PackedDib* dib) {
+    return omb_EdgePage(dib, OMB_SIZE_3X3, 1, 10, OMB_EDGE_SOBEL);
+  };
+  const struct {
+    const char* name;
+    int32_t (*call)(PackedDib*);
+    int bits, width;
+    Outcome outcome;
+  } cases[] = {
+      {"convolute", convolute, 24, 21844, kChanged},  {"convolute", convolute, 24, 21845, kRefused},
+      {"convolute", convolute, 8, 65532, kChanged},   {"convolute", convolute, 8, 65533, kRefused},
+      {"convolute", convolute, 8, 65536, kUnchanged}, {"morph", morph, 24, 21844, kChanged},
+      {"morph", morph, 24, 21845, kRefused},          {"morph", morph, 8, 65532, kChanged},
+      {"morph", morph, 8, 65533, kRefused},           {"median", median, 24, 21844, kChanged},
+      {"median", median, 24, 21845, kRefused},        {"median", median, 8, 65532, kChanged},
+      {"median", median, 8, 65533, kUnchanged},       {"edges", edges, 24, 28087, kChanged},
+      {"edges", edges, 8, 70000, kChanged},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.name) + " " + std::to_string(c.width));
+    const TestImage image = ImageBuilder(c.bits, c.width, 4).Pixels(Noise(1u << c.bits, 3)).Build();
+    const std::vector<uint8_t> before = image.Bytes();
+    EXPECT_EQ(c.call(image.get()), c.outcome != kRefused);
+    EXPECT_EQ(image.Bytes() != before, c.outcome == kChanged);
+  }
+}
+
+// "Images of 16, 32 or other bits are erased."
+TEST(Contract, FiltersOnPicturesEraseOtherDepths) {
+  void (*const filters[])(PackedDib*) = {
+      omb_sobel, omb_medianblur, [](PackedDib* dib) { omb_convolute(dib, OMB_CONVOLUTE_BOX_3X3); },
+      [](PackedDib* dib) { EXPECT_EQ(omb_emboss(dib, OMB_EMBOSS_SOFT_E, 0x808080), 1u); }};
+  for (const auto filter : filters) {
+    for (const int bits : {16, 32}) {
+      const TestImage image = ImageBuilder(bits, 9, 9).Pixels(Noise(1u << 16, 3)).Build();
+      filter(image.get());
+      EXPECT_EQ(image.Pixels(), std::vector<uint32_t>(81));
+    }
+  }
+}
+
+// The examples of docs/pictures.md.
+TEST(Contract, ExamplesOfThePictures) {
+  PackedDib* block = omb_newdib(3, 2, 8);
+  EXPECT_EQ(omb_FindDIBBits(block) - reinterpret_cast<uint8_t*>(block), 1064);
+  EXPECT_EQ(TestImage(block).Bytes().size(), 1072u);
+
+  const auto gray = [](int width, int height, std::function<uint32_t(int, int)> level) {
+    return ImageBuilder(8, width, height).Colors(GrayRamp(256)).Pixels(std::move(level)).Build();
+  };
+  const Kernal above(1, 3, 0, 1, 0, {{0, 1, 1}});
+  TestImage image = gray(1, 4, [](int, int y) { return 10u * static_cast<uint32_t>(y); });
+  EXPECT_EQ(omb_DoConvoluteDIB(image.get(), above.get(), 1, 10), 1);
+  EXPECT_EQ(image.Pixels(), (std::vector<uint32_t>{0, 0, 10, 30}));  // the outer rows keep theirs
+
+  const auto speck = [&] { return gray(5, 5, [](int x, int y) { return x == 2 && y == 2; }); };
+  const auto lit = [](const TestImage& picture) {
+    std::string places;
+    for (int y = 0; y < 5; ++y) {
+      for (int x = 0; x < 5; ++x) {
+        if (picture.Pixel(x, y) != 0) places += std::to_string(x) + std::to_string(y) + " ";
+      }
+    }
+    return places;
+  };
+  image = speck();
+  omb_dilate(image.get());
+  EXPECT_EQ(lit(image), "20 30 40 21 31 41 22 32 42 ");
+  omb_erode(image.get());
+  EXPECT_EQ(lit(image), "22 ");
+  const Kernal corner(2, 2, 0, 1, 0, {{0, 0}, {1, 0}, {0, 1}});
+  image = speck();
+  EXPECT_EQ(omb_DoKernalMorphDIB(image.get(), 8, OMB_MORPH_DILATE, corner.get(), 1), 1);
+  EXPECT_EQ(lit(image), "12 22 23 ");
+
+  image = gray(7, 7, [](int, int) { return 9; });
+  omb_medianblur(image.get());
+  for (int i = 0; i < 49; ++i) EXPECT_EQ(image.Pixel(i % 7, i / 7), i == 24 ? 9u : 0u);
+
+  const auto scaled = [&](std::vector<uint32_t> row, uint32_t width) {
+    image = gray(static_cast<int>(row.size()), 2,
+                 [&](int x, int) { return row[static_cast<size_t>(x)]; });
+    EXPECT_EQ(omb_scale(image.ref(), width, 1, OMB_RESAMPLE_BILINEAR), 1u);
+    return image.Pixels();
+  };
+  EXPECT_EQ(scaled({0, 255}, 8), (std::vector<uint32_t>{0, 63, 127, 191, 0, 63, 127, 191}));
+  EXPECT_EQ(scaled({0, 255, 0, 255}, 2), (std::vector<uint32_t>{0, 0}));
 }
 
 }  // namespace

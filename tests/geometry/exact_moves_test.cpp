@@ -95,6 +95,21 @@ TEST(RightAngles, Refusals) {
   EXPECT_EQ(omb_rotate(longer.ref(), 90, 1), 0u);
 }
 
+// At any depth; each row's padding goes with it.
+TEST(Flips, TopToBottomMovesWholeRows) {
+  ForEveryImage({1, 4, 8, 16, 24, 32}, [](const TestImage& source) {
+    TestImage image = source.Clone();
+    ASSERT_EQ(omb_flipvert(image.get()), 1u);
+    const TestImage expected = source.Clone();
+    const DibView from = *DibView::Open(source.get());
+    const Dib to = *Dib::Open(expected.get());
+    for (int y = 0; y < from.height(); ++y) {
+      std::copy_n(from.row(y), from.stride(), to.row(from.height() - 1 - y));
+    }
+    ASSERT_EQ(image.Bytes(), expected.Bytes());
+  });
+}
+
 TEST(Flips, LeftToRightKeepsPaddingAndIsItsOwnInverse) {
   ForEveryImage({1, 4, 8, 24}, [](const TestImage& source) {
     TestImage image = source.Clone();

@@ -300,7 +300,8 @@ TEST(Resampling, Refusals) {
                              {0x10000u, 0x10000u},
                              {0x7FFFFFFFu, 1u},
                              {1u, 0x20000000u},
-                             {0x80000000u, 0u}}) {
+                             {0x80000000u, 0u},
+                             {0x0FFFFFFDu, 0u}}) {
     EXPECT_EQ(omb_scale(image.ref(), w, h, 2), 0u) << w << " " << h;
   }
   const float infinity = std::numeric_limits<float>::infinity();
@@ -310,6 +311,8 @@ TEST(Resampling, Refusals) {
   }
   EXPECT_EQ(image.get(), address);
   EXPECT_EQ(image.Bytes(), before);
+  // The widest row whose bits, rounded up to 32, are a signed number.
+  EXPECT_EQ(omb_scale(image.ref(), 0x0FFFFFFCu, 0, 2), 1u);
   TestImage line = Make({1, false, GrayRamp(2)}, 1 << 20, 1);
   EXPECT_EQ(omb_rotate(line.ref(), 45, 1), 0u) << "68 GB";
 }

@@ -122,6 +122,43 @@ TEST(Tables, ExamplesRunAtEveryDepthTheyPromise) {
   }
 }
 
+// What the library would refuse or spoil is said before it is called.
+TEST(Limits, AreExplained) {
+  using ombrilo::test::ImageBuilder;
+  const struct {
+    int bits, width;
+    const char* step;
+    const char* reason;  // a part of it
+  } cases[] = {
+      {24, 21845, "kernel=unsharp 3x3", "try gray first"},
+      {24, 21845, "edgepage=sobel", nullptr},
+      {8, 65533, "enhancepage=median", "65532"},
+      {8, 65536, "morph=open,Circle 3x3", "65535"},
+      {1, 65536, "pickedge", "65535"},
+      {1, 65535, "pickedge", nullptr},
+  };
+  const auto reason_of = [](const char* step, Image image) -> std::string {
+    try {
+      RunCall(ParseCall(step), image);
+    } catch (const StepError& error) {
+      return error.what();
+    }
+    return "";
+  };
+  for (const auto& c : cases) {
+    auto made = ImageBuilder(c.bits, c.width, 8).Build();
+    const std::string reason = reason_of(c.step, Image(std::exchange(*made.ref(), nullptr)));
+    if (c.reason == nullptr) EXPECT_EQ(reason, "") << c.step;
+    if (c.reason != nullptr) EXPECT_NE(reason.find(c.reason), std::string::npos) << reason;
+  }
+  for (const char* step :
+       {"kernel=lopass 3x3", "morph=open,0", "enhancepage=gauss", "edgepage=roberts"}) {
+    auto made = ImageBuilder(8, 9, 9).Colors(ombrilo::test::VariedColors(256, 1)).Build();
+    const std::string reason = reason_of(step, Image(std::exchange(*made.ref(), nullptr)));
+    EXPECT_NE(reason.find("neuquant=24"), std::string::npos) << step << ": " << reason;
+  }
+}
+
 // An operation that nobody can reach from the command line is one that was forgotten here.
 TEST(Tables, EveryExportIsAStepOrNoneOnPurpose) {
   const std::map<std::string, std::string> renamed = {{"DoConvoluteDIB", "kernel"},

@@ -10,8 +10,8 @@ namespace {
 
 constexpr int kWidth = 21, kHeight = 6;
 
-TestImage Source(int bits, uint32_t size_field) {
-  ImageBuilder builder(bits, kWidth, kHeight);
+TestImage Source(int bits, uint32_t size_field, int width = kWidth) {
+  ImageBuilder builder(bits, width, kHeight);
   if (bits <= 8) builder.Colors(VariedColors(1 << bits, 3));
   builder.Pixels(Noise(bits == 24 ? 1u << 24 : 1u << bits, 4)).Filler(0xFF);
   if (size_field != 40) builder.CoreHeader(size_field);
@@ -37,10 +37,10 @@ std::vector<uint8_t> Expected(const TestImage& source, const Piece& p, uint32_t 
 }
 
 // The same piece by both functions: one keeps biSizeImage, the other clears it.
-void ExpectPiece(int bits, uint32_t size_field, const Piece& p) {
+void ExpectPiece(int bits, uint32_t size_field, const Piece& p, int width = kWidth) {
   SCOPED_TRACE(testing::Message() << bits << " bits, size field " << size_field << ", " << p.x
                                   << "," << p.y << " " << p.w << "x" << p.h);
-  TestImage image = Source(bits, size_field);
+  TestImage image = Source(bits, size_field, width);
   const TestImage source = image.Clone();
   const TestImage copy(
       reinterpret_cast<PackedDib*>(omb_cpydibrect(image.get(), p.x, p.y, p.w, p.h)));
@@ -59,6 +59,17 @@ TEST(Crop, PiecesAtEveryDepthAndHeaderKind) {
     for (const uint32_t size_field : {40u, 12u, 20u}) {
       for (const Piece& p : kPieces) {
         ExpectPiece(bits, size_field, p);
+      }
+    }
+  }
+}
+
+// Pieces that end where the block does.
+TEST(Crop, LastPixelsOfRowsWithoutPadding) {
+  for (const int bits : {1, 4, 8, 24}) {
+    for (const int width : {32, 64, 128}) {
+      for (const int x : {1, 3, 8, 17, width - 1}) {
+        ExpectPiece(bits, 40, {x, 0, width - x, kHeight}, width);
       }
     }
   }

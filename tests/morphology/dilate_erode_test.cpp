@@ -67,8 +67,8 @@ TEST(DilateErode, OneBitImagesFollowTheirColors) {
   }
 }
 
-// At 24 bits and at 8 bits of gray, bytes are levels. Of more than 65535 columns, comparisons see
-// the cut width, in rows that are as long as that.
+// At 24 bits and at 8 bits of gray, bytes are levels. Of more than 65535 columns or rows,
+// comparisons see the cut size, in rows that are as long as the cut width.
 TEST(Composites, AreDifferencesAndSumsOfLevels) {
   const auto bytes_of = [](const TestImage& from, void (*operation)(PackedDib*)) {
     TestImage copy = from.Clone();
@@ -76,22 +76,23 @@ TEST(Composites, AreDifferencesAndSumsOfLevels) {
     return copy.Bytes();
   };
   for (const int bits : {8, 24}) {
-    for (const int width : {1, 5, 36, 70, 65536 + 4}) {
+    for (const auto& [width, height] :
+         {std::pair{1, 7}, {5, 7}, {36, 7}, {70, 1}, {65536 + 4, 7}, {1, 65536 + 5}}) {
       const TestImage image =
-          ImageBuilder(bits, width, 7).Pixels(Noise(1u << bits, 8)).Filler(0x5A).Build();
+          ImageBuilder(bits, width, height).Pixels(Noise(1u << bits, 8)).Filler(0x5A).Build();
       const auto before = image.Bytes();
       const auto eroded = bytes_of(image, omb_erode), opened = bytes_of(image, omb_mathopen);
       auto edge = eroded, hat = opened, composed = opened;
       const int row = (width & 0xFFFF) * bits / 8, stride = (row + 3) / 4 * 4;
       const auto rows = static_cast<size_t>(omb_FindDIBBits(image.get()) - image.raw());
-      for (int k = 0; k < 7 * stride; ++k) {
+      for (int k = 0; k < (height & 0xFFFF) * stride; ++k) {
         if (k % stride >= row) continue;
         const size_t i = rows + static_cast<size_t>(k);
         edge[i] = static_cast<uint8_t>(before[i] - eroded[i]);
         hat[i] = static_cast<uint8_t>(before[i] - opened[i]);
         composed[i] = static_cast<uint8_t>(std::min(opened[i] + eroded[i], 255));
       }
-      SCOPED_TRACE(testing::Message() << bits << " bits, " << width << " wide");
+      SCOPED_TRACE(testing::Message() << bits << " bits, " << width << " x " << height);
       ExpectAtEveryLevel(image, edge, omb_pickedge);
       ExpectAtEveryLevel(image, bits == 24 ? hat : before, omb_tophat);
       ExpectAtEveryLevel(image, bits == 24 ? composed : before, omb_opencompose);

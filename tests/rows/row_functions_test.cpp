@@ -228,7 +228,7 @@ void AddNeighbourhoodCases(std::vector<Case>& all) {
                      }
                      uint8_t* const columns = o.New(n * simd::kTapRows);
                      f.rows_to_columns(rows, 0, n, columns);
-                     f.columns_to_rows(columns, 0, n, 60 + taps, back);
+                     f.columns_to_rows(columns, 0, n, 59 + taps, back);
                      if (n < taps) return;
                      const auto first = static_cast<uint32_t>(n - taps + 7);
                      const simd::ColumnTaps last = {first, static_cast<uint32_t>(taps), 0};

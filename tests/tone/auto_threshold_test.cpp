@@ -39,9 +39,9 @@ TEST(AutoThreshold, MedianOfTruncatedGrayLevels) {
 TEST(AutoThreshold, FewLevels) {
   for (const uint32_t other : {0u, 0x5A5A5Au, 0xFFFFFFu}) {
     for (const uint32_t gray : {0u, 0x5A5A5Au}) {
-      for (const int width : {4, 5, 8}) {
+      for (const int width : {4, 5, 8, 1023, 1024, 1025, 2000, 2047, 2049}) {
         ImageBuilder builder(24, width, 1);
-        builder.Pixels([=](int x, int) { return x % 2 ? other : gray; });
+        builder.Pixels([=](int x, int) { return x % 2 != 0 || x >= 2046 ? other : gray; });
         const TestImage image = builder.Build();
         EXPECT_EQ(omb_autothreshold(image.get()), Reference(image)) << gray << " " << other;
       }

@@ -15,7 +15,6 @@ uint32_t Measured(uint32_t rgb, int channel) {
   return channel == 4 ? GrayOf(rgb) : rgb >> (24 - 8 * channel) & 255;
 }
 
-// Tables of indexed images are in the checksums.
 TEST(ChannelHistogram, CountsAndGrayModeMakesPixelsGray) {
   for (const uint32_t size_field : {40u, 12u}) {
     for (const int channel : {1, 2, 3, 4}) {
@@ -30,6 +29,28 @@ TEST(ChannelHistogram, CountsAndGrayModeMakesPixelsGray) {
         builder.Pixels([](int x, int y) { return GrayOf(Noise(1 << 24, 11)(x, y)) * 0x010101; });
       }
       EXPECT_EQ(image.Bytes(), builder.Build().Bytes()) << channel;
+    }
+  }
+}
+
+// The gray channel changes the entries that pixels use, and no others.
+TEST(ChannelHistogram, IndexedPixelsAreCountedByTheirColors) {
+  for (const int bits : {1, 4, 8}) {
+    for (const bool core : {false, true}) {
+      for (const int channel : {1, 2, 3, 4}) {
+        std::vector<uint32_t> table = VariedColors(1 << bits, 12);
+        ImageBuilder builder(bits, 139, 3);
+        builder.Pixels([=](int x, int) { return bits == 1 ? 1u : 2u * (x & 7); }).Filler(0xA5);
+        TestImage image = builder.Colors(table).CoreHeader(core ? 12 : 40).Build();
+        Counters expected(256), counted(256, -1);
+        for (const uint32_t rgb : image.Colors()) ++expected[Measured(rgb, channel)];
+        EXPECT_EQ(omb_getchannelhistogram(image.get(), counted.data(), channel), 1);
+        EXPECT_EQ(counted, expected) << bits << " bits, channel " << channel;
+        for (const uint32_t index : image.Pixels()) {
+          if (channel == 4) table[index] = GrayOf(table[index]) * 0x010101;
+        }
+        EXPECT_EQ(image.Bytes(), builder.Colors(table).Build().Bytes()) << bits << ", " << channel;
+      }
     }
   }
 }

@@ -78,6 +78,27 @@ TEST(Levels, TrueColorPixelsAreMeasuredAndStretched) {
   }
 }
 
+// Of indexed images the samples are the table's entries, each once, whatever the pixels use.
+TEST(Levels, EntriesOfTablesAreMeasuredAndStretched) {
+  for (const int bits : {1, 4, 8}) {
+    for (const int colors :
+         {1 << bits, -(1 << bits), (1 << bits) / 2 + 1}) {  // below 0: core header
+      for (const auto& [low, high] : {std::pair{0.0, 1.0}, {0.0, 0.99}, {0.1, 0.8}, {0.3, 0.5}}) {
+        std::vector<uint32_t> table(static_cast<size_t>(std::abs(colors)));
+        for (size_t i = 0; i < table.size(); ++i) table[i] = Scene(static_cast<int>(i), 1);
+        ImageBuilder builder(bits, 19, 2);
+        builder.Filler(0x77).CoreHeader(colors < 0 ? 12 : 40).Pixels([](int, int) { return 1u; });
+        TestImage image = builder.Colors(table).Build();
+        const auto limits = LimitsOf(table, table.size(), low, high, false);
+        for (uint32_t& color : table) color = Stretch(color, limits);
+        EXPECT_EQ(omb_autolevel(image.get(), low, high), 1u);
+        EXPECT_EQ(image.Bytes(), builder.Colors(table).Build().Bytes())
+            << bits << " bits, " << colors << " colors, " << low << " to " << high;
+      }
+    }
+  }
+}
+
 // At 1 bit only the first stored row is counted, of as many samples as the image has: by the high
 // fraction of 0.06 that is 32 of 61 pixels.
 TEST(Levels, OneBitImagesAreMeasuredByOneRow) {

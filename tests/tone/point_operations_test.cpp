@@ -1,5 +1,6 @@
-// Operations that send each color to a color by itself, against a color-by-color reference. What
-// they change at which depth is in the checksums.
+// Operations that send each color to a color by itself, against a color-by-color reference: on the
+// pixels of 24-bit images and on the color tables of others. Reserved bytes, padding and what else
+// the block holds stay.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -44,6 +45,7 @@ struct Operation {
   std::string name;
   std::function<uint32_t(PackedDib*)> call;
   std::function<Color(Color)> reference;
+  bool at_24_bits = true;  // in place there, too
 };
 
 std::vector<Operation> Operations() {
@@ -79,7 +81,23 @@ std::vector<Operation> Operations() {
     all.push_back({"filter",
                    [=](PackedDib* p) { return omb_filtercolor(p, 3 - static_cast<uint32_t>(c)); },
                    [=](Color v) { return v[c] = 0, v; }});
+    const auto extract = [=](PackedDib* p) {
+      return omb_extractcolor(&p, 3 - static_cast<uint32_t>(c));
+    };
+    all.push_back({"extract", extract,
+                   [=](Color v) {
+                     Color kept = {};
+                     kept[c] = v[c];
+                     return kept;
+                   },
+                   false});
   }
+  all.push_back({"gray", [](PackedDib* p) { return omb_gray(&p); },
+                 [](Color v) {
+                   const int gray = (11 * v[0] + 59 * v[1] + 30 * v[2]) / 100;
+                   return Color{gray, gray, gray};
+                 },
+                 false});
   return all;
 }
 
@@ -90,22 +108,61 @@ uint32_t Scene(int x, int y) {
   return x % 3 == 0 ? noise & 0x7F7F7F : x % 3 == 1 ? noise | 0x808080 : noise;
 }
 
-TEST(PointOperations, ChangeEachColorByItself) {
+uint32_t Sent(const Operation& op, uint32_t rgb) {
+  const Color to = op.reference({int(rgb & 255), int(rgb >> 8 & 255), int(rgb >> 16)});
+  return Rgb(to[2], to[1], to[0]);
+}
+
+TEST(PointOperations, ChangePixelsOfTrueColorImages) {
   for (const Operation& op : Operations()) {
+    if (!op.at_24_bits) continue;
     for (const int width : {1, 5, 70, 1100}) {
       ImageBuilder builder(24, width, 3);
       TestImage image = builder.Pixels(Scene).Filler(0xA5).Build();
       const TestImage expected =
-          builder
-              .Pixels([&](int x, int y) {
-                const uint32_t c = Scene(x, y);
-                const Color to = op.reference({int(c & 255), int(c >> 8 & 255), int(c >> 16)});
-                return Rgb(to[2], to[1], to[0]);
-              })
-              .Build();
+          builder.Pixels([&](int x, int y) { return Sent(op, Scene(x, y)); }).Build();
       EXPECT_EQ(op.call(image.get()), 1u) << op.name;
       EXPECT_EQ(image.Bytes(), expected.Bytes()) << op.name << ", width " << width;
     }
+  }
+}
+
+// Whole tables and, after an information header, short and long ones.
+TEST(PointOperations, ChangeTablesOfIndexedImages) {
+  for (const Operation& op : Operations()) {
+    for (const int bits : {1, 4, 8}) {
+      for (const int colors :
+           {1 << bits, -(1 << bits), 1, (1 << bits) + 3}) {  // below 0: core header
+        std::vector<uint32_t> table = VariedColors(std::abs(colors), 9);
+        if (bits == 8)
+          std::transform(table.begin(), table.end() - 1, table.begin() + 1, [](uint32_t c) {
+            return Scene(static_cast<int>(c % 50), static_cast<int>(c % 3));
+          });
+        ImageBuilder builder(bits, 37, 3);
+        builder.Pixels(Noise(1u << bits, 2)).Filler(0xA5).CoreHeader(colors < 0 ? 12 : 40);
+        TestImage image = builder.Colors(table).Build();
+        for (uint32_t& color : table) color = Sent(op, color);
+        const TestImage expected = builder.Colors(table).Build();
+        EXPECT_EQ(op.call(image.get()), 1u) << op.name;
+        EXPECT_EQ(image.Bytes(), expected.Bytes()) << op.name << ", " << bits << ", " << colors;
+      }
+    }
+  }
+}
+
+// Pixels after a color table: gamma and lights take the table, the others the pixels.
+TEST(PointOperations, TrueColorImagesWithATable) {
+  for (const Operation& op : Operations()) {
+    if (!op.at_24_bits) continue;
+    const bool in_table = op.name == "gamma" || op.name == "lights";
+    const auto sent = [&](bool changed, uint32_t rgb) { return changed ? Sent(op, rgb) : rgb; };
+    std::vector<uint32_t> table = VariedColors(5, 8);
+    ImageBuilder builder(24, 37, 3);
+    TestImage image = builder.Colors(table).Pixels(Scene).Filler(0xA5).Build();
+    for (uint32_t& color : table) color = sent(in_table, color);
+    builder.Colors(table).Pixels([&](int x, int y) { return sent(!in_table, Scene(x, y)); });
+    EXPECT_EQ(op.call(image.get()), 1u);
+    EXPECT_EQ(image.Bytes(), builder.Build().Bytes()) << op.name;
   }
 }
 

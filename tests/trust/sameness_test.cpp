@@ -154,5 +154,32 @@ TEST(Sameness, AlsoOfImagesWithOddHeaders) {
         {kApart, 2 * kApart, 3 * kApart, 4 * kApart, 5 * kApart, 6 * kApart});
 }
 
+// Widths around those where row functions turn to other code: a vector, two, a stretch, a table.
+TEST(Sameness, EveryWidthGivesTheSameAtEveryInstructionSet) {
+  constexpr int kWidths[] = {1,   2,   7,   8,   9,   15,  16,  17,   31,   32,   33,   63,  64,
+                             65,  95,  96,  97,  127, 128, 129, 191,  192,  193,  255,  256, 257,
+                             383, 384, 385, 511, 513, 767, 769, 1023, 1024, 1025, 2000, 2001};
+  for (const int width : kWidths) {
+    for (const int depth : {1, 4, 8, 24}) {
+      Images images;
+      ImageBuilder builder(depth, width, width < 600 ? 4 : 1);
+      if (depth <= 8)
+        builder.Colors(width % 2 == 0 ? GrayRamp(1 << depth) : VariedColors(1 << depth, 3));
+      images.push_back(builder.Pixels(Noise(1u << depth, 6)).Build());
+      for (const Export& operation : EveryExport()) {
+        std::string plain;
+        for (auto level = simd::Supported(); *level != nullptr; ++level) {
+          simd::Use(*level);
+          const std::string checksum = Checksum(operation, images, {static_cast<uint32_t>(width)});
+          if (plain.empty()) plain = checksum;
+          ASSERT_EQ(checksum, plain) << operation.name << ", " << depth << " bits, width " << width
+                                     << ", " << (*level)->name;
+        }
+      }
+    }
+  }
+  simd::Use(nullptr);
+}
+
 }  // namespace
 }  // namespace ombrilo::test

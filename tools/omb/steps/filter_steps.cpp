@@ -1,5 +1,6 @@
 // Steps on neighbourhoods: the numbered filters, kernels, relief, edges, median.
 #include "steps/kernels.h"
+#include "steps/limits.h"
 #include "steps/numbered_filters.h"
 #include "steps/steps.h"
 
@@ -13,6 +14,8 @@ bool ConvoluteStep(Image& image, const Arguments& arguments) {
 }
 
 bool KernelStep(Image& image, const Arguments& arguments) {
+  CheckLevels(image.get());
+  CheckRows(image.get());
   return omb_DoConvoluteDIB(image.get(), FindKernel(arguments.Text(0)), arguments.Integer(1),
                             arguments.Integer(2)) != 0;
 }

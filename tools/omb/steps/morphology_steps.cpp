@@ -1,5 +1,6 @@
 // Steps on shapes: dilation, erosion and what is made of them.
 #include "steps/kernels.h"
+#include "steps/limits.h"
 #include "steps/steps.h"
 
 namespace omb {
@@ -12,7 +13,16 @@ bool InPlace(Image& image, const Arguments&) {
   return true;
 }
 
+template <auto kOperation>
+bool InPlaceWithSides(Image& image, const Arguments&) {
+  CheckSides(image.get());
+  kOperation(image.get());
+  return true;
+}
+
 bool MorphStep(Image& image, const Arguments& arguments) {
+  CheckLevels(image.get());
+  CheckRows(image.get());
   return omb_DoKernalMorphDIB(image.get(), omb_DIBBitCount(image.get()), arguments.Integer(0),
                               FindKernel(arguments.Text(1)), arguments.Integer(2)) != 0;
 }
@@ -46,13 +56,14 @@ std::span<const Step> MorphologySteps() {
       Simple("denoise", "Remove &specks", "Opening, then closing: remove specks of both kinds",
              InPlace<omb_denoise>),
       Simple("pickedge", "&Inner edges", "Inner edges: the image minus its erosion",
-             InPlace<omb_pickedge>),
+             InPlaceWithSides<omb_pickedge>),
       Simple("gradientize", "&Gradient dilation", "The dilation, by another name",
              InPlace<omb_gradientize>),
       TrueColorOnly("opencompose", "Open and &lighten",
-                    "The opening plus the erosion: lighter and softer", InPlace<omb_opencompose>),
+                    "The opening plus the erosion: lighter and softer",
+                    InPlaceWithSides<omb_opencompose>),
       TrueColorOnly("tophat", "&Top hat", "Light detail smaller than 3 x 3, on black",
-                    InPlace<omb_tophat>),
+                    InPlaceWithSides<omb_tophat>),
       {"morph",
        "Any s&hape",
        kFamily,

@@ -1,4 +1,5 @@
 // Steps for pages: smoothing, sharpening, rank order, edges.
+#include "steps/limits.h"
 #include "steps/steps.h"
 
 namespace omb {
@@ -23,14 +24,19 @@ const char* EnhanceConflict(const Arguments& arguments) {
 
 bool EnhancepageStep(Image& image, const Arguments& arguments) {
   const int32_t filter = arguments.Integer(0);
+  CheckLevels(image.get());
+  CheckRows(image.get());
   return omb_EnhancePage(image.get(), SizeNumber(filter, arguments.Integer(1)),
                          arguments.Integer(2), arguments.Integer(3), 0, arguments.Integer(4),
                          filter, 0, 0) != 0;
 }
 
 bool EdgepageStep(Image& image, const Arguments& arguments) {
-  return omb_EdgePage(image.get(), SizeNumber(arguments.Integer(0), arguments.Integer(1)),
-                      arguments.Integer(2), arguments.Integer(3), arguments.Integer(0)) != 0;
+  const int32_t filter = arguments.Integer(0);
+  CheckLevels(image.get());
+  if (filter != kSobel && filter != kRoberts) CheckRows(image.get());
+  return omb_EdgePage(image.get(), SizeNumber(filter, arguments.Integer(1)), arguments.Integer(2),
+                      arguments.Integer(3), filter) != 0;
 }
 
 Parameter Passes() { return Whole("passes", "how often", 1, 1000).Usual(1, 10).Preset("1"); }
