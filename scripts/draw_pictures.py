@@ -140,15 +140,17 @@ def pixels(count, lit, cell_on="#fff", cell_off="#345"):
 def dilation():
     d = Drawing(640, 230)
     shape = [(0, 0), (1, 0), (0, 1)]  # dx, dy; dy is up
-    one = {(2, 2)}
+    x0, y0 = 1, 4
+    one = {(x0, y0)}
     panels = [("one light pixel", one),
-              ("omb_dilate()", {(2 + i, 2 - j) for i in range(3) for j in range(3)}),
+              ("omb_dilate()", {(x0 + i, y0 - j) for i in range(3) for j in range(3)}),
               ("then omb_erode()", one),
-              ("dilated by the shape", {(2 - dx, 2 + dy) for dx, dy in shape})]
+              ("dilated by the shape", {(x0 - dx, y0 + dy) for dx, dy in shape})]
+    cell = 23
     for i, (title, lit) in enumerate(panels):
         x = 10 + i * 158
-        d.grid(x, 30, pixels(5, lit), CELL, {(2, 2): "&#8226;"})
-        d.text(x + 70, 20, title)
+        d.grid(x, 30, pixels(6, lit), cell, {(x0, y0): "&#8226;"})
+        d.text(x + 69, 20, title)
     d.text(10, 200, "The shape: (0, 0), (1, 0), (0, 1). A pixel becomes light where the shape, laid on "
            "it, meets a light pixel:", anchor="start")
     d.text(10, 218, "light detail grows by the shape turned around. The dot marks the pixel's place.",

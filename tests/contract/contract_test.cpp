@@ -251,11 +251,11 @@ TEST(Contract, ExamplesOfThePictures) {
   EXPECT_EQ(omb_DoConvoluteDIB(image.get(), above.get(), 1, 10), 1);
   EXPECT_EQ(image.Pixels(), (std::vector<uint32_t>{0, 0, 10, 30}));  // the outer rows keep theirs
 
-  const auto speck = [&] { return gray(5, 5, [](int x, int y) { return x == 2 && y == 2; }); };
+  const auto speck = [&] { return gray(6, 6, [](int x, int y) { return x == 1 && y == 4; }); };
   const auto lit = [](const TestImage& picture) {
     std::string places;
-    for (int y = 0; y < 5; ++y) {
-      for (int x = 0; x < 5; ++x) {
+    for (int y = 0; y < 6; ++y) {
+      for (int x = 0; x < 6; ++x) {
         if (picture.Pixel(x, y) != 0) places += std::to_string(x) + std::to_string(y) + " ";
       }
     }
@@ -263,13 +263,13 @@ TEST(Contract, ExamplesOfThePictures) {
   };
   image = speck();
   omb_dilate(image.get());
-  EXPECT_EQ(lit(image), "20 30 40 21 31 41 22 32 42 ");
+  EXPECT_EQ(lit(image), "12 22 32 13 23 33 14 24 34 ");
   omb_erode(image.get());
-  EXPECT_EQ(lit(image), "22 ");
+  EXPECT_EQ(lit(image), "14 ");
   const Kernal corner(2, 2, 0, 1, 0, {{0, 0}, {1, 0}, {0, 1}});
   image = speck();
   EXPECT_EQ(omb_DoKernalMorphDIB(image.get(), 8, OMB_MORPH_DILATE, corner.get(), 1), 1);
-  EXPECT_EQ(lit(image), "12 22 23 ");
+  EXPECT_EQ(lit(image), "04 14 15 ");
 
   image = gray(7, 7, [](int, int) { return 9; });
   omb_medianblur(image.get());
