@@ -1,6 +1,7 @@
 #include "core/neighbourhood.h"
 
 #include "core/pixels.h"
+#include "rows/row_functions.h"
 
 namespace ombrilo {
 
@@ -28,7 +29,7 @@ Neighbourhood::Neighbourhood(const PixelRows& rows, const Dib* dib, const Reach&
   const uint64_t slots = SlotsPerWindow() * uint64_t(passes);
   const size_t result = Aligned(size_t(rows_.width) * max_step_);
   const size_t indices = Aligned(size_t(rows_.width));
-  const uint64_t size = slots * slot_size_ + result + indices + kAlignment;
+  const uint64_t size = slots * slot_size_ + result + indices + kAlignment + simd::kReadAhead;
   if (size > SIZE_MAX / 2) return;
   memory_ = NewScratchBuffer<uint8_t>(static_cast<size_t>(size));
   pointers_ = NewScratchBuffer<uint8_t*>(static_cast<size_t>(slots));

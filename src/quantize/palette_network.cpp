@@ -155,7 +155,7 @@ void PaletteNetwork::Diffuse(const uint32_t* seen, const uint8_t* rows, size_t s
   State& s = state_[0];
   uint32_t seen_of[256];
   for (uint32_t i = 0; i < colors_; ++i) seen_of[i] = seen[s.index_of[i]];
-  simd::Active().diffuse(s.sorted, seen_of, rows, stride, width, count, before, indices);
+  simd::Active().diffuse(s.sorted, {seen_of, rows, stride, width, count, before, indices});
   simd::Active().apply_table(indices, count * width, s.index_of);
 }
 

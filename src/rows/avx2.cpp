@@ -1,3 +1,9 @@
+#if defined(__x86_64__) || defined(__i386__)
+#if !defined(__AVX2__)
+#error "This file is compiled with flags of its own: see src/CMakeLists.txt."
+#endif
 #define OMBRILO_ROWS_TABLE kAvx2
 #define OMBRILO_ROWS_NAME "avx2"
+#define OMBRILO_ROWS_SHUFFLES
 #include "rows/row_functions.inc"
+#endif

@@ -5,11 +5,7 @@
 
 namespace ombrilo::simd {
 
-extern const RowFunctions kPlain;
-#ifdef OMBRILO_ROWS_X86
-extern const RowFunctions kAvx2;
-extern const RowFunctions kAvx512;
-#endif
+extern const RowFunctions kPlain, kSimd128, kAvx2, kAvx512;
 
 namespace {
 
@@ -25,18 +21,24 @@ const RowFunctions* Widest() {
 }  // namespace
 
 const RowFunctions* const* Supported() {
-#ifdef OMBRILO_ROWS_X86
-  static constexpr const RowFunctions* kAll[] = {&kPlain, &kAvx2, &kAvx512, nullptr};
-  static constexpr const RowFunctions* kUpToAvx2[] = {&kPlain, &kAvx2, nullptr};
+#if defined(__x86_64__) || defined(__i386__)
+  static constexpr const RowFunctions* kUpTo[][5] = {{&kPlain},
+                                                     {&kPlain, &kSimd128},
+                                                     {&kPlain, &kSimd128, &kAvx2},
+                                                     {&kPlain, &kSimd128, &kAvx2, &kAvx512}};
+  if (!__builtin_cpu_supports("sse4.1")) return kUpTo[0];
   // These checks include the operating system's: it has to save the wide registers.
-  if (__builtin_cpu_supports("avx2")) {
-    const bool avx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-                        __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi");
-    return avx512 ? kAll : kUpToAvx2;
-  }
-#endif
+  if (!__builtin_cpu_supports("avx2")) return kUpTo[1];
+  const bool avx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+                      __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi");
+  return kUpTo[avx512 ? 3 : 2];
+#elif defined(__aarch64__) || defined(__wasm_simd128__)
+  static constexpr const RowFunctions* kBoth[] = {&kPlain, &kSimd128, nullptr};
+  return kBoth;
+#else
   static constexpr const RowFunctions* kPlainOnly[] = {&kPlain, nullptr};
   return kPlainOnly;
+#endif
 }
 
 const RowFunctions& Active() {

@@ -12,6 +12,15 @@
 #include <stddef.h>
 #include <stdint.h>
 
+// What every build has to have for the same bytes.
+#if __FLT_EVAL_METHOD__ != 0
+#error "Floating point has to be computed as written: on 32-bit x86 with -msse2 -mfpmath=sse."
+#endif
+#if __BYTE_ORDER__ != __ORDER_LITTLE_ENDIAN__
+#error \
+    "Pixels are read as numbers whose lowest byte comes first: big-endian processors are not supported."
+#endif
+
 namespace ombrilo::simd {
 
 // How a row of weighted sums becomes a row of bytes; see `convolve`. Divisions truncate toward 0.
@@ -58,6 +67,9 @@ enum {
   kConvolutionBlock = 128,   // a multiple of what is computed at a time
 };
 
+// Rows of convolutions and Sobel edges can be read so many bytes on from any of their bytes.
+enum { kReadAhead = kConvolutionBlock };
+
 // A palette network while it learns.
 struct Neurons {
   enum { kMost = 256, kMargin = 64 };
@@ -88,6 +100,19 @@ struct SquaresLists : PaletteLists {
 struct SumsLists : PaletteLists {
   uint32_t lists[299584];
   int32_t start[256];  // the number from which a green's search goes up and down
+};
+
+// Rows of three-byte colors, `stride` bytes apart, a multiple of 4, that error diffusion goes
+// through. In each a color becomes that of seen[number], where the number is found by sums. Of the
+// error, 3/8 go to the right neighbour, 3/8 to the pixel in the row before and 2/8 to the right
+// neighbour of that; the last pixel of a row gets nothing from its left. Rows before, with their
+// shares of errors, are found once more.
+struct Diffusion {
+  const uint32_t* seen;
+  const uint8_t* rows;
+  size_t stride, width, count;
+  uint32_t* before;  // the row before the first one; becomes the last row's colors, as u32
+  uint8_t* numbers;  // numbers[k * width ...] of the row before row k
 };
 
 enum { kPlanesRoom = 64 };  // see rank_of_planes
@@ -252,23 +277,14 @@ struct RowFunctions {
   // start - 2 ... of the color's green.
   void (*find_by_sums)(struct SumsLists& palette, const uint8_t* colors, size_t step, size_t count,
                        uint8_t* numbers);
-  // Error diffusion through rows of three-byte colors that stand `stride` bytes apart, a multiple
-  // of 4. In each row a color becomes that of seen[number], where the number is found by sums. Of
-  // the error, 3/8 go to the right neighbour, 3/8 to the pixel in the row before and 2/8 to the
-  // right neighbour of that; the last pixel of a row gets nothing from its left. Rows before, with
-  // their shares of errors, are found once more: numbers[k * width ...] are those of the row before
-  // row k. before[] holds the first of these, and the last row's colors afterwards, as u32.
-  void (*diffuse)(struct SumsLists& palette, const uint32_t* seen, const uint8_t* rows,
-                  size_t stride, size_t width, size_t count, uint32_t* before, uint8_t* numbers);
+  // Error diffusion through rows of three-byte colors.
+  void (*diffuse)(struct SumsLists& palette, const struct Diffusion& diffusion);
 
   // Exchanges two runs of bytes.
   void (*swap_bytes)(uint8_t* a, uint8_t* b, size_t count);
-  // `count` bytes of 1-bit, of 4-bit and of 8-bit pixels, and three-byte pixels, in reverse order;
-  // `to` is another place than `from`.
-  void (*mirror1)(const uint8_t* from, size_t count, uint8_t* to);
-  void (*mirror4)(const uint8_t* from, size_t count, uint8_t* to);
-  void (*mirror8)(const uint8_t* from, size_t count, uint8_t* to);
-  void (*mirror24)(const uint8_t* from, size_t pixels, uint8_t* to);
+  // `count` bytes of pixels of 1, 4, 8 or 24 bits, with these in reverse order; `to` is another
+  // place than `from`. The count is one of whole pixels.
+  void (*mirror)(const uint8_t* from, size_t count, int bit_count, uint8_t* to);
   // Three-byte pixels: column c of `from` becomes row c of `to`. A step leads to the next row.
   void (*transpose24)(const uint8_t* from, ptrdiff_t from_step, size_t columns, size_t rows,
                       uint8_t* to, ptrdiff_t to_step);

@@ -30,7 +30,8 @@ struct Input {
     for (uint8_t& byte : table) byte = static_cast<uint8_t>(next() >> 8);
     for (uint32_t& entry : colors) entry = next();
     for (int k = 0; k < 9; ++k) {
-      for (size_t i = 0; i < n + 2 * kRoom; ++i) {  // both ends of the range often enough
+      for (size_t i = 0; i < n + 2 * kRoom + simd::kReadAhead;
+           ++i) {  // both ends of the range often enough
         const uint32_t value = next() % 1024;
         rows[k].push_back(static_cast<uint8_t>(value >= 896 ? 255 : value >= 768 ? 0 : value));
       }
@@ -145,10 +146,8 @@ void AddPixelCases(std::vector<Case>& all) {
         }},
        {"swap_bytes, mirrors", [](auto& f, auto& in, auto n, auto& o) {
           f.swap_bytes(o.Copy(in.from[0], n), o.Copy(in.from[1], n), n);
-          f.mirror1(in.bytes.data(), n, o.New(n));
-          f.mirror4(in.bytes.data(), n, o.New(n));
-          f.mirror8(in.bytes.data(), n, o.New(n));
-          f.mirror24(in.bytes.data(), n, o.New(3 * n));
+          for (const int bits : {1, 4, 8}) f.mirror(in.bytes.data(), n, bits, o.New(n));
+          f.mirror(in.bytes.data(), 3 * n, 24, o.New(3 * n));
           const size_t columns = n % 16, rows = n % 17;  // 15 x 16 in 3 x 256 bytes
           const auto from_step = static_cast<ptrdiff_t>(3 * columns);
           const auto to_step = static_cast<ptrdiff_t>(3 * rows);
@@ -400,8 +399,8 @@ void AddSearchCases(std::vector<Case>& all, const Input& palette) {
                      for (size_t i = 0; i < rows.size(); ++i) rows[i] = in.bytes[i % 4 * n + i / 4];
                      auto* before = reinterpret_cast<uint32_t*>(
                          o.Copy(reinterpret_cast<const uint8_t*>(in.taps[0]), 4 * width));
-                     f.diffuse(sums, in.colors, rows.data(), stride, width, count, before,
-                               o.New(width * count));
+                     f.diffuse(sums, {in.colors, rows.data(), stride, width, count, before,
+                                      o.New(width * count)});
                    }});
   }
 }

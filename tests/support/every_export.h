@@ -33,7 +33,12 @@ class Draw {
 class Digest {
  public:
   void Add(const void* bytes, size_t count);
-  void Add(uint64_t number) { Add(&number, sizeof number); }
+  void Add(uint64_t number) {  // lowest byte first, whatever the host's order
+    for (int shift = 0; shift < 64; shift += 8) {
+      const auto byte = static_cast<uint8_t>(number >> shift);
+      Add(&byte, 1);
+    }
+  }
   // Every byte of the block's extent; for null, a number of its own.
   void AddImage(const PackedDib* dib);
   uint64_t value() const { return value_; }
