@@ -6,7 +6,7 @@ set -euo pipefail
 
 packages_of() {
   case "$1" in
-    build) echo g++ cmake ninja-build pkg-config libcli11-dev nlohmann-json3-dev libpng-dev
+    build) echo g++ cmake ninja-build pkg-config libcli11-dev nlohmann-json3-dev libpng-dev \
       libjpeg62-turbo-dev libtiff-dev libexif-dev ;;
     demo) echo lomiri-wallpapers-16.04 ghostscript ;;
     test) echo libgtest-dev clang libclang-rt-14-dev clang-format doxygen git python3 ;;
