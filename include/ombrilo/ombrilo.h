@@ -552,9 +552,9 @@ OMB_API uint32_t omb_adjustghms(PackedDib* dib, int32_t highlights, int32_t shad
 /**
  * @defgroup geometry Scale, rotate, flip
  *
- * For sizes that look right, call omb_resize(). omb_scale() and omb_rotate() keep to an old
- * contract; its positions, weights and sums are single precision, in the order written here, each
- * operation rounded by itself.
+ * For sizes that look right, call omb_resize(). omb_scale() and omb_rotate() resample more simply:
+ * positions, weights and sums are single precision, in the order written here, each operation
+ * rounded by itself.
  *
  * @anchor resampling
  * @par Resampling
@@ -633,19 +633,32 @@ enum OmbResizeFilter {
 OMB_API uint32_t omb_scale(PackedDib** image, uint32_t width, uint32_t height, uint32_t mode);
 
 /**
- * Resizes the image by a filter that suits the change of size: reduced images show no jagged edges
- * or moire, enlarged ones no blocks. omb_scale() keeps to an older contract; this is the one to
- * call.
+ * Brings the image to another size so that it looks right: reduced images show no jagged edges or
+ * moire, enlarged ones no blocks.
  *
- * Images whose table is all gray, of 1, 4 or 8 bits, become 8-bit ones with a ramp from black to
- * white, so that a page of 1 bit stays readable when it shrinks; other indexed images become 24
- * bits, and 24 bits stay. The colors of pixels are those of 2, 16 or 256 entries by depth, as with
- * omb_scale(); an index beyond a short gray table counts as (299 red + 587 green + 114 blue + 500)
- * / 1000 of what is there. The header is the old one with the new size and bit count and, in an
- * information header, biClrUsed and biClrImportant 0; all else is kept, biSizeImage and the
- * resolution too. Row padding is 0. The size that the image has is done as well: the depth may
- * change.
+ * @param image  the image, replaced; 1, 4, 8 or 24 bits
+ * @param width  new width in pixels, 1 to 32,767
+ * @param height new height in rows, 1 to 32,767
+ * @param filter one of ::OmbResizeFilter: 1 box, 2 triangle, 3 cubic, 4 Lanczos
+ * @return 1; also 1, with the image unchanged, when it has no columns or rows. 0 for null, for
+ *         other sizes, filters and depths, for a result of 2 GiB and more and when memory runs out
+ * @see @ref geometry
  *
+ * Box averages whole pixels and is the filter for a fast overview; cubic and Lanczos are sharper,
+ * Lanczos most so, with faint rings at hard edges. The size that the image has is done as well: the
+ * depth may change.
+ *
+ * - 24 bits stay 24 bits.
+ * - Images of 1, 4 or 8 bits whose table is all gray become 8-bit images with a ramp from black to
+ *   white, so that a page of 1 bit stays readable when it shrinks; other indexed images become 24
+ *   bits. The colors of pixels are those of 2, 16 or 256 entries by depth, as with omb_scale(); an
+ *   index beyond a short gray table counts as (299 red + 587 green + 114 blue + 500) / 1000 of what
+ *   is there.
+ * - The header is the old one with the new size and bit count and, in an information header,
+ *   biClrUsed and biClrImportant 0; all else is kept, biSizeImage and the resolution too.
+ *
+ * @par The filters
+ * These are the bytes that Pillow's Image.resize() gives with BOX, BILINEAR, BICUBIC and LANCZOS.
  * First rows are brought to the new width, then columns to the new height; a direction that keeps
  * its size is left as it is. Columns count from the left and rows from the top. When n pixels
  * become m, then for new pixel i (from 0, in double precision, in the order written)
@@ -658,30 +671,19 @@ OMB_API uint32_t omb_scale(PackedDib** image, uint32_t width, uint32_t height, u
  * value is (2^21 + the sum of value times weight) >> 22, limited to 0..255, after each of the two
  * directions. Radius r and filter F, with a = |x|:
  *
- * | filter      | r   | F(x)                                                                     |
- * |-------------|-----|--------------------------------------------------------------------------|
- * | 1, box      | 0.5 | 1 for -0.5 < x <= 0.5, else 0                                            |
- * | 2, triangle | 1   | 1 - a below 1, else 0                                                    |
- * | 3, cubic    | 2   | (1.5 a - 2.5) a a + 1 below 1, -0.5 (((a - 5) a + 8) a - 4) below 2, else 0
- * | | 4, Lanczos  | 3   | sinc(x) sinc(x / 3) for -3 <= x < 3, else 0 |
+ * - box: r is 0.5, F is 1 for -0.5 < x <= 0.5, else 0;
+ * - triangle: r is 1, F is 1 - a below 1, else 0;
+ * - cubic: r is 2, F is (1.5 a - 2.5) a a + 1 below 1, -0.5 (((a - 5) a + 8) a - 4) below 2, else
+ *   0;
+ * - Lanczos: r is 3, F is sinc(x) sinc(x / 3) for -3 <= x < 3, else 0.
  *
  * sinc(x) is sin(pi x) / (x pi), and 1 at 0. There sin(pi x) is, with j the whole number nearest to
  * x (halves away from 0), t = (x - j) * pi and z = t t, t times the series 1/1! - z/3! + z^2/5! ...
  * + z^10/21! (from the last term on: sum = term + z * sum), and the negative of that for odd j.
  *
- * These are the bytes that Pillow's Image.resize() gives with BOX, BILINEAR, BICUBIC and LANCZOS.
- * Boxes are the averages of whole pixels, the filter for a fast overview; cubic and Lanczos are
- * sharper, Lanczos most so, with faint rings at hard edges.
- *
- * Beside the new image, memory is taken for the weights and for the source rows in reach of a new
- * row and 64 more, at the new width.
- *
- * @param image  the image, replaced; 1, 4, 8 or 24 bits
- * @param width  new width in pixels, 1 to 32,767
- * @param height new height in rows, 1 to 32,767
- * @param filter 1 box, 2 triangle, 3 cubic, 4 Lanczos
- * @return 1; also 1, with the image unchanged, when it has no columns or rows. 0 for null, for
- * other sizes, filters and depths, for a result of 2 GiB and more and when memory runs out
+ * @par Limits
+ * - Beside the new image, memory is taken for the weights and for the source rows in reach of a new
+ *   row and 64 more, at the new width.
  */
 OMB_API uint32_t omb_resize(PackedDib** image, uint32_t width, uint32_t height, uint32_t filter);
 
