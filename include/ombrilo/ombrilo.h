@@ -972,7 +972,7 @@ OMB_API const KERNAL* omb_getKERNAL(uint32_t index);
  *   An image that is all border becomes zero throughout.
  *
  * omb_DoConvoluteDIB() differs: it takes the bytes of an 8-bit image as values and keeps what it
- * does not compute. Without memory, none of these functions changes the image.
+ * does not compute. When memory runs out, the image stays as it was.
  * @{
  */
 
@@ -1068,15 +1068,16 @@ OMB_API void omb_convolute(PackedDib* dib, uint32_t type);
  * value, and so does row padding.
  *
  * @par Limits
- * - 8 bits: colors do not count, pixels do. Bring images with colors to 24 bits (omb_neuquant()).
+ * - 8 bits: pixels count, not their colors. Bring images with a table of colors to 24 bits first,
+ *   with omb_neuquant().
  * - 24-bit images wider than 21,844 pixels and 8-bit images wider than 65,532 are refused with 0;
  *   see the next point for 65,536 and more.
  * - Width and height are @ref sizes16 "sizes of 16 bits", and so is the @ref planes "row length
  *   with planes", whose width is the 32 bits at its information header position. Rows that are
  *   shorter than their pixels or leave a signed 32-bit byte count are refused.
  * - An image without planes (or with 0 as the bit count at byte 14) does not change: 1.
- * - Only entries decide whether a record is refused, before all else but null. A count of 0 or less
- *   makes all sums 0.
+ * - A record is refused for its entries alone, before depth, passes and rows are looked at. Odd
+ *   anchors and sizes are no reason by themselves, and a count of 0 or less makes all sums 0.
  */
 OMB_API int32_t omb_DoConvoluteDIB(PackedDib* dib, const KERNAL* kernel, int32_t passes,
                                    int32_t strength);
@@ -1141,9 +1142,9 @@ OMB_API uint32_t omb_emboss(PackedDib* dib, uint32_t direction, uint32_t color);
  * @see @ref filters
  *
  * For each channel a third (truncated) of the strongest of four differences in the 3x3
- * neighbourhood: the row before against the row after, the column left against the column right,
- * and each of two corners with its two neighbours against the opposite ones. A border of 1 pixel
- * becomes zero.
+ * neighbourhood: the row stored before against the row after, the column left against the column
+ * right, and each of two corners with its two neighbours against the opposite ones. A border of 1
+ * pixel becomes zero.
  *
  * @par Limits
  * - Images of 16, 32 or other bits are erased: all their rows become 0.
@@ -1174,7 +1175,8 @@ OMB_API void omb_medianblur(PackedDib* dib);
  * - 24 bits: each channel by itself.
  * - 1, 4 and 8 bits: pixels count as colors, and a result becomes the @ref nearest "nearest entry".
  *   Only omb_DoKernalMorphDIB() takes the bytes of an 8-bit image as values.
- * - Other depths do not change, and no image does without memory. Row padding keeps its bytes.
+ * - Other depths do not change, and nothing changes when memory runs out. Row padding keeps its
+ *   bytes.
  *
  * @anchor steps
  * @par Steps
@@ -1315,7 +1317,8 @@ enum OmbMorphology {
  * value. Row padding stays.
  *
  * @par Limits
- * - 8 bits: colors do not count, pixels do. Bring images with colors to 24 bits (omb_neuquant()).
+ * - 8 bits: pixels count, not their colors. Bring images with a table of colors to 24 bits first,
+ *   with omb_neuquant().
  * - `bits` is believed; the image's own bit count only decides how long a row is.
  * - 24-bit images wider than 21,844 pixels and 8-bit images wider than 65,532 are refused with 0;
  *   see the next point for 65,536 and more.
