@@ -11,7 +11,7 @@ using Image = std::unique_ptr<PackedDib, FreeDib>;
 
 bool Scale(Image& image, uint32_t width, uint32_t height) {
   PackedDib* block = image.release();
-  const bool done = omb_scale(&block, width, height, 2) != 0;  // 2: bilinear
+  const bool done = omb_scale(&block, width, height, OMB_RESAMPLE_BILINEAR) != 0;
   image.reset(block);  // the new block; the old one if it was not done
   return done;
 }
