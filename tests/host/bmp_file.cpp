@@ -46,7 +46,7 @@ std::vector<uint8_t> BmpFile::Bytes() const {
     Put(bytes, colors_used, 4);
     Put(bytes, 0, 4);
     for (const uint32_t mask : masks) Put(bytes, mask, 4);
-    if (bytes.size() < 14 + header_size) bytes.resize(14 + header_size, 0);
+    if (bytes.size() < 14 + header_size || header_size < 40) bytes.resize(14 + header_size, 0);
   }
   for (const uint32_t color : colors) Put(bytes, color, header_size == 12 ? 3 : 4);
   bytes.resize(bytes.size() + gap, 0xEE);

@@ -19,8 +19,8 @@ void ExpectColors(const TestImage& image, std::vector<uint32_t> colors) {
 }
 
 TEST(BmpFile, EveryDepthWithEveryHeader) {
-  for (const uint32_t header : {12, 40, 52, 56, 64, 108, 124}) {
-    for (const int bits : {1, 4, 8, 16, 24, 32}) {
+  for (const uint32_t header : {12, 16, 40, 52, 56, 64, 108, 124}) {
+    for (const int bits : {1, 2, 4, 8, 16, 24, 32}) {
       for (const int variety : {0, 1, 2, 3}) {
         SCOPED_TRACE(testing::Message() << header << " bytes, " << bits << " bits, " << variety);
         BmpFile file{.bits = bits, .width = 11, .height = 5, .header_size = header};
@@ -28,13 +28,20 @@ TEST(BmpFile, EveryDepthWithEveryHeader) {
         file.gap = variety < 2 ? 0 : 7;
         file.colors = VariedColors(static_cast<int>(ColorCount(bits)), header);
         file.pixel = Noise(PixelLimit(bits), 1);
-        const TestImage expected = ImageBuilder(bits, 11, 5)
-                                       .Colors(file.colors)
+        const bool sized = header == 12 || header == 16;
+        std::vector<uint32_t> colors = file.colors;
+        if (bits == 2) colors.resize(16);
+        const TestImage expected = ImageBuilder(bits == 2 ? 4 : bits, 11, 5)
+                                       .Colors(colors)
                                        .Pixels(file.pixel)
-                                       .Field(24, header == 12 ? 0 : kTestXPels)
-                                       .Field(28, header == 12 ? 0 : kTestYPels)
+                                       .Field(24, sized ? 0 : kTestXPels)
+                                       .Field(28, sized ? 0 : kTestYPels)
                                        .Build();
-        EXPECT_EQ(Decode(file.Bytes()).Bytes(), expected.Bytes());
+        const std::vector<uint8_t> bytes = file.Bytes();
+        EXPECT_EQ(Decode(bytes).Bytes(), expected.Bytes());
+        // As on the clipboard.
+        if (file.gap > 0) continue;
+        EXPECT_EQ(Decode({bytes.begin() + 14, bytes.end()}).Bytes(), expected.Bytes());
       }
     }
   }
@@ -58,6 +65,9 @@ TEST(BmpFile, ColorTablesOfOtherSizes) {
       }
     }
   }
+  // More than the depth has use for.
+  const BmpFile large{.bits = 8, .colors = VariedColors(300, 2), .colors_used = 300};
+  ExpectColors(Decode(large.Bytes()), {large.colors.begin(), large.colors.begin() + 256});
   // No offset at all, and a table that only advises at 24 bits.
   BmpFile file{.bits = 8, .colors = colors, .colors_used = 3, .pixels_at = 0};
   file.pixel = [](int, int) { return 2u; };
@@ -205,8 +215,8 @@ TEST(BmpFile, WhatIsWrongIsSaidInOneLine) {
     BmpFile file;
     std::string error;
   } cases[] = {
-      {{.bits = 8, .colors = GrayRamp(300), .colors_used = 300},
-       "the color table of 300 entries does not fit 8 bits"},
+      {{.bits = 8, .colors = gray, .pixels_at = 54},
+       "the pixels begin where the color table belongs"},
       {{.bits = 24, .width = 5, .height = 20, .data = std::vector<uint8_t>(16 * 6 + 3)},
        "the file ends in row 7 of 20"},
       {{.bits = 8, .width = 2, .height = 3, .compression = 1, .colors = gray, .data = {2, 1, 0, 0}},
@@ -215,7 +225,7 @@ TEST(BmpFile, WhatIsWrongIsSaidInOneLine) {
        "the compressed pixels exceed the image's height"},
       {{.bits = 8, .top_down = true, .compression = 1, .colors = gray},
        "a compressed image cannot be stored top-down"},
-      {{.bits = 2}, "images of 2 bits per pixel are not supported"},
+      {{.bits = 3}, "images of 3 bits per pixel are not supported"},
       {{.bits = 8, .compression = 2}, "compression method 2 at 8 bits is not supported"},
       {{.bits = 24, .compression = 4}, "compression method 4 at 24 bits is not supported"},
       {{.bits = 16, .header_size = 64, .compression = 3},

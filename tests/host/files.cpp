@@ -13,12 +13,29 @@ namespace ombrilo::test {
 
 namespace fs = std::filesystem;
 
-TestImage Decode(const std::vector<uint8_t>& file, Strings* remarks) {
+namespace {
+
+omb::Remark Collect(Strings* remarks) {
+  if (remarks == nullptr) return {};
+  return [=](const std::string& text) { remarks->push_back(text); };
+}
+
+}  // namespace
+
+TestImage Decode(const std::vector<uint8_t>& file, Strings* remarks, omb::Metadata* metadata) {
   const auto exact = std::make_unique<uint8_t[]>(file.size());
   std::ranges::copy(file, exact.get());
-  omb::Remark remark;
-  if (remarks != nullptr) remark = [&](const std::string& text) { remarks->push_back(text); };
-  return TestImage(omb::DecodeImage({exact.get(), file.size()}, remark).release());
+  return TestImage(
+      omb::DecodeImage({exact.get(), file.size()}, Collect(remarks), metadata).release());
+}
+
+std::vector<uint8_t> EncodePages(omb::Format format, const std::vector<Page>& pages,
+                                 Strings* remarks) {
+  const Directory directory;
+  omb::ImageWriter writer(directory / "image", format, {}, Collect(remarks));
+  for (const auto& [dib, metadata] : pages) writer.Add(dib, *metadata);
+  writer.Commit();
+  return Load(directory / "image");
 }
 
 std::string DecodeError(const std::vector<uint8_t>& file) {

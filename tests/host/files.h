@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "files/codec.h"
@@ -16,12 +17,17 @@ namespace ombrilo::test {
 using Strings = std::vector<std::string>;
 
 // Decodes from a block that ends where the file ends. Remarks are collected where somebody asks.
-TestImage Decode(const std::vector<uint8_t>& file, Strings* remarks = nullptr);
+TestImage Decode(const std::vector<uint8_t>& file, Strings* remarks = nullptr,
+                 omb::Metadata* metadata = nullptr);
 // What decoding complains about; empty when it does not.
 std::string DecodeError(const std::vector<uint8_t>& file);
 
 // The file that writing an image gives.
 std::vector<uint8_t> Encode(omb::Format format, const PackedDib* dib);
+
+using Page = std::pair<const PackedDib*, const omb::Metadata*>;
+std::vector<uint8_t> EncodePages(omb::Format format, const std::vector<Page>& pages,
+                                 Strings* remarks = nullptr);
 
 // Header fields that every image that was read has: 40 bytes, 1 plane, bottom-up, no stale fields.
 void ExpectPlainHeader(const TestImage& image);

@@ -57,7 +57,11 @@ TEST(Calls, NameWhatIsWrongAndShowTheUsage) {
       {"", "there is no step ''"},
       {"open=1", "there is no step 'open'; there is mathopen, opencompose"},
       {"Gamacorection", "there is no step 'Gamacorection'; there is gammacorrection"},
+      {"resize=50%", "there is no step 'resize'; that is scale here"},
+      {"gr", "there is no step 'gr'; there is gray, gradientize"},
       {"invert=1", "invert: takes no arguments"},
+      {"binary=level=3", "binary: there is no parameter 'level'"},
+      {"scale=50%,size=40%", "scale: 'size' is given twice"},
       {"crop=1,2,3", "crop: 'bottom' is missing"},
       {"crop=1,,3,4", "crop: 'top' is missing"},
       {"crop=1,2,3,4,5", "crop: takes no more than 4 arguments"},
@@ -80,6 +84,9 @@ TEST(Calls, NameWhatIsWrongAndShowTheUsage) {
       EXPECT_NE(error.usage(), "");
     }
   }
+  // A shell took arguments with blanks apart.
+  EXPECT_EQ(ParseCalls({"kernel=unsharp", "5x5,2", "invert"}).size(), 2u);
+  EXPECT_THROW(ParseCalls({"crop=0,0,1,1", "inver"}), UsageError);
   EXPECT_EQ(FindStep("crop")->Usage(), "crop=left,top,right,bottom");
   const Step optional = {
       "s", "",   "",
@@ -108,12 +115,14 @@ TEST(Tables, ExamplesRunAtEveryDepthTheyPromise) {
         SCOPED_TRACE(testing::Message() << text << " at " << bits << " bits");
         Image image = Example(bits);
         const Call call = ParseCall(text);
-        if (step->TakesDepth(bits)) {
+        // 16 and 32 bits are brought to 24.
+        if (step->TakesDepth(bits) || (bits >= 16 && step->TakesDepth(24))) {
           EXPECT_NO_THROW(RunCall(call, image));
           continue;
         }
         EXPECT_THROW(RunCall(call, image), StepError);
-        if (step->before == nullptr || bits == 16 || bits == 32) continue;
+        EXPECT_EQ(omb_DIBBitCount(image.get()), bits);
+        if (step->before == nullptr) continue;
         // The hint helps.
         RunCall(ParseCall(step->before), image);
         EXPECT_NO_THROW(RunCall(call, image));
@@ -181,7 +190,52 @@ TEST(Tables, EveryExportIsAStepOrNoneOnPurpose) {
     for (char& c : name) c = static_cast<char>(std::tolower(c));
     EXPECT_NE(FindStep(name), nullptr) << word;
   }
-  EXPECT_EQ(operations, AllSteps().size());
+  const std::set<std::string> of_the_host = {"truecolor"};
+  EXPECT_EQ(operations + of_the_host.size(), AllSteps().size());
+}
+
+TEST(Calls, BytesThatAreNoGrayLevelsAreNotFiltered) {
+  using ombrilo::test::ImageBuilder;
+  const struct {
+    std::vector<uint32_t> colors;
+    const char* cure;
+  } cases[] = {{ombrilo::test::VariedColors(256, 3), "try truecolor first"},
+               {std::vector<uint32_t>(256, 0x808080), "try truecolor, then gray"}};
+  for (const auto& [colors, cure] : cases) {
+    for (const char* step : {"kernel=20", "enhancepage=median", "edgepage=sobel", "morph=open,1"}) {
+      ombrilo::test::TestImage built = ImageBuilder(8, 20, 20).Colors(colors).Build();
+      Image image(std::exchange(*built.ref(), nullptr));
+      try {
+        RunCall(ParseCall(step), image);
+        ADD_FAILURE() << step;
+      } catch (const StepError& error) {
+        EXPECT_NE(std::string(error.what()).find(cure), std::string::npos) << error.what();
+      }
+    }
+  }
+}
+
+// Noise on paper and ink: what is parted is the two, wherever they lie.
+TEST(Calls, OtsuPartsPaperFromInk) {
+  for (const int shift : {0, 90, 160}) {
+    for (const int bits : {8, 24}) {
+      const auto pixel = [=](int x, int y) {
+        const uint32_t noise = ombrilo::test::Noise(20, 3)(x, y);
+        const uint32_t gray = noise + static_cast<uint32_t>(shift + (x % 8 == 3 ? 0 : 70));
+        return bits == 8 ? gray : gray * 0x10101;
+      };
+      ombrilo::test::TestImage built = ombrilo::test::ImageBuilder(bits, 64, 48)
+                                           .Colors(ombrilo::test::GrayRamp(bits == 8 ? 256 : 0))
+                                           .Pixels(pixel)
+                                           .Build();
+      Image image(std::exchange(*built.ref(), nullptr));
+      RunCall(ParseCall("binary"), image);
+      const ombrilo::test::TestImage result(image.release());
+      for (int x = 0; x < 64; ++x) {
+        EXPECT_EQ(result.Pixel(x, 7), x % 8 == 3 ? 0u : 1u) << shift << ", " << x;
+      }
+    }
+  }
 }
 
 // A menu offers each step under a title of its own, by a letter of its own.
@@ -240,7 +294,7 @@ TEST(Tables, ArgumentsReachTheLibrary) {
        [](auto* dib) { omb_EnhancePage(dib, 2, 2, 5, 0, 0, 2, 0, 0); }},
       {"enhancepage=higauss,9x9", [](auto* dib) { omb_EnhancePage(dib, 2, 1, 10, 0, 0, 3, 0, 0); }},
       {"enhancepage=median", [](auto* dib) { omb_EnhancePage(dib, 1, 1, 10, 0, 0, 7, 0, 0); }},
-      {"enhancepage=rank,3x3,,,80",
+      {"enhancepage=rank,3x3,percentile=80",
        [](auto* dib) { omb_EnhancePage(dib, 0, 1, 10, 0, 80, 8, 0, 0); }},
       {"edgepage=roberts", [](auto* dib) { omb_EdgePage(dib, 0, 1, 10, 1); }},
       {"edgepage=vertical,7x7,1,4", [](auto* dib) { omb_EdgePage(dib, 2, 1, 4, 6); }},

@@ -4,14 +4,19 @@
 #include <filesystem>
 #include <map>
 #include <new>
+#include <optional>
+#include <system_error>
 #include <thread>
+#include <utility>
 
 #include "commands.h"
 #include "errors.h"
 #include "files/files.h"
 #include "files/long_path.h"
+#include "memory_limit.h"
 #include "progress.h"
 #include "steps/steps.h"
+#include "terminal.h"
 #include "text.h"
 
 namespace omb {
@@ -27,39 +32,119 @@ constexpr const char* kUsage =
 struct Job {
   std::string input;
   fs::path output;
-  Format format;
+  Format format = Format::kBmp;
+  std::string problem;  // why there is nothing to be done
 };
 
-Format FormatFor(const fs::path& path, const std::string& name) {
-  try {
-    return name.empty() ? FormatOfPath(path) : FormatOfName(name);
-  } catch (const FileError& error) {
-    throw UsageError((name.empty() ? Utf8(path) : "--format " + name) + ": " + error.what());
-  }
+std::string NameOf(const std::string& input) { return input == "-" ? "standard input" : input; }
+
+std::string NameOf(const fs::path& output) {
+  return output == "-" ? "standard output" : Utf8(output);
 }
 
-// Reads, runs and writes. Returns what went wrong, or nothing.
-std::string Do(const Job& job, const std::vector<Call>& calls, const Remark& remark) {
-  try {
-    Image image = ReadImage(PathOf(job.input), remark);
-    for (const Call& call : calls) {
-      try {
-        RunCall(call, image);
-      } catch (const StepError& error) {
-        return job.input + ": " + call.step->name + ": " + error.what();
-      }
-    }
-    try {
-      WriteImage(job.output, job.format, image.get());
-    } catch (const FileError& error) {
-      return Utf8(job.output) + ": " + error.what();
-    }
-    return {};
-  } catch (const std::bad_alloc&) {
-    return job.input + ": memory ran out";
-  } catch (const std::exception& error) {
-    return job.input + ": " + error.what();
+// Runs the command's steps on files. Any thread may call it.
+class Work {
+ public:
+  Work(const ApplyOptions& options, std::vector<Call> calls, Progress& progress)
+      : options_(options),
+        calls_(std::move(calls)),
+        write_options_{options.quality, options.compression},
+        progress_(progress) {}
+
+  // Reads, runs and writes. Returns what went wrong, or nothing.
+  std::string Do(const Job& job, bool quiet) const {
+    size_t parts = 1;  // that the progress still waits for
+    const std::string failure = Try(job, quiet || options_.quiet, parts);
+    while (parts-- > 0) progress_.Advance(NameOf(job.input));
+    return failure;
   }
+
+ private:
+  std::string Try(const Job& job, bool quiet, size_t& parts) const {
+    const std::string name = NameOf(job.input);
+    if (!job.problem.empty()) return name + ": " + job.problem;
+    try {
+      ImageFile file(PathOf(job.input));
+      const size_t pages = file.pages();
+      const auto [first, last] = Range(pages, job.format);
+      const bool several = last - first > 1;
+      progress_.Expect(last - first - 1);
+      parts = last - first;
+      std::optional<ImageWriter> writer;
+      for (size_t page = first; page < last; ++page) {
+        const std::string where = several ? "page " + std::to_string(page + 1) + ": " : "";
+        const Remark remark = [&](const std::string& text) {
+          if (!quiet) progress_.Say("omb: " + name + ": " + where + text);
+        };
+        Metadata metadata;
+        Image image = file.Read(page, remark, &metadata);
+        for (const Call& call : calls_) {
+          try {
+            RunCall(call, image);
+          } catch (const StepError& error) {
+            return name + ": " + where + call.step->name + ": " + error.what();
+          }
+        }
+        try {
+          if (!writer) writer.emplace(job.output, job.format, write_options_, remark);
+          writer->Add(image.get(), metadata);
+          if (page + 1 == last) writer->Commit();
+        } catch (const FileError& error) {
+          return NameOf(job.output) + ": " + error.what();
+        }
+        if (page + 1 < last) progress_.Advance(name);
+        --parts;
+      }
+      parts = 1;
+      return {};
+    } catch (const std::bad_alloc&) {
+      return name + ": memory ran out";
+    } catch (const std::exception& error) {
+      return name + ": " + error.what();
+    }
+  }
+
+  // The pages that are wanted, of a file that has so many.
+  std::pair<size_t, size_t> Range(size_t pages, Format format) const {
+    if (options_.page > pages) {
+      throw FileError("there is no page " + std::to_string(options_.page) + "; the file has " +
+                      std::to_string(pages));
+    }
+    if (options_.page > 0) return {options_.page - 1, options_.page};
+    if (pages > 1 && format != Format::kTiff) {
+      throw FileError(std::string("it has ") + std::to_string(pages) + " pages, and a " +
+                      TitleOf(format) + " file holds one: --page N picks one, TIFF takes all");
+    }
+    return {0, pages};
+  }
+
+  const ApplyOptions& options_;
+  const std::vector<Call> calls_;
+  const WriteOptions write_options_;
+  Progress& progress_;
+};
+
+// The format of an output. Throws UsageError where an option is at fault, and FileError where a
+// name is.
+Format FormatFor(const fs::path& path, const ApplyOptions& options) {
+  Format format = Format::kBmp;
+  if (options.format.empty()) {
+    if (path == "-")
+      throw UsageError("standard output has no name that says its format; --format does");
+    format = FormatOfPath(path);
+  } else {
+    try {
+      format = FormatOfName(options.format);
+    } catch (const FileError& error) {
+      throw UsageError("--format " + options.format + ": " + error.what());
+    }
+  }
+  try {
+    CheckOptions(format, {options.quality, options.compression});
+  } catch (const FileError& error) {
+    throw UsageError("--compression " + *options.compression + ": " + error.what());
+  }
+  return format;
 }
 
 // What a file system that does not tell A from a calls the file.
@@ -77,7 +162,14 @@ std::vector<Job> JobsOf(const std::vector<std::string>& files, const ApplyOption
   std::map<std::string, std::string> inputs;  // by output
   for (const std::string& file : files) {
     const fs::path input = PathOf(file);
-    const Format format = FormatFor(input, options.format);
+    if (file == "-") throw UsageError("standard input has no name that a result could take");
+    Format format = Format::kBmp;
+    try {
+      format = FormatFor(input, options);
+    } catch (const FileError& error) {
+      jobs.push_back({file, {}, format, error.what()});
+      continue;
+    }
     fs::path name = input.stem();
     name += std::string(".") + ExtensionOf(format);
     const fs::path output = PathOf(options.out_dir) / name;
@@ -89,7 +181,7 @@ std::vector<Job> JobsOf(const std::vector<std::string>& files, const ApplyOption
     if (fs::equivalent(LongPath(input), LongPath(output), ignored)) {
       throw UsageError(file + " would be replaced by its own result; choose another --out-dir");
     }
-    jobs.push_back({file, output, format});
+    jobs.push_back({file, output, format, {}});
   }
   return jobs;
 }
@@ -108,22 +200,28 @@ int ApplyToMany(const ApplyOptions& options) {
 
   std::vector<std::string> failures(jobs.size());
   {
-    Progress progress(jobs.size());
+    Progress progress(jobs.size(), options.quiet);
+    const Work work(options, calls, progress);
     std::atomic<size_t> next = 0;
-    const auto work = [&] {
-      for (size_t i; (i = next++) < jobs.size();) {
-        const std::string& input = jobs[i].input;
-        failures[i] = Do(jobs[i], calls, [&](const std::string& remark) {
-          progress.Say("omb: " + input + ": " + remark);
-        });
-        progress.Advance(input);
-      }
+    const auto run = [&] {
+      for (size_t i; (i = next++) < jobs.size();) failures[i] = work.Do(jobs[i], false);
     };
     const unsigned wanted =
         options.jobs != 0 ? options.jobs : std::max(1u, std::thread::hardware_concurrency());
-    std::vector<std::jthread> helpers;
-    for (size_t i = 1; i < std::min<size_t>(wanted, jobs.size()); ++i) helpers.emplace_back(work);
-    work();
+    {
+      std::vector<std::jthread> helpers;
+      try {
+        for (size_t i = 1; i < std::min<size_t>(wanted, jobs.size()); ++i)
+          helpers.emplace_back(run);
+      } catch (const std::system_error&) {
+        // There is no memory for more of them: those that run do the work.
+      }
+      run();
+    }
+    // Beside others there may have been too little memory under the limit; alone each gets all.
+    for (size_t i = 0; options.memory_limit != 0 && wanted > 1 && i < jobs.size(); ++i) {
+      if (!failures[i].empty()) failures[i] = work.Do(jobs[i], true);
+    }
   }
 
   size_t failed = 0;
@@ -144,10 +242,20 @@ int ApplyToOne(const ApplyOptions& options) {
   }
   if (words.size() < 2) throw UsageError("INPUT and OUTPUT are needed", kUsage);
   const std::vector<Call> calls = ParseCalls({words.begin() + 2, words.end()});
-  const fs::path output = PathOf(words[1]);
-  const Job job = {words[0], output, FormatFor(output, options.format)};
-  const std::string failure =
-      Do(job, calls, [&](const std::string& remark) { Complain(job.input, remark); });
+  Job job = {words[0], PathOf(words[1]), {}, {}};
+  try {
+    job.format = FormatFor(job.output, options);
+  } catch (const FileError& error) {
+    throw UsageError(words[1] + ": " + error.what());
+  }
+  if (job.output == "-" && IsTerminal(stdout)) {
+    throw UsageError("standard output is a terminal; lead it to a file or a program");
+  }
+  std::string failure;
+  {
+    Progress progress(1, options.quiet);
+    failure = Work(options, calls, progress).Do(job, false);
+  }
   if (failure.empty()) return 0;
   Complain("", failure);
   return 1;
@@ -156,6 +264,7 @@ int ApplyToOne(const ApplyOptions& options) {
 }  // namespace
 
 int Apply(const ApplyOptions& options) {
+  if (options.memory_limit != 0) LimitMemory(options.memory_limit);
   return options.out_dir.empty() ? ApplyToOne(options) : ApplyToMany(options);
 }
 

@@ -235,7 +235,7 @@ Room RoomOf(const std::string& file, const PackedDib* input, const fs::path& dir
 void WritePage(const fs::path& path, const std::string& page) {
   try {
     TemporaryFile file(path);
-    std::fwrite(page.data(), 1, page.size(), file.stream());
+    file.output().Write(page.data(), page.size());
     file.Commit();
   } catch (const FileError& error) {
     throw std::runtime_error(Utf8(path) + ": " + error.what());

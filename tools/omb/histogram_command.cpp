@@ -5,9 +5,9 @@
 #include "commands.h"
 #include "errors.h"
 #include "files/files.h"
+#include "files/pixels_out.h"
 #include "files/temporary_file.h"
 #include "histogram.h"
-#include "steps/steps.h"
 #include "terminal.h"
 #include "text.h"
 
@@ -42,9 +42,30 @@ void Print(const std::string& title, const std::vector<Histogram>& histograms) {
       TextPlot(histograms, bars, columns > 0 && std::getenv("NO_COLOR") == nullptr).c_str());
 }
 
+// A line for each value: value,red,green,blue.
+void PrintNumbers(const std::vector<Histogram>& histograms) {
+  std::printf("value");
+  for (const Histogram& histogram : histograms) std::printf(",%s", histogram.name());
+  for (size_t value = 0; value < 256; ++value) {
+    std::printf("\n%zu", value);
+    for (const Histogram& histogram : histograms) {
+      std::printf(",%llu", static_cast<unsigned long long>(histogram.counts[value]));
+    }
+  }
+  std::printf("\n");
+}
+
+Image ReadPage(const std::string& file, unsigned page) {
+  const Remark remark = [&](const std::string& text) { Complain(file, text); };
+  if (page == 1) return ReadImage(PathOf(file), remark);
+  ImageFile pages(PathOf(file));
+  if (page > pages.pages()) throw FileError("there is no page " + std::to_string(page));
+  return pages.Read(page - 1, remark);
+}
+
 void Save(const std::filesystem::path& path, const std::string& drawing) {
   TemporaryFile file(path);
-  std::fwrite(drawing.data(), 1, drawing.size(), file.stream());
+  file.output().Write(drawing.data(), drawing.size());
   file.Commit();
 }
 
@@ -56,14 +77,15 @@ int ShowHistogram(const HistogramOptions& options) {
   }
   std::string file = options.file;  // what a failure is about
   try {
-    Image image =
-        ReadImage(PathOf(file), [&](const std::string& remark) { Complain(file, remark); });
-    RunCall(ParseCall("transformat"), image);
+    Image image = ReadPage(file, options.page);
+    if (omb_DIBNumColors(image.get()) == 0) image = TrueColor(image.get());
     const std::vector<Histogram> histograms =
         Measure(image.get(), ChannelsOf(options.channel, image.get()));
     const std::string title =
         Utf8(PathOf(file).filename()) + ": " + Grouped(histograms[0].total()) + " pixels";
-    if (options.output.empty()) {
+    if (options.csv) {
+      PrintNumbers(histograms);
+    } else if (options.output.empty()) {
       Print(title, histograms);
     } else {
       file = options.output;

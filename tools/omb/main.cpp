@@ -1,12 +1,16 @@
 // omb: the command line of Ombrilo. This file knows the arguments and nothing else.
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <memory>
 #include <new>
+#include <system_error>
 
 #include "commands.h"
 #include "errors.h"
+#include "files/temporary_file.h"
+#include "memory_limit.h"
 #include "ombrilo/ombrilo.h"
 #include "terminal.h"
 #include "text.h"
@@ -35,6 +39,8 @@ constexpr const char* kExamples =
 constexpr const char* kApplyHelp =
     "Each STEP is a name, with arguments after '=' where it takes some: invert, crop=0,0,99,99.\n"
     "They run in order; without any, the file is only converted. 'omb list' shows them all.\n"
+    "\n"
+    "Of a TIFF file with several pages all are done. '-' is standard input or output.\n"
     "\n"
     "With many files, one that fails does not stop the others; the failures are told at the end,\n"
     "and the exit status is 1 then.\n";
@@ -75,7 +81,7 @@ int Main(std::vector<std::string> words) {
   CLI::App app("Image processing on the command line, with the operations of Ombrilo.", "omb");
   app.require_subcommand(1);
   app.allow_windows_style_options(false);
-  app.set_version_flag("--version", kVersion);
+  app.set_version_flag("-V,--version", kVersion);
 
   app.formatter(std::make_shared<HelpFormatter>("COMMAND ..."));
 
@@ -94,23 +100,40 @@ int Main(std::vector<std::string> words) {
   apply->add_option("--jobs", apply_options.jobs, "Files at a time; all processors if not given")
       ->option_text("N")
       ->check(CLI::Range(1, 256));
+  apply->add_option("--page", apply_options.page, "One page of a TIFF file, from 1; otherwise all")
+      ->option_text("N")
+      ->check(CLI::Range(1, 65535));
+  apply->add_option("--quality", apply_options.quality, "Of JPEG, 1 to 100; 92 if not given")
+      ->option_text("N")
+      ->check(CLI::Range(1, 100));
+  apply
+      ->add_option("--compression", apply_options.compression,
+                   "Of TIFF: none, packbits, lzw, deflate, jpeg, g4; of PNG: 0 to 9")
+      ->option_text("NAME");
+  std::string memory;
+  apply
+      ->add_option("--memory-limit", memory,
+                   "No more memory than this for all jobs together, such as 500M or 2G")
+      ->option_text("SIZE");
+  apply->add_flag("-q,--quiet", apply_options.quiet, "No remarks and no progress, failures alone");
 
   std::vector<std::string> files;
   CLI::App* info =
-      AddCommand(app, "info", "Tell what images are: size, depth, colors", "info FILE...");
+      AddCommand(app, "info", "Tell what images are: size, depth, colors", "info [--json] FILE...");
   info->add_option("FILE", files)->required();
+  bool json = false;
+  info->add_flag("--json", json, "For programs");
 
   std::string step;
   CLI::App* list = AddCommand(app, "list", "Show the steps there are, or all about one",
                               "list [--json] [STEP | kernels]");
   list->footer("'omb list kernels' draws the built-in kernels and shapes.\n");
   list->add_option("STEP", step);
-  bool json = false;
   list->add_flag("--json", json, "For programs: steps, parameters, ranges, defaults");
 
   omb::HistogramOptions histogram_options;
   CLI::App* histogram = AddCommand(app, "histogram", "Plot how often each value occurs",
-                                   "histogram FILE [--channel CHANNEL] [-o PLOT.svg]");
+                                   "histogram FILE [--channel CHANNEL] [--csv | -o PLOT.svg]");
   histogram->footer(kHistogramHelp);
   histogram->add_option("FILE", histogram_options.file)->required();
   histogram->add_option("--channel", histogram_options.channel, "red, green, blue or gray")
@@ -120,6 +143,10 @@ int Main(std::vector<std::string> words) {
       ->add_option("-o,--output", histogram_options.output,
                    "An SVG file instead of a plot in the terminal")
       ->option_text("PLOT.svg");
+  histogram->add_flag("--csv", histogram_options.csv, "Numbers instead of a plot");
+  histogram->add_option("--page", histogram_options.page, "Of a TIFF file, from 1")
+      ->option_text("N")
+      ->check(CLI::Range(1, 65535));
 
   CLI::App* gallery =
       AddCommand(app, "gallery", "Write a page that shows every step", "gallery INPUT... DIR");
@@ -145,11 +172,21 @@ int Main(std::vector<std::string> words) {
     if (error.get_exit_code() == 0) return app.exit(error);
     throw omb::UsageError(error.what(), kMoreHelp);
   }
+  if (!memory.empty()) apply_options.memory_limit = omb::ParseMemory(memory);
   if (*apply) return omb::Apply(apply_options);
-  if (*info) return omb::Info(files);
+  if (*info) return omb::Info(files, json);
   if (*list) return omb::List(step, json);
   if (*histogram) return omb::ShowHistogram(histogram_options);
   return omb::Gallery(files);
+}
+
+// What was printed may not have reached its place.
+bool OutputArrived() {
+  errno = 0;
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return true;
+  const std::error_code error(errno != 0 ? errno : EIO, std::generic_category());
+  omb::Complain("standard output", error.message());
+  return false;
 }
 
 }  // namespace
@@ -165,10 +202,12 @@ int wmain(int argc, wchar_t** argv) {
 int main(int argc, char** argv) {
 #endif
   omb::PrepareTerminal();
+  omb::RemoveTemporaryFilesOnSignals();
   try {
     std::vector<std::string> words;
     for (int i = 1; i < argc; ++i) words.push_back(omb::Utf8(argv[i]));
-    return Main(std::move(words));
+    const int status = Main(std::move(words));
+    return OutputArrived() ? status : 1;
   } catch (const omb::UsageError& error) {
     omb::Complain("", error.what());
     std::fputs(error.usage().c_str(), stderr);

@@ -12,9 +12,17 @@ constexpr size_t kBarWidth = 30;
 
 }  // namespace
 
-Progress::Progress(size_t total) : total_(total), terminal_(IsTerminal(stderr)) { Draw(); }
+Progress::Progress(size_t total, bool quiet)
+    : total_(total), terminal_(!quiet && IsTerminal(stderr)) {
+  Draw();
+}
 
 Progress::~Progress() { Erase(); }
+
+void Progress::Expect(size_t more) {
+  const std::lock_guard lock(mutex_);
+  total_ += more;
+}
 
 void Progress::Advance(const std::string& name) {
   const std::lock_guard lock(mutex_);

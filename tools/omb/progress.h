@@ -9,8 +9,11 @@ namespace omb {
 // A bar on stderr, drawn only where that is a terminal. Any thread may call it.
 class Progress {
  public:
-  explicit Progress(size_t total);
+  explicit Progress(size_t total, bool quiet = false);
   ~Progress();  // takes the bar away
+
+  // So many parts more than was thought.
+  void Expect(size_t more);
 
   // One part, named, is done.
   void Advance(const std::string& name);
@@ -22,7 +25,7 @@ class Progress {
   void Erase() const;
 
   std::mutex mutex_;
-  const size_t total_;
+  size_t total_;
   const bool terminal_;
   size_t done_ = 0;
   std::string name_;

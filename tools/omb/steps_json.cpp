@@ -58,7 +58,8 @@ Json JsonOf(const Parameter& parameter) {
 
 Json JsonOf(const Step& step, const PackedDib* example) {
   Json json = {{"name", step.name},
-               {"family", step.family},
+               {"title", step.Title()},
+               {"family", step.Family()},
                {"summary", step.summary},
                {"usage", step.Usage()},
                {"depths", step.depths}};

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "core/packed_dib.h"
-#include "files/bmp_format.h"
 #include "files/codec.h"
 
 namespace ombview {
@@ -82,10 +81,9 @@ omb::Image CopyOf(const PackedDib* dib) {
 }
 
 omb::Image ImageOfBytes(std::span<const uint8_t> bytes, const omb::Remark& remark) {
-  // A BMP file is a packed DIB behind a file header. One of zeros says: the rows follow the colors.
-  std::vector<uint8_t> file(omb::kFileHeaderSize);
-  file.insert(file.end(), bytes.begin(), bytes.end());
-  return omb::ReadBmp(file, remark);
+  const omb::Remark heard = remark ? remark : [](const std::string&) {};
+  omb::Reading reading = {bytes, heard};
+  return omb::ReadPackedDib(reading);
 }
 
 }  // namespace ombview

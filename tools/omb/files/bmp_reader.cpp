@@ -1,7 +1,8 @@
-// BMP files: a file header of 14 bytes, then what is nearly a packed DIB.
+// BMP files: a file header of 14 bytes, then what is nearly a packed DIB. The file header may be
+// missing, as on the clipboard.
 //
-// Headers: 12 bytes (core), 40 (information), 52 and 56 (with color masks), 64 (OS/2 2.x), 108 (v4)
-// and 124 (v5). All become 40 bytes. See "Bitmap Storage" in the Windows documentation.
+// Headers: 12 bytes (core), 40 (information), 52 and 56 (with color masks), 16 and 64 (OS/2 2.x),
+// 108 (v4) and 124 (v5). All become 40 bytes. See "Bitmap Storage" in the Windows documentation.
 #include <algorithm>
 #include <bit>
 #include <cstring>
@@ -10,6 +11,7 @@
 #include "core/bytes.h"
 #include "core/pixels.h"
 #include "files/bmp_format.h"
+#include "files/channel.h"
 #include "files/codec.h"
 #include "files/pixels_in.h"
 #include "files/rle.h"
@@ -20,8 +22,10 @@ using namespace ombrilo;
 
 namespace {
 
-constexpr uint32_t kOs2HeaderSize = 64;
-constexpr size_t kMasksAt = kFileHeaderSize + kInfoHeaderSize;  // in and behind a header alike
+constexpr uint32_t kOs2HeaderSize = 64, kShortOs2HeaderSize = 16;
+constexpr uint32_t kHeaderSizes[] = {
+    kCoreHeaderSize, kShortOs2HeaderSize, kInfoHeaderSize, 52, 56, kOs2HeaderSize, 108,
+    kVersion5Size};
 
 // Other values of biCompression than kBitfields.
 enum Compression : uint32_t { kRgb = 0, kRle8 = 1, kRle4 = 2, kAlphaBitfields = 6 };
@@ -32,9 +36,11 @@ struct Layout {
 };
 
 struct BmpHeader {
-  uint32_t size;  // of the header behind the file header
+  size_t at;      // behind the file header, or 0
+  uint32_t size;  // of the header itself
   bool core;
-  ImageSize image;
+  uint16_t bits;    // of a pixel in the file
+  ImageSize image;  // with the depth of the image
   bool top_down;
   uint32_t compression;
   uint32_t colors;  // entries of the color table that the header announces
@@ -44,6 +50,8 @@ struct BmpHeader {
 
   bool runs() const { return compression == kRle8 || compression == kRle4; }
   bool masked() const { return compression == kBitfields || compression == kAlphaBitfields; }
+  // They stand in and behind a header alike.
+  size_t masks_at() const { return at + kInfoHeaderSize; }
   bool direct() const { return image.bit_count == 16 || image.bit_count == 32; }
   size_t table_step() const { return core ? 3 : 4; }
 };
@@ -53,9 +61,9 @@ void NeedBytes(Bytes file, size_t end, const char* where) {
 }
 
 void CheckKind(const BmpHeader& header, uint32_t planes) {
-  const uint16_t bits = header.image.bit_count;
+  const uint16_t bits = header.bits;
   if (planes > 1) throw FileError("it has " + std::to_string(planes) + " planes instead of 1");
-  if (!IsIndexed(bits) && bits != 24 && !header.direct()) {
+  if (!IsIndexed(bits) && bits != 2 && bits != 24 && !header.direct()) {
     throw FileError("images of " + std::to_string(bits) + " bits per pixel are not supported");
   }
   // Behind an OS/2 header these numbers mean other methods.
@@ -66,49 +74,55 @@ void CheckKind(const BmpHeader& header, uint32_t planes) {
                     std::to_string(bits) + " bits is not supported");
   }
   if (runs && header.top_down) throw FileError("a compressed image cannot be stored top-down");
-  if (IsIndexed(bits) && header.colors > ColorsOfDepth(bits)) {
-    throw FileError("the color table of " + std::to_string(header.colors) +
-                    " entries does not fit " + std::to_string(bits) + " bits");
-  }
 }
 
-BmpHeader ReadHeader(Bytes file) {
-  NeedBytes(file, kFileHeaderSize + 4, "header");
-  const uint8_t* fields = file.data() + kFileHeaderSize;
+// The fields of the header at `at`, whose size is known to be one of those above.
+BmpHeader ReadFields(const uint8_t* fields, size_t at) {
   BmpHeader header = {};
+  header.at = at;
   header.size = LoadU32(fields);
-  constexpr uint32_t kKnown[] = {
-      kCoreHeaderSize, kInfoHeaderSize, 52, 56, kOs2HeaderSize, 108, 124};
-  if (std::ranges::find(kKnown, header.size) == std::end(kKnown)) {
-    throw FileError("a header of " + std::to_string(header.size) + " bytes is not supported");
-  }
-  NeedBytes(file, kFileHeaderSize + header.size, "header");
-
   header.core = header.size == kCoreHeaderSize;
-  uint32_t planes;
   if (header.core) {
-    header.image = {LoadU16(fields + kCoreWidth), LoadU16(fields + kCoreHeight),
-                    LoadU16(fields + kCoreBitCount)};
-    planes = LoadU16(fields + kCoreBitCount - 2);
+    header.bits = LoadU16(fields + kCoreBitCount);
+    header.image = {LoadU16(fields + kCoreWidth), LoadU16(fields + kCoreHeight), 0};
   } else {
     const auto height = static_cast<int32_t>(LoadU32(fields + kInfoHeight));
+    header.bits = LoadU16(fields + kInfoBitCount);
     header.image = {static_cast<int32_t>(LoadU32(fields + kInfoWidth)),
-                    height < 0 ? -int64_t{height} : height, LoadU16(fields + kInfoBitCount)};
+                    height < 0 ? -int64_t{height} : height, 0};
     header.top_down = height < 0;
-    planes = LoadU16(fields + kInfoPlanes);
+  }
+  if (header.size >= kInfoHeaderSize) {
     header.compression = LoadU32(fields + kInfoCompression);
     header.resolution = {static_cast<int32_t>(LoadU32(fields + kInfoXPelsPerMeter)),
                          static_cast<int32_t>(LoadU32(fields + kInfoYPelsPerMeter))};
     header.colors = LoadU32(fields + kInfoClrUsed);
   }
-  if (header.colors == 0) header.colors = ColorsOfDepth(header.image.bit_count);
-  CheckKind(header, planes);
+  header.image.bit_count = header.bits == 2 ? 4 : header.bits;
+  return header;
+}
 
-  header.table_at = kFileHeaderSize + header.size;
-  if (header.size == kInfoHeaderSize && header.masked()) {
+uint32_t PlanesOf(const uint8_t* fields) {
+  return LoadU16(fields + (LoadU32(fields) == kCoreHeaderSize ? kCoreBitCount - 2 : kInfoPlanes));
+}
+
+BmpHeader ReadHeader(Bytes file, size_t at) {
+  NeedBytes(file, at + 4, "header");
+  const uint8_t* fields = file.data() + at;
+  const uint32_t size = LoadU32(fields);
+  if (std::ranges::find(kHeaderSizes, size) == std::end(kHeaderSizes)) {
+    throw FileError("a header of " + std::to_string(size) + " bytes is not supported");
+  }
+  NeedBytes(file, at + size, "header");
+  BmpHeader header = ReadFields(fields, at);
+  CheckKind(header, PlanesOf(fields));
+  if (header.colors == 0 && header.bits <= 8) header.colors = 1u << header.bits;
+
+  header.table_at = at + size;
+  if (size == kInfoHeaderSize && header.masked()) {
     header.table_at += header.compression == kAlphaBitfields ? 16 : 12;
   }
-  header.pixels_at = LoadU32(file.data() + kFilePixels);
+  header.pixels_at = at == 0 ? 0 : LoadU32(file.data() + kFilePixels);
   if (header.pixels_at == 0) {
     header.pixels_at = header.table_at + header.colors * header.table_step();
   }
@@ -116,11 +130,13 @@ BmpHeader ReadHeader(Bytes file) {
   return header;
 }
 
-// Old files have fewer colors than the depth implies and say so only by where the pixels begin.
+// Old files have fewer colors than the depth implies and say so only by where the pixels begin;
+// others have more than the depth has use for.
 void ReadTable(Bytes file, const BmpHeader& header, const Dib& dib) {
   const size_t step = header.table_step();
   const size_t room = (header.pixels_at - header.table_at) / step;
-  const size_t count = std::min<size_t>(header.colors, room);
+  if (room == 0) throw FileError("the pixels begin where the color table belongs");
+  const size_t count = std::min({size_t{header.colors}, room, size_t{1} << header.bits});
   NeedBytes(file, header.table_at + count * step, "color table");
   for (size_t i = 0; i < count; ++i) {
     const uint8_t* bgr = file.data() + header.table_at + i * step;
@@ -132,8 +148,8 @@ void ReadTable(Bytes file, const BmpHeader& header, const Dib& dib) {
 class StoredRows {
  public:
   StoredRows(Bytes file, const BmpHeader& header)
-      : stride_(static_cast<size_t>(StrideOf(header.image.width, header.image.bit_count))),
-        size_(static_cast<size_t>((header.image.width * header.image.bit_count + 7) / 8)),
+      : stride_(static_cast<size_t>(StrideOf(header.image.width, header.bits))),
+        size_(static_cast<size_t>((header.image.width * header.bits + 7) / 8)),
         count_(static_cast<size_t>(header.image.height)),
         top_down_(header.top_down) {
     const size_t available = file.size() - std::min(header.pixels_at, file.size());
@@ -159,48 +175,6 @@ class StoredRows {
   const uint8_t* rows_;
 };
 
-// The bits of a mask in a pixel, as a number from 0 to 255.
-class Channel {
- public:
-  explicit Channel(uint32_t mask)
-      : mask_(mask),
-        shift_(mask == 0 ? 0 : std::countr_zero(mask)),
-        maximum_(static_cast<uint32_t>((uint64_t{1} << std::popcount(mask)) - 1)),
-        contiguous_(mask >> shift_ == maximum_) {
-    for (uint32_t v = 0; v <= std::min<uint32_t>(maximum_, 255); ++v) scaled_[v] = Scale(v);
-  }
-
-  uint32_t mask() const { return mask_; }
-  // The library keeps such channels as they are.
-  bool fits_byte() const { return contiguous_ && maximum_ <= 255; }
-
-  uint8_t Of(uint32_t pixel) const {
-    const uint32_t value = contiguous_ ? (pixel & mask_) >> shift_ : Gather(pixel);
-    return maximum_ <= 255 ? scaled_[value] : Scale(value);
-  }
-
- private:
-  uint8_t Scale(uint32_t value) const {
-    if (maximum_ == 0) return 0;
-    return static_cast<uint8_t>((uint64_t{value} * 255 + maximum_ / 2) / maximum_);
-  }
-
-  uint32_t Gather(uint32_t pixel) const {
-    uint32_t value = 0;
-    int to = 0;
-    for (uint32_t rest = mask_; rest != 0; rest &= rest - 1) {
-      value |= (pixel >> std::countr_zero(rest) & 1) << to++;
-    }
-    return value;
-  }
-
-  uint32_t mask_;
-  int shift_;
-  uint32_t maximum_;
-  bool contiguous_;
-  uint8_t scaled_[256] = {};
-};
-
 Layout ReadLayout(Bytes file, const BmpHeader& header) {
   const bool wide = header.image.bit_count == 32;
   const uint32_t all = wide ? 0xFFFFFFFF : 0xFFFF;
@@ -209,7 +183,7 @@ Layout ReadLayout(Bytes file, const BmpHeader& header) {
     return {{0x7C00, 0x03E0, 0x001F}, 0};
   }
   NeedBytes(file, header.table_at, "color masks");
-  const uint8_t* masks = file.data() + kMasksAt;
+  const uint8_t* masks = file.data() + header.masks_at();
   Layout layout = {{LoadU32(masks) & all, LoadU32(masks + 4) & all, LoadU32(masks + 8) & all}, 0};
   if (header.size >= 56 || header.compression == kAlphaBitfields) {
     layout.alpha = LoadU32(masks + 12) & all;
@@ -291,13 +265,17 @@ Image ReadStored(Bytes file, const BmpHeader& header, const Remark& remark) {
   const Dib dib = *Dib::Open(image.get());
   if (dib.indexed()) ReadTable(file, header, dib);
   for (size_t y = 0; y < rows.count(); ++y) {
-    std::memcpy(dib.row(static_cast<int32_t>(y)), rows[y], rows.size());
+    uint8_t* to = dib.row(static_cast<int32_t>(y));
+    if (header.bits == 2) {
+      ExpandTwoBits(rows[y], static_cast<size_t>(dib.width()), to);
+    } else {
+      std::memcpy(to, rows[y], rows.size());
+    }
   }
   return image;
 }
 
 Image ReadRuns(Bytes file, const BmpHeader& header) {
-  CheckCompressedSize(header.image);
   NeedBytes(file, header.pixels_at, "color table");
   Image image = NewImage(header.image, header.resolution);
   const Dib dib = *Dib::Open(image.get());
@@ -306,12 +284,60 @@ Image ReadRuns(Bytes file, const BmpHeader& header) {
   return image;
 }
 
+void ReadProfile(Bytes file, const BmpHeader& header, Reading& reading) {
+  const uint8_t* fields = file.data() + header.at;
+  if (header.size != kVersion5Size || LoadU32(fields + kVersion5Space) != kEmbeddedProfile) return;
+  const size_t at = header.at + LoadU32(fields + kVersion5ProfileAt);
+  const size_t size = LoadU32(fields + kVersion5ProfileSize);
+  reading.info.profile = size;
+  if (!reading.pixels) return;
+  if (at > file.size() || size > file.size() - at) {
+    reading.remark("its color profile is not kept: the file ends inside it");
+    return;
+  }
+  const Bytes profile = file.subspan(at, size);
+  reading.metadata.profile.assign(profile.begin(), profile.end());
+}
+
+// Whether all colors are gray, by the table.
+std::optional<bool> IsGray(Bytes file, const BmpHeader& header) {
+  if (!IsIndexed(header.image.bit_count)) return {};
+  const Image table = NewImage({1, 1, header.image.bit_count}, {});
+  ReadTable(file, header, *Dib::Open(table.get()));
+  return omb_iscolorful(table.get()) == 0;
+}
+
+std::string StoredOf(const BmpHeader& header) {
+  std::string stored = std::to_string(header.bits) + (header.bits == 1 ? " bit" : " bits");
+  if (IsIndexed(header.image.bit_count)) stored += " of a palette";
+  if (header.runs()) stored += ", runs";
+  return stored;
+}
+
+Image Read(Reading& reading, size_t header_at) {
+  const Bytes file = reading.file;
+  const BmpHeader header = ReadHeader(file, header_at);
+  header.runs() ? CheckCompressedSize(header.image) : CheckSize(header.image);
+  reading.info = {header.image.width, header.image.height, header.image.bit_count,
+                  StoredOf(header),   header.resolution,   IsGray(file, header)};
+  ReadProfile(file, header, reading);
+  if (!reading.pixels) return nullptr;
+  return header.runs() ? ReadRuns(file, header) : ReadStored(file, header, reading.remark);
+}
+
 }  // namespace
 
-Image ReadBmp(Bytes file, const Remark& remark) {
-  const BmpHeader header = ReadHeader(file);
-  CheckSize(header.image);
-  return header.runs() ? ReadRuns(file, header) : ReadStored(file, header, remark);
+bool IsPackedDib(Bytes file) {
+  if (file.size() < 16) return false;
+  const uint8_t* fields = file.data();
+  if (std::ranges::find(kHeaderSizes, LoadU32(fields)) == std::end(kHeaderSizes)) return false;
+  constexpr int kDepths[] = {1, 2, 4, 8, 16, 24, 32};
+  return PlanesOf(fields) == 1 &&
+         std::ranges::find(kDepths, ReadFields(fields, 0).bits) != std::end(kDepths);
 }
+
+Image ReadBmp(Reading& reading) { return Read(reading, kFileHeaderSize); }
+
+Image ReadPackedDib(Reading& reading) { return Read(reading, 0); }
 
 }  // namespace omb

@@ -2,11 +2,12 @@
 
 #include <algorithm>
 
+#include "files/metadata.h"
+
 namespace omb {
 
 namespace {
 
-constexpr double kInch = 0.0254;  // meters
 // No byte of a deflate stream stands for more bytes than this.
 constexpr double kMostInflated = 1032;
 // A Huffman-coded block of 8 x 8 pixels takes a bit at least.
@@ -42,11 +43,16 @@ class Numbers {
 // A TIFF directory's entries of short and long numbers and fractions.
 class TiffDirectory {
  public:
-  TiffDirectory(Bytes file) : numbers_(file, file[0] == 'M') {
+  explicit TiffDirectory(Bytes file) : numbers_(file, file[0] == 'M') {
     if (numbers_.U16(2) != 42) throw FileError("TIFF files of 64-bit offsets are not supported");
-    first_ = numbers_.U32(4);
-    count_ = numbers_.U16(first_);
-    if (!numbers_.Has(first_ + 2, 12 * count_ + 4)) throw FileError("the file ends early");
+    Open(numbers_.U32(4));
+  }
+
+  // Goes to the next page's directory; false when there is none.
+  bool Next() {
+    const uint32_t next = numbers_.U32(first_ + 2 + 12 * count_);
+    if (next != 0) Open(next);
+    return next != 0;
   }
 
   uint32_t Value(uint32_t tag, uint32_t otherwise) const {
@@ -73,6 +79,13 @@ class TiffDirectory {
   }
 
  private:
+  void Open(size_t at) {
+    first_ = at;
+    count_ = numbers_.U16(first_);
+    // The place of the next directory is missing from some EXIF blocks.
+    if (!numbers_.Has(first_ + 2, 12 * count_)) throw FileError("the file ends early");
+  }
+
   struct Entry {
     uint32_t type = 0, count = 0;
     size_t value_at = 0;
@@ -104,9 +117,51 @@ class TiffDirectory {
 constexpr uint32_t kWidthTag = 256, kHeightTag = 257, kBitsTag = 258, kCompressionTag = 259,
                    kPhotometricTag = 262, kStripsTag = 273, kOrientationTag = 274,
                    kSamplesTag = 277, kStripSizesTag = 279, kXResolutionTag = 282,
-                   kYResolutionTag = 283, kUnitTag = 296, kTilesTag = 324, kTileSizesTag = 325;
+                   kYResolutionTag = 283, kUnitTag = 296, kTilesTag = 324, kTileSizesTag = 325,
+                   kSampleFormatTag = 339, kExifTag = 34665;
+
+constexpr size_t kMostPages = 65535;
+
+Resolution ResolutionOf(const TiffDirectory& directory) {
+  const uint32_t unit = directory.Value(kUnitTag, 2);
+  if (unit != 2 && unit != 3) return {};
+  const double length = unit == 2 ? kInch : 0.01;
+  return {DotsPerMeter(directory.Fraction(kXResolutionTag), length),
+          DotsPerMeter(directory.Fraction(kYResolutionTag), length)};
+}
+
+// What the codecs would show in wrong colors.
+std::string RefusalOf(const TiffDirectory& directory) {
+  if (directory.Value(kSampleFormatTag, 1) == 2) return "signed samples are not supported";
+  if (directory.Value(kPhotometricTag, 0) == 8) return "Lab colors are not supported on Windows";
+  const bool gray = directory.Value(kPhotometricTag, 0) <= 1;
+  if (gray && directory.Value(kSamplesTag, 1) > 1) {
+    return "gray with alpha is not supported on Windows";
+  }
+  return {};
+}
 
 }  // namespace
+
+ExifFacts ReadExif(Bytes exif) try {
+  if (exif.size() <= kExifMark.size()) return {};
+  const TiffDirectory directory(exif.subspan(kExifMark.size()));
+  const uint32_t orientation = directory.Value(kOrientationTag, 1);
+  return {orientation >= 1 && orientation <= 8 ? static_cast<int>(orientation) : 1,
+          ResolutionOf(directory)};
+} catch (const FileError&) {
+  return {};
+}
+
+// The codecs take no block as it stands.
+std::vector<uint8_t> RenewedExif(Bytes, int32_t, int32_t) { return {}; }
+
+size_t CountTiffPages(Bytes file) {
+  TiffDirectory directory(file);
+  size_t pages = 1;
+  while (pages < kMostPages && directory.Next()) ++pages;
+  return pages;
+}
 
 Container ReadPngContainer(Bytes file) {
   const Numbers numbers(file, true);
@@ -120,12 +175,18 @@ Container ReadPngContainer(Bytes file) {
       c.height = numbers.U32(body + 4);
       const uint32_t depth = numbers.U8(body + 8), kind = numbers.U8(body + 9);
       const int64_t channels = (kind & 2) != 0 && kind != 3 ? 3 : 1;
+      c.wide = depth == 16;
       const int64_t bits = (channels + (kind >> 2 & 1)) * depth;
       c.gray = (kind & 3) == 0;
       c.least_size = static_cast<double>(bits * c.width) / 8 * c.height / kMostInflated;
     }
     if (type == 0x70485973 && size >= 9 && numbers.U8(body + 8) == 1) {  // pHYs, in meters
       c.resolution = {DotsPerMeter(numbers.U32(body), 1), DotsPerMeter(numbers.U32(body + 4), 1)};
+    }
+    if (type == 0x65584966) {  // eXIf
+      c.exif.assign(kExifMark.begin(), kExifMark.end());
+      c.exif.insert(c.exif.end(), &file[body], &file[body] + size);
+      c.orientation = ReadExif(c.exif).orientation;
     }
     if (type == 0x49454E44) return c;  // IEND
   }
@@ -154,6 +215,15 @@ Container ReadJpegContainer(Bytes file) {
                         DotsPerMeter(numbers.U16(body + 10), length)};
       }
     }
+    const Bytes data = numbers.Has(body, size - 2) ? file.subspan(body, size - 2) : Bytes();
+    if (marker == 0xFFE1 && c.exif.empty() && data.size() > kExifMark.size() &&
+        std::equal(kExifMark.begin(), kExifMark.end(), data.begin())) {
+      c.exif.assign(data.begin(), data.end());
+      const ExifFacts facts = ReadExif(c.exif);
+      c.orientation = facts.orientation;
+      // What JFIF says has come before it.
+      if (c.resolution.x == 0) c.resolution = facts.resolution;
+    }
     at += 2 + size;
     if (marker == 0xFFDA) {  // scans, up to the end of the image
       static constexpr uint8_t kEnd[] = {0xFF, 0xD9};
@@ -168,20 +238,23 @@ Container ReadJpegContainer(Bytes file) {
   }
 }
 
-Container ReadTiffContainer(Bytes file) {
-  const TiffDirectory directory(file);
+Container ReadTiffContainer(Bytes file, size_t page) {
+  TiffDirectory directory(file);
+  for (size_t i = 0; i < page; ++i) {
+    if (!directory.Next()) throw FileError("there is no page " + std::to_string(page + 1));
+  }
   Container c;
   c.width = directory.Value(kWidthTag, 0);
   c.height = directory.Value(kHeightTag, 0);
   c.gray = directory.Value(kPhotometricTag, 0) <= 1 && directory.Value(kSamplesTag, 1) == 1;
   c.orientation = static_cast<int>(directory.Value(kOrientationTag, 1));
-  const uint32_t unit = directory.Value(kUnitTag, 2);
-  if (unit == 2 || unit == 3) {
-    const double length = unit == 2 ? kInch : 0.01;
-    c.resolution = {DotsPerMeter(directory.Fraction(kXResolutionTag), length),
-                    DotsPerMeter(directory.Fraction(kYResolutionTag), length)};
-  }
-  if (directory.Value(kCompressionTag, 1) == 1) {
+  c.resolution = ResolutionOf(directory);
+  c.refusal = RefusalOf(directory);
+  c.wide = directory.Value(kBitsTag, 1) == 16;
+  const uint32_t compression = directory.Value(kCompressionTag, 1);
+  c.jpeg = compression == 7;
+  c.exif_lost = directory.Value(kExifTag, 0) != 0;
+  if (compression == 1) {
     c.least_size = static_cast<double>(c.width) * directory.Value(kBitsTag, 1) / 8 * c.height;
   }
   directory.CheckPlaces(kStripsTag, kStripSizesTag);

@@ -13,11 +13,16 @@ struct Container {
   bool gray = false;      // neither colors nor a color table
   int orientation = 1;    // TIFF's number
   Resolution resolution;
+  std::string refusal;  // why the pixels would come out wrong; empty when they do not
+  bool wide = false;    // samples of more than 8 bits
+  bool jpeg = false;    // JPEG data in a TIFF file
+  std::vector<uint8_t> exif;
+  bool exif_lost = false;  // there is EXIF data that is no block
 };
 
 // Throw FileError where the file is cut off or makes no sense.
 Container ReadPngContainer(Bytes file);
 Container ReadJpegContainer(Bytes file);
-Container ReadTiffContainer(Bytes file);
+Container ReadTiffContainer(Bytes file, size_t page);
 
 }  // namespace omb

@@ -2,18 +2,14 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstring>
-#include <fstream>
-#include <limits>
 #include <new>
 #include <string_view>
-#include <system_error>
-#include <vector>
+#include <utility>
 
 #include "core/bytes.h"
 #include "files/codec.h"
-#include "files/long_path.h"
+#include "files/input.h"
 #include "files/temporary_file.h"
 
 namespace omb {
@@ -27,13 +23,13 @@ struct Codec {
   const char* title;
   std::vector<std::string> names;  // the first is the usual extension
   std::vector<std::string_view> signatures;
-  Image (*read)(Bytes, const Remark&);
-  void (*write)(const PackedDib*, std::FILE*);
+  Image (*read)(Reading&);
+  void (*write)(const PackedDib*, const Metadata&, const Writing&);  // null: pages
 };
 
-const std::array<Codec, 4>& Codecs() {
+const std::array<Codec, 5>& Codecs() {
   using namespace std::string_view_literals;
-  static const std::array<Codec, 4> codecs = {{
+  static const std::array<Codec, 5> codecs = {{
       {Format::kBmp, "BMP", {"bmp", "dib"}, {"BM"sv}, ReadBmp, WriteBmp},
       {Format::kPng, "PNG", {"png"}, {"\x89PNG\r\n\x1a\n"sv}, ReadPng, WritePng},
       {Format::kJpeg,
@@ -47,7 +43,9 @@ const std::array<Codec, 4>& Codecs() {
        {"tif", "tiff"},
        {"II*\0"sv, "MM\0*"sv, "II+\0"sv, "MM\0+"sv},
        ReadTiff,
-       WriteTiff},
+       nullptr},
+      // Last: it has no signature.
+      {Format::kBmp, "packed DIB", {}, {}, ReadPackedDib, WriteBmp},
   }};
   return codecs;
 }
@@ -65,6 +63,7 @@ const Codec& CodecOf(Bytes file) {
       }
     }
   }
+  if (IsPackedDib(file)) return Codecs().back();
   throw FileError("it is not a BMP, PNG, JPEG or TIFF file");
 }
 
@@ -84,46 +83,6 @@ const Codec* FindName(const std::string& name) {
   return nullptr;
 }
 
-std::ifstream Open(const fs::path& name) {
-  const fs::path path = LongPath(name);
-  std::error_code error;
-  const fs::file_status status = fs::status(path, error);
-  if (!fs::exists(status)) throw FileError("the file does not exist");
-  if (fs::is_directory(status)) throw FileError("it is a directory");
-  errno = 0;
-  std::ifstream stream(path, std::ios::binary);
-  if (!stream) {
-    throw FileError("cannot be opened: " +
-                    std::error_code(errno, std::generic_category()).message());
-  }
-  return stream;
-}
-
-// The file, which may be a pipe: its size is known when it has ended.
-std::vector<uint8_t> ReadBytes(const fs::path& path) {
-  // An uncompressed image of the largest size fits, with everything that stands before it.
-  constexpr size_t kLimit = size_t{std::numeric_limits<int32_t>::max()} + (1 << 20);
-  std::ifstream stream = Open(path);
-  std::error_code error;
-  std::vector<uint8_t> bytes;
-  const auto expected = fs::file_size(LongPath(path), error);
-  if (!error) {
-    if (expected > kLimit) throw FileError("the file is too large");
-    bytes.reserve(static_cast<size_t>(expected) + 1);
-  }
-  size_t size = 0;
-  while (stream) {
-    if (size > kLimit) throw FileError("the file is too large");
-    bytes.resize(std::max<size_t>({bytes.capacity(), size + size / 2, 1 << 16}));
-    stream.read(reinterpret_cast<char*>(bytes.data() + size),
-                static_cast<std::streamsize>(bytes.size() - size));
-    size += static_cast<size_t>(stream.gcount());
-  }
-  if (stream.bad()) throw FileError("the file cannot be read to its end");
-  bytes.resize(size);
-  return bytes;
-}
-
 }  // namespace
 
 Format FormatOfName(const std::string& name) {
@@ -139,13 +98,76 @@ Format FormatOfPath(const fs::path& path) {
 
 const char* ExtensionOf(Format format) { return CodecOf(format).names.front().c_str(); }
 
-std::string KindOfFile(const fs::path& path) {
-  uint8_t head[18] = {};
-  std::ifstream stream = Open(path);
-  stream.read(reinterpret_cast<char*>(head), sizeof head);
-  const Codec& codec = CodecOf(Bytes(head, static_cast<size_t>(stream.gcount())));
+const char* TitleOf(Format format) { return CodecOf(format).title; }
+
+namespace {
+
+// What a header at the beginning of a file takes, profiles and the like included.
+constexpr size_t kHeadSize = 1 << 20;
+constexpr size_t kSignatureSize = 32;
+
+void Ignore(const std::string&) {}
+
+const Remark& Heard(const Remark& remark) {
+  static const Remark ignore = Ignore;
+  return remark ? remark : ignore;
+}
+
+// Says what ran out where the codecs have no words for it.
+template <class Work>
+auto WithMemory(const char* purpose, Work work) try {
+  return work();
+} catch (const std::bad_alloc&) {
+  throw FileError(std::string("there is not enough memory to ") + purpose + " it");
+}
+
+Image Decode(const Codec& codec, Reading& reading) {
+  return WithMemory("read", [&] { return codec.read(reading); });
+}
+
+size_t CountPages(const Codec& codec, Bytes file) {
+  return codec.format == Format::kTiff ? CountTiffPages(file) : 1;
+}
+
+}  // namespace
+
+struct ImageFile::Parts {
+  Input input;
+  const Codec* codec = nullptr;
+
+  // Tries what may need no more than the head of the file.
+  template <class Work>
+  auto WithHead(Work work) {
+    return WithMemory("read", [&] {
+      input.ReadTo(kHeadSize);
+      if (!input.ended()) {
+        try {
+          return work(input.bytes());
+        } catch (const FileError&) {
+        }
+      }
+      input.ReadAll();
+      return work(input.bytes());
+    });
+  }
+};
+
+// The signature comes first: what is no image is not read.
+ImageFile::ImageFile(const fs::path& path) : parts_(new Parts{Input(path)}) {
+  parts_->input.ReadTo(kSignatureSize);
+  parts_->codec = &CodecOf(parts_->input.bytes());
+}
+
+ImageFile::~ImageFile() = default;
+
+Format ImageFile::format() const { return parts_->codec->format; }
+
+std::string ImageFile::kind() const {
+  const Codec& codec = *parts_->codec;
   if (codec.format != Format::kBmp) return codec.title;
-  const uint32_t size = ombrilo::LoadU32(head + 14);
+  const bool packed = codec.signatures.empty();
+  parts_->input.ReadTo(kSignatureSize);
+  const uint32_t size = ombrilo::LoadU32(parts_->input.bytes().data() + (packed ? 0 : 14));
   const char* kind = size == 12    ? "a core"
                      : size == 108 ? "a version 4"
                      : size == 124 ? "a version 5"
@@ -154,27 +176,105 @@ std::string KindOfFile(const fs::path& path) {
          " bytes";
 }
 
-Image DecodeImage(Bytes file, const Remark& remark) try {
-  const Remark heard = remark ? remark : [](const std::string&) {};
-  return CodecOf(file).read(file, heard);
-} catch (const std::bad_alloc&) {
-  throw FileError("there is not enough memory to read it");
+size_t ImageFile::pages() {
+  return parts_->WithHead([&](Bytes bytes) { return CountPages(*parts_->codec, bytes); });
 }
 
-Image ReadImage(const fs::path& path, const Remark& remark) try {
-  if (path == "-") throw FileError("standard input is not read; name a file");
-  return DecodeImage(ReadBytes(path), remark);
-} catch (const std::bad_alloc&) {
-  throw FileError("there is not enough memory to read it");
+PageInfo ImageFile::Info(size_t page) {
+  return parts_->WithHead([&](Bytes bytes) {
+    Reading reading = {bytes, Heard({}), page, false};
+    parts_->codec->read(reading);
+    return std::move(reading.info);
+  });
 }
 
-void WriteImage(const fs::path& path, Format format, const PackedDib* dib) try {
-  if (path == "-") throw FileError("standard output is not written to; name a file");
-  TemporaryFile file(path);
-  CodecOf(format).write(dib, file.stream());
-  file.Commit();
-} catch (const std::bad_alloc&) {
-  throw FileError("there is not enough memory to write it");
+Image ImageFile::Read(size_t page, const Remark& remark, Metadata* metadata) {
+  WithMemory("read", [&] { parts_->input.ReadAll(); });
+  Reading reading = {parts_->input.bytes(), Heard(remark), page};
+  Image image = Decode(*parts_->codec, reading);
+  if (metadata != nullptr) *metadata = std::move(reading.metadata);
+  return image;
+}
+
+Image DecodeImage(Bytes file, const Remark& remark, Metadata* metadata) {
+  const Codec& codec = CodecOf(file);
+  Reading reading = {file, Heard(remark)};
+  Image image = Decode(codec, reading);
+  if (CountPages(codec, file) > 1) reading.remark("it has several pages; the first one is read");
+  if (metadata != nullptr) *metadata = std::move(reading.metadata);
+  return image;
+}
+
+Image ReadImage(const fs::path& path, const Remark& remark) {
+  ImageFile file(path);
+  Image image = file.Read(0, remark);
+  if (file.pages() > 1) Heard(remark)("it has several pages; the first one is read");
+  return image;
+}
+
+struct ImageWriter::Parts {
+  const Codec& codec;
+  WriteOptions options;
+  Remark remark;
+  TemporaryFile file;
+  std::unique_ptr<TiffPages> pages;
+
+  Writing writing() { return {file.output(), options, remark}; }
+
+  // What the codecs say of a full disk is less than what the system said.
+  template <class Work>
+  void Try(Work work) try {
+    WithMemory("write", work);
+  } catch (const FileError&) {
+    if (file.output().error()) CannotWrite(file.output().error());
+    throw;
+  }
+};
+
+ImageWriter::ImageWriter(const fs::path& path, Format format, const WriteOptions& options,
+                         const Remark& remark)
+    : parts_(new Parts{CodecOf(format), options, Heard(remark), TemporaryFile(path), nullptr}) {}
+
+ImageWriter::~ImageWriter() = default;
+
+void ImageWriter::Add(const PackedDib* dib, const Metadata& metadata) {
+  Parts& parts = *parts_;
+  parts.Try([&] {
+    if (parts.codec.write != nullptr) return parts.codec.write(dib, metadata, parts.writing());
+    if (!parts.pages) parts.pages = WriteTiff(parts.writing());
+    parts.pages->Add(dib, metadata);
+  });
+}
+
+void ImageWriter::Commit() {
+  Parts& parts = *parts_;
+  parts.Try([&] {
+    if (parts.pages) parts.pages->Finish();
+    parts.pages.reset();
+    parts.file.Commit();
+  });
+}
+
+void WriteImage(const fs::path& path, Format format, const PackedDib* dib) {
+  ImageWriter writer(path, format, {}, {});
+  writer.Add(dib, {});
+  writer.Commit();
+}
+
+void CheckOptions(Format format, const WriteOptions& options) {
+  if (!options.compression) return;
+  const std::string& name = *options.compression;
+  if (format == Format::kPng) {
+    if (name.size() == 1 && name[0] >= '0' && name[0] <= '9') return;
+    throw FileError("the compression of PNG is a number from 0 to 9");
+  }
+  if (format != Format::kTiff) {
+    throw FileError(std::string("there is no choice of compression in ") + TitleOf(format));
+  }
+  for (const char* known : kTiffCompressions) {
+    if (name == known) return;
+  }
+  throw FileError("the compression of TIFF is none, packbits, lzw, deflate, jpeg or g4");
 }
 
 }  // namespace omb

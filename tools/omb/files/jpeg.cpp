@@ -4,8 +4,11 @@
 // out of it lands: nothing with a destructor may live in the functions that it is given.
 #include <csetjmp>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <memory>
+#include <string_view>
 #include <vector>
 
 // The headers need <cstdio>'s names before them.
@@ -13,6 +16,7 @@
 #include <jpeglib.h>
 
 #include "files/codec.h"
+#include "files/metadata.h"
 #include "files/pixels_in.h"
 #include "files/pixels_out.h"
 
@@ -22,13 +26,13 @@ using namespace ombrilo;
 
 namespace {
 
-constexpr double kInch = 0.0254;  // meters
-constexpr int kQuality = 92;
 // Each scan of a progressive file costs a pass over the whole image; honest files have a dozen.
 constexpr int kMaxScans = 200;
 constexpr long kMaxMemory = std::numeric_limits<int32_t>::max();
 // A Huffman-coded block of 8 x 8 pixels takes a bit at least.
 constexpr int64_t kMaxPixelsPerByte = 64 * 8;
+
+constexpr int kExifMarker = JPEG_APP0 + 1, kProfileMarker = JPEG_APP0 + 2;
 
 struct Errors {
   jpeg_error_mgr manager;
@@ -103,7 +107,10 @@ class Reader {
   }
   Reader(const Reader&) = delete;
   Reader& operator=(const Reader&) = delete;
-  ~Reader() { jpeg_destroy_decompress(&decoder_); }
+  ~Reader() {
+    jpeg_destroy_decompress(&decoder_);
+    std::free(profile_);
+  }
 
   void ReadHeader(Bytes file) {
     auto read = [&] {
@@ -112,9 +119,26 @@ class Reader {
       progress_.progress_monitor = OnProgress;
       decoder_.progress = &progress_;
       jpeg_mem_src(&decoder_, file.data(), static_cast<unsigned long>(file.size()));
+      jpeg_save_markers(&decoder_, kExifMarker, 0xFFFF);
+      jpeg_save_markers(&decoder_, kProfileMarker, 0xFFFF);
       jpeg_read_header(&decoder_, TRUE);
+      unsigned size = 0;
+      if (jpeg_read_icc_profile(&decoder_, &profile_, &size)) profile_size_ = size;
     };
     if (!Run(errors_, read)) Fail();
+  }
+
+  // What stands in the file beside the pixels.
+  Metadata metadata() const {
+    Metadata metadata;
+    if (profile_ != nullptr) metadata.profile.assign(profile_, profile_ + profile_size_);
+    for (const auto* marker = decoder_.marker_list; marker != nullptr; marker = marker->next) {
+      const std::string_view data(reinterpret_cast<const char*>(marker->data), marker->data_length);
+      if (marker->marker != kExifMarker || !data.starts_with(kExifMark)) continue;
+      metadata.exif.assign(data.begin(), data.end());
+      break;
+    }
+    return metadata;
   }
 
   bool gray() const { return decoder_.num_components == 1; }
@@ -159,7 +183,39 @@ class Reader {
   Errors errors_;
   jpeg_progress_mgr progress_ = {};
   jpeg_decompress_struct decoder_ = {};
+  JOCTET* profile_ = nullptr;
+  size_t profile_size_ = 0;
 };
+
+// Hands what the encoder gives to an Output.
+struct Destination {
+  jpeg_destination_mgr manager;
+  Output* out;
+  JOCTET buffer[1 << 16];
+};
+
+Destination& DestinationOf(j_compress_ptr encoder) {
+  return *reinterpret_cast<Destination*>(encoder->dest);
+}
+
+void StartBuffer(j_compress_ptr encoder) {
+  Destination& to = DestinationOf(encoder);
+  to.manager.next_output_byte = to.buffer;
+  to.manager.free_in_buffer = sizeof to.buffer;
+}
+
+boolean EmptyBuffer(j_compress_ptr encoder) {
+  Destination& to = DestinationOf(encoder);
+  if (!to.out->Write(to.buffer, sizeof to.buffer)) ERREXIT(encoder, JERR_FILE_WRITE);
+  StartBuffer(encoder);
+  return TRUE;
+}
+
+void EndBuffer(j_compress_ptr encoder) {
+  Destination& to = DestinationOf(encoder);
+  const size_t rest = sizeof to.buffer - to.manager.free_in_buffer;
+  if (!to.out->Write(to.buffer, rest)) ERREXIT(encoder, JERR_FILE_WRITE);
+}
 
 class Writer {
  public:
@@ -171,21 +227,35 @@ class Writer {
   Writer& operator=(const Writer&) = delete;
   ~Writer() { jpeg_destroy_compress(&encoder_); }
 
-  void Write(const Picture& picture, std::FILE* file) {
+  void Write(const Picture& picture, const Metadata& metadata, const Writing& writing) {
     const bool gray = picture.AllGray();
+    const Bytes profile = ProfileFor(metadata, gray, writing.remark);
+    const std::vector<uint8_t> exif =
+        ExifFor(metadata, picture.width(), picture.height(), writing.remark);
+    const auto to = std::make_unique<Destination>();
+    to->manager.init_destination = StartBuffer;
+    to->manager.empty_output_buffer = EmptyBuffer;
+    to->manager.term_destination = EndBuffer;
+    to->out = &writing.out;
     const auto width = static_cast<size_t>(picture.width());
     std::vector<uint8_t> samples((gray ? 1 : 3) * width);
     auto write = [&] {
       jpeg_create_compress(&encoder_);
-      jpeg_stdio_dest(&encoder_, file);
+      encoder_.dest = &to->manager;
       encoder_.image_width = static_cast<JDIMENSION>(picture.width());
       encoder_.image_height = static_cast<JDIMENSION>(picture.height());
       encoder_.input_components = gray ? 1 : 3;
       encoder_.in_color_space = gray ? JCS_GRAYSCALE : JCS_EXT_BGR;
       jpeg_set_defaults(&encoder_);
-      jpeg_set_quality(&encoder_, kQuality, TRUE);
+      jpeg_set_quality(&encoder_, writing.options.quality, TRUE);
       SetDensity(picture.resolution());
       jpeg_start_compress(&encoder_, TRUE);
+      if (!exif.empty()) {
+        jpeg_write_marker(&encoder_, kExifMarker, exif.data(), static_cast<unsigned>(exif.size()));
+      }
+      if (!profile.empty()) {
+        jpeg_write_icc_profile(&encoder_, profile.data(), static_cast<unsigned>(profile.size()));
+      }
       for (int32_t y = 0; y < picture.height(); ++y) {
         if (gray) {
           picture.GrayRow(y, samples.data());
@@ -217,31 +287,47 @@ class Writer {
 
 }  // namespace
 
-Image ReadJpeg(Bytes file, const Remark& remark) {
+Image ReadJpeg(Reading& reading) {
   Reader reader;
-  reader.ReadHeader(file);
+  reader.ReadHeader(reading.file);
   if (reader.components() == 2 || reader.components() > 4) {
     throw FileError("JPEG files of " + std::to_string(reader.components()) +
                     " components are not supported");
   }
   const ImageSize size = reader.size();
+  reading.metadata = reader.metadata();
+  const ExifFacts facts = ReadExif(reading.metadata.exif);
+  const Resolution own = reader.resolution();
+  const Resolution resolution = own.x > 0 && own.y > 0 ? own : facts.resolution;
+  reading.info = {size.width,
+                  size.height,
+                  size.bit_count,
+                  reader.gray()   ? "gray"
+                  : reader.inks() ? "four inks"
+                                  : "color",
+                  resolution,
+                  reader.gray() ? std::optional(true) : std::nullopt,
+                  reading.metadata.profile.size(),
+                  !reading.metadata.exif.empty()};
+  TurnUpright(reading.info, facts.orientation);
+  if (!reading.pixels) return nullptr;
   CheckCompressedSize(size);
   if (reader.huffman() &&
-      size.width * size.height / kMaxPixelsPerByte > static_cast<int64_t>(file.size())) {
+      size.width * size.height / kMaxPixelsPerByte > static_cast<int64_t>(reading.file.size())) {
     throw FileError("the file is too short for " + PixelsText(size));
   }
-  Image image = NewImage(size, reader.resolution());
+  Image image = NewImage(size, resolution);
   const Dib dib = *Dib::Open(image.get());
   if (dib.indexed()) SetGrayRamp(dib, 256);
   reader.ReadRows(dib);
-  if (!reader.warning().empty()) remark("damaged JPEG data: " + reader.warning());
-  return image;
+  if (!reader.warning().empty()) reading.remark("damaged JPEG data: " + reader.warning());
+  return Upright(std::move(image), facts.orientation);
 }
 
-void WriteJpeg(const PackedDib* dib, std::FILE* file) {
+void WriteJpeg(const PackedDib* dib, const Metadata& metadata, const Writing& writing) {
   const Picture picture(dib);
   Writer writer;
-  writer.Write(picture, file);
+  writer.Write(picture, metadata, writing);
 }
 
 }  // namespace omb

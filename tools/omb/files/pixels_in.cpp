@@ -83,6 +83,31 @@ void SetGrayRamp(const Dib& dib, uint32_t count, bool white_first) {
   }
 }
 
+Image Upright(Image image, int orientation) {
+  PackedDib* dib = image.release();
+  bool done = true;
+  if (orientation >= 5 && orientation <= 8) {
+    done = omb_rotate(&dib, orientation <= 6 ? 90.0f : 270.0f, 1) != 0;
+    auto* fields = reinterpret_cast<uint8_t*>(dib);
+    const uint32_t x = LoadU32(fields + kInfoXPelsPerMeter);
+    StoreU32(fields + kInfoXPelsPerMeter, LoadU32(fields + kInfoYPelsPerMeter));
+    StoreU32(fields + kInfoYPelsPerMeter, x);
+  }
+  const bool mirrored =
+      orientation == 2 || orientation == 3 || orientation == 5 || orientation == 7;
+  if (done && mirrored) done = omb_fliphor(dib) != 0;
+  if (done && (orientation == 3 || orientation == 4)) done = omb_flipvert(dib) != 0;
+  image.reset(dib);
+  if (!done) throw FileError("there is not enough memory to turn the picture upright");
+  return image;
+}
+
+void TurnUpright(PageInfo& info, int orientation) {
+  if (orientation < 5 || orientation > 8) return;
+  std::swap(info.width, info.height);
+  std::swap(info.resolution.x, info.resolution.y);
+}
+
 void ExpandTwoBits(const uint8_t* from, size_t pixels, uint8_t* to) {
   // From the right, so that in place no pixel is written over before it was read.
   for (size_t i = (pixels + 1) / 2; i-- > 0;) {

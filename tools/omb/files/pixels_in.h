@@ -11,11 +11,7 @@
 
 namespace omb {
 
-// Dots per meter; 0 where it is not known.
-struct Resolution {
-  int32_t x = 0;
-  int32_t y = 0;
-};
+inline constexpr double kInch = 0.0254;  // meters
 
 // From a number of dots on a length; 0 when it makes no sense.
 int32_t DotsPerMeter(double dots, double meters);
@@ -53,10 +49,16 @@ void SetColor(const ombrilo::Dib& dib, uint32_t index, uint8_t red, uint8_t gree
 // The first `count` entries become a ramp from black to white, or from white to black.
 void SetGrayRamp(const ombrilo::Dib& dib, uint32_t count, bool white_first = false);
 
+// Turns a picture that is stored as TIFF's orientation says. Throws FileError.
+Image Upright(Image image, int orientation);
+// The same for what a header says. From 5 on, stored rows are columns.
+void TurnUpright(PageInfo& info, int orientation);
+
 // Rows of 2 bits per pixel become rows of 4. `to` may be `from`.
 void ExpandTwoBits(const uint8_t* from, size_t pixels, uint8_t* to);
 
 inline constexpr char kAlphaRemark[] = "transparency is composed on white";
+inline constexpr char kDepthRemark[] = "16 bits per channel are reduced to 8";
 
 // A sample of a color that covers white by alpha / 255.
 inline uint8_t OnWhite(unsigned sample, unsigned alpha) {

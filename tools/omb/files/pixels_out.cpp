@@ -2,9 +2,10 @@
 
 #include <cstring>
 
+#include "core/bytes.h"
 #include "core/color_table.h"
 #include "core/pixels.h"
-#include "core/replacement.h"
+#include "files/channel.h"
 
 namespace omb {
 
@@ -14,20 +15,32 @@ namespace {
 
 bool IsDirect(uint16_t bit_count) { return bit_count == 16 || bit_count == 32; }
 
-Image TrueColorCopy(const PackedDib* dib) {
-  const DibView view = ViewToWrite(dib);
-  if (!IsDirect(view.bit_count())) return nullptr;
-  NewBlock block = NewBlock::Zeroed(view.extent());
-  if (!block) throw FileError("there is not enough memory to convert the image");
-  std::memcpy(block.bytes(), view.block(), view.extent());
-  PackedDib* copy = block.Release();
-  const bool done = omb_transformat(&copy) != 0;
-  Image image(copy);
-  // A core header keeps its bit count there and stays what no file format can hold.
-  if (!done || DibHeader::Read(image.get()).bit_count != 24) {
-    throw FileError("the image cannot be brought to 24 bits");
+// Where the channels of a pixel of 16 or 32 bits lie.
+Masks MasksOf(const DibView& view) {
+  if (!view.core() && view.ReadU32(kInfoCompression) == kBitfields) {
+    return {view.ReadU32(kInfoHeaderSize), view.ReadU32(kInfoHeaderSize + 4),
+            view.ReadU32(kInfoHeaderSize + 8)};
   }
-  return image;
+  if (view.bit_count() == 32) return {0xFF0000, 0xFF00, 0xFF};
+  return {0x7C00, 0x03E0, 0x001F};
+}
+
+void WidenRow(const uint8_t* from, uint16_t bits, size_t pixels, const Channel (&bgr)[3],
+              uint8_t* to) {
+  for (size_t x = 0; x < pixels; ++x, to += 3) {
+    const uint32_t pixel = bits == 32 ? LoadU32(from + 4 * x) : LoadU16(from + 2 * x);
+    for (size_t c = 0; c < 3; ++c) to[c] = bgr[c].Of(pixel);
+  }
+}
+
+Image NarrowCopy(const PackedDib* dib) {
+  return IsDirect(ViewToWrite(dib).bit_count()) ? TrueColor(dib) : nullptr;
+}
+
+Resolution ResolutionOf(const DibView& view) {
+  if (view.core()) return {};
+  return {static_cast<int32_t>(view.ReadU32(kInfoXPelsPerMeter)),
+          static_cast<int32_t>(view.ReadU32(kInfoYPelsPerMeter))};
 }
 
 }  // namespace
@@ -43,16 +56,30 @@ DibView ViewToWrite(const PackedDib* dib) {
   return *view;
 }
 
+Image TrueColor(const PackedDib* dib) {
+  const DibView view = ViewToWrite(dib);
+  Image image = NewImage({view.width(), view.height(), 24}, ResolutionOf(view));
+  const Dib to = *Dib::Open(image.get());
+  const auto pixels = static_cast<size_t>(view.width());
+  if (!IsDirect(view.bit_count())) {
+    const Picture picture(dib);
+    for (int32_t y = 0; y < to.height(); ++y) picture.ColorRow(y, RowFromTop(to, y));
+    return image;
+  }
+  const Masks masks = MasksOf(view);
+  const Channel bgr[3] = {Channel(masks.blue), Channel(masks.green), Channel(masks.red)};
+  for (int32_t y = 0; y < to.height(); ++y) {
+    WidenRow(view.row(y), view.bit_count(), pixels, bgr, to.row(y));
+  }
+  return image;
+}
+
 Picture::Picture(const PackedDib* dib)
-    : copy_(TrueColorCopy(dib)), view_(ViewToWrite(copy_ ? copy_.get() : dib)) {
+    : copy_(NarrowCopy(dib)), view_(ViewToWrite(copy_ ? copy_.get() : dib)) {
   ReadColors(view_, 0, static_cast<uint32_t>(colors()), bgr_.data());
 }
 
-Resolution Picture::resolution() const {
-  if (view_.core()) return {};
-  return {static_cast<int32_t>(view_.ReadU32(kInfoXPelsPerMeter)),
-          static_cast<int32_t>(view_.ReadU32(kInfoYPelsPerMeter))};
-}
+Resolution Picture::resolution() const { return ResolutionOf(view_); }
 
 bool Picture::AllGray() const {
   for (int i = 0; i < colors(); ++i) {

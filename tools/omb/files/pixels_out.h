@@ -13,6 +13,10 @@ namespace omb {
 // The image as it is. Throws FileError for images that have no pixels or no usable header.
 ombrilo::DibView ViewToWrite(const PackedDib* dib);
 
+// A copy in 24 bits. Channels of fewer than 8 bits are spread over the whole range, so that white
+// stays white; the library's own conversion moves their bits up. Throws FileError.
+Image TrueColor(const PackedDib* dib);
+
 // An image of 1, 4, 8 or 24 bits with every color that its pixels can have. Images of 16 and 32
 // bits are brought to 24 in a copy. Throws FileError.
 class Picture {

@@ -10,6 +10,7 @@
 #include <new>
 
 #include "files/codec.h"
+#include "files/metadata.h"
 #include "files/pixels_in.h"
 #include "files/pixels_out.h"
 
@@ -82,6 +83,10 @@ struct Header {
   int alpha_count;
   png_color_16p key;  // the color that is transparent; null when there is none
   bool transparency;
+  png_bytep profile;
+  png_uint_32 profile_size;
+  png_bytep exif;
+  png_uint_32 exif_size;
 
   bool palette() const { return color_type == PNG_COLOR_TYPE_PALETTE; }
   bool gray() const { return color_type == PNG_COLOR_TYPE_GRAY; }
@@ -95,6 +100,12 @@ struct Header {
   }
 };
 
+// Chunks that nobody asks for. Each can claim to be any size, or become it when it is inflated.
+constexpr png_byte kUnused[] = "bKGD\0hIST\0iTXt\0oFFs\0pCAL\0sCAL\0sPLT\0tEXt\0tIME\0zTXt";
+constexpr int kUnusedCount = sizeof kUnused / 5;
+// Of a color profile, when it is inflated.
+constexpr png_alloc_size_t kLargestChunk = 4 << 20;
+
 class Reader {
  public:
   explicit Reader(Bytes file) : input_{file} {
@@ -104,6 +115,8 @@ class Reader {
       info_ = png_create_info_struct(png_);
       if (info_ == nullptr) png_error(png_, "out of memory");
       png_set_read_fn(png_, &input_, OnRead);
+      png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_NEVER, kUnused, kUnusedCount);
+      png_set_chunk_malloc_max(png_, std::max(kLargestChunk, png_alloc_size_t{file.size()}));
     };
     // A constructor that throws runs no destructor.
     if (!Run(png_, prepare)) {
@@ -131,6 +144,10 @@ class Reader {
       png_get_PLTE(png_, info_, &header.colors, &header.color_count);
       header.transparency =
           png_get_tRNS(png_, info_, &header.alphas, &header.alpha_count, &header.key) != 0;
+      png_charp name = nullptr;
+      int compression = 0;
+      png_get_iCCP(png_, info_, &name, &compression, &header.profile, &header.profile_size);
+      png_get_eXIf_1(png_, info_, &header.exif_size, &header.exif);
     };
     if (!Run(png_, read)) Fail();
     return header;
@@ -195,15 +212,53 @@ bool SetColors(const Header& header, const Dib& dib) {
   return transparent;
 }
 
+std::string StoredOf(const Header& h) {
+  const std::string bits = std::to_string(h.bit_depth) + (h.bit_depth == 1 ? " bit" : " bits");
+  if (h.palette()) return bits + " of a palette" + (h.transparency ? " with alpha" : "");
+  return bits + (h.color() ? " each of red, green, blue" : " of gray") +
+         (h.alpha() || h.transparency ? " with alpha" : "");
+}
+
+std::optional<bool> IsGray(const Header& header) {
+  if (!header.palette()) return header.color() ? std::nullopt : std::optional(true);
+  const auto gray = [](const png_color& c) { return c.red == c.green && c.green == c.blue; };
+  return std::all_of(header.colors, header.colors + header.color_count, gray);
+}
+
+// The result is the orientation.
+int ReadMetadata(const Header& header, Reading& reading) {
+  if (header.profile_size > 0) {
+    reading.metadata.profile.assign(header.profile, header.profile + header.profile_size);
+  }
+  int orientation = 1;
+  if (header.exif_size > 0) {
+    std::vector<uint8_t>& exif = reading.metadata.exif;
+    exif.assign(kExifMark.begin(), kExifMark.end());
+    exif.insert(exif.end(), header.exif, header.exif + header.exif_size);
+    orientation = ReadExif(exif).orientation;
+  }
+  reading.info = {header.width,      header.height,  header.target_bits(), StoredOf(header),
+                  header.resolution, IsGray(header), header.profile_size,  header.exif_size > 0};
+  TurnUpright(reading.info, orientation);
+  return orientation;
+}
+
+void OnWrite(png_structp png, png_bytep bytes, size_t count) {
+  if (!static_cast<Output*>(png_get_io_ptr(png))->Write(bytes, count))
+    png_error(png, "not written");
+}
+
+void OnFlush(png_structp) {}
+
 class Writer {
  public:
-  explicit Writer(std::FILE* file) {
+  explicit Writer(const Writing& writing) : writing_(writing) {
     png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, &errors_, OnError, OnWarning);
     if (png_ == nullptr) throw std::bad_alloc();
     auto prepare = [&] {
       info_ = png_create_info_struct(png_);
       if (info_ == nullptr) png_error(png_, "out of memory");
-      png_init_io(png_, file);
+      png_set_write_fn(png_, &writing_.out, OnWrite, OnFlush);
     };
     if (!Run(png_, prepare)) {
       png_destroy_write_struct(&png_, &info_);
@@ -214,13 +269,19 @@ class Writer {
   Writer& operator=(const Writer&) = delete;
   ~Writer() { png_destroy_write_struct(&png_, &info_); }
 
-  void Write(const Picture& picture) {
+  void Write(const Picture& picture, const Metadata& metadata) {
     const bool gray = picture.indexed() && picture.GrayRamp();
+    const Bytes profile = ProfileFor(metadata, gray, writing_.remark);
+    std::vector<uint8_t> exif =
+        ExifFor(metadata, picture.width(), picture.height(), writing_.remark);
+    const auto& level = writing_.options.compression;
+    const int compression = level ? level->front() - '0' : -1;
     auto write = [&] {
       const int color_type = gray                ? PNG_COLOR_TYPE_GRAY
                              : picture.indexed() ? PNG_COLOR_TYPE_PALETTE
                                                  : PNG_COLOR_TYPE_RGB;
       png_set_user_limits(png_, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+      if (compression >= 0) png_set_compression_level(png_, compression);
       png_set_IHDR(png_, info_, static_cast<png_uint_32>(picture.width()),
                    static_cast<png_uint_32>(picture.height()),
                    picture.indexed() ? picture.bit_count() : 8, color_type, PNG_INTERLACE_NONE,
@@ -237,6 +298,14 @@ class Writer {
         png_set_pHYs(png_, info_, static_cast<png_uint_32>(resolution.x),
                      static_cast<png_uint_32>(resolution.y), PNG_RESOLUTION_METER);
       }
+      if (!profile.empty()) {
+        png_set_iCCP(png_, info_, "ICC", PNG_COMPRESSION_TYPE_BASE, profile.data(),
+                     static_cast<png_uint_32>(profile.size()));
+      }
+      if (!exif.empty()) {
+        png_set_eXIf_1(png_, info_, static_cast<png_uint_32>(exif.size() - kExifMark.size()),
+                       exif.data() + kExifMark.size());
+      }
       png_write_info(png_, info_);
       if (color_type == PNG_COLOR_TYPE_RGB) png_set_bgr(png_);
       for (int32_t y = 0; y < picture.height(); ++y) png_write_row(png_, picture.row(y));
@@ -250,6 +319,7 @@ class Writer {
     throw FileError(std::string("cannot be written: ") + errors_.text);
   }
 
+  Writing writing_;
   Errors errors_;
   png_structp png_ = nullptr;
   png_infop info_ = nullptr;
@@ -257,26 +327,29 @@ class Writer {
 
 }  // namespace
 
-Image ReadPng(Bytes file, const Remark& remark) {
-  Reader reader(file);
+Image ReadPng(Reading& reading) {
+  Reader reader(reading.file);
   const Header header = reader.ReadHeader();
+  const int orientation = ReadMetadata(header, reading);
+  if (!reading.pixels) return nullptr;
   const ImageSize size = {header.width, header.height, header.target_bits()};
   CheckCompressedSize(size);
   // No byte of a deflate stream stands for more than 1032.
-  if (header.row_bytes * header.height / 1032 > file.size()) {
+  if (header.row_bytes * header.height / 1032 > reading.file.size()) {
     throw FileError("the file is too short for " + PixelsText(size));
   }
   Image image = NewImage(size, header.resolution);
   const Dib dib = *Dib::Open(image.get());
   const bool transparent_color = dib.indexed() && SetColors(header, dib);
   const bool transparent_pixel = reader.ReadRows(header, dib);
-  if (transparent_color || transparent_pixel) remark(kAlphaRemark);
-  return image;
+  if (transparent_color || transparent_pixel) reading.remark(kAlphaRemark);
+  if (header.bit_depth == 16) reading.remark(kDepthRemark);
+  return Upright(std::move(image), orientation);
 }
 
-void WritePng(const PackedDib* dib, std::FILE* file) {
+void WritePng(const PackedDib* dib, const Metadata& metadata, const Writing& writing) {
   const Picture picture(dib);
-  Writer(file).Write(picture);
+  Writer(writing).Write(picture, metadata);
 }
 
 }  // namespace omb

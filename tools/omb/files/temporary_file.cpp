@@ -1,11 +1,10 @@
 #include "files/temporary_file.h"
 
-#include <cerrno>
 #include <random>
-#include <system_error>
 
 #include "files/files.h"
 #include "files/long_path.h"
+#include "files/open_files.h"
 
 namespace omb {
 
@@ -13,21 +12,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-[[noreturn]] void CannotWrite(const std::error_code& why) {
-  throw FileError("cannot be written: " + why.message());
-}
-
-std::error_code LastError() { return {errno, std::generic_category()}; }
-
-// Opens a new file for writing and reading back.
-std::FILE* OpenNew(const fs::path& path) {
-#ifdef _WIN32
-  // This C runtime has no mode for new files only; the name is one that nobody else uses.
-  return _wfopen(path.c_str(), L"w+b");
-#else
-  return std::fopen(path.c_str(), "w+bx");
-#endif
-}
+constexpr int kMostLinks = 40;
 
 std::string UnpredictableName() {
   static constexpr char kDigits[] = "0123456789abcdef";
@@ -40,46 +25,81 @@ std::string UnpredictableName() {
   return name + ".tmp";
 }
 
-// Where a link leads, so that the file behind it is replaced and not the link.
-fs::path Followed(const fs::path& target) {
+// Where a link leads, also where nothing is yet: the file behind it is replaced and not the link.
+fs::path Followed(fs::path target) {
   std::error_code error;
-  if (!fs::is_symlink(target, error)) return target;
-  const fs::path followed = fs::weakly_canonical(target, error);
-  return error ? target : followed;
+  for (int i = 0; i < kMostLinks && fs::is_symlink(target, error); ++i) {
+    const fs::path next = fs::read_symlink(target, error);
+    if (error) break;
+    target = next.is_absolute() ? next : target.parent_path() / next;
+  }
+  return target;
 }
 
 }  // namespace
 
-TemporaryFile::TemporaryFile(const fs::path& target) : target_(Followed(LongPath(target))) {
-  std::error_code error;
-  const fs::file_status status = fs::status(target_, error);
-  // Renaming over a device would take it away from everybody.
-  if (fs::exists(status) && !fs::is_regular_file(status)) {
-    throw FileError("cannot be written: it is not a regular file");
+void CannotWrite(const std::error_code& why) {
+  throw FileError("cannot be written: " + why.message());
+}
+
+TemporaryFile::TemporaryFile(const fs::path& target) {
+  fs::perms permissions = fs::perms::unknown;
+  if (target == "-") {
+    path_ = fs::temp_directory_path() / UnpredictableName();
+  } else {
+    target_ = Followed(LongPath(target));
+    std::error_code error;
+    const fs::file_status status = fs::status(target_, error);
+    // Renaming over a device would take it away from everybody.
+    if (fs::exists(status) && !fs::is_regular_file(status)) {
+      throw FileError("cannot be written: it is not a regular file");
+    }
+    if (fs::exists(status)) permissions = status.permissions();
+    path_ = target_.parent_path() / UnpredictableName();
   }
-  path_ = target_.parent_path() / UnpredictableName();
-  stream_ = OpenNew(path_);
-  if (stream_ == nullptr) CannotWrite(LastError());
-  if (fs::exists(status)) fs::permissions(path_, status.permissions(), error);
+  std::FILE* const stream = OpenNew(path_);
+  if (stream == nullptr) CannotWrite({errno, std::generic_category()});
+  output_.emplace(stream);
+  listed_ = ListOpenFile(path_, stream);
+  if (target_.empty()) return;
+  SetPermissions(stream, permissions);
 }
 
 TemporaryFile::~TemporaryFile() {
-  if (stream_ != nullptr) std::fclose(stream_);
+  if (output_) std::fclose(output_->stream());
   std::error_code error;
   if (!path_.empty()) fs::remove(path_, error);
+  UnlistOpenFile(listed_);
 }
 
 void TemporaryFile::Commit() {
   errno = 0;
-  const bool failed = std::fflush(stream_) != 0 || std::ferror(stream_) != 0;
-  std::error_code error = LastError();
-  const bool not_closed = std::fclose(stream_) != 0;
-  stream_ = nullptr;
-  if (not_closed && !failed) error = LastError();
-  if (failed || not_closed) CannotWrite(error ? error : std::make_error_code(std::errc::io_error));
+  if (std::fflush(output_->stream()) != 0 || std::ferror(output_->stream()) != 0) {
+    output_->Failed();
+  }
+  if (!output_->error() && target_.empty()) return CopyToStandardOutput();
+  // A rename may reach the disk before the bytes do.
+  if (!output_->error() && !Synchronize(output_->stream())) output_->Failed();
+  if (std::fclose(output_->stream()) != 0) output_->Failed();
+  const std::error_code failure = output_->error();
+  output_.reset();
+  if (failure) CannotWrite(failure);
+  std::error_code error;
   fs::rename(path_, target_, error);
   if (error) CannotWrite(error);
   path_.clear();
+}
+
+void TemporaryFile::CopyToStandardOutput() {
+  Output standard(BinaryStandardOutput());
+  std::rewind(output_->stream());
+  char bytes[1 << 16];
+  while (const size_t count = std::fread(bytes, 1, sizeof bytes, output_->stream())) {
+    if (!standard.Write(bytes, count)) CannotWrite(standard.error());
+  }
+  if (std::ferror(output_->stream()) != 0) standard.Failed();
+  if (std::fflush(standard.stream()) != 0) standard.Failed();
+  if (standard.error()) CannotWrite(standard.error());
 }
 
 }  // namespace omb

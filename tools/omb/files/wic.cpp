@@ -11,6 +11,7 @@
 #include "core/bytes.h"
 #include "files/codec.h"
 #include "files/container.h"
+#include "files/metadata.h"
 #include "files/pixels_in.h"
 #include "files/pixels_out.h"
 
@@ -19,9 +20,6 @@ namespace omb {
 using namespace ombrilo;
 
 namespace {
-
-constexpr double kInch = 0.0254;  // meters
-constexpr float kQuality = 0.92f;
 
 // An owned COM object.
 template <class Interface>
@@ -160,7 +158,7 @@ const Layout kLayouts[] = {
 
 class Reader {
  public:
-  Reader(Bytes file, const GUID& container, const char* title) : title_(title) {
+  Reader(Bytes file, size_t page, const GUID& container, const char* title) : title_(title) {
     MakeFactory(factory_);
     Check(factory_->CreateStream(stream_.out()));
     // The stream is only read from.
@@ -168,13 +166,41 @@ class Reader {
                                         static_cast<DWORD>(file.size())));
     Check(factory_->CreateDecoder(container, nullptr, decoder_.out()));
     Check(decoder_->Initialize(stream_.get(), WICDecodeMetadataCacheOnDemand));
-    Check(decoder_->GetFrame(0, frame_.out()));
+    Check(decoder_->GetFrame(static_cast<UINT>(page), frame_.out()));
     FindLayout();
   }
 
-  bool several_frames() const {
-    UINT count = 0;
-    return SUCCEEDED(decoder_->GetFrameCount(&count)) && count > 1;
+  // An ICC profile of the page; empty where there is none.
+  std::vector<uint8_t> Profile() const {
+    Com<IWICColorContext> context;
+    IWICColorContext* contexts[1] = {};
+    UINT count = 0, size = 0;
+    WICColorContextType type = WICColorContextUninitialized;
+    Check(factory_->CreateColorContext(context.out()));
+    contexts[0] = context.get();
+    if (FAILED(frame_->GetColorContexts(1, contexts, &count)) || count == 0) return {};
+    if (FAILED(context->GetType(&type)) || type != WICColorContextProfile) return {};
+    if (FAILED(context->GetProfileBytes(0, nullptr, &size))) return {};
+    std::vector<uint8_t> profile(size);
+    if (FAILED(context->GetProfileBytes(size, profile.data(), &size))) return {};
+    return profile;
+  }
+
+  // The size and depth of what Read() gives, and whether it is gray.
+  PageInfo Info(const Container& container) const {
+    UINT width = 0, height = 0;
+    Check(pixels_->GetSize(&width, &height));
+    PageInfo info;
+    info.width = width;
+    info.height = height;
+    info.bit_count = container.gray && layout_->bits == 24 ? uint16_t{8} : layout_->bits;
+    info.stored = std::to_string(layout_->stored_bits) +
+                  (layout_->stored_bits == 1 ? " bit" : " bits") + " in the system's codec";
+    info.resolution = container.resolution;
+    if (container.gray) info.gray = true;
+    info.exif = !container.exif.empty() || container.exif_lost;
+    TurnUpright(info, container.orientation);
+    return info;
   }
 
   // `gray` makes an image of gray levels where colors are not stored.
@@ -252,37 +278,22 @@ class Reader {
   const Layout* layout_ = nullptr;
 };
 
-// Turns a picture that is stored as TIFF's orientation says. From 5 on, stored rows are columns.
-Image Upright(Image image, int orientation) {
-  PackedDib* dib = image.release();
-  bool done = true;
-  if (orientation >= 5 && orientation <= 8) {
-    done = omb_rotate(&dib, orientation <= 6 ? 90.0f : 270.0f, 1) != 0;
-    auto* fields = reinterpret_cast<uint8_t*>(dib);
-    const uint32_t x = LoadU32(fields + kInfoXPelsPerMeter);
-    StoreU32(fields + kInfoXPelsPerMeter, LoadU32(fields + kInfoYPelsPerMeter));
-    StoreU32(fields + kInfoYPelsPerMeter, x);
-  }
-  const bool mirrored =
-      orientation == 2 || orientation == 3 || orientation == 5 || orientation == 7;
-  if (done && mirrored) done = omb_fliphor(dib) != 0;
-  if (done && (orientation == 3 || orientation == 4)) done = omb_flipvert(dib) != 0;
-  image.reset(dib);
-  if (!done) throw std::bad_alloc();
-  return image;
-}
-
-Image Read(Bytes file, const Container& container, const GUID& format, const char* title,
-           const Remark& remark) {
+Image Read(Reading& reading, const Container& container, const GUID& format, const char* title) {
   const ImageSize size = {container.width, container.height, 24};
   CheckCompressedSize(size);
-  if (container.least_size > static_cast<double>(file.size())) {
+  if (container.least_size > static_cast<double>(reading.file.size())) {
     throw FileError("the file is too short for " + PixelsText(size));
   }
+  if (!container.refusal.empty()) throw FileError(container.refusal);
   const Codecs codecs;
-  Reader reader(file, format, title);
-  Image image = reader.Read(container.resolution, container.gray, remark);
-  if (reader.several_frames()) remark("it has several pages; the first one is read");
+  Reader reader(reading.file, reading.page, format, title);
+  reading.info = reader.Info(container);
+  reading.metadata = {reader.Profile(), container.exif, container.jpeg};
+  reading.info.profile = reading.metadata.profile.size();
+  if (!reading.pixels) return nullptr;
+  if (container.exif_lost) reading.remark(kExifRemark);
+  Image image = reader.Read(container.resolution, container.gray, reading.remark);
+  if (container.wide) reading.remark(kDepthRemark);
   return Upright(std::move(image), container.orientation);
 }
 
@@ -317,51 +328,74 @@ void SetOption(IPropertyBag2* options, const wchar_t* name, VARIANT value) {
   CheckWrite(options->Write(1, &option, &value));
 }
 
+// The pages of one file, which is in memory until it is complete.
 class Writer {
  public:
-  explicit Writer(const GUID& container) {
+  Writer(const GUID& container, const Writing& writing) : writing_(writing) {
     MakeFactory(factory_);
     CheckWrite(CreateStreamOnHGlobal(nullptr, TRUE, stream_.out()));
     CheckWrite(factory_->CreateEncoder(container, nullptr, encoder_.out()));
     CheckWrite(encoder_->Initialize(stream_.get(), WICBitmapEncoderNoCache));
-    CheckWrite(encoder_->CreateNewFrame(frame_.out(), options_.out()));
   }
 
-  IPropertyBag2* options() const { return options_.get(); }
-
-  void Write(const Picture& picture, const Form& form, bool whole_dots) {
-    CheckWrite(frame_->Initialize(options_.get()));
+  // `set_options` gets the page's IPropertyBag2.
+  template <class SetOptions>
+  void Add(const Picture& picture, const Metadata& metadata, const Form& form, bool whole_dots,
+           SetOptions set_options) {
+    Com<IWICBitmapFrameEncode> frame;
+    Com<IPropertyBag2> options;
+    CheckWrite(encoder_->CreateNewFrame(frame.out(), options.out()));
+    set_options(options.get());
+    CheckWrite(frame->Initialize(options.get()));
     CheckWrite(
-        frame_->SetSize(static_cast<UINT>(picture.width()), static_cast<UINT>(picture.height())));
+        frame->SetSize(static_cast<UINT>(picture.width()), static_cast<UINT>(picture.height())));
     const Resolution resolution = picture.resolution();
     double x = resolution.x * kInch, y = resolution.y * kInch;
     if (whole_dots) x = std::floor(x + 0.5), y = std::floor(y + 0.5);
-    if (x > 0 && y > 0) CheckWrite(frame_->SetResolution(x, y));
-    if (form.palette) SetPalette(picture);
+    if (x > 0 && y > 0) CheckWrite(frame->SetResolution(x, y));
+    SetProfile(frame.get(), ProfileFor(metadata, IsGray(form), writing_.remark));
+    if (!metadata.exif.empty()) writing_.remark(kExifRemark);
+    if (form.palette) SetPalette(frame.get(), picture);
     GUID format = form.format;
-    CheckWrite(frame_->SetPixelFormat(&format));
+    CheckWrite(frame->SetPixelFormat(&format));
     if (format != form.format) {
       throw FileError("cannot be written: the system's codec does not take images of " +
                       std::to_string(picture.bit_count()) + " bits");
     }
-    WriteRows(picture, form);
-    CheckWrite(frame_->Commit());
-    CheckWrite(encoder_->Commit());
+    WriteRows(frame.get(), picture, form);
+    CheckWrite(frame->Commit());
   }
 
-  void Save(std::FILE* file) const {
+  void Save() {
+    CheckWrite(encoder_->Commit());
     HGLOBAL block = nullptr;
     STATSTG stat;
     CheckWrite(stream_->Stat(&stat, STATFLAG_NONAME));
     CheckWrite(GetHGlobalFromStream(stream_.get(), &block));
     const void* bytes = GlobalLock(block);
     // What did not reach the disk is found out by the caller.
-    if (bytes != nullptr) std::fwrite(bytes, 1, static_cast<size_t>(stat.cbSize.QuadPart), file);
+    if (bytes != nullptr) writing_.out.Write(bytes, static_cast<size_t>(stat.cbSize.QuadPart));
     GlobalUnlock(block);
   }
 
  private:
-  void SetPalette(const Picture& picture) {
+  static bool IsGray(const Form& form) {
+    return !form.palette && form.format != GUID_WICPixelFormat24bppBGR;
+  }
+
+  void SetProfile(IWICBitmapFrameEncode* frame, Bytes profile) {
+    if (profile.empty()) return;
+    Com<IWICColorContext> context;
+    CheckWrite(factory_->CreateColorContext(context.out()));
+    IWICColorContext* contexts[1] = {context.get()};
+    const auto size = static_cast<UINT>(profile.size());
+    if (FAILED(context->InitializeFromMemory(profile.data(), size)) ||
+        FAILED(frame->SetColorContexts(1, contexts))) {
+      writing_.remark("its color profile is not kept: the system's codec does not take it");
+    }
+  }
+
+  void SetPalette(IWICBitmapFrameEncode* frame, const Picture& picture) {
     WICColor colors[256];
     for (int i = 0; i < picture.colors(); ++i) {
       colors[i] = 0xFF000000 | static_cast<uint32_t>(picture.red(i)) << 16 |
@@ -370,10 +404,10 @@ class Writer {
     Com<IWICPalette> palette;
     CheckWrite(factory_->CreatePalette(palette.out()));
     CheckWrite(palette->InitializeCustom(colors, static_cast<UINT>(picture.colors())));
-    CheckWrite(frame_->SetPalette(palette.get()));
+    CheckWrite(frame->SetPalette(palette.get()));
   }
 
-  void WriteRows(const Picture& picture, const Form& form) {
+  static void WriteRows(IWICBitmapFrameEncode* frame, const Picture& picture, const Form& form) {
     const auto width = static_cast<size_t>(picture.width());
     const bool color = form.format == GUID_WICPixelFormat24bppBGR;
     const size_t size = color           ? 3 * width
@@ -389,64 +423,99 @@ class Writer {
         std::memcpy(row.data(), picture.row(y), size);
       }
       CheckWrite(
-          frame_->WritePixels(1, static_cast<UINT>(size), static_cast<UINT>(size), row.data()));
+          frame->WritePixels(1, static_cast<UINT>(size), static_cast<UINT>(size), row.data()));
       ReportRow(y, picture.height());
     }
   }
 
+  const Codecs codecs_;  // before what the codecs made
+  Writing writing_;
   Com<IWICImagingFactory> factory_;
   Com<IStream> stream_;
   Com<IWICBitmapEncoder> encoder_;
-  Com<IPropertyBag2> options_;
-  Com<IWICBitmapFrameEncode> frame_;
+};
+
+constexpr auto kNoOptions = [](IPropertyBag2*) {};
+
+uint8_t TiffCompression(const Picture& picture, const Form& form, const Metadata& metadata,
+                        const Writing& writing) {
+  const bool bilevel = form.format == GUID_WICPixelFormatBlackWhite;
+  const auto& wanted = writing.options.compression;
+  if (!wanted) {
+    if (metadata.jpeg) {
+      writing.remark("its JPEG compression is not kept: the system's codec does not write it");
+    }
+    return bilevel ? WICTiffCompressionCCITT4 : WICTiffCompressionLZW;
+  }
+  if (*wanted == "none") return WICTiffCompressionNone;
+  if (*wanted == "lzw") return WICTiffCompressionLZW;
+  if (*wanted == "deflate") return WICTiffCompressionZIP;
+  if (*wanted == "g4" && bilevel) return WICTiffCompressionCCITT4;
+  throw FileError(*wanted + " compression is not to be had of the system's codec for images of " +
+                  std::to_string(picture.bit_count()) + " bits");
+}
+
+class Pages : public TiffPages {
+ public:
+  explicit Pages(const Writing& writing)
+      : writing_(writing), writer_(GUID_ContainerFormatTiff, writing) {}
+
+  void Add(const PackedDib* dib, const Metadata& metadata) override {
+    const Picture picture(dib);
+    const Form form = FormOf(picture);
+    VARIANT compression = {};
+    compression.vt = VT_UI1;
+    compression.bVal = TiffCompression(picture, form, metadata, writing_);
+    writer_.Add(picture, metadata, form, false, [&](IPropertyBag2* options) {
+      SetOption(options, L"TiffCompressionMethod", compression);
+    });
+  }
+
+  void Finish() override { writer_.Save(); }
+
+ private:
+  Writing writing_;
+  Writer writer_;
 };
 
 }  // namespace
 
-Image ReadPng(Bytes file, const Remark& remark) {
-  return Read(file, ReadPngContainer(file), GUID_ContainerFormatPng, "PNG", remark);
+Image ReadPng(Reading& reading) {
+  return Read(reading, ReadPngContainer(reading.file), GUID_ContainerFormatPng, "PNG");
 }
 
-Image ReadJpeg(Bytes file, const Remark& remark) {
-  return Read(file, ReadJpegContainer(file), GUID_ContainerFormatJpeg, "JPEG", remark);
+Image ReadJpeg(Reading& reading) {
+  return Read(reading, ReadJpegContainer(reading.file), GUID_ContainerFormatJpeg, "JPEG");
 }
 
-Image ReadTiff(Bytes file, const Remark& remark) {
-  return Read(file, ReadTiffContainer(file), GUID_ContainerFormatTiff, "TIFF", remark);
+Image ReadTiff(Reading& reading) {
+  return Read(reading, ReadTiffContainer(reading.file, reading.page), GUID_ContainerFormatTiff,
+              "TIFF");
 }
 
-void WritePng(const PackedDib* dib, std::FILE* file) {
+void WritePng(const PackedDib* dib, const Metadata& metadata, const Writing& writing) {
   const Picture picture(dib);
-  const Codecs codecs;
-  Writer writer(GUID_ContainerFormatPng);
-  writer.Write(picture, FormOf(picture), false);
-  writer.Save(file);
+  Writer writer(GUID_ContainerFormatPng, writing);
+  if (writing.options.compression) {
+    writing.remark("the compression of PNG is left to the system's codec");
+  }
+  writer.Add(picture, metadata, FormOf(picture), false, kNoOptions);
+  writer.Save();
 }
 
-void WriteJpeg(const PackedDib* dib, std::FILE* file) {
+void WriteJpeg(const PackedDib* dib, const Metadata& metadata, const Writing& writing) {
   const Picture picture(dib);
-  const Codecs codecs;
-  Writer writer(GUID_ContainerFormatJpeg);
+  Writer writer(GUID_ContainerFormatJpeg, writing);
   VARIANT quality = {};
   quality.vt = VT_R4;
-  quality.fltVal = kQuality;
-  SetOption(writer.options(), L"ImageQuality", quality);
-  writer.Write(picture, JpegFormOf(picture), true);
-  writer.Save(file);
+  quality.fltVal = static_cast<float>(writing.options.quality) / 100;
+  writer.Add(picture, metadata, JpegFormOf(picture), true,
+             [&](IPropertyBag2* options) { SetOption(options, L"ImageQuality", quality); });
+  writer.Save();
 }
 
-void WriteTiff(const PackedDib* dib, std::FILE* file) {
-  const Picture picture(dib);
-  const Codecs codecs;
-  Writer writer(GUID_ContainerFormatTiff);
-  const Form form = FormOf(picture);
-  VARIANT compression = {};
-  compression.vt = VT_UI1;
-  compression.bVal = form.format == GUID_WICPixelFormatBlackWhite ? WICTiffCompressionCCITT4
-                                                                  : WICTiffCompressionLZW;
-  SetOption(writer.options(), L"TiffCompressionMethod", compression);
-  writer.Write(picture, form, false);
-  writer.Save(file);
+std::unique_ptr<TiffPages> WriteTiff(const Writing& writing) {
+  return std::make_unique<Pages>(writing);
 }
 
 }  // namespace omb

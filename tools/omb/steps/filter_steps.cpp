@@ -68,7 +68,7 @@ std::span<const Step> FilterSteps() {
             .Preset("10")},
        Always({"unsharp 5x5", "lopass 7x7,3", "laplace 3x3"}),
        KernelStep,
-       "neuquant=24",
+       "truecolor",
        nullptr,
        kGrayAtEightBits},
       {"emboss",

@@ -1,5 +1,6 @@
 // Steps on whole images: negative, depth, rectangles.
 #include "errors.h"
+#include "files/pixels_out.h"
 #include "steps/steps.h"
 
 namespace omb {
@@ -9,6 +10,11 @@ namespace {
 bool InvertStep(Image& image, const Arguments&) { return omb_invert(image.get()) != 0; }
 
 bool TransformatStep(Image& image, const Arguments&) { return Replace(image, omb_transformat); }
+
+bool TruecolorStep(Image& image, const Arguments&) {
+  if (omb_DIBBitCount(image.get()) != 24) image = TrueColor(image.get());
+  return true;
+}
 
 // Refuses, with a reason, a rectangle that the library would refuse; by its last column and row.
 void CheckRectangle(const PackedDib* dib, int64_t right, int64_t bottom) {
@@ -72,6 +78,14 @@ std::span<const Step> ImageSteps() {
        {},
        {},
        TransformatStep},
+      {"truecolor",
+       "&True color",
+       kFamily,
+       "Bring to 24 bits by the color table; 16 and 32 bits with white as white",
+       {1, 4, 8, 16, 24, 32},
+       {},
+       {},
+       TruecolorStep},
       {"crop",
        "&Crop to edges",
        kFamily,

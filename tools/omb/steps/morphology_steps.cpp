@@ -38,7 +38,7 @@ Step Simple(const char* name, const char* title, const char* summary,
 
 Step TrueColorOnly(const char* name, const char* title, const char* summary,
                    bool (*run)(Image&, const Arguments&)) {
-  return {name, title, kFamily, summary, {24}, {}, {}, run, "neuquant=24"};
+  return {name, title, kFamily, summary, {24}, {}, {}, run, "truecolor"};
 }
 
 }  // namespace
@@ -76,7 +76,7 @@ std::span<const Step> MorphologySteps() {
         Whole("iterations", "how often", 1, 1000).Usual(1, 10).Preset("1")},
        Always({"close,Circle 5x5", "erode,Row 7x1", "open,Circle 3x3,2"}),
        MorphStep,
-       "neuquant=24",
+       "truecolor",
        nullptr,
        kGrayAtEightBits},
   };

@@ -39,7 +39,7 @@ std::span<const Step> QuantizeSteps() {
        {Choice("bits", "per pixel", {{"4", 4}, {"8", 8}})},
        Always({"4"}),
        DitherStep,
-       "neuquant=24"},
+       "truecolor"},
   };
   return steps;
 }

@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <numeric>
+#include <optional>
 #include <sstream>
+#include <utility>
 
 #include "errors.h"
+#include "files/pixels_out.h"
 
 namespace omb {
 
@@ -47,25 +50,46 @@ std::string WithoutMark(std::string words) {
   throw UsageError(std::string(step.name) + ": " + reason, step.Help());
 }
 
-Arguments ParseArguments(const Step& step, const std::vector<std::string>& texts) {
+// The texts at their parameters' places; what is left out is none. "name=value" may stand for any
+// parameter, in any order.
+std::vector<std::optional<std::string>> ArrangeArguments(const Step& step,
+                                                         const std::vector<std::string>& texts) {
   const size_t count = step.parameters.size();
-  if (texts.size() > count) {
-    Fail(step, count == 0 ? "takes no arguments"
-                          : "takes no more than " + std::to_string(count) +
-                                (count == 1 ? " argument" : " arguments"));
-  }
-  std::vector<Value> values;
-  for (size_t i = 0; i < count; ++i) {
-    const Parameter& parameter = step.parameters[i];
-    const bool given = i < texts.size() && !texts[i].empty();
-    if (!given && !parameter.preset) {
-      Fail(step, "'" + std::string(parameter.name) + "' is missing");
+  std::vector<std::optional<std::string>> arranged(count);
+  size_t next = 0;
+  for (const std::string& text : texts) {
+    const size_t equals = text.find('=');
+    size_t place = next++;
+    if (equals != std::string::npos) {
+      const std::string name = Lowercase(text.substr(0, equals));
+      const auto named = std::ranges::find_if(
+          step.parameters, [&](const Parameter& p) { return Lowercase(p.name) == name; });
+      if (named == step.parameters.end()) Fail(step, "there is no parameter '" + name + "'");
+      place = static_cast<size_t>(named - step.parameters.begin());
+      if (arranged[place]) Fail(step, "'" + name + "' is given twice");
     }
-    const std::string& text = given ? texts[i] : *parameter.preset;
-    const auto value = parameter.Parse(text);
+    if (place >= count) {
+      Fail(step, count == 0 ? "takes no arguments"
+                            : "takes no more than " + std::to_string(count) +
+                                  (count == 1 ? " argument" : " arguments"));
+    }
+    const std::string value = equals == std::string::npos ? text : text.substr(equals + 1);
+    if (!value.empty()) arranged[place] = value;
+  }
+  return arranged;
+}
+
+Arguments ParseArguments(const Step& step, const std::vector<std::string>& texts) {
+  const std::vector<std::optional<std::string>> arranged = ArrangeArguments(step, texts);
+  std::vector<Value> values;
+  for (size_t i = 0; i < step.parameters.size(); ++i) {
+    const Parameter& parameter = step.parameters[i];
+    const std::optional<std::string>& text = arranged[i] ? arranged[i] : parameter.preset;
+    if (!text) Fail(step, "'" + std::string(parameter.name) + "' is missing");
+    const auto value = parameter.Parse(*text);
     if (!value) {
       Fail(step, "'" + std::string(parameter.name) + "' must be " + parameter.Form() + ", not '" +
-                     text + "'");
+                     *text + "'");
     }
     values.push_back(*value);
   }
@@ -90,13 +114,51 @@ size_t Distance(const std::string& from, const std::string& to) {
   return row.back();
 }
 
+// What people who know other programs type.
+constexpr std::pair<const char*, const char*> kOtherWords[] = {
+    {"resize", "scale"},
+    {"resample", "scale"},
+    {"thumbnail", "scale"},
+    {"shrink", "scale"},
+    {"threshold", "binary"},
+    {"otsu", "binary"},
+    {"bilevel", "binary"},
+    {"monochrome", "binary"},
+    {"sharpen", "'kernel=unsharp 5x5' or enhancepage=unsharp"},
+    {"unsharp", "'kernel=unsharp 5x5' or enhancepage=unsharp"},
+    {"blur", "enhancepage=gauss"},
+    {"smooth", "enhancepage=gauss"},
+    {"gaussian", "enhancepage=gauss"},
+    {"median", "enhancepage=median or medianblur"},
+    {"despeckle", "enhancepage=median or denoise"},
+    {"grayscale", "gray"},
+    {"greyscale", "gray"},
+    {"grey", "gray"},
+    {"desaturate", "gray"},
+    {"negate", "invert"},
+    {"negative", "invert"},
+    {"flip", "flipvert"},
+    {"flop", "fliphor"},
+    {"mirror", "fliphor"},
+    {"brightness", "brightnesscontrast"},
+    {"contrast", "brightnesscontrast or autocontrast"},
+    {"gamma", "gammacorrection"},
+    {"levels", "autolevel"},
+    {"normalize", "autocontrast"},
+    {"quantize", "neuquant"},
+    {"colors", "neuquant"},
+    {"edge", "sobel or edgepage"},
+    {"edges", "sobel or edgepage"},
+    {"extract", "crop"},
+    {"trim", "crop"},
+    {"sepia", "pseudocolor=sepia"},
+    {"rgb", "truecolor"},
+};
+
 std::string DepthReason(const Step& step, int bits) {
   std::string reason = (bits == 8 ? "not possible on an " : "not possible on a ") +
                        std::to_string(bits) + "-bit image (works on " + step.DepthList() + " bits)";
-  const bool high_color = bits == 16 || bits == 32;
-  if (high_color && step.TakesDepth(24)) {
-    reason += "; try transformat first";
-  } else if (step.before != nullptr) {
+  if (step.before != nullptr) {
     reason += "; try " + std::string(step.before) + " first";
   }
   return reason;
@@ -184,12 +246,17 @@ const Step* FindStep(const std::string& name) {
 
 const Step& StepNamed(const std::string& name) {
   if (const Step* step = FindStep(name)) return *step;
+  const std::string typed = Lowercase(name);
   std::string meant;
+  for (const auto& [word, here] : kOtherWords) {
+    if (typed == word) meant = std::string("; that is ") + here + " here";
+  }
   for (const Step* step : AllSteps()) {
+    if (meant.starts_with("; that")) break;
     const std::string candidate = step->name;
-    const std::string typed = Lowercase(name);
+    const bool begun = typed.size() > 1 && candidate.starts_with(typed);
     const bool contained = typed.size() > 2 && candidate.find(typed) != std::string::npos;
-    if (contained || Distance(typed, candidate) <= candidate.size() / 4) {
+    if (begun || contained || Distance(typed, candidate) <= candidate.size() / 4) {
       meant += (meant.empty() ? "; there is " : ", ") + candidate;
     }
   }
@@ -204,19 +271,65 @@ Call ParseCall(const std::string& text) {
   return {step, ParseArguments(*step, SplitAtCommas(arguments))};
 }
 
+namespace {
+
+bool NamesStep(const std::string& text) {
+  return FindStep(text.substr(0, text.find('='))) != nullptr;
+}
+
+}  // namespace
+
 std::vector<Call> ParseCalls(const std::vector<std::string>& texts) {
   std::vector<Call> calls;
-  for (const std::string& text : texts) calls.push_back(ParseCall(text));
+  for (size_t i = 0; i < texts.size();) {
+    const std::string& head = texts[i];
+    std::string whole = head;
+    size_t next = i + 1;
+    while (whole.find('=') != std::string::npos && next < texts.size() && !NamesStep(texts[next])) {
+      whole += " " + texts[next++];
+    }
+    try {
+      calls.push_back(ParseCall(whole));
+    } catch (const UsageError&) {
+      if (next == i + 1) throw;
+      try {
+        ParseCall(head);
+      } catch (const UsageError&) {
+        next = i;
+      }
+      if (next == i) throw;
+      StepNamed(texts[i + 1]);  // throws: the head is complete without it
+    }
+    i = next;
+  }
   return calls;
 }
 
-void RunCall(const Call& call, Image& image) {
+namespace {
+
+void RunStep(const Call& call, Image& image) {
   const int bits = omb_DIBBitCount(image.get());
   if (!call.step->TakesDepth(bits)) throw StepError(DepthReason(*call.step, bits));
   if (call.step->run(image, call.arguments)) return;
   throw StepError("the library refused this image of " + std::to_string(omb_DIBWidth(image.get())) +
                   " x " + std::to_string(omb_DIBHeight(image.get())) + " pixels and " +
                   std::to_string(bits) + " bits: the arguments do not suit it, or memory ran out");
+}
+
+}  // namespace
+
+void RunCall(const Call& call, Image& image) {
+  const int bits = omb_DIBBitCount(image.get());
+  const bool direct = bits == 16 || bits == 32;
+  if (!direct || call.step->TakesDepth(bits)) return RunStep(call, image);
+  Image wide;
+  try {
+    wide = TrueColor(image.get());
+  } catch (const FileError& error) {
+    throw StepError(error.what());
+  }
+  RunStep(call, wide);
+  image = std::move(wide);
 }
 
 }  // namespace omb

@@ -52,8 +52,9 @@ struct Step {
 
 // The note of steps that take the bytes of 8-bit images as values.
 inline constexpr const char* kGrayAtEightBits =
-    "At 8 bits the pixel values are filtered, not their colors: right for gray images. "
-    "Bring colors to 24 bits with neuquant=24 first.";
+    "8-bit images must be gray, with levels from black to white: the bytes are filtered, not "
+    "colors. "
+    "Bring others to 24 bits with truecolor first.";
 
 // For steps whose examples do not depend on the image.
 inline std::function<std::vector<std::string>(const PackedDib*)> Always(
@@ -94,9 +95,12 @@ struct Call {
 
 // Throws UsageError.
 Call ParseCall(const std::string& text);
+// A word that is no step belongs to the one before it where the two make sense: arguments may have
+// blanks ("kernel=unsharp 5x5" that a shell took apart).
 std::vector<Call> ParseCalls(const std::vector<std::string>& texts);
 
-// Runs a step. Throws StepError, the image being unchanged then.
+// Runs a step; images of 16 and 32 bits are brought to 24 where it is not for these depths. Throws
+// StepError, the image being unchanged then.
 void RunCall(const Call& call, Image& image);
 
 }  // namespace omb

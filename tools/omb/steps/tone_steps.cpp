@@ -1,6 +1,7 @@
 // Steps on tone and color: levels, gray, thresholds, channels.
 #include "errors.h"
 #include "steps/color_ramps.h"
+#include "steps/otsu.h"
 #include "steps/steps.h"
 
 namespace omb {
@@ -43,11 +44,18 @@ bool PseudocolorStep(Image& image, const Arguments& arguments) {
   return omb_pseudocolor(image.get(), table.data()) != 0;
 }
 
-constexpr int kAutomatic = -1;
+constexpr int kMedian = -1, kOtsu = -2;
+
+int32_t ThresholdOf(const PackedDib* dib, int32_t given) {
+  if (given == kMedian) return omb_autothreshold(dib);
+  if (given != kOtsu) return given;
+  // Above 128 the library takes the threshold itself for light.
+  const int32_t dark = OtsuThreshold(dib);
+  return dark < 128 ? dark : dark + 1;
+}
 
 bool BinaryStep(Image& image, const Arguments& arguments) {
-  const int32_t given = arguments.Integer(0);
-  const int32_t threshold = given == kAutomatic ? omb_autothreshold(image.get()) : given;
+  const int32_t threshold = ThresholdOf(image.get(), arguments.Integer(0));
   return Replace(image, [=](PackedDib** dib) { return omb_binary(dib, threshold); });
 }
 
@@ -133,10 +141,13 @@ std::span<const Step> ToneSteps() {
        kFamily,
        "Turn black and white, 1 bit",
        {1, 4, 8, 24},
-       {Whole("threshold", "gray level between black and white; auto takes the median", 0, 255)
-            .Named({{"auto", kAutomatic}})
-            .Preset("auto")},
-       Always({"auto"}),
+       {Whole("threshold",
+              "gray level between black and white; otsu parts dark from light best, median makes "
+              "half of the pixels black",
+              0, 255)
+            .Named({{"otsu", kOtsu}, {"median", kMedian}})
+            .Preset("otsu")},
+       Always({"otsu"}),
        BinaryStep},
       {"filtercolor",
        "&Take a channel away",

@@ -1,0 +1,33 @@
+// What stands beside pixels: EXIF blocks and ICC profiles.
+#pragma once
+
+#include <string_view>
+
+#include "files/codec.h"
+
+namespace omb {
+
+inline constexpr std::string_view kExifMark("Exif\0\0", 6);
+
+struct ExifFacts {
+  int orientation = 1;  // TIFF's number
+  Resolution resolution;
+};
+
+// What an EXIF block, which begins with kExifMark, says of the picture. Never throws.
+ExifFacts ReadExif(Bytes exif);
+
+// The block for an upright picture of this size: orientation 1, no thumbnail of what the picture
+// was before. Empty when it cannot be made, or would not fit a JPEG file.
+std::vector<uint8_t> RenewedExif(Bytes exif, int32_t width, int32_t height);
+
+// The profile where it is one for pixels of this kind; otherwise nothing, and a remark.
+Bytes ProfileFor(const Metadata& metadata, bool gray, const Remark& remark);
+
+// The block as it is to be written; nothing where there is none, and a remark where it is lost.
+std::vector<uint8_t> ExifFor(const Metadata& metadata, int32_t width, int32_t height,
+                             const Remark& remark);
+
+inline constexpr char kExifRemark[] = "its EXIF data is not kept";
+
+}  // namespace omb
