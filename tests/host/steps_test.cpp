@@ -57,7 +57,7 @@ TEST(Calls, NameWhatIsWrongAndShowTheUsage) {
       {"", "there is no step ''"},
       {"open=1", "there is no step 'open'; there is mathopen, opencompose"},
       {"Gamacorection", "there is no step 'Gamacorection'; there is gammacorrection"},
-      {"resize=50%", "there is no step 'resize'; that is scale here"},
+      {"threshold=50", "there is no step 'threshold'; that is binary here"},
       {"gr", "there is no step 'gr'; there is gray, gradientize"},
       {"invert=1", "invert: takes no arguments"},
       {"binary=level=3", "binary: there is no parameter 'level'"},

@@ -10,6 +10,7 @@
 #include "commands.h"
 #include "errors.h"
 #include "files/temporary_file.h"
+#include "generate.h"
 #include "memory_limit.h"
 #include "ombrilo/ombrilo.h"
 #include "terminal.h"
@@ -59,10 +60,35 @@ class HelpFormatter : public CLI::Formatter {
     return "\nUsage: omb " + usage_ + "\n";
   }
   std::string make_positionals(const CLI::App*) const override { return {}; }
+  const std::string& usage() const { return usage_; }
 
  private:
   std::string usage_;
 };
+
+// What the help tells of the commands, for those who write it down elsewhere.
+std::vector<omb::CommandText> TextsOf(const CLI::App& app) {
+  std::vector<omb::CommandText> texts;
+  for (const CLI::App* command : app.get_subcommands({})) {
+    if (command->get_group().empty()) continue;
+    const auto* formatter = static_cast<const HelpFormatter*>(command->get_formatter().get());
+    omb::CommandText text = {command->get_name(),
+                             command->get_description(),
+                             formatter->usage(),
+                             command->get_footer(),
+                             {}};
+    for (const CLI::Option* option : command->get_options()) {
+      if (option->get_positional() || option->get_name() == "--help") continue;
+      omb::OptionText& words = text.options.emplace_back();
+      for (const std::string& name : option->get_snames()) words.names.push_back("-" + name);
+      for (const std::string& name : option->get_lnames()) words.names.push_back("--" + name);
+      if (option->get_items_expected_max() > 0) words.argument = option->get_option_text();
+      words.help = option->get_description();
+    }
+    texts.push_back(std::move(text));
+  }
+  return texts;
+}
 
 CLI::App* AddCommand(CLI::App& app, const char* name, const char* summary, const char* usage) {
   CLI::App* command = app.add_subcommand(name, summary);
@@ -153,6 +179,12 @@ int Main(std::vector<std::string> words) {
   gallery->footer(kGalleryHelp);
   gallery->add_option("words", files);
 
+  std::string what;
+  CLI::App* generate = AddCommand(app, "generate", "Print the man page or a shell's completions",
+                                  "generate man | bash | zsh | fish");
+  generate->group("");  // for those who install the program
+  generate->add_option("WHAT", what)->required();
+
   app.footer(kExamples);  // here, or the commands above would take it over
 
   if (words.empty()) throw omb::UsageError("a command is needed", app.help());
@@ -177,6 +209,10 @@ int Main(std::vector<std::string> words) {
   if (*info) return omb::Info(files, json);
   if (*list) return omb::List(step, json);
   if (*histogram) return omb::ShowHistogram(histogram_options);
+  if (*generate) {
+    std::fputs(omb::Generate(what, kVersion, TextsOf(app)).c_str(), stdout);
+    return 0;
+  }
   return omb::Gallery(files);
 }
 

@@ -43,7 +43,8 @@ void LimitMemory(uint64_t bytes) {
 #else
 void LimitMemory(uint64_t bytes) {
   // What the program may write to, of its own and anonymous alike.
-  const rlimit limit = {bytes, bytes};
+  const auto most = static_cast<rlim_t>(bytes);
+  const rlimit limit = {most, most};
   if (setrlimit(RLIMIT_DATA, &limit) != 0) {
     throw std::runtime_error("this system cannot keep --memory-limit");
   }

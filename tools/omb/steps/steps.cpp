@@ -116,10 +116,9 @@ size_t Distance(const std::string& from, const std::string& to) {
 
 // What people who know other programs type.
 constexpr std::pair<const char*, const char*> kOtherWords[] = {
-    {"resize", "scale"},
-    {"resample", "scale"},
-    {"thumbnail", "scale"},
-    {"shrink", "scale"},
+    {"resample", "resize"},
+    {"thumbnail", "resize"},
+    {"shrink", "resize"},
     {"threshold", "binary"},
     {"otsu", "binary"},
     {"bilevel", "binary"},
