@@ -160,12 +160,6 @@ TEST(Limits, AreExplained) {
     if (c.reason == nullptr) EXPECT_EQ(reason, "") << c.step;
     if (c.reason != nullptr) EXPECT_NE(reason.find(c.reason), std::string::npos) << reason;
   }
-  for (const char* step :
-       {"kernel=lopass 3x3", "morph=open,0", "enhancepage=gauss", "edgepage=roberts"}) {
-    auto made = ImageBuilder(8, 9, 9).Colors(ombrilo::test::VariedColors(256, 1)).Build();
-    const std::string reason = reason_of(step, Image(std::exchange(*made.ref(), nullptr)));
-    EXPECT_NE(reason.find("neuquant=24"), std::string::npos) << step << ": " << reason;
-  }
 }
 
 // An operation that nobody can reach from the command line is one that was forgotten here.
