@@ -57,12 +57,8 @@ Json JsonOf(const Parameter& parameter) {
 }
 
 Json JsonOf(const Step& step, const PackedDib* example) {
-  Json json = {{"name", step.name},
-               {"title", step.Title()},
-               {"family", step.Family()},
-               {"summary", step.summary},
-               {"usage", step.Usage()},
-               {"depths", step.depths}};
+  Json json = {{"name", step.name},       {"title", step.Title()}, {"family", step.Family()},
+               {"summary", step.summary}, {"usage", step.Usage()}, {"depths", step.depths}};
   if (step.note != nullptr) json["note"] = step.note;
   if (step.before != nullptr) json["before"] = step.before;
   json["parameters"] = Json::array();
