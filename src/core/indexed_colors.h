@@ -1,5 +1,5 @@
-// Pixels of an indexed image as colors, and computed colors as pixels: decoding through a snapshot
-// of the color table, encoding through the nearest palette entry.
+// The codec of indexed images: pixels as colors, and computed colors as pixels. Decoding goes through
+// a snapshot of the color table, encoding through the nearest palette entry.
 //
 // A table whose entries are all gray needs one channel, and one table per direction. Only a colored
 // table pays for three channels and a search, and the usual ramp from black to white for nothing.
@@ -29,14 +29,27 @@ class IndexedColors {
   // Indices are levels: decoding and encoding change nothing.
   bool identity() const { return identity_; }
 
+  // Indices of one byte each.
   void Decode(const uint8_t* indices, size_t pixels, uint8_t* values) const;
   void Encode(const uint8_t* values, size_t pixels, uint8_t* indices);
-  uint8_t Find(const uint8_t* bgr) { return nearest_.Find(bgr[0], bgr[1], bgr[2]); }
+  // Pixels of a row of the snapshot's depth, from column `first` on: a multiple of 8, for decoding.
+  // Bits before and after those that are encoded keep their values.
+  void DecodeRow(const uint8_t* row, size_t first, size_t pixels, uint8_t* values) const;
+  void EncodeRow(const uint8_t* values, size_t first, size_t pixels, uint8_t* row);
+  // What the pixels that colors become mean.
+  void Settle(const uint8_t* values, size_t pixels, uint8_t* to);
+  // Where the table is gray, of a gray color.
+  uint8_t Find(const uint8_t* bgr) {
+    return gray_ ? index_of_[bgr[0]] : nearest_.Find(bgr[0], bgr[1], bgr[2]);
+  }
   const Palette& palette() const { return palette_; }
 
  private:
-  NearestEntry nearest_;
+  void LearnGrays();
+
+  NearestEntry nearest_;  // of a colored table
   Palette palette_ = {};
+  uint16_t bit_count_ = 0;
   bool gray_ = false;
   bool identity_ = false;
   uint8_t level_of_[256] = {};  // gray tables: the level of an index

@@ -1,6 +1,5 @@
 #include "core/neighbourhood.h"
 
-#include "core/pixels.h"
 #include "rows/row_functions.h"
 
 namespace ombrilo {
@@ -28,16 +27,14 @@ Neighbourhood::Neighbourhood(const PixelRows& rows, const Dib* dib, const Reach&
   slot_size_ = pitch * (1 + size_t(derived));
   const uint64_t slots = SlotsPerWindow() * uint64_t(passes);
   const size_t result = Aligned(size_t(rows_.width) * max_step_);
-  const size_t indices = Aligned(size_t(rows_.width));
-  const uint64_t size = slots * slot_size_ + result + indices + kAlignment + simd::kReadAhead;
+  const uint64_t size = slots * slot_size_ + result + kAlignment + simd::kReadAhead;
   if (size > SIZE_MAX / 2) return;
   memory_ = NewScratchBuffer<uint8_t>(static_cast<size_t>(size));
   pointers_ = NewScratchBuffer<uint8_t*>(static_cast<size_t>(slots));
   if (!memory_ || !pointers_) return;
   const size_t skew = reinterpret_cast<uintptr_t>(memory_.get()) % kAlignment;
   result_ = memory_.get() + (skew == 0 ? 0 : kAlignment - skew);
-  indices_ = result_ + result;
-  slots_ = indices_ + indices + left;  // a slot's address is its first pixel's
+  slots_ = result_ + result + left;  // a slot's address is its first pixel's
   layout_.pitch = static_cast<ptrdiff_t>(pitch);
   ready_ = true;
 }
@@ -86,8 +83,7 @@ void Neighbourhood::FillNeutralRow(const Window& window) const {
 
 void Neighbourhood::Load(int32_t y, uint8_t* row) {
   if (coded_) {
-    UnpackIndices(rows_.row(y), rows_.bit_count, size_t(rows_.width), indices_);
-    colors_->Decode(indices_, size_t(rows_.width), row);
+    colors_->DecodeRow(rows_.row(y), 0, size_t(rows_.width), row);
   } else {
     rows_.Read(y, layout_.bytes, row);
   }
@@ -96,8 +92,7 @@ void Neighbourhood::Load(int32_t y, uint8_t* row) {
 // Makes a pass's result what the next pass would read from the image.
 void Neighbourhood::Settle(int32_t y, const uint8_t* result, uint8_t* row) {
   if (coded_) {
-    colors_->Encode(result, size_t(rows_.width), indices_);
-    colors_->Decode(indices_, size_t(rows_.width), row);
+    colors_->Settle(result, size_t(rows_.width), row);
   } else {
     const size_t there = rows_.Inside(y, layout_.bytes);
     std::memset(row + there, 0, layout_.bytes - there);
@@ -152,14 +147,9 @@ void Neighbourhood::Finish(int32_t y, uint8_t* to, const Border& border) {
     if (to == result_) rows_.Write(y, to, layout_.bytes);
     return;
   }
-  const size_t width = size_t(rows_.width);
-  if (zero) {
-    ZeroRow(y);
-    std::memset(indices_, 0, width);
-  }
-  const size_t first = layout_.first / size_t(layout_.step);
-  colors_->Encode(to + layout_.first, layout_.count / size_t(layout_.step), indices_ + first);
-  PackIndices(indices_, rows_.bit_count, width, rows_.row(y));
+  if (zero) ZeroRow(y);
+  const size_t step = size_t(layout_.step);
+  colors_->EncodeRow(to + layout_.first, layout_.first / step, layout_.count / step, rows_.row(y));
 }
 
 }  // namespace ombrilo

@@ -238,9 +238,8 @@ class Neighbourhood {
 
   Buffer<uint8_t> memory_;
   Buffer<uint8_t*> pointers_;
-  uint8_t* slots_ = nullptr;    // of all windows
-  uint8_t* result_ = nullptr;   // a row of results that cannot be written in place
-  uint8_t* indices_ = nullptr;  // a row of indices
+  uint8_t* slots_ = nullptr;   // of all windows
+  uint8_t* result_ = nullptr;  // a row of results that cannot be written in place
   size_t slot_size_ = 0;
 
   // Of the current walk.
