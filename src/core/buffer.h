@@ -35,20 +35,18 @@ Buffer<T> NewScratchBuffer(size_t count) {
   return Buffer<T>(static_cast<T*>(std::malloc(count == 0 ? 1 : count * sizeof(T))));
 }
 
-// One T at the start of a cache line, with unspecified contents. Vectors that begin in the middle
-// of a line cost two reads.
-template <class T>
+// Scratch memory that starts at a cache line. Vectors that begin in the middle of a line cost two
+// reads.
 class AlignedScratch {
  public:
-  AlignedScratch() : memory_(NewScratchBuffer<uint8_t>(sizeof(T) + kLine - 1)) {}
+  explicit AlignedScratch(size_t bytes) : memory_(NewScratchBuffer<uint8_t>(bytes + kLine - 1)) {}
   explicit operator bool() const { return memory_ != nullptr; }
-  T& operator*() const {
-    const size_t behind_line = reinterpret_cast<uintptr_t>(memory_.get()) % kLine;
-    return *reinterpret_cast<T*>(memory_.get() + (kLine - behind_line) % kLine);
+  uint8_t* get() const {
+    const size_t past_line = reinterpret_cast<uintptr_t>(memory_.get()) % kLine;
+    return memory_.get() + (kLine - past_line) % kLine;
   }
 
  private:
-  static_assert(std::is_trivially_destructible_v<T> && std::is_trivially_copyable_v<T>);
   static constexpr size_t kLine = 64;
   Buffer<uint8_t> memory_;
 };

@@ -85,17 +85,11 @@ void IndexedColors::DecodeRow(const uint8_t* row, size_t first, size_t pixels,
 
 void IndexedColors::EncodeRow(const uint8_t* values, size_t first, size_t pixels, uint8_t* row) {
   if (bit_count_ == 8) return Encode(values, pixels, row + first);
-  row += first / 8 * bit_count_;
   uint8_t indices[kRun];
-  for (size_t kept = first % 8, left = kept + pixels; left > kept;) {
-    const size_t count = std::min(kRun, left);
-    UnpackIndices(row, bit_count_, kept, indices);
-    Encode(values, count - kept, indices + kept);
-    PackIndices(indices, bit_count_, count, row);
-    values += (count - kept) * step();
-    row += count * bit_count_ / 8;
-    left -= count;
-    kept = 0;
+  for (size_t at = 0, count; at < pixels; at += count) {
+    count = std::min(kRun, pixels - at);
+    Encode(values + at * step(), count, indices);
+    PackIndices(indices, bit_count_, first + at, count, row);
   }
 }
 

@@ -1,5 +1,5 @@
-// The codec of indexed images: pixels as colors, and computed colors as pixels. Decoding goes through
-// a snapshot of the color table, encoding through the nearest palette entry.
+// The codec of indexed images: pixels as colors, and computed colors as pixels. Decoding goes
+// through a snapshot of the color table, encoding through the nearest palette entry.
 //
 // A table whose entries are all gray needs one channel, and one table per direction. Only a colored
 // table pays for three channels and a search, and the usual ramp from black to white for nothing.

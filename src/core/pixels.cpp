@@ -44,6 +44,12 @@ void PackIndices(const uint8_t* indices, uint16_t bit_count, size_t pixels, uint
   }
 }
 
+void PackIndices(const uint8_t* indices, uint16_t bit_count, size_t first, size_t pixels,
+                 uint8_t* row) {
+  for (; first % 8 != 0 && pixels != 0; --pixels) SetIndex(row, bit_count, first++, *indices++);
+  PackIndices(indices, bit_count, pixels, row + first * bit_count / 8);
+}
+
 uint8_t GetIndex(const uint8_t* row, uint16_t bit_count, size_t column) {
   const size_t first_bit = column * bit_count;
   const size_t shift = 8 - bit_count - first_bit % 8;
@@ -76,11 +82,6 @@ void CopyPixels(const uint8_t* row, uint16_t bit_count, size_t column, size_t pi
     if (shift + rest > 8) last = static_cast<uint8_t>(last | from[whole + 1] >> (8 - shift));
     CopyLeadingBits(last, rest, to[whole]);
   }
-}
-
-void FindPixels(const int32_t* columns, int32_t move, const int32_t* rows, int32_t stride,
-                uint16_t bit_count, size_t pixels, int32_t* offsets, uint8_t* shifts) {
-  simd::Active().find_pixels(columns, move, rows, stride, bit_count, pixels, offsets, shifts);
 }
 
 }  // namespace ombrilo

@@ -14,6 +14,9 @@ void UnpackIndices(const uint8_t* row, uint16_t bit_count, size_t pixels, uint8_
 // One index per byte into a 1-, 4- or 8-bit row; only the low bits of an index count. Bits of the
 // row behind the last pixel keep their values.
 void PackIndices(const uint8_t* indices, uint16_t bit_count, size_t pixels, uint8_t* row);
+// The same from column `first` of the row on. Bits before it keep their values too.
+void PackIndices(const uint8_t* indices, uint16_t bit_count, size_t first, size_t pixels,
+                 uint8_t* row);
 
 // Copies `pixels` pixels from column `column` of one row to the start of another, at 1, 4, 8, 16,
 // 24 or 32 bits. Bits of the last byte behind the last pixel keep their values.
@@ -35,11 +38,5 @@ void ForEachIndexRun(const uint8_t* row, uint16_t bit_count, size_t pixels, Use&
     use(first, indices, count);
   }
 }
-
-// Where pixels (columns[i] + move, rows[i]) are, at 1, 4, 8 or 24 bits: the offset of the first
-// byte from row 0, and up to 8 bits how far that byte is shifted down to bring the index to its low
-// bits. Without `rows`, all are in row 0.
-void FindPixels(const int32_t* columns, int32_t move, const int32_t* rows, int32_t stride,
-                uint16_t bit_count, size_t pixels, int32_t* offsets, uint8_t* shifts);
 
 }  // namespace ombrilo

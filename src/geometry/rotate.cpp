@@ -1,7 +1,7 @@
 // omb_rotate: an image turned about its center.
 //
 // Positive right angles move pixels exactly. Any other angle resamples: each row of the new image
-// crosses the source along a straight line, so the pixels that lie in the source are one run.
+// crosses the source along a straight line, so that the pixels that are in the source are one run.
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -9,20 +9,16 @@
 
 #include "core/elementary.h"
 #include "core/replacement.h"
-#include "geometry/resample.h"
-#include "geometry/resampling.h"
 #include "geometry/right_angles.h"
+#include "geometry/tile_sampler.h"
 #include "rows/row_functions.h"
 
 namespace ombrilo {
 
 namespace {
 
-constexpr int kRun = Sampler::kRun;
-constexpr int32_t kStrip = 192;  // a run's pixels at most: few enough for the first-level cache
-// Lines of the source that a later row needs are asked for this many rows before: they stand one
-// below the other, which no prefetcher foresees.
-constexpr int kRowsAhead = 8;
+// Source pixels are asked for so many rows of the new image before they are read.
+constexpr float kRowsAhead = 8;
 // Positions above -1 truncate to 0 and belong to the first column or row.
 constexpr float kAboveMinusOne = -0x1.fffffep-1f;
 
@@ -46,219 +42,124 @@ struct Turn {
 
 class Rotator {
  public:
-  Rotator(Sampler& sampler, const Turn& turn, uint16_t bit_count)
-      : sampler_(sampler),
+  Rotator(const Sampler& sampler, const Turn& turn)
+      : source_width_(sampler.width()),
+        source_height_(sampler.height()),
         turn_(turn),
-        bit_count_(bit_count),
-        functions_(simd::Active()),
-        ahead_(static_cast<int32_t>(kRowsAhead * turn.c) * ptrdiff_t{sampler.stride()} -
-               static_cast<int32_t>(kRowsAhead * turn.s) * bit_count / 8) {}
-
-  explicit operator bool() const { return static_cast<bool>(work_); }
+        width_(static_cast<int32_t>(turn.width)),
+        height_(static_cast<int32_t>(turn.height)),
+        // Beyond these sizes positions are rounded by more than a tile has room for.
+        side_(std::max({source_width_, source_height_, width_, height_}) < 1 << 22
+                  ? TileSampler::kSide
+                  : 1) {}
 
   // Pixels that come from outside the source are 255, and so is the padding.
-  void Run(Resampling resampling, uint8_t* new_rows, size_t stride) {
-    const bool runs = resampling == Resampling::kRuns && sampler_.FitsRuns();
-    const int32_t height = static_cast<int32_t>(turn_.height);
-    for (int32_t y = 0; y < height; ++y) {
-      uint8_t* const row = new_rows + static_cast<size_t>(y) * stride;
-      std::memset(row, 255, stride);
-      FindRow(y);
-      const Span inside = Between(kAboveMinusOne, 0);
-      if (sampler_.mode() == kBicubic) uncorrected_ = Between(1, 2);
-      for (int32_t x = inside.first, end; x < inside.end; x = end) {
-        const int32_t strip = x & ~7;
-        end = std::min(strip + kStrip, inside.end);
-        uint8_t* const to = row + static_cast<size_t>(strip) * bit_count_ / 8;
-        if (runs) {
-          SampleRun(strip, y, x - strip, end - strip, to);
-        } else {
-          SamplePixels(strip, y, x - strip, end - strip);
-          Store(x - strip, end - strip, to);
-        }
+  void Run(TileSampler& tile, uint8_t* rows, size_t stride) {
+    for (int32_t y = 0, count; y < height_; y += count) {
+      count = std::min(side_, height_ - y);
+      uint8_t* const first_row = rows + static_cast<size_t>(y) * stride;
+      std::memset(first_row, 255, static_cast<size_t>(count) * stride);
+      Span all = {width_, 0};
+      for (int32_t k = 0; k < count; ++k) {
+        FindLine(y + k, &lines_[k]);
+        if (lines_[k].inside.empty()) continue;
+        all.first = std::min(all.first, lines_[k].inside.first);
+        all.end = std::max(all.end, lines_[k].inside.end);
+      }
+      for (int32_t x = all.first; x < all.end; x += std::min(side_, all.end - x)) {
+        SampleTile(tile, x, std::min(side_, all.end - x), y, count, first_row, stride);
       }
     }
   }
 
  private:
-  struct Work {
-    int32_t column[kRun], row[kRun];  // where pixels are read, in the source
-    float dx[kRun], dy[kRun];
-    Sampler::Taps taps;
-    Sampler::Samples samples[2];
-    float column_weights[4][kRun], row_weights[4][kRun];
-    float sums[4][3 * kRun];
-    uint32_t colors[kRun];
+  // A row of the new image: the axes of the source along it, and its pixels that are in the source.
+  struct Line {
+    simd::TurnedAxis axes[2];
+    Span inside;
   };
 
-  // Pixels of a row.
-  struct Span {
-    int32_t first, end;
-  };
-
-  // The axes along row y.
-  void FindRow(int32_t y) {
-    // Halves are whole numbers.
-    const float v = static_cast<float>(static_cast<int32_t>(turn_.height) / 2 - y);
-    const Sampler::Range columns = sampler_.Inner(sampler_.width());
-    const Sampler::Range lines = sampler_.Inner(sampler_.height());
-    axes_[0] = {turn_.c, v * turn_.s, static_cast<float>(sampler_.width() / 2), columns.low,
-                columns.high};
-    axes_[1] = {turn_.s, -(v * turn_.c), static_cast<float>(sampler_.height() / 2), lines.low,
-                lines.high};
+  void SampleTile(TileSampler& tile, int32_t x, int32_t columns, int32_t y, int32_t rows,
+                  uint8_t* to, size_t stride) {
+    tile.Begin(Reach(0, source_width_, x, columns, rows),
+               Reach(1, source_height_, x, columns, rows));
+    for (int32_t k = 0; k < rows; ++k) {
+      const Line& line = lines_[k];
+      const Span run = {std::max(x, line.inside.first), std::min(x + columns, line.inside.end)};
+      if (run.empty()) continue;
+      const auto count = static_cast<size_t>(run.end - run.first);
+      const int32_t from = FromMiddle(run.first);
+      functions_.turned_positions(line.axes[0], from, count, at_.column, at_.dx);
+      functions_.turned_positions(line.axes[1], from, count, at_.row, at_.dy);
+      tile.Sample(at_, run.first, y + k, run.end - run.first, to + static_cast<size_t>(k) * stride);
+    }
   }
 
-  int32_t FromMiddle(int32_t x) const { return x - static_cast<int32_t>(turn_.width) / 2; }
+  // Which part of an axis a tile's positions are in. They ascend or descend along its rows and
+  // columns, so that the corners are the farthest.
+  Span Reach(int axis, int32_t size, int32_t x, int32_t columns, int32_t rows) const {
+    Span reach = {size, 0};
+    for (const int32_t k : {0, rows - 1}) {
+      for (const int32_t i : {0, columns - 1}) {
+        const float position =
+            std::clamp(At(lines_[k].axes[axis], x + i), 0.0f, static_cast<float>(size));
+        reach.first = std::min(reach.first, static_cast<int32_t>(position));
+        reach.end = std::max(reach.end, static_cast<int32_t>(position) + 1);
+      }
+    }
+    return reach;
+  }
+
+  void FindLine(int32_t y, Line* line) const {
+    // Halves are whole numbers.
+    const float v = static_cast<float>(height_ / 2 - y);
+    line->axes[0] = {turn_.c, v * turn_.s, static_cast<float>(source_width_ / 2)};
+    line->axes[1] = {turn_.s, -(v * turn_.c), static_cast<float>(source_height_ / 2)};
+    line->inside = {0, width_};
+    for (const auto& [axis, size] :
+         {std::pair{line->axes[0], source_width_}, std::pair{line->axes[1], source_height_}}) {
+      const double below_size = std::nextafter(static_cast<double>(size), 0);
+      const double sign = axis.step < 0 ? -1 : 1;
+      line->inside.first =
+          std::max(line->inside.first, FirstAt(axis, sign, sign > 0 ? kAboveMinusOne : below_size));
+      line->inside.end = std::min(
+          line->inside.end, sign > 0 ? FirstAt(axis, sign, size)
+                                     : FirstAt(axis, sign, std::nextafter(kAboveMinusOne, -2.0f)));
+    }
+  }
+
+  int32_t FromMiddle(int32_t x) const { return x - width_ / 2; }
 
   float At(const simd::TurnedAxis& axis, int32_t x) const {
     return static_cast<float>(FromMiddle(x)) * axis.step + axis.origin + axis.center;
   }
 
-  // The first pixel of a row of positions that ascend (sign 1) or descend (sign -1) that lies at or
-  // beyond the limit.
+  // The first pixel of a row of positions that ascend (sign 1) or descend (sign -1) that is at the
+  // limit or beyond it.
   int32_t FirstAt(const simd::TurnedAxis& axis, double sign, double limit) const {
     const auto reached = [&](int32_t x) { return sign * At(axis, x) >= sign * limit; };
-    const double width = static_cast<double>(turn_.width);
     const double guess = (limit - axis.center - axis.origin) / axis.step - FromMiddle(0);
-    int32_t x = static_cast<int32_t>(guess > 0 ? std::min(guess, width) : 0);
+    int32_t x = static_cast<int32_t>(guess > 0 ? std::min(guess, static_cast<double>(width_)) : 0);
     while (x > 0 && reached(x - 1)) --x;
-    while (x < turn_.width && !reached(x)) ++x;
+    while (x < width_ && !reached(x)) ++x;
     return x;
   }
 
-  // The pixels whose positions are at least `low` and at least `margin` below the source's size.
-  Span Between(float low, int32_t margin) const {
-    Span span = {0, static_cast<int32_t>(turn_.width)};
-    for (const auto& [axis, size] : {std::pair{axes_[0], sampler_.width() - margin},
-                                     std::pair{axes_[1], sampler_.height() - margin}}) {
-      const double below_size = std::nextafter(static_cast<double>(size), 0);
-      const double sign = axis.step < 0 ? -1 : 1;
-      span.first = std::max(span.first, FirstAt(axis, sign, sign > 0 ? low : below_size));
-      span.end = std::min(span.end, sign > 0 ? FirstAt(axis, sign, size)
-                                             : FirstAt(axis, sign, std::nextafter(low, -2.0f)));
-    }
-    return span;
-  }
-
-  // Pixels [first, end) of the strip that starts at x.
-  void SamplePixels(int32_t x, int32_t y, int first, int end) {
-    for (int i = first; i < end; ++i) {
-      Position at[2];
-      for (int k = 0; k < 2; ++k) {
-        const float position = At(axes_[k], x + i);
-        at[k].whole = static_cast<int32_t>(position);
-        at[k].fraction = position - static_cast<float>(at[k].whole);
-      }
-      (*work_).colors[i] = sampler_.SamplePixel(at[0], at[1], x + i, y);
-    }
-  }
-
-  void Store(int first, int end, uint8_t* to) {
-    sampler_.Store((*work_).colors, first, end, (end + 7) & ~7, to);
-  }
-
-  void SampleRun(int32_t x, int32_t y, int first, int end, uint8_t* to) {
-    Work& w = *work_;
-    const bool point = sampler_.mode() == kPoint;
-    const size_t n = static_cast<size_t>(end - first);
-    const int32_t from = FromMiddle(x + first);
-    functions_.turned_positions(axes_[0], from, n, w.column + first,
-                                point ? nullptr : w.dx + first);
-    functions_.turned_positions(axes_[1], from, n, w.row + first, point ? nullptr : w.dy + first);
-    sampler_.FindNeighbours(w.column, w.row, x, first, end, &w.taps);
-    sampler_.ReadAhead(w.taps, ahead_, first, end);
-    if (sampler_.Picks()) {
-      if (bit_count_ == 1) {
-        PickBits(first, end, to);
-      } else {
-        sampler_.Pick(w.taps, 0, first, end, to);
-      }
-      return;
-    }
-    if (sampler_.mode() == kBilinear && sampler_.BlendsBytes()) {
-      sampler_.BlendBytes(w.taps, 0, w.dx, w.dy, false, first, end, to);
-      return;
-    }
-    if (sampler_.mode() == kBicubic) {
-      BicubicRun(x, y, first, end, to);
-      return;
-    }
-    sampler_.Fetch(w.taps, 0, first, end, &w.samples[0]);
-    if (point) {
-      std::copy(w.samples[0].tap[0] + first, w.samples[0].tap[0] + end, w.colors + first);
-    } else {
-      sampler_.Fetch(w.taps, 1, first, end, &w.samples[1]);
-      sampler_.Blend(w.samples[0], w.samples[1], w.dx, w.dy, false, first, end, w.colors);
-    }
-    Store(first, end, to);
-  }
-
-  void BicubicRun(int32_t x, int32_t y, int first, int end, uint8_t* to) {
-    Work& w = *work_;
-    float *column_weights[4], *row_weights[4], *all_row_weights[4];
-    for (int k = 0; k < 4; ++k) {
-      column_weights[k] = w.column_weights[k] + first;
-      row_weights[k] = w.row_weights[k] + first;
-      all_row_weights[k] = w.row_weights[k];
-    }
-    const size_t inside = static_cast<size_t>(end - first);
-    functions_.cubic_weights(w.dx + first, inside, column_weights);
-    functions_.cubic_weights(w.dy + first, inside, row_weights);
-    const CubicOffsets row_offsets = sampler_.RowOffsets(y);
-    const float* sums[4];
-    for (int j = 0; j < 4; ++j) {
-      sums[j] = w.sums[j];
-      if (sampler_.BlendsBytes()) {
-        sampler_.SumBytesAcross(w.taps, row_offsets.at[j], x, w.column_weights, false, first, end,
-                                w.sums[j]);
-      } else {
-        sampler_.Fetch(w.taps, row_offsets.at[j], first, end, &w.samples[0]);
-        sampler_.SumAcross(w.samples[0], x, w.column_weights, first, end, w.sums[j]);
-      }
-    }
-    const int low = std::min(end, uncorrected_.first - x);
-    const int high = std::max(first, uncorrected_.end - x);
-    if (sampler_.BlendsBytes()) {
-      sampler_.SumBytesDown(sums, all_row_weights, false, first, end, to);
-      SamplePixels(x, y, first, low);
-      Store(first, low, to);
-      SamplePixels(x, y, high, end);
-      Store(high, end, to);
-    } else {
-      sampler_.SumDown(sums, all_row_weights, false, first, end, w.colors);
-      SamplePixels(x, y, first, low);
-      SamplePixels(x, y, high, end);
-      Store(first, end, to);
-    }
-  }
-
-  // A byte of pixels may begin or end outside the source.
-  void PickBits(int first, int end, uint8_t* to) {
-    Sampler::Taps& taps = (*work_).taps;
-    const int first_of_byte = first & ~7, end_of_byte = (end + 7) & ~7;
-    for (int i = first_of_byte; i < first; ++i) taps.offset[0][i] = taps.offset[0][first];
-    for (int i = end; i < end_of_byte; ++i) taps.offset[0][i] = taps.offset[0][first];
-    std::fill(taps.shift[0] + first_of_byte, taps.shift[0] + first, uint8_t{0});
-    std::fill(taps.shift[0] + end, taps.shift[0] + end_of_byte, uint8_t{0});
-    sampler_.Pick(taps, 0, first_of_byte, end_of_byte, to);
-    to[first / 8] = static_cast<uint8_t>(to[first / 8] | ~(0xFFu >> (first - first_of_byte)));
-    uint8_t& last = to[end_of_byte / 8 - 1];
-    last = static_cast<uint8_t>(last | ((1u << (end_of_byte - end)) - 1));
-  }
-
-  Sampler& sampler_;
+  const int32_t source_width_, source_height_;
   const Turn turn_;
-  const uint16_t bit_count_;
-  const simd::RowFunctions& functions_;
-  AlignedScratch<Work> work_;
-  const ptrdiff_t ahead_;  // from a pixel in the source to where a later row reads
-  simd::TurnedAxis axes_[2];
-  Span uncorrected_ = {0, 0};  // bicubic: the pixels of a row that need no correction
+  const int32_t width_, height_;
+  const int32_t side_;  // of a tile
+  const simd::RowFunctions& functions_ = simd::Active();
+  Line lines_[TileSampler::kSide];  // of the current tiles
+  TileSampler::Positions at_;
 };
 
 }  // namespace
 
-uint32_t Rotate(PackedDib** image, float degrees, uint32_t mode, Resampling resampling) {
+}  // namespace ombrilo
+
+uint32_t omb_rotate(PackedDib** image, float degrees, uint32_t mode) {
+  using namespace ombrilo;
   const auto source = DibView::Open(image == nullptr ? nullptr : *image);
   if (!source || !(degrees >= -2147483648.0f && degrees < 2147483648.0f)) return 0;
   const int32_t full_turns = static_cast<int32_t>(degrees) / 360;
@@ -274,22 +175,18 @@ uint32_t Rotate(PackedDib** image, float degrees, uint32_t mode, Resampling resa
   NewBlock block =
       NewBlock::Resized(*source, turn.width, turn.height, NewBlock::Rows::kPixelsComeNext);
   if (!block) return 0;
-  Sampler sampler(*source, mode);
-  Rotator rotator(sampler, turn, source->bit_count());
-  if (!sampler || !rotator) return 0;
   // Not block.dib(): a core header may have cut the size to 16 bits.
-  uint8_t* new_rows = block.bytes() + source->prefix_size();
-  const size_t stride = static_cast<size_t>(StrideOf(turn.width, source->bit_count()));
+  uint8_t* const rows = block.bytes() + source->prefix_size();
+  const auto stride = static_cast<size_t>(StrideOf(turn.width, source->bit_count()));
+  Sampler sampler(*source, mode);
+  if (!sampler) return 0;
   if (sampler.Paints()) {
-    rotator.Run(resampling, new_rows, stride);
+    TileSampler tile(sampler, -static_cast<int32_t>(kRowsAhead * turn.s),
+                     static_cast<int32_t>(kRowsAhead * turn.c));
+    if (!tile) return 0;
+    Rotator(sampler, turn).Run(tile, rows, stride);
   } else {
-    std::memset(new_rows, 255, stride * static_cast<size_t>(turn.height));
+    std::memset(rows, 255, stride * static_cast<size_t>(turn.height));
   }
   return block.Replace(image);
-}
-
-}  // namespace ombrilo
-
-uint32_t omb_rotate(PackedDib** image, float degrees, uint32_t mode) {
-  return ombrilo::Rotate(image, degrees, mode, ombrilo::Resampling::kRuns);
 }

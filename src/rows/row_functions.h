@@ -144,10 +144,27 @@ enum {
   kTapRows = 64,  // rows that are resized at a time
 };
 
+enum { kRunPadding = 16 };  // pixels that are resampled at a time, at most
+
+// Where the pixels of a run are: pixel i starts at base[offset[i]].
+struct PixelPlaces {
+  const uint8_t* base;
+  int32_t bytes;  // that can be read from the base on
+  const int32_t* offset;
+  int channels;  // bytes of a pixel: 1 or 3
+  bool one_row;  // offsets ascend, and the first of values down the rows serves all pixels
+};
+
+// Pixels that can be sampled, and how they lie: `pitch` bytes from row to row.
+struct SampledArea {
+  int32_t column_low, column_high, row_low, row_high;
+  int32_t first_column, first_row;  // of the pixel at offset 0
+  int32_t channels, pitch;
+};
+
 // An axis of the source along a row of a turned image.
 struct TurnedAxis {
   float step, origin, center;
-  int32_t low, high;
 };
 
 struct RowFunctions {
@@ -289,87 +306,35 @@ struct RowFunctions {
   void (*transpose24)(const uint8_t* from, ptrdiff_t from_step, size_t columns, size_t rows,
                       uint8_t* to, ptrdiff_t to_step);
 
-  // FindPixels() of core/pixels.h.
-  void (*find_pixels)(const int32_t* columns, int32_t move, const int32_t* rows, int32_t stride,
-                      int bit_count, size_t count, int32_t* offsets, uint8_t* shifts);
-
-  // Resampling works on colors in words whose lower three bytes are blue, green and red, or on
-  // words of four neighbouring gray levels, the leftmost lowest.
+  // Resampling goes by runs of pixels. Up to kRunPadding values behind those of a run may be read
+  // and, except for bytes of pixels, written.
   //
-  // words[i] = the four bytes at offset[i] + move; those from base + bytes on are 0. `bytes` is 4
-  // at least and the offsets lie below it.
-  void (*fetch_words)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
-                      size_t count, uint32_t* words);
-  // colors[i] = table[base[offset[i] + move] >> shift[i] & mask], with offsets as above; the mask
-  // reaches no bit beyond the byte.
-  void (*fetch_indexed)(const uint8_t* base, int32_t bytes, const int32_t* offset,
-                        const uint8_t* shift, int32_t move, uint32_t mask, const uint32_t* table,
-                        size_t count, uint32_t* colors);
-  // The pixels at offset[i] + move, of three bytes, of one, or the bit shift[i] of one. Bits behind
-  // the last pixel keep their values.
-  void (*pick24)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
-                 size_t count, uint8_t* to);
-  void (*pick8)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
-                size_t count, uint8_t* to);
-  void (*pick1)(const uint8_t* base, int32_t bytes, const int32_t* offset, const uint8_t* shift,
-                int32_t move, size_t count, uint8_t* to);
-  // channels[c][i] = byte c of the four entries that the bytes of words[i] choose from a table.
-  void (*look_up_channels)(const uint32_t* words, size_t count, const uint32_t* table,
-                           uint32_t* const channels[3]);
-  // bytes[i] = the low byte of words[i]
-  void (*low_bytes)(const uint32_t* words, size_t count, uint8_t* bytes);
-  // packed[i] = words[0][i] | words[1][i] << 8 | words[2][i] << 16 | words[3][i] << 24
-  void (*pack_bytes)(const uint32_t* const words[4], size_t count, uint32_t* packed);
-  // Blends of pixels of three or one bytes at lower[offset[i]], their right neighbours, and those
-  // at upper[offset[i]]; each channel as below. `bytes` can be read from both rows on. With one_dy,
-  // offsets ascend.
-  void (*bilinear24)(const uint8_t* lower, const uint8_t* upper, int32_t bytes,
-                     const int32_t* offset, const float* dx, const float* dy, bool one_dy,
-                     size_t count, uint8_t* to);
-  void (*bilinear8)(const uint8_t* lower, const uint8_t* upper, int32_t bytes,
-                    const int32_t* offset, const float* dx, const float* dy, bool one_dy,
-                    size_t count, uint8_t* to);
-  // Each channel: (1-dy)(1-dx) taps[0] + (1-dy)dx taps[1] + (1-dx)dy taps[2] + dx dy taps[3],
-  // summed in this order, limited to 0..255 and truncated. With one_dy, dy[0] serves all.
-  void (*bilinear)(const uint32_t* const taps[4], const float* dx, const float* dy, bool one_dy,
-                   size_t count, uint32_t* colors);
-  // The same of the lower two bytes of two words.
-  void (*bilinear_gray)(const uint32_t* lower, const uint32_t* upper, const float* dx,
-                        const float* dy, bool one_dy, size_t count, uint32_t* levels);
+  // offset[i] = that of pixel (columns[i], rows[i]), with both limited to the area; and in the
+  // padding the last pixel's again. The count is not 0. Whether none had to be limited.
+  bool (*find_places)(const struct SampledArea& area, const int32_t* columns, const int32_t* rows,
+                      size_t count, int32_t* offset);
+  // The pixels themselves.
+  void (*pick)(const struct PixelPlaces& places, size_t count, uint8_t* to);
+  // Blends of each pixel, its right neighbour, and those at the same offsets from `upper`, from
+  // which as many bytes can be read: for each channel (1-dy)(1-dx) lower + (1-dy)dx lower right +
+  // (1-dx)dy upper + dx dy upper right, summed in this order, limited to 0..255 and truncated.
+  void (*bilinear)(const struct PixelPlaces& lower, const uint8_t* upper, const float* dx,
+                   const float* dy, size_t count, uint8_t* to);
   // The cubic weights of four neighbours at the distances 1+d, d, 1-d, 2-d. With a = |distance|:
   // 1 - 2a^2 + a^3 below 1, 4 - 8a + 5a^2 - a^3 below 2, 0 beyond.
   void (*cubic_weights)(const float* fraction, size_t count, float* const weights[4]);
-  // Sums across and down as below, of pixels of three or one bytes. Those in a row stand at
-  // base[offset[i] + move] and in the three columns to the right of it, of which columns[] picks
-  // the four taps. `bytes` can be read from the base on. With one_row, offsets
-  // ascend.
-  void (*cubic_across24)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
-                         bool one_row, const int columns[4], const float* const weights[4],
-                         size_t count, size_t plane, float* sums);
-  void (*cubic_across8)(const uint8_t* base, int32_t bytes, const int32_t* offset, int32_t move,
-                        bool one_row, const int columns[4], const float* const weights[4],
-                        size_t count, size_t plane, float* sums);
-  void (*cubic_down24)(const float* const sums[4], const float* const weights[4], bool one_weight,
-                       size_t count, size_t plane, uint8_t* to);
-  void (*cubic_down8)(const float* const sums[4], const float* const weights[4], bool one_weight,
-                      size_t count, size_t plane, uint8_t* to);
-  // sums[c * plane + i] = the four taps' channels c times their weights, summed in order.
-  void (*cubic_across)(const uint32_t* const taps[4], const float* const weights[4], size_t count,
-                       size_t plane, float* sums);
-  // sums[i] = four bytes of words[i], at the places bytes[], times their weights.
-  void (*cubic_across_gray)(const uint32_t* words, const int bytes[4],
-                            const float* const weights[4], size_t count, float* sums);
-  // Each channel: the four sums times their weights, summed in order, limited to 0..255, truncated.
-  // With one_weight, weights[..][0] serve all.
-  void (*cubic_down)(const float* const sums[4], const float* const weights[4], bool one_weight,
-                     size_t count, size_t plane, uint32_t* colors);
-  // The same of one channel.
-  void (*cubic_down_gray)(const float* const sums[4], const float* const weights[4],
-                          bool one_weight, size_t count, uint32_t* levels);
-  // Of positions (first + i) * step + origin + center: truncated and limited to low..high and,
-  // unless that is null, the fraction before the limit. Positions fit an int32_t.
+  // sums[c * plane + i] = channel c of four of the pixels that stand from a place on (columns[]
+  // says which: 0 to 3), times their weights, summed in order.
+  void (*cubic_across)(const struct PixelPlaces& places, const int columns[4],
+                       const float* const weights[4], size_t plane, size_t count, float* sums);
+  // Each channel: four of these sums times their weights, summed in order, limited to 0..255 and
+  // truncated. With one_row, weights[..][0] serve all pixels.
+  void (*cubic_down)(const float* const sums[4], const float* const weights[4], int channels,
+                     bool one_row, size_t plane, size_t count, uint8_t* to);
+  // Positions (first + i) * step + origin + center, which fit an int32_t: truncated, and what that
+  // takes off.
   void (*turned_positions)(const struct TurnedAxis& axis, int32_t first, size_t count,
-                           int32_t* inner, float* fraction);
+                           int32_t* whole, float* fraction);
 
   // Resizing. Weights come two by two; of an odd number of taps, the last pair's second one is 0.
   // to[i] = (2^21 + the sum of rows[k][i] times weight k) >> 22, limited to 0..255. `to` is none of

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <functional>
 #include <memory>
@@ -22,7 +23,7 @@ constexpr size_t kRoom = 16;  // on both sides of rows
 
 // Inputs without any order, in blocks of exactly the length that a function may read.
 struct Input {
-  explicit Input(size_t n) : bytes(4 * n + 4), shifts(n), offsets(n), columns(n) {
+  explicit Input(size_t n) : bytes(4 * n + 4) {
     int x = 0;
     const auto noise = Noise(0x7FFFFFFF, static_cast<uint32_t>(n));
     const auto next = [&] { return noise(x++, 1); };
@@ -37,14 +38,9 @@ struct Input {
       }
       from[k] = rows[k].data() + kRoom;
     }
-    for (size_t i = 0; i < n; ++i) {
-      // The last offset of each is the last byte.
-      offsets[i] = static_cast<int32_t>(i + 1 == n ? bytes.size() - 1 : next() % bytes.size()) - 2;
-      columns[i] = static_cast<int32_t>(next() % 5000);
-      shifts[i] = static_cast<uint8_t>(next() % 8);
-    }
+    for (size_t i = 0; i < n + 1; ++i) columns.push_back(static_cast<int32_t>(next() % 5000));
     for (int k = 0; k < 8; ++k) {
-      for (size_t i = 0; i < std::max<size_t>(n, 1); ++i) {
+      for (size_t i = 0; i < n + simd::kRunPadding; ++i) {
         words[k].push_back(next());
         levels[k].push_back(static_cast<float>(next()) / 1e9f - 1);
         for (int c = 0; c < 3; ++c) planes[k].push_back(300 * levels[k].back() * (c - 0.5f));
@@ -53,8 +49,8 @@ struct Input {
     }
   }
 
-  std::vector<uint8_t> bytes, shifts, rows[9];
-  std::vector<int32_t> offsets, columns;
+  std::vector<uint8_t> bytes, rows[9];
+  std::vector<int32_t> columns;
   std::vector<uint32_t> words[8];
   std::vector<float> levels[8], planes[8];
   uint8_t table[768];
@@ -277,98 +273,86 @@ void AddNeighbourhoodCases(std::vector<Case>& all) {
   }
 }
 
+// Arrays of a run may be read and written beyond its end; only what is before counts.
+template <class T, class Use>
+void WithPadding(Output& out, size_t planes, size_t n, Use&& use) {
+  const size_t plane = n + simd::kRunPadding;
+  std::vector<T> values(planes * plane);
+  use(values.data(), plane);
+  for (size_t k = 0; k < planes; ++k) std::copy_n(&values[k * plane], n, out.New<T>(n));
+}
+
 void AddResamplingCases(std::vector<Case>& all) {
-  for (const int bits : {1, 4, 8, 24}) {
-    all.push_back({"find_pixels", [=](auto& f, auto& in, auto n, auto& o) {
-                     auto* offsets = o.template New<int32_t>(n);
-                     f.find_pixels(in.columns.data(), -1, bits == 4 ? nullptr : in.offsets.data(),
-                                   5000, bits, n, offsets, o.New(n));
-                   }});
+  // Pixels from far apart to neighbours, in one row or not, up to the last byte.
+  for (const auto& [channels, step] : {std::pair{1, 600},
+                                       {1, 50},
+                                       {1, 20},
+                                       {1, 13},
+                                       {3, 600},
+                                       {3, 61},
+                                       {3, 50},
+                                       {3, 49},
+                                       {3, 13}}) {
+    for (const bool one_row : {true, false}) {
+      all.push_back(
+          {"sampling", [=](auto& f, auto& in, auto n, auto& o) {
+             if (n == 0) return;
+             const auto wide = static_cast<size_t>(channels);
+             std::vector<int32_t> offsets(n + simd::kRunPadding);
+             for (size_t i = 0; i < n; ++i) {
+               offsets[one_row ? i : (i * 7 + n / 2) % n] =
+                   static_cast<int32_t>(i) * step / 20 * channels;
+             }
+             std::fill(offsets.begin() + static_cast<ptrdiff_t>(n), offsets.end(), offsets[n - 1]);
+             const int32_t last = *std::max_element(offsets.begin(), offsets.end());
+             const auto places = [&](size_t pixels, auto&& use) {
+               const size_t size = static_cast<size_t>(last) + pixels * wide;
+               std::vector<uint8_t> lower(size), upper(size);
+               for (size_t k = 0; k < size; ++k) {
+                 lower[k] = in.table[k % 768], upper[k] = in.table[5 * k % 768];
+               }
+               use(simd::PixelPlaces{lower.data(), static_cast<int32_t>(size), offsets.data(),
+                                     channels, one_row},
+                   upper.data());
+             };
+             places(1, [&](const auto& p, const uint8_t*) { f.pick(p, n, o.New(wide * n)); });
+             places(2, [&](const auto& p, const uint8_t* upper) {
+               f.bilinear(p, upper, in.floats[0], in.floats[1], n, o.New(wide * n));
+             });
+             for (const auto& columns : {std::array{0, 1, 2, 3}, {1, 1, 2, 3}, {0, 1, 1, 2}}) {
+               places(4, [&](const auto& p, const uint8_t*) {
+                 WithPadding<float>(o, wide, n, [&](float* sums, size_t plane) {
+                   f.cubic_across(p, columns.data(), in.floats, plane, n, sums);
+                 });
+               });
+             }
+             f.cubic_down(in.sums, in.floats + 4, channels, one_row, n + simd::kRunPadding, n,
+                          o.New(wide * n));
+           }});
+    }
   }
-  all.push_back({"fetch", [](auto& f, auto& in, auto n, auto& o) {
-                   const auto* base = in.bytes.data();
-                   const auto* offsets = in.offsets.data();
-                   const auto bytes = static_cast<int32_t>(in.bytes.size());
-                   const std::vector<uint8_t> whole(n);
-                   f.fetch_words(base, bytes, offsets, 2, n, o.template New<uint32_t>(n));
-                   // Neighbours in a row, up to the last bytes.
-                   const auto count = static_cast<int32_t>(n);
-                   std::vector<int32_t> close(n);
-                   for (int32_t i = 0; i < count; ++i) close[static_cast<size_t>(i)] = i * 5 / 2;
-                   f.fetch_words(base, count * 5 / 2 + 4, close.data(), 0, n,
-                                 o.template New<uint32_t>(n));
-                   f.fetch_indexed(base, bytes, offsets, in.shifts.data(), 2, 1, in.colors, n,
-                                   o.template New<uint32_t>(n));
-                   f.fetch_indexed(base, bytes, offsets, whole.data(), 2, 255, in.colors, n,
-                                   o.template New<uint32_t>(n));
-                   for (const auto* places : {offsets, static_cast<const int32_t*>(close.data())}) {
-                     f.pick24(base, bytes, places, 2, n, o.New(3 * n));
-                     f.pick8(base, bytes, places, 2, n, o.New(n));
-                     f.pick1(base, bytes, places, in.shifts.data(), 2, n, o.New((n + 7) / 8));
-                   }
-                   uint32_t* channels[3];
-                   for (uint32_t*& c : channels) c = o.template New<uint32_t>(n);
-                   f.look_up_channels(in.taps[0], n, in.colors, channels);
-                   f.low_bytes(in.taps[0], n, o.New(n));
-                   f.pack_bytes(in.taps, n, o.template New<uint32_t>(n));
-                 }});
-  // Pixels from far apart to neighbours, up to the last byte.
-  for (const int step : {600, 110, 61, 50, 49, 13}) {
-    all.push_back({"bilinear, cubic of pixels", [=](auto& f, auto& in, auto n, auto& o) {
-                     std::vector<int32_t> offsets;
-                     for (size_t i = 0; i < n; ++i) {
-                       offsets.push_back(static_cast<int32_t>(i) * step / 20 * 3);
-                     }
-                     const int32_t bytes = 3 * (static_cast<int32_t>(n) * step / 20 + 4);
-                     constexpr int kColumns[][4] = {{0, 1, 2, 3}, {1, 1, 2, 3}, {0, 1, 1, 2}};
-                     const auto* places = offsets.data();
-                     std::vector<uint8_t> lower(static_cast<size_t>(bytes)), upper(lower);
-                     for (size_t k = 0; k < lower.size(); ++k) {
-                       lower[k] = in.table[k % 768], upper[k] = in.table[5 * k % 768];
-                     }
-                     const uint8_t *low = lower.data(), *up = upper.data();
-                     for (const bool one : {false, true}) {
-                       const auto *dx = in.floats[0], *dy = in.floats[1];
-                       f.bilinear24(low, up, bytes, places, dx, dy, one, n, o.New(3 * n));
-                       f.bilinear8(low, up, bytes, places, dx, dy, one, n, o.New(n));
-                       f.cubic_down24(in.sums, in.floats + 4, one, n, n, o.New(3 * n));
-                       f.cubic_down8(in.sums, in.floats + 4, one, n, 0, o.New(n));
-                     }
-                     for (const auto& columns : kColumns) {
-                       const bool ascend = columns[3] == 3;
-                       f.cubic_across24(low, bytes, places, 0, ascend, columns, in.floats, n, n,
-                                        o.template New<float>(3 * n));
-                       f.cubic_across8(low, bytes, places, 3, ascend, columns, in.floats, n, 0,
-                                       o.template New<float>(n));
-                     }
-                   }});
-  }
-  for (const bool one : {false, true}) {
-    all.push_back({"bilinear, cubic", [=](auto& f, auto& in, auto n, auto& o) {
-                     const auto* fl = in.floats;
-                     f.bilinear(in.taps, fl[0], fl[1], one, n, o.template New<uint32_t>(n));
-                     f.bilinear_gray(in.taps[0], in.taps[1], fl[0], fl[1], one, n,
-                                     o.template New<uint32_t>(n));
-                     f.cubic_down(in.sums, fl + 4, one, n, n, o.template New<uint32_t>(n));
-                     f.cubic_down_gray(in.sums, fl + 4, one, n, o.template New<uint32_t>(n));
-                   }});
-  }
-  all.push_back({"cubic_across, positions", [](auto& f, auto& in, auto n, auto& o) {
-                   constexpr int bytes[4] = {1, 3, 0, 2};
-                   float* weights[4];
-                   for (float*& w : weights) w = o.template New<float>(n);
-                   f.cubic_weights(in.floats[0], n, weights);
+  all.push_back({"places, weights, positions", [](auto& f, auto& in, auto n, auto& o) {
+                   if (n == 0) return;
+                   const simd::SampledArea area = {1, 4000, 2, 4998, 1, 2, 3, 70000};
+                   WithPadding<int32_t>(o, 1, n, [&](int32_t* offset, size_t) {
+                     *o.New(1) =
+                         f.find_places(area, in.columns.data(), in.columns.data() + 1, n, offset);
+                   });
                    std::vector<float> fractions(in.floats[0], in.floats[0] + n);
-                   for (float& fraction : fractions) fraction -= std::floor(fraction);
-                   for (float*& w : weights) w = o.template New<float>(n);
-                   f.cubic_weights(fractions.data(), n, weights);
-                   f.cubic_across(in.taps, in.floats, n, n, o.template New<float>(3 * n));
-                   f.cubic_across_gray(in.taps[0], bytes, in.floats, n, o.template New<float>(n));
-                   const simd::TurnedAxis axis = {0.9876f, 0.3f, 12, 1, 20};
-                   auto* inner = o.template New<int32_t>(n);
-                   f.turned_positions(axis, -17, n, inner, o.template New<float>(n));
-                   inner = o.template New<int32_t>(n);
-                   f.turned_positions(axis, -17, n, inner, nullptr);
+                   for (int k = 0; k < 2; ++k) {
+                     WithPadding<float>(o, 4, n, [&](float* values, size_t plane) {
+                       float* const weights[4] = {values, values + plane, values + 2 * plane,
+                                                  values + 3 * plane};
+                       f.cubic_weights(fractions.data(), n, weights);
+                     });
+                     for (float& fraction : fractions) fraction -= std::floor(fraction);
+                   }
+                   const simd::TurnedAxis axis = {0.9876f, 0.3f, 12};
+                   WithPadding<int32_t>(o, 1, n, [&](int32_t* whole, size_t) {
+                     WithPadding<float>(o, 1, n, [&](float* fraction, size_t) {
+                       f.turned_positions(axis, -17, n, whole, fraction);
+                     });
+                   });
                  }});
 }
 

@@ -1,0 +1,161 @@
+#include "geometry/sampler.h"
+
+#include <cstring>
+
+#include "core/pixels.h"
+#include "rows/row_functions.h"
+
+namespace ombrilo {
+
+namespace {
+
+struct CubicOffsets {
+  int32_t at[4];
+};
+
+// Offsets derive from the new image's coordinate and the source's last column or row. Mixing the
+// two is part of the contract: enlarging uses the border's offsets over most of the image.
+CubicOffsets OffsetsFor(int32_t at, int32_t last) {
+  CubicOffsets offsets = {{at < 1 ? 0 : -1, 0, at >= last ? 0 : 1, 2}};
+  if (at >= last - 1) offsets.at[3] = offsets.at[2];
+  return offsets;
+}
+
+CubicOffsets ColumnOffsets(const DibView& source, int32_t x) {
+  CubicOffsets offsets = OffsetsFor(x, source.width() - 1);
+  // At 24 bits alone, and for columns alone, the right edge has a rule of its own.
+  if (source.bit_count() == 24 && x >= source.width() - 2) {
+    offsets.at[2] = 0;
+    offsets.at[3] = 1;
+  }
+  return offsets;
+}
+
+// The end of the columns that have the offsets of column x.
+int32_t EndOfOffsets(const DibView& source, int32_t x) {
+  for (const int32_t end : {1, source.width() - 2, source.width() - 1}) {
+    if (x < end) return end;
+  }
+  return INT32_MAX;
+}
+
+}  // namespace
+
+Sampler::Sampler(const DibView& source, uint32_t mode)
+    : source_(source),
+      mode_(mode),
+      in_place_(source.bit_count() >= 8),
+      channels_(source.bit_count() == 24 ? 3 : 1) {
+  if (!Paints()) return;
+  if (source.indexed() && mode != kPoint) {
+    colors_.emplace();
+    ready_ = static_cast<bool>(*colors_);
+    if (!ready_) return;
+    colors_->Snapshot(source);
+    in_place_ = colors_->identity();
+    channels_ = static_cast<int32_t>(colors_->step());
+  }
+  if (mode == kBilinear && width() == 1) in_place_ = false;
+}
+
+bool Sampler::Paints() const {
+  return width() != 0 && height() != 0 && (source_.indexed() || source_.bit_count() == 24) &&
+         mode_ >= kPoint && mode_ <= kBicubic;
+}
+
+Span Sampler::Inner(int32_t size) const {
+  const int32_t end = size - after() + 1;
+  return {before(), mode_ == kBicubic ? end : std::max(end, 1)};
+}
+
+void Sampler::Decode(int32_t row, int32_t first, int32_t end, uint8_t* to) const {
+  const uint8_t* const pixels = source_.row(row);
+  const auto count = static_cast<size_t>(end - first);
+  const auto step = static_cast<size_t>(channels_);
+  if (colors_) {
+    colors_->DecodeRow(pixels, static_cast<size_t>(first), count, to);
+  } else if (source_.indexed()) {
+    UnpackIndices(pixels + static_cast<size_t>(first) * source_.bit_count() / 8,
+                  source_.bit_count(), count, to);
+  } else {
+    std::memcpy(to, pixels + step * static_cast<size_t>(first), step * count);
+  }
+  std::memcpy(to + step * count, to + step * (count - 1), step);
+}
+
+void Sampler::Encode(const uint8_t* sampled, int32_t first, int32_t count, uint8_t* row) {
+  const auto column = static_cast<size_t>(first), pixels = static_cast<size_t>(count);
+  if (colors_) {
+    colors_->EncodeRow(sampled, column, pixels, row);
+  } else if (source_.indexed()) {
+    PackIndices(sampled, source_.bit_count(), column, pixels, row);
+  } else {
+    std::memcpy(row + 3 * column, sampled, 3 * pixels);
+  }
+}
+
+Sampler::CubicRows Sampler::RowsOf(int32_t whole, int32_t y) const {
+  CubicRows rows;
+  // Corrections persist: a later sample starts from the row that an earlier one left.
+  for (int j = 0; j < 4; ++j) {
+    const int32_t up_by = OffsetsFor(y, height() - 1).at[j];
+    if (whole + up_by > height() - 1) whole = height() - up_by - 1;
+    if (whole + up_by < 0) whole = -up_by;
+    rows.at[j] = std::clamp(whole + up_by, 0, height() - 1);
+  }
+  return rows;
+}
+
+void Sampler::SumAcross(const simd::PixelPlaces& places, int32_t x, const float* const weights[4],
+                        size_t plane, size_t count, float* sums) const {
+  simd::PixelPlaces part = places;
+  for (size_t i = 0, n; i < count; i += n) {
+    const auto at = x + static_cast<int32_t>(i);
+    n = std::min(count - i, static_cast<size_t>(EndOfOffsets(source_, at) - at));
+    const CubicOffsets offsets = ColumnOffsets(source_, at);
+    int columns[4];
+    const float* from_weights[4];
+    for (int k = 0; k < 4; ++k) {
+      columns[k] = offsets.at[k] + 1;
+      from_weights[k] = weights[k] + i;
+    }
+    part.offset = places.offset + i;
+    simd::Active().cubic_across(part, columns, from_weights, plane, n, sums + i);
+  }
+}
+
+// A sample that the corrections leave outside the source is clamped into it. Of gray colors the
+// first byte is the level.
+const uint8_t* Sampler::ColorAt(int32_t column, int32_t row) const {
+  const auto x = static_cast<size_t>(std::clamp(column, 0, width() - 1));
+  const uint8_t* const pixels = source_.row(row);
+  return colors_ ? colors_->palette().bgr[GetIndex(pixels, source_.bit_count(), x)]
+                 : pixels + 3 * x;
+}
+
+void Sampler::SampleBicubic(const CubicPixel& pixel, uint8_t* to) const {
+  const CubicOffsets offsets = ColumnOffsets(source_, pixel.x);
+  const CubicRows rows = RowsOf(pixel.row, pixel.y);
+  int32_t column = pixel.column;  // corrections persist here too
+  float value[3] = {};
+  for (int j = 0; j < 4; ++j) {
+    const uint8_t* color[4];
+    for (int k = 0; k < 4; ++k) {
+      const int32_t right_by = offsets.at[k];
+      // A reflection, on purpose unlike the rule for rows.
+      if (column + right_by > width() - 1) column = width() - column - 1;
+      if (column + right_by < 0) column = -right_by;
+      color[k] = ColorAt(column + right_by, rows.at[j]);
+    }
+    for (int c = 0; c < channels_; ++c) {
+      float sum = 0;
+      for (int k = 0; k < 4; ++k) sum += static_cast<float>(color[k][c]) * pixel.across[k];
+      value[c] += sum * pixel.down[j];
+    }
+  }
+  for (int c = 0; c < channels_; ++c) {
+    to[c] = static_cast<uint8_t>(std::clamp(static_cast<int32_t>(value[c]), 0, 255));
+  }
+}
+
+}  // namespace ombrilo

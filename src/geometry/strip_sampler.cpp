@@ -1,0 +1,162 @@
+#include "geometry/strip_sampler.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+#include <utility>
+
+namespace ombrilo {
+
+namespace {
+
+// The distance between two arrays of up to `count` values and their padding. One of nearly a
+// multiple of 4 KiB would bring them into each other's way in the first-level cache.
+size_t PlaneOf(int32_t count) {
+  const size_t values = (static_cast<size_t>(count) + 2 * simd::kRunPadding - 1) /
+                        simd::kRunPadding * simd::kRunPadding;
+  return values % 1024 < 32 ? values + 32 : values;
+}
+
+int PlaneCount(const Sampler& sampler) {
+  return sampler.mode() == kBicubic ? 2 + 4 + 4 * sampler.channels() : 2;
+}
+
+}  // namespace
+
+StripSampler::StripSampler(Sampler& sampler, int32_t columns, int32_t span)
+    : sampler_(sampler),
+      functions_(simd::Active()),
+      inner_rows_(sampler.Inner(sampler.height())),
+      plane_(PlaneOf(columns)),
+      // Up to 7 columns before those that are read, and one after the image's.
+      decoded_size_(sampler.in_place() ? 0
+                                       : (static_cast<size_t>(span) + 16) *
+                                             static_cast<size_t>(sampler.channels())),
+      memory_(plane_ * sizeof(float) * static_cast<size_t>(PlaneCount(sampler)) +
+              2 * decoded_size_ + (sampler.in_place() ? 0 : 3 * static_cast<size_t>(columns))) {
+  if (!memory_) return;
+  auto* values = reinterpret_cast<float*>(memory_.get());
+  const auto next = [&](int planes) {
+    return std::exchange(values, values + plane_ * static_cast<size_t>(planes));
+  };
+  offset_ = reinterpret_cast<int32_t*>(next(1));
+  fraction_ = next(1);
+  if (sampler.mode() == kBicubic) {
+    for (float*& weights : weights_) weights = next(1);
+    for (float*& sums : sums_) sums = next(sampler.channels());
+  }
+  decoded_[0] = reinterpret_cast<uint8_t*>(values);
+  decoded_[1] = decoded_[0] + decoded_size_;
+  sampled_ = decoded_[1] + decoded_size_;
+}
+
+void StripSampler::Begin(int32_t x, const Position* columns, int32_t count) {
+  x_ = x;
+  count_ = count;
+  columns_ = columns;
+  picked_ = -1;
+  std::fill(std::begin(decoded_row_), std::end(decoded_row_), -1);
+  std::fill(std::begin(summed_), std::end(summed_), -1);
+  for (int32_t i = 0; i < count; ++i) fraction_[i] = columns[i].fraction;
+  if (sampler_.mode() == kBicubic) {
+    functions_.cubic_weights(fraction_, static_cast<size_t>(count), weights_);
+  }
+  const Span inner = sampler_.Inner(sampler_.width());
+  // Positions ascend, so that columns that need corrections are at the ends.
+  uncorrected_ = {0, count};
+  const auto inside = [&](int32_t i) { return inner.Holds(columns[i].whole); };
+  while (!uncorrected_.empty() && !inside(uncorrected_.first)) ++uncorrected_.first;
+  while (!uncorrected_.empty() && !inside(uncorrected_.end - 1)) --uncorrected_.end;
+  if (inner.empty()) return;
+
+  const auto leftmost = [&](int32_t i) {
+    return inner.Limit(columns[i].whole) - sampler_.before();
+  };
+  source_columns_.first = sampler_.in_place() ? 0 : leftmost(0) & ~7;
+  source_columns_.end =
+      std::min(leftmost(count - 1) + sampler_.before() + sampler_.after(), sampler_.width());
+  for (int32_t i = 0; i < count; ++i) {
+    offset_[i] = (leftmost(i) - source_columns_.first) * sampler_.channels();
+  }
+  std::fill_n(offset_ + count, simd::kRunPadding, offset_[count - 1]);
+}
+
+void StripSampler::Sample(Position position, int32_t y, uint8_t* row) {
+  uint8_t* const to = sampler_.in_place() ? row + int64_t{x_} * sampler_.channels() : sampled_;
+  switch (sampler_.mode()) {
+    case kPoint:
+      return Point(position, row, to);
+    case kBilinear:
+      Bilinear(position, to);
+      break;
+    case kBicubic:
+      Bicubic(position, y, to);
+      break;
+  }
+  if (to == sampled_) sampler_.Encode(to, x_, count_, row);
+}
+
+void StripSampler::Point(Position position, uint8_t* row, uint8_t* to) {
+  const int32_t source_row = inner_rows_.Limit(position.whole);
+  if (picked_ == source_row) {
+    const size_t bits = sampler_.source().bit_count();
+    const size_t first = static_cast<size_t>(x_) * bits / 8;
+    std::memcpy(row + first, last_ + first, (static_cast<size_t>(count_) * bits + 7) / 8);
+  } else {
+    functions_.pick(Places(source_row, source_row), static_cast<size_t>(count_), to);
+    if (to == sampled_) sampler_.Encode(to, x_, count_, row);
+  }
+  picked_ = source_row;
+  last_ = row;
+}
+
+void StripSampler::Bilinear(Position position, uint8_t* to) {
+  const int32_t lower = inner_rows_.Limit(position.whole);
+  const int32_t upper = std::min(lower + 1, sampler_.height() - 1);
+  functions_.bilinear(Places(lower, upper), Row(upper), fraction_, &position.fraction,
+                      static_cast<size_t>(count_), to);
+}
+
+void StripSampler::Bicubic(Position position, int32_t y, uint8_t* to) {
+  const auto count = static_cast<size_t>(count_);
+  Sampler::CubicPixel pixel = {0, position.whole, 0, y, {}, {}};
+  float* const down[4] = {pixel.down, pixel.down + 1, pixel.down + 2, pixel.down + 3};
+  functions_.cubic_weights(&position.fraction, 1, down);
+  if (!uncorrected_.empty()) {
+    const Sampler::CubicRows rows = sampler_.RowsOf(position.whole, y);
+    const float* sums[4];
+    for (int j = 0; j < 4; ++j) {
+      const int32_t source_row = rows.at[j], slot = source_row & 3;  // the four are neighbours
+      sums[j] = sums_[slot];
+      if (std::exchange(summed_[slot], source_row) == source_row) continue;
+      sampler_.SumAcross(Places(source_row, source_row), x_, weights_, plane_, count, sums_[slot]);
+    }
+    functions_.cubic_down(sums, down, sampler_.channels(), true, plane_, count, to);
+  }
+  for (const Span& border : {Span{0, uncorrected_.first}, Span{uncorrected_.end, count_}}) {
+    for (int32_t i = border.first; i < border.end; ++i) {
+      pixel.column = columns_[i].whole;
+      pixel.x = x_ + i;
+      for (int k = 0; k < 4; ++k) pixel.across[k] = weights_[k][i];
+      sampler_.SampleBicubic(pixel, to + i * sampler_.channels());
+    }
+  }
+}
+
+const uint8_t* StripSampler::Row(int32_t source_row) {
+  if (sampler_.in_place()) return sampler_.source().row(source_row);
+  const int32_t slot = source_row & 1;
+  if (std::exchange(decoded_row_[slot], source_row) != source_row) {
+    sampler_.Decode(source_row, source_columns_.first, source_columns_.end, decoded_[slot]);
+  }
+  return decoded_[slot];
+}
+
+simd::PixelPlaces StripSampler::Places(int32_t source_row, int32_t last) {
+  const int32_t bytes = sampler_.in_place() ? (sampler_.height() - last) *
+                                                  static_cast<int32_t>(sampler_.source().stride())
+                                            : static_cast<int32_t>(decoded_size_);
+  return {Row(source_row), bytes, offset_, sampler_.channels(), true};
+}
+
+}  // namespace ombrilo

@@ -1,0 +1,69 @@
+// Sampling for scaling: the pixels of a row of the new image all read the same rows of the source,
+// and those of a column the same columns. Strips of columns are prepared once and serve all rows;
+// what rows have in common is kept from one to the next.
+#pragma once
+
+#include <cstdint>
+
+#include "core/buffer.h"
+#include "geometry/sampler.h"
+#include "rows/row_functions.h"
+
+namespace ombrilo {
+
+// A position on one axis of the source.
+struct Position {
+  int32_t whole;
+  float fraction;
+};
+
+class StripSampler {
+ public:
+  // Columns of a strip at most: whole bytes of any depth.
+  static constexpr int32_t kMost = 2000;
+
+  // Takes all memory for strips of up to `columns` columns, whose positions are up to `span`
+  // columns of the source apart.
+  StripSampler(Sampler& sampler, int32_t columns, int32_t span);
+  // False when there is none.
+  explicit operator bool() const { return static_cast<bool>(memory_); }
+
+  // Goes to the columns of the new image from x on, at these ascending positions, which are to stay
+  // where they are.
+  void Begin(int32_t x, const Position* columns, int32_t count);
+  // Row y of the new image; rows come in order.
+  void Sample(Position position, int32_t y, uint8_t* row);
+
+ private:
+  void Point(Position position, uint8_t* row, uint8_t* to);
+  void Bilinear(Position position, uint8_t* to);
+  void Bicubic(Position position, int32_t y, uint8_t* to);
+  const uint8_t* Row(int32_t source_row);
+  // Pixels of a row from which on as many bytes can be read as from `last` on.
+  simd::PixelPlaces Places(int32_t source_row, int32_t last);
+
+  Sampler& sampler_;
+  const simd::RowFunctions& functions_;
+  const Span inner_rows_;
+  const size_t plane_;  // values of an array of a run
+  const size_t decoded_size_;
+  AlignedScratch memory_;
+
+  int32_t* offset_;
+  float* fraction_;
+  float* weights_[4];
+  float* sums_[4];       // of the source rows in summed_, channel after channel
+  uint8_t* decoded_[2];  // the source rows in decoded_row_
+  uint8_t* sampled_;     // results that have to be encoded
+
+  // Of the current strip.
+  int32_t x_ = 0, count_ = 0;
+  const Position* columns_ = nullptr;
+  Span source_columns_ = {0, 0};
+  Span uncorrected_ = {0, 0};           // bicubic: pixels whose neighbours all are in the source
+  int32_t decoded_row_[2], summed_[4];  // source rows; -1: none
+  int32_t picked_ = -1;                 // the source row of the last row, which is at last_
+  const uint8_t* last_ = nullptr;
+};
+
+}  // namespace ombrilo

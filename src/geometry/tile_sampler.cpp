@@ -1,0 +1,118 @@
+#include "geometry/tile_sampler.h"
+
+#include <algorithm>
+
+namespace ombrilo {
+
+struct TileSampler::Work {
+  static constexpr size_t kPlane = Positions::kRoom;
+
+  alignas(64) int32_t offset[kPlane];
+  alignas(64) float across[4][kPlane], down[4][kPlane];  // weights
+  alignas(64) float sums[4][3 * kPlane];
+  alignas(64) uint8_t sampled[3 * kSide];
+};
+
+TileSampler::TileSampler(Sampler& sampler, int32_t columns_ahead, int32_t rows_ahead)
+    : sampler_(sampler),
+      functions_(simd::Active()),
+      columns_(sampler.Inner(sampler.width())),
+      rows_(sampler.Inner(sampler.height())),
+      decoded_rows_(sampler.in_place() ? 0 : std::min(kSpan, sampler.height()) + 3),
+      // With neighbours, up to 7 columns before the tile's, and one after the image's.
+      decoded_pitch_((std::min(kSpan, sampler.width()) + 16) * sampler.channels()),
+      memory_(sizeof(Work) + static_cast<size_t>(decoded_rows_ * decoded_pitch_)),
+      work_(*reinterpret_cast<Work*>(memory_.get())),
+      decoded_(memory_.get() + sizeof(Work)) {
+  const DibView& source = sampler.source();
+  const bool in_place = sampler.in_place();
+  const int32_t before = sampler.before(), channels = sampler.channels();
+  const int32_t pitch = in_place ? static_cast<int32_t>(source.stride()) : decoded_pitch_;
+  area_ = {columns_.first, columns_.end - 1, rows_.first, rows_.end - 1, before, before, channels,
+           // The only row of an image is the one above it too.
+           source.height() == 1 ? 0 : pitch};
+  places_ = {in_place ? source.rows() : decoded_,
+             pitch * (in_place ? source.height() : decoded_rows_), work_.offset, channels, false};
+  ahead_ = ptrdiff_t{rows_ahead} * pitch + columns_ahead * channels;
+}
+
+void TileSampler::Begin(Span columns, Span rows) {
+  if (sampler_.in_place() || columns_.empty() || rows_.empty()) return;
+  const int32_t before = sampler_.before(), after = sampler_.after();
+  const int32_t first = (columns_.Limit(columns.first) - before) & ~7;
+  const int32_t end = std::min(columns_.Limit(columns.end - 1) + after, sampler_.width());
+  const int32_t low = rows_.Limit(rows.first) - before;
+  const int32_t high = std::min(rows_.Limit(rows.end - 1) + after, sampler_.height());
+  for (int32_t row = low; row < high; ++row) {
+    sampler_.Decode(row, first, end, decoded_ + (row - low) * decoded_pitch_);
+  }
+  area_.first_column = first + before;
+  area_.first_row = low + before;
+}
+
+void TileSampler::Sample(const Positions& at, int32_t x, int32_t y, int32_t count, uint8_t* row) {
+  const auto n = static_cast<size_t>(count);
+  uint8_t* const to = sampler_.in_place() ? row + int64_t{x} * sampler_.channels() : work_.sampled;
+  const bool inside = functions_.find_places(area_, at.column, at.row, n, work_.offset);
+  if (sampler_.in_place()) ReadAhead(n);
+  switch (sampler_.mode()) {
+    case kPoint:
+      functions_.pick(places_, n, to);
+      break;
+    case kBilinear: {
+      simd::PixelPlaces places = places_;
+      places.bytes -= area_.pitch;
+      functions_.bilinear(places, places.base + area_.pitch, at.dx, at.dy, n, to);
+      break;
+    }
+    case kBicubic:
+      Bicubic(at, inside, x, y, count, to);
+      break;
+  }
+  if (to == work_.sampled) sampler_.Encode(to, x, count, row);
+}
+
+void TileSampler::ReadAhead(size_t count) const {
+  // Not a pointer's arithmetic: that must not leave the block.
+  const uintptr_t rows = reinterpret_cast<uintptr_t>(places_.base) + static_cast<uintptr_t>(ahead_);
+  for (size_t i = 0; i < count; i += 8) {
+    __builtin_prefetch(
+        reinterpret_cast<const void*>(rows + static_cast<uintptr_t>(work_.offset[i])));
+  }
+}
+
+void TileSampler::Bicubic(const Positions& at, bool inside, int32_t x, int32_t y, int32_t count,
+                          uint8_t* to) {
+  const auto n = static_cast<size_t>(count);
+  Work& w = work_;
+  float* const across[4] = {w.across[0], w.across[1], w.across[2], w.across[3]};
+  float* const down[4] = {w.down[0], w.down[1], w.down[2], w.down[3]};
+  functions_.cubic_weights(at.dx, n, across);
+  functions_.cubic_weights(at.dy, n, down);
+  if (!columns_.empty() && !rows_.empty()) {
+    // Places are those of the lowest row that a pixel reads, and row 1 has all of its neighbours.
+    const Sampler::CubicRows rows = sampler_.RowsOf(1, y);
+    const float* sums[4];
+    for (int j = 0; j < 4; ++j) {
+      simd::PixelPlaces places = places_;
+      places.base += rows.at[j] * area_.pitch;
+      places.bytes -= rows.at[j] * area_.pitch;
+      sampler_.SumAcross(places, x, across, Work::kPlane, n, w.sums[j]);
+      sums[j] = w.sums[j];
+    }
+    functions_.cubic_down(sums, down, sampler_.channels(), false, Work::kPlane, n, to);
+  } else {
+    inside = false;
+  }
+  for (int32_t i = 0; i < count && !inside; ++i) {
+    if (columns_.Holds(at.column[i]) && rows_.Holds(at.row[i])) continue;
+    Sampler::CubicPixel pixel = {at.column[i], at.row[i], x + i, y, {}, {}};
+    for (int k = 0; k < 4; ++k) {
+      pixel.across[k] = w.across[k][i];
+      pixel.down[k] = w.down[k][i];
+    }
+    sampler_.SampleBicubic(pixel, to + i * sampler_.channels());
+  }
+}
+
+}  // namespace ombrilo

@@ -1,0 +1,58 @@
+// Sampling for rotation: every pixel of the new image has a position of its own. The image is made
+// tile by tile, in runs along the tiles' rows. What a tile reads of the source is small: it stays
+// in the cache, and is decoded once where pixels are not sampled in place.
+#pragma once
+
+#include <cstdint>
+
+#include "core/buffer.h"
+#include "geometry/sampler.h"
+#include "rows/row_functions.h"
+
+namespace ombrilo {
+
+class TileSampler {
+ public:
+  static constexpr int32_t kSide = 128;  // of a tile
+  // What a tile's positions span on an axis, at most, turned by whatever angle.
+  static constexpr int32_t kSpan = 184;
+
+  // Of a run, on both axes.
+  struct Positions {
+    static constexpr int32_t kRoom = kSide + simd::kRunPadding;
+    alignas(64) int32_t column[kRoom];
+    alignas(64) int32_t row[kRoom];
+    alignas(64) float dx[kRoom];
+    alignas(64) float dy[kRoom];
+  };
+
+  // `ahead` columns and rows from a pixel's position is that of one in a later row: what is there
+  // is asked for in advance, as no prefetcher foresees lines that are one below the other.
+  TileSampler(Sampler& sampler, int32_t columns_ahead, int32_t rows_ahead);
+  // False when memory ran out.
+  explicit operator bool() const { return static_cast<bool>(memory_); }
+
+  // Goes to a tile with positions in these columns and rows: kSpan at most, as far as they are in
+  // the source.
+  void Begin(Span columns, Span rows);
+  // Pixels of row y of the new image from column x on.
+  void Sample(const Positions& at, int32_t x, int32_t y, int32_t count, uint8_t* row);
+
+ private:
+  struct Work;
+  void ReadAhead(size_t count) const;
+  void Bicubic(const Positions& at, bool inside, int32_t x, int32_t y, int32_t count, uint8_t* to);
+
+  Sampler& sampler_;
+  const simd::RowFunctions& functions_;
+  const Span columns_, rows_;  // where the source can be sampled
+  const int32_t decoded_rows_, decoded_pitch_;
+  AlignedScratch memory_;
+  Work& work_;
+  uint8_t* const decoded_;  // what the tile reads, unless that is done in place
+  simd::PixelPlaces places_;
+  simd::SampledArea area_;
+  ptrdiff_t ahead_;  // in bytes
+};
+
+}  // namespace ombrilo
