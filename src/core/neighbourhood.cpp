@@ -12,8 +12,8 @@ size_t Aligned(size_t bytes) { return (bytes + kAlignment - 1) / kAlignment * kA
 
 }  // namespace
 
-Neighbourhood::Neighbourhood(const PixelRows& rows, const Dib* dib, const Reach& reach, int derived,
-                             int passes)
+Neighbourhood::Neighbourhood(const PixelRows& rows, const Dib* dib, const Reach& reach,
+                             const FilterMemory& memory, int passes)
     : rows_(rows), max_step_(rows.bit_count == 8 && dib == nullptr ? 1 : 3), max_reach_(reach) {
   if (rows_.height == 0) rows_.width = 0;  // no memory for the rows of an image without any
   if (dib != nullptr && dib->indexed()) {
@@ -24,18 +24,25 @@ Neighbourhood::Neighbourhood(const PixelRows& rows, const Dib* dib, const Reach&
   const size_t left = Aligned(size_t(max_reach_.left) * max_step_);
   const size_t pitch =
       left + Aligned((size_t(rows_.width) + size_t(max_reach_.right)) * max_step_ + kAlignment);
-  slot_size_ = pitch * (1 + size_t(derived));
+  const auto size_of = [&](const FilterMemory::Part& part) {
+    return part.rows * pitch + Aligned(part.bytes);
+  };
+  slot_size_ = pitch + size_of(memory.derived);
+  layout_.scratch_bytes = size_of(memory.scratch);
   const uint64_t slots = SlotsPerWindow() * uint64_t(passes);
   const size_t result = Aligned(size_t(rows_.width) * max_step_);
-  const uint64_t size = slots * slot_size_ + result + kAlignment + simd::kReadAhead;
+  const uint64_t size =
+      slots * slot_size_ + layout_.scratch_bytes + result + kAlignment + simd::kReadAhead;
   if (size > SIZE_MAX / 2) return;
   memory_ = NewScratchBuffer<uint8_t>(static_cast<size_t>(size));
   pointers_ = NewScratchBuffer<uint8_t*>(static_cast<size_t>(slots));
   if (!memory_ || !pointers_) return;
   const size_t skew = reinterpret_cast<uintptr_t>(memory_.get()) % kAlignment;
   result_ = memory_.get() + (skew == 0 ? 0 : kAlignment - skew);
-  slots_ = result_ + result + left;  // a slot's address is its first pixel's
+  layout_.scratch = result_ + result;
+  slots_ = layout_.scratch + layout_.scratch_bytes + left;  // a slot's address is its first pixel's
   layout_.pitch = static_cast<ptrdiff_t>(pitch);
+  layout_.derived_bytes = slot_size_ - pitch - (slot_size_ == pitch ? 0 : left);
   ready_ = true;
 }
 
@@ -54,10 +61,13 @@ void Neighbourhood::BeginWalk(const Reach& band) {
   layout_.bytes = size_t(rows_.width) * step;
   layout_.first = columns < 1 ? 0 : size_t(band.left) * step;
   layout_.count = columns < 1 ? 0 : size_t(columns) * step;
-  layout_.spare = slots_ + (SlotsPerWindow() - 1) * slot_size_;
 }
 
 Neighbourhood::Window& Neighbourhood::BeginPass(int p, const Reach& reach, const Border& border) {
+  // Pixels within a band have all neighbours; other borders fill in those that are missing.
+  assert(border.kind == Border::kNearest || border.kind == Border::kSkip ||
+         (reach.before <= border.band.before && reach.after <= border.band.after &&
+          reach.left <= border.band.left && reach.right <= border.band.right));
   const size_t before = SlotsPerWindow() * size_t(p);
   windows_[p] = {.reach = reach,
                  .border = border,

@@ -1,14 +1,14 @@
 // The neighbourhood frame: operations that compute a pixel from the pixels around it.
 //
-// The frame walks the image once and writes results where the pixels stand. Ahead of the row it
-// writes runs a window: copies of the few source rows that results still need, so that every result
+// The frame walks the image once and writes results in place of the pixels. A window runs ahead of
+// the row it writes: copies of the few source rows that results still need, so that every result
 // depends on source pixels alone. Extra memory is that window, whatever the image's height.
 //
 //   source row -> window row: bytes, 1 or 3 per pixel, with room for the missing columns
-//              -> Prepare: what the filter derives from one row, kept behind it
+//              -> Prepare: what the filter derives from one row, kept with it
 //   window rows -> Combine: one row of results -> image row
 //
-// An operation states its reach, its border rule and a filter:
+// An operation states its reach, its border rule, the memory that its filter needs, and the filter:
 //
 //   struct Filter {
 //     void Begin(const WindowLayout&);                    // once per walk
@@ -16,6 +16,10 @@
 //     void Combine(uint8_t* const* rows, size_t first,    // once per result row: bytes
 //                  size_t count, uint8_t* to);            // [first, first + count), from `to` on
 //   };
+//
+// Prepare runs once for each source row, in order, after its missing columns are filled in; with
+// kSkip it runs for the neutral row first. A row takes the place of the one that leaves the window:
+// once that is full, the derived bytes still hold what was derived from the row that leaves.
 //
 // rows[reach.before] is the row that results are for; each pointer is the row's first pixel.
 // Indexed images come decoded and are encoded again (core/indexed_colors.h), so a filter sees color
@@ -26,6 +30,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -61,13 +66,25 @@ struct Border {
   static constexpr Border Skip(uint8_t neutral) { return {kSkip, {}, neutral}; }
 };
 
+// Memory of a filter: as many window rows, each with room for the missing columns, and so many
+// bytes more.
+struct FilterMemory {
+  struct Part {
+    size_t rows = 0, bytes = 0;
+  };
+  Part derived = {};  // with each window row
+  Part scratch = {};  // for a walk, whose passes share it
+};
+
 struct WindowLayout {
-  ptrdiff_t step;   // bytes from a pixel to the next
-  ptrdiff_t pitch;  // bytes from a window row to the first row derived from it, and so on
-  size_t bytes;     // of the pixels of a row
-  size_t first;     // bytes that are computed: [first, first + count)
+  ptrdiff_t step;  // bytes from a pixel to the next
+  size_t bytes;    // of the pixels of a row
+  size_t first;    // bytes that are computed: [first, first + count)
   size_t count;
-  uint8_t* spare;  // a window row that a single pass has for itself, unless its border is kSkip
+  ptrdiff_t pitch;       // from a window row to the first row derived from it, and on to the next
+  size_t derived_bytes;  // from there on
+  uint8_t* scratch;
+  size_t scratch_bytes;
 };
 
 // One pass over an image.
@@ -84,14 +101,14 @@ class Neighbourhood {
  public:
   static constexpr int kMostPasses = 4;
 
-  // Takes all memory for walks of up to this reach and this many passes, with `derived` derived
-  // rows per window row; false when there is none. Pixels of 1, 4 and 8 bits are indices into the
-  // image's color table...
-  Neighbourhood(const Dib& dib, const Reach& reach, int derived = 0, int passes = 1)
-      : Neighbourhood(PixelRows::Of(dib), &dib, reach, derived, passes) {}
+  // Takes all memory for walks of up to this reach and this many passes; false when there is none.
+  // Pixels of 1, 4 and 8 bits are indices into the image's color table...
+  Neighbourhood(const Dib& dib, const Reach& reach, const FilterMemory& memory = {}, int passes = 1)
+      : Neighbourhood(PixelRows::Of(dib), &dib, reach, memory, passes) {}
   // ... or, here, values of 1 byte (8 bits) or 3 (24 bits).
-  Neighbourhood(const PixelRows& rows, const Reach& reach, int derived = 0, int passes = 1)
-      : Neighbourhood(rows, nullptr, reach, derived, passes) {}
+  Neighbourhood(const PixelRows& rows, const Reach& reach, const FilterMemory& memory = {},
+                int passes = 1)
+      : Neighbourhood(rows, nullptr, reach, memory, passes) {}
 
   explicit operator bool() const { return ready_; }
 
@@ -106,7 +123,7 @@ class Neighbourhood {
   void Run(const Pass<Filter>& pass) {
     Walk(&pass, 1);
   }
-  // Up to so many passes. One that changes no value that is taken as a byte is the last that could.
+  // Runs at most `times` passes; stops after one that changes no byte.
   template <class Filter>
   void Repeat(int32_t times, const Pass<Filter>& pass) {
     bool changed = true;
@@ -120,6 +137,9 @@ class Neighbourhood {
   // pass alone.
   template <class Filter>
   void Run(const Pass<Filter>* passes, int count) {
+    for (int p = 0; p < count; ++p) {
+      assert(passes[p].border.kind == Border::kNearest || passes[p].border.kind == Border::kSkip);
+    }
     if (!colors_ || TableHoldsPalette(*dib_)) {
       Walk(passes, count);
     } else {  // the next pass takes its colors from this one's results
@@ -132,15 +152,16 @@ class Neighbourhood {
   struct Window {
     Reach reach;
     Border border;
-    uint8_t* slots;     // a ring, and the neutral row's behind it
+    uint8_t* slots;     // a ring, and after it the neutral row
     uint8_t** rows;     // from the first to the last within reach
     int32_t ring;       // how many these are
     int64_t done;       // result rows that the window was moved on to
-    int64_t taken;      // source rows that are in it or were, missing ones behind the last too
+    int64_t taken;      // source rows that are in it or were, missing ones after the last too
     int32_t next_slot;  // of the ring
   };
 
-  Neighbourhood(const PixelRows& rows, const Dib* dib, const Reach& reach, int derived, int passes);
+  Neighbourhood(const PixelRows& rows, const Dib* dib, const Reach& reach,
+                const FilterMemory& memory, int passes);
 
   template <class Filter>
   void Walk(const Pass<Filter>* passes, int count, bool* changed = nullptr) {

@@ -28,7 +28,7 @@ bool Convolute(const Dib& dib, const NumberedKernel& kernel, uint32_t color) {
   for (int c = 0; c < 3; ++c) finishing.color[c] = static_cast<uint8_t>(color >> (16 - 8 * c));
   Convolver convolver(std::move(taps), static_cast<size_t>(size * size), finishing);
   if (!convolver) return false;
-  Neighbourhood frame(dib, convolver.reach(), convolver.derived_rows());
+  Neighbourhood frame(dib, convolver.reach(), convolver.memory());
   if (!frame) return false;
   if (finishing.color[0] != finishing.color[1] || finishing.color[1] != finishing.color[2]) {
     frame.SplitChannels();

@@ -1,6 +1,7 @@
 #include "filters/convolver.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <numeric>
 #include <utility>
@@ -234,10 +235,13 @@ void Convolver::Begin(const WindowLayout& layout) {
     const uint8_t color = color_[layout.step == 3 ? 2 * i % 3 : 0];
     offset_[i] = static_cast<int16_t>(plan_.bias + color);
   }
-  if (!running_) return;
-  totals_ = layout.spare + layout.pitch;
   constexpr size_t kBlock = simd::kConvolutionBlock;
-  std::memset(totals_, 0, (layout.count + kBlock - 1) / kBlock * kBlock * 2);
+  const size_t sums = (layout.count + kBlock - 1) / kBlock * kBlock * 2;
+  assert(across_.count == 0 || sums <= layout.derived_bytes);
+  if (!running_) return;
+  assert(sums <= layout.scratch_bytes);
+  totals_ = layout.scratch;
+  std::memset(totals_, 0, sums);
   prepared_ = 0;
 }
 

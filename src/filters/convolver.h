@@ -41,8 +41,12 @@ class Convolver {
   explicit operator bool() const { return taps_ && runs_ && rows_; }
 
   const Reach& reach() const { return reach_; }
-  // Rows of 16-bit sums are as long as two rows of bytes.
-  int derived_rows() const { return across_.count == 0 ? 0 : 2; }
+  // Sums of 16 bits, of whole blocks: beside each row, and the totals of those in the window.
+  FilterMemory memory() const {
+    if (across_.count == 0) return {};
+    const FilterMemory::Part sums = {2, 2 * simd::kConvolutionBlock};
+    return {sums, running_ ? sums : FilterMemory::Part{}};
+  }
 
   void Begin(const WindowLayout& layout);
   void Prepare(uint8_t* row);

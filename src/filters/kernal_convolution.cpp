@@ -51,7 +51,7 @@ int32_t Convolute(const Dib& dib, const KERNAL& kernel, int32_t passes, int32_t 
       std::move(taps), count,
       {.divisor = static_cast<int32_t>(divisor), .strength = strength, .bias = kernel.bias});
   if (!convolver) return 0;
-  Neighbourhood frame(rows, convolver.reach(), convolver.derived_rows());
+  Neighbourhood frame(rows, convolver.reach(), convolver.memory());
   if (!frame) return 0;
   frame.Repeat(passes, Pass{convolver.reach(), Border::Keep(band), &convolver});
   return 1;

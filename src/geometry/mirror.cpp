@@ -43,12 +43,12 @@ void MirrorRow(const uint8_t* from, uint16_t bit_count, int32_t width, uint8_t* 
   const size_t bytes = (pixels * bit_count + 7) / 8;
   if (bytes == 0) return;
   uint8_t& last = to[bytes - 1];
-  const size_t behind = 8 * bytes - pixels * bit_count;
-  const uint8_t kept = static_cast<uint8_t>(last & ((1u << behind) - 1));
+  const size_t spare = 8 * bytes - pixels * bit_count;
+  const uint8_t kept = static_cast<uint8_t>(last & ((1u << spare) - 1));
   MirrorBytes(from, bit_count, bytes, to);
-  // The bits from behind the last pixel came to the front.
-  if (behind != 0) simd::Active().shift_bits(to, behind, bytes - 1, to);
-  last = static_cast<uint8_t>(last << behind | kept);
+  // The bits from after the last pixel came to the front.
+  if (spare != 0) simd::Active().shift_bits(to, spare, bytes - 1, to);
+  last = static_cast<uint8_t>(last << spare | kept);
 }
 
 }  // namespace ombrilo

@@ -6,7 +6,7 @@
 namespace ombrilo {
 
 // Stores the pixels of a row of 1, 4, 8 or 24 bits in reverse order, in place or onto another row.
-// Bits and bytes behind the last pixel stay.
+// Bits and bytes after the last pixel stay.
 void MirrorRow(const uint8_t* from, uint16_t bit_count, int32_t width, uint8_t* to);
 
 }  // namespace ombrilo

@@ -16,7 +16,7 @@ namespace ombrilo {
 
 namespace {
 
-// A transposition: source column c, whose pixels stand one below the other, becomes a row.
+// A transposition: source column c, whose pixels are one below the other, becomes a row.
 struct Transposition {
   const uint8_t* from;  // the source row that gives every new row's first pixel
   ptrdiff_t from_step;  // to the row that gives the next

@@ -109,9 +109,9 @@ DilateErode::DilateErode(const Dib& dib, int most) : dib_(dib) {
     bytes.width = static_cast<int32_t>(bytes.row_bytes());
     bytes.bit_count = 8;
     colors_.emplace();
-    frame_.emplace(bytes, kBothReaches, 0, most);
+    frame_.emplace(bytes, kBothReaches, FilterMemory{}, most);
   } else if (dib.indexed() || dib.bit_count() == 24) {
-    frame_.emplace(dib, kBothReaches, 0, most);
+    frame_.emplace(dib, kBothReaches, FilterMemory{}, most);
   }
 }
 

@@ -40,7 +40,10 @@ class Element {
   const Reach& reach() const { return reach_; }
   // The extreme of no pixels at all.
   static uint8_t Neutral(bool dilate) { return dilate ? 0 : 255; }
-  int derived_rows() const { return length_count_ - 1; }
+  // A row for each prepared length but the first.
+  FilterMemory memory() const {
+    return {.derived = {.rows = static_cast<size_t>(length_count_ - 1)}};
+  }
 
   void Begin(const WindowLayout& layout) { layout_ = layout; }
 
@@ -201,7 +204,7 @@ int32_t omb_DoKernalMorphDIB(PackedDib* image, int32_t bits, int32_t op, const K
   if (!shape) return 0;
   if (shape.empty()) return 1;
   const bool composed = op == kOpen || op == kClose;
-  Neighbourhood frame(rows, shape.reach(), shape.derived_rows(), composed ? 2 : 1);
+  Neighbourhood frame(rows, shape.reach(), shape.memory(), composed ? 2 : 1);
   if (!frame) return 0;
   ElementFilter filters[2] = {{&shape, op == kDilate || op == kClose}, {&shape, op == kOpen}};
   Pass<ElementFilter> passes[2];

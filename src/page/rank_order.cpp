@@ -1,6 +1,7 @@
 #include "page/rank_order.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "core/neighbourhood.h"
 #include "rows/row_functions.h"
@@ -16,10 +17,16 @@ class RankFilter {
         rank_((size_ * size_ - 1) * static_cast<size_t>(percentile) / 100),
         by_columns_(size_ == 3 || (size_ == 5 && rank_ == 12)) {}
 
-  // Planes of bits are kept beside rows, and are about as long.
-  int derived_rows() const { return by_columns_ ? 0 : 2; }
+  // Planes of bits beside each row, which are about as long.
+  FilterMemory memory() const {
+    if (by_columns_) return {};
+    return {.derived = {.rows = 1, .bytes = PlaneBytes(0, 3)}};
+  }
 
-  void Begin(const WindowLayout& layout) { layout_ = layout; }
+  void Begin(const WindowLayout& layout) {
+    layout_ = layout;
+    assert(by_columns_ || PlaneBytes(layout.count, layout.step) <= layout.derived_bytes);
+  }
   void Prepare(uint8_t* row) {
     if (by_columns_) return;
     const size_t reach = size_ / 2 * static_cast<size_t>(layout_.step);
@@ -35,6 +42,11 @@ class RankFilter {
   }
 
  private:
+  // As split_planes() writes them and rank_of_planes() reads them.
+  size_t PlaneBytes(size_t count, ptrdiff_t step) const {
+    return count + 7 + 16 * (size_ / 2 * static_cast<size_t>(step)) + simd::kPlanesRoom;
+  }
+
   static constexpr size_t kMostRows = 7;
   size_t size_;
   size_t rank_;
@@ -58,7 +70,7 @@ int32_t RankOrder(PackedDib* image, int32_t radius, int32_t passes, int32_t perc
 
   const Reach reach = {radius, radius, radius, radius};
   RankFilter filter(radius, percentile);
-  Neighbourhood frame(rows, reach, filter.derived_rows());
+  Neighbourhood frame(rows, reach, filter.memory());
   if (!frame) return 0;
   frame.Repeat(passes, Pass{reach, Border::Keep(reach), &filter});
   return 1;
