@@ -61,6 +61,9 @@ expect 0 '' apply high.bmp true.bmp invert
 expect 0 '' apply same.bmp named.bmp brightnesscontrast=contrast=10,brightness=5 kernel=unsharp 3x3
 expect 0 '' apply same.bmp numbered.bmp brightnesscontrast=5,10 'kernel=unsharp 3x3'
 check cmp -s named.bmp numbered.bmp
+expect 0 '' apply same.bmp area.bmp scale=50%,area
+expect 0 '' apply same.bmp box.bmp resize=50%,box
+check cmp -s area.bmp box.bmp
 
 # A failure is one line, and leaves the old file and nothing else.
 cp same.bmp kept.bmp
@@ -196,6 +199,12 @@ in_output '^omb [0-9]'
 expect 0 '' help apply
 in_output '^Usage: omb apply INPUT OUTPUT STEP'
 expect 2 "there is no step 'frob'" list frob
+for what in man bash zsh fish; do
+  expect 0 '' generate $what
+  in_output enhancepage
+  in_output memory.*limit
+  [ $what != bash ] || check bash -n out.txt
+done
 expect 0 '' list
 steps=$(sed -n 's/^  \([A-Za-z]*\).*/\1/p' out.txt)
 check test -n "$steps"

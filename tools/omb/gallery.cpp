@@ -268,7 +268,7 @@ int Gallery(const std::vector<std::string>& words) {
   }
   const fs::path page = directory / "index.html";
   WritePage(page, PageOf(rooms));
-  std::printf("%s\n", Utf8(page).c_str());
+  std::printf("The gallery is at %s\n", Utf8(fs::absolute(page)).c_str());
   return 0;
 }
 

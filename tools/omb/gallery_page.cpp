@@ -14,6 +14,16 @@ std::string Picture(const Shown& shown, const std::string& alt) {
          "\" height=\"" + std::to_string(shown.height) + "\" alt=\"" + Escaped(alt) + "\">";
 }
 
+// A command whose lines break behind the parts of a path, and not inside its words.
+std::string Breakable(const std::string& command) {
+  std::string text;
+  for (const char c : command) {
+    text += Escaped(std::string(1, c));
+    if (c == '/' || c == ',') text += "<wbr>";
+  }
+  return text;
+}
+
 void WriteFrame(std::ostream& out, const Exhibit& exhibit) {
   if (!exhibit.refusal.empty()) {
     out << "<div class=\"frame refused\"><p>" << Escaped(exhibit.refusal) << "</p></div>\n";
@@ -27,7 +37,9 @@ void WriteFrame(std::ostream& out, const Exhibit& exhibit) {
                    : "split")
       << "\">" << Picture(exhibit.after, "after " + exhibit.step) << "<div class=\"before\"></div>";
   if (!resized) {
-    out << "<input type=\"range\" value=\"50\" aria-label=\"how much of the input to show\">";
+    // The keyboard comes to the command below, whose arrow keys move it.
+    out << "<input type=\"range\" value=\"50\" tabindex=\"-1\" aria-label=\"how much of the input "
+           "to show\">";
   }
   out << "</div>\n";
 }
@@ -46,7 +58,7 @@ void WriteExhibit(std::ostream& out, const Exhibit& exhibit) {
   if (!exhibit.time.empty()) out << "<span>" << Escaped(exhibit.time) << "</span>";
   out << "</h4>\n<p>" << Escaped(exhibit.summary);
   if (!exhibit.remark.empty()) out << ". <em>" << Escaped(exhibit.remark) << "</em>";
-  out << "</p>\n<pre title=\"click to copy\" tabindex=\"0\">" << Escaped(exhibit.command)
+  out << "</p>\n<pre title=\"click to copy\" tabindex=\"0\">" << Breakable(exhibit.command)
       << "</pre>\n</article>\n";
 }
 
@@ -68,13 +80,9 @@ void WriteRoom(std::ostream& out, const Room& room, const std::string& id) {
   WriteStyle(out, "", id, room.before);
   WriteStyle(out, " .detail", id, room.detail);
   out << "</style>\n<section id=\"" << id << "\">\n<header>" << Picture(room.before, room.name)
-      << "<div><h2>" << Escaped(room.name) << "</h2><p>" << Escaped(room.facts) << "</p><p>";
+      << "<div><h2>" << Escaped(room.name) << "</h2><p>" << Escaped(room.facts)
+      << "</p></div></header>\n";
   const auto families = FamiliesOf(room, id);
-  for (const auto& [family, anchor] : families) {
-    if (families.size() < 2) break;
-    out << "<a href=\"#" << anchor << "\">" << Escaped(family) << "</a> ";
-  }
-  out << "</p></div></header>\n";
   for (const auto& [family, anchor] : families) {
     out << "<h3 id=\"" << anchor << "\">" << Escaped(family) << "</h3>\n<div class=\"grid\">\n";
     for (const Exhibit& exhibit : room.exhibits) {
@@ -89,15 +97,17 @@ void WriteRoom(std::ostream& out, const Room& room, const std::string& id) {
 
 std::string PageOf(const std::vector<Room>& rooms) {
   std::ostringstream out;
-  out << kPageHead;
-  if (rooms.size() > 1) {
-    out << "<nav>";
-    for (size_t i = 0; i < rooms.size(); ++i) {
-      out << "<a href=\"#input" << i << "\">" << Escaped(rooms[i].name) << "</a>";
-    }
-    out << "</nav>\n";
+  out << kPageHead << "<nav>";
+  for (size_t i = 0; rooms.size() > 1 && i < rooms.size(); ++i) {
+    out << "<a href=\"#input" << i << "\">" << Escaped(rooms[i].name) << "</a>";
   }
-  out << "<main>\n";
+  out << "<span>";
+  // They lead into the room that is shown.
+  for (const auto& [family, anchor] : FamiliesOf(rooms.front(), "input0")) {
+    out << "<a class=\"family\" href=\"#" << anchor << "\">" << Escaped(family) << "</a>";
+  }
+  out << "</span><input type=\"search\" placeholder=\"Find a step\" aria-label=\"Find a step\">"
+      << "</nav>\n<main>\n";
   for (size_t i = 0; i < rooms.size(); ++i) {
     WriteRoom(out, rooms[i], "input" + std::to_string(i));
   }

@@ -34,6 +34,12 @@ nav {
   background: var(--paper); border-bottom: 1px solid var(--line);
 }
 nav a { color: var(--ink); text-decoration: none; font-weight: 600; font-size: .9rem; white-space: nowrap; }
+nav span { display: flex; gap: .4rem 1rem; flex: 1; }
+nav .family { font-weight: 400; color: var(--soft); }
+nav input {
+  font: inherit; font-size: .9rem; color: inherit; background: var(--card); border: 1px solid var(--line);
+  border-radius: 7px; padding: .1rem .5rem; min-width: 9rem;
+}
 nav a:hover { color: var(--accent); }
 section { padding: 2rem 0 3rem; }
 section + section { border-top: 1px solid var(--line); }
@@ -44,8 +50,7 @@ section > header img {
 }
 h2 { margin: 0; font-size: 1.6rem; letter-spacing: -.01em; line-height: 1.2; overflow-wrap: anywhere; }
 section > header p { margin: .35rem 0 0; color: var(--soft); }
-section > header a { color: var(--accent); text-decoration: none; margin-right: 1.1rem; white-space: nowrap; }
-section > header a:hover { text-decoration: underline; }
+[hidden] { display: none !important; }
 h3 { margin: 2.5rem 0 1rem; font-size: .8rem; letter-spacing: .09em; text-transform: uppercase; color: var(--accent); }
 .grid { display: grid; gap: 1.25rem; grid-template-columns: repeat(auto-fill, minmax(min(100%, 19rem), 1fr)); }
 article {
@@ -78,7 +83,7 @@ article p { margin-top: .15rem; margin-bottom: .6rem; font-size: .9rem; color: v
 pre {
   margin-top: auto; margin-bottom: 0; padding: .5rem .65rem; border-radius: 7px; cursor: copy;
   background: var(--paper); font: .78rem/1.5 ui-monospace, "DejaVu Sans Mono", monospace;
-  white-space: pre-wrap; overflow-wrap: anywhere;
+  white-space: pre-wrap; overflow-x: auto;
 }
 pre.copied { box-shadow: inset 0 0 0 1px var(--accent); }
 footer { padding: 2rem; text-align: center; color: var(--soft); font-size: .85rem; }
@@ -106,15 +111,51 @@ for (const frame of document.querySelectorAll('.split')) {
   });
   frame.addEventListener('pointerleave', () => show(slider.value = 50));
 }
+// Pages that came by plain http have no clipboard of their own: the browser copies what is selected.
+const copySelected = (element) => {
+  getSelection().selectAllChildren(element);
+  document.execCommand('copy');
+  getSelection().removeAllRanges();
+};
 for (const command of document.querySelectorAll('pre')) {
+  const slider = command.parentElement.querySelector('input');
   const copy = async () => {
-    await navigator.clipboard.writeText(command.textContent);
+    if (navigator.clipboard) {
+      await navigator.clipboard.writeText(command.textContent);
+    } else {
+      copySelected(command);
+    }
     command.classList.add('copied');
     setTimeout(() => command.classList.remove('copied'), 800);
   };
   command.addEventListener('click', copy);
-  command.addEventListener('keydown', (event) => { if (event.key === 'Enter') copy(); });
+  command.addEventListener('keydown', (event) => {
+    if (event.key === 'Enter') copy();
+    const step = { ArrowLeft: -10, ArrowRight: 10 }[event.key];
+    if (!step || !slider) return;
+    event.preventDefault();
+    slider.value = Number(slider.value) + step;
+    slider.dispatchEvent(new Event('input'));
+  });
 }
+const sections = [...document.querySelectorAll('section')];
+for (const link of document.querySelectorAll('.family')) {
+  link.addEventListener('click', () => {
+    const shown = sections.findLast((section) => section.getBoundingClientRect().top < 200);
+    link.hash = link.hash.replace(/^#input\d+/, '#' + (shown || sections[0]).id);
+  });
+}
+document.querySelector('nav input').addEventListener('input', (event) => {
+  const words = event.target.value.toLowerCase().split(/\s+/);
+  for (const grid of document.querySelectorAll('.grid')) {
+    for (const article of grid.children) {
+      const text = article.textContent.toLowerCase();
+      article.hidden = !words.every((word) => text.includes(word));
+    }
+    grid.hidden = [...grid.children].every((article) => article.hidden);
+    grid.previousElementSibling.hidden = grid.hidden;
+  }
+});
 </script>
 </body>
 </html>

@@ -65,11 +65,31 @@ Size PixelsOf(Size size, uint32_t width, uint32_t height) {
                   std::to_string(size.height) + " pixels, or they would take 2 GiB or more");
 }
 
+void Resize(Image& image, const Size& size, uint32_t filter) {
+  if (size.width > kLargestResized || size.height > kLargestResized) {
+    throw StepError("the new image would be larger than 32,767 pixels; try scale");
+  }
+  const bool done = Replace(
+      image, [&](PackedDib** dib) { return omb_resize(dib, size.width, size.height, filter); });
+  if (!done) ThrowTooLarge(size);
+}
+
+Size NewSizeOf(const PackedDib* dib, const std::string& text) {
+  return PixelsOf(ParseSize(text).value(), omb_DIBWidth(dib), omb_DIBHeight(dib));
+}
+
+constexpr uint32_t kArea = 4, kBox = 1;  // a mode of this host's, and the library's filter for it
+
 bool ScaleStep(Image& image, const Arguments& arguments) {
-  const uint32_t width = omb_DIBWidth(image.get()), height = omb_DIBHeight(image.get());
-  const Size size = PixelsOf(ParseSize(arguments.Text(0)).value(), width, height);
+  const Size size = NewSizeOf(image.get(), arguments.Text(0));
   // The library refuses the size that an image has; to a person it is simply reached.
-  if (size.width == width && size.height == height) return true;
+  if (size.width == omb_DIBWidth(image.get()) && size.height == omb_DIBHeight(image.get())) {
+    return true;
+  }
+  if (arguments.Unsigned(1) == kArea) {
+    Resize(image, size, kBox);
+    return true;
+  }
   const bool done = Replace(image, [&](PackedDib** dib) {
     return omb_scale(dib, size.width, size.height, arguments.Unsigned(1));
   });
@@ -78,15 +98,7 @@ bool ScaleStep(Image& image, const Arguments& arguments) {
 }
 
 bool ResizeStep(Image& image, const Arguments& arguments) {
-  const Size size = PixelsOf(ParseSize(arguments.Text(0)).value(), omb_DIBWidth(image.get()),
-                             omb_DIBHeight(image.get()));
-  if (size.width > kLargestResized || size.height > kLargestResized) {
-    throw StepError("the new image would be larger than 32,767 pixels; try scale");
-  }
-  const bool done = Replace(image, [&](PackedDib** dib) {
-    return omb_resize(dib, size.width, size.height, arguments.Unsigned(1));
-  });
-  if (!done) ThrowTooLarge(size);
+  Resize(image, NewSizeOf(image.get(), arguments.Text(0)), arguments.Unsigned(1));
   return true;
 }
 
@@ -125,9 +137,18 @@ std::span<const Step> GeometrySteps() {
        kFamily,
        "Bring to another size",
        {1, 4, 8, 24},
-       {NewSize(), Mode()},
+       {NewSize(),
+        Choice(
+            "mode",
+            "where the new pixels come from: one old pixel, 2 x 2, 4 x 4, or all that they cover",
+            {{"point", 1}, {"bilinear", 2}, {"bicubic", 3}, {"area", kArea}})
+            .Preset("bicubic")},
        Always({"40%,bicubic"}),
-       ScaleStep},
+       ScaleStep,
+       nullptr,
+       nullptr,
+       "The first three are exact to an old contract: when they shrink, thin lines and small print "
+       "are lost. Shrink by area, or by the step resize, which has more filters."},
       {"resize",
        "Resi&ze",
        kFamily,
