@@ -1,5 +1,8 @@
 // Whole-image operations beside their peers.
 #include <cstring>
+#include <functional>
+#include <memory>
+#include <vector>
 
 #include "compare.h"
 #include "core/packed_dib.h"
@@ -25,9 +28,68 @@ const PackedDib* HighColor(uint16_t bits) {
   return made.release();  // for the whole run
 }
 
+// The photo as a host has it; in the layout that it has already, without a format.
+constexpr int kWidth = 4000, kHeight = 3000;
+uint8_t* HostPixels(uint32_t format) {
+  static std::vector<uint8_t> pixels(size_t{4} * kWidth * kHeight);
+  if (format != 0) {
+    omb_topixels(Photo24(), format, pixels.data(), kWidth * static_cast<int>(format / 8));
+  }
+  return pixels.data();
+}
+
+// What hosts would write instead: a conversion into new memory.
+#ifdef OMBRILO_HAVE_OPENCV
+std::function<void()> NewMat(void* pixels, int type, int code) {
+  return [=] {
+    cv::Mat converted;
+    cv::cvtColor(cv::Mat(kHeight, kWidth, type, pixels), converted, code);
+  };
+}
+#endif
+
+void AddHostPixels() {
+  const double pixels = double{kWidth} * kHeight;
+  const auto from = [](uint32_t format) {
+    return [=] {
+      const intptr_t stride = kWidth * static_cast<int>(format / 8);
+      omb_freedib(omb_frompixels(format, kWidth, kHeight, HostPixels(0), stride, 0xFFFFFF));
+    };
+  };
+  const auto to = [](uint32_t format) {
+    return [=] {
+      // New memory here, too.
+      const std::unique_ptr<uint8_t[]> array(new uint8_t[size_t{format / 8} * kWidth * kHeight]);
+      omb_topixels(Photo24(), format, array.get(), kWidth * static_cast<int>(format / 8));
+    };
+  };
+  HostPixels(OMB_PIXELS_RGBA);
+#ifdef OMBRILO_HAVE_OPENCV
+  static const Image photo = Copy(Photo24());
+  const cv::Mat rows = AsMat(photo.get());
+  const auto mat = [&](int type, int code) { return NewMat(HostPixels(0), type, code); };
+  Compare("frompixels RGB, photo", pixels, from(OMB_PIXELS_RGB), "cvtColor into a new Mat",
+          mat(CV_8UC3, cv::COLOR_RGB2BGR));
+  Compare("frompixels RGBA, photo", pixels, from(OMB_PIXELS_RGBA),
+          "cvtColor into a new Mat, alpha dropped", mat(CV_8UC4, cv::COLOR_RGBA2BGR));
+  Compare("topixels RGB, photo", pixels, to(OMB_PIXELS_RGB), "cvtColor into a new Mat",
+          NewMat(rows.data, CV_8UC3, cv::COLOR_BGR2RGB));
+  Compare("topixels RGBA, photo", pixels, to(OMB_PIXELS_RGBA), "cvtColor into a new Mat",
+          NewMat(rows.data, CV_8UC3, cv::COLOR_BGR2RGBA));
+  Compare("topixels gray, photo", pixels, to(OMB_PIXELS_GRAY), "cvtColor into a new Mat",
+          NewMat(rows.data, CV_8UC3, cv::COLOR_BGR2GRAY));
+#else
+  for (const uint32_t format : {OMB_PIXELS_RGB, OMB_PIXELS_RGBA}) {
+    Compare("frompixels, photo", pixels, from(format));
+    Compare("topixels, photo", pixels, to(format));
+  }
+#endif
+}
+
 }  // namespace
 
 void AddImageRows() {
+  AddHostPixels();
   InPlace("invert, photo", Photo24(), omb_invert,
           WITH_OPENCV(InMat("bitwise_not", Photo24(), [](cv::Mat& m) { cv::bitwise_not(m, m); })),
           Agreement());

@@ -171,6 +171,90 @@ OMB_API int32_t omb_BytesPerLine(const PackedDib* dib);
 
 /** @} */
 
+/** @defgroup bridge Pixels of the host
+ * Between the pixel arrays of hosts and images: rows from the top of the picture down, packed as
+ * ::OmbPixels says, without a header.
+ *
+ * `pixels` is the first byte of the picture's top row. The row below starts `stride` bytes later; a
+ * negative stride leads to lower addresses, so that a bottom-up array is passed by the address of
+ * its last row. A row's own bytes must not be more than the stride's absolute value; bytes between
+ * rows are neither read nor written.
+ * @{ */
+
+/** Layouts of pixel arrays. Alpha is straight: colors are not multiplied by it. */
+enum OmbPixels {
+  OMB_PIXELS_BIT = 1,   /**< 1 bit, the leftmost pixel in a byte's highest bit; 0 black, 1 white */
+  OMB_PIXELS_GRAY = 8,  /**< 1 byte: gray from 0, black, to 255, white */
+  OMB_PIXELS_BGR = 24,  /**< 3 bytes: blue, green, red */
+  OMB_PIXELS_RGB = 25,  /**< 3 bytes: red, green, blue */
+  OMB_PIXELS_BGRA = 32, /**< 4 bytes: blue, green, red, alpha */
+  OMB_PIXELS_RGBA = 33  /**< 4 bytes: red, green, blue, alpha */
+};
+
+/**
+ * Makes an image of an array of pixels.
+ *
+ * ::OMB_PIXELS_BIT gives an image of 1 bit with the colors black and white, ::OMB_PIXELS_GRAY one
+ * of 8 bits with a ramp from black to white, all others one of 24 bits. The header is that of
+ * omb_newdib(); row padding is 0. For an image of other colors than grays pass its indices as
+ * ::OMB_PIXELS_BIT or ::OMB_PIXELS_GRAY and call omb_setpalette().
+ *
+ * A pixel of alpha a is laid over the background: each channel becomes
+ * (c x a + background x (255 - a) + 127) / 255, truncated.
+ *
+ * @param format     an ::OmbPixels
+ * @param width      pixels per row, 1 or more
+ * @param height     rows, 1 or more
+ * @param pixels     first byte of the top row
+ * @param stride     bytes from a row to the one below it
+ * @param background 0x00BBGGRR; only formats with alpha have a use for it
+ * @return the image, released with omb_freedib() or free(); null for a null array, another format,
+ *         a size below 1, a stride that is shorter than a row, blocks of 2 GiB and more, and when
+ *         memory runs out
+ */
+OMB_API PackedDib* omb_frompixels(uint32_t format, int32_t width, int32_t height,
+                                  const void* pixels, intptr_t stride, uint32_t background);
+
+/**
+ * Writes an image's pixels to an array of omb_DIBWidth() x omb_DIBHeight() pixels.
+ *
+ * Pixels of 1, 4 and 8 bits are looked up in the color table, 16 and 32 bits give the colors that
+ * omb_transformat() gives. Gray is that of omb_gray(): (11 blue + 59 green + 30 red) / 100,
+ * truncated. A bit is 1 where this gray is 128 or more; bits behind the last pixel of a row are 0.
+ * Alpha is 255.
+ *
+ * @param dib    the image; 1, 4, 8, 16, 24 or 32 bits
+ * @param format an ::OmbPixels
+ * @param pixels first byte of the top row
+ * @param stride bytes from a row to the one below it
+ * @return 1; 0, with the array untouched, for null, other depths and formats, an image without
+ *         pixels, and a stride that is shorter than a row. Takes no memory
+ */
+OMB_API uint32_t omb_topixels(const PackedDib* dib, uint32_t format, void* pixels, intptr_t stride);
+
+/**
+ * Replaces the first entries of the color table, at any depth that has one. Pixels stay as they
+ * are.
+ *
+ * @param dib    the image
+ * @param colors blue, green, red and an ignored byte per entry; reserved bytes become 0
+ * @param count  how many entries; the others stay
+ * @return 1; 0 for null and for more entries than the table has
+ */
+OMB_API uint32_t omb_setpalette(PackedDib* dib, const uint8_t* colors, uint32_t count);
+
+/**
+ * Stores the resolution, in pixels per metre: 11811 is 300 dpi. 0 means unknown.
+ *
+ * @param dib the image, of any depth
+ * @param x   horizontally, 0 or more
+ * @param y   vertically, 0 or more
+ * @return 1; 0 for null, for negative numbers and for a core header, which has no place for it
+ */
+OMB_API uint32_t omb_setresolution(PackedDib* dib, int32_t x, int32_t y);
+
+/** @} */
+
 /** @defgroup image Whole images
  * @{ */
 

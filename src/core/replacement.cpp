@@ -68,6 +68,32 @@ NewBlock NewBlock::WithHeader(const uint8_t* fields) {
   return block;
 }
 
+NewBlock NewBlock::Fresh(int32_t width, int32_t height, uint16_t bit_count, Rows rows) {
+  uint8_t fields[kInfoHeaderSize] = {};
+  StoreU32(fields, kInfoHeaderSize);
+  StoreU32(fields + kInfoWidth, static_cast<uint32_t>(width));
+  StoreU32(fields + kInfoHeight, static_cast<uint32_t>(height));
+  StoreU16(fields + kInfoPlanes, 1);
+  StoreU16(fields + kInfoBitCount, bit_count);
+  const DibHeader header = DibHeader::Read(reinterpret_cast<const PackedDib*>(fields));
+  const std::optional<size_t> extent = header.Extent();
+  if (!extent) return {};
+  NewBlock block = rows == Rows::kZeroed
+                       ? Zeroed(*extent)
+                       : ZeroedAroundPixels(*extent, static_cast<size_t>(header.rows_offset()),
+                                            static_cast<size_t>(height),
+                                            static_cast<size_t>(width) * bit_count / 8,
+                                            static_cast<size_t>(StrideOf(width, bit_count)));
+  if (!block) return block;
+  std::memcpy(block.bytes(), fields, sizeof fields);
+  const uint32_t colors = ColorsOfDepth(bit_count);
+  for (uint32_t i = 0; i < colors; ++i) {
+    std::memset(block.bytes() + kInfoHeaderSize + 4 * i, static_cast<int>(i * 255 / (colors - 1)),
+                3);
+  }
+  return block;
+}
+
 NewBlock NewBlock::Resized(const DibView& source, int64_t width, int64_t height, Rows rows) {
   constexpr int64_t kLimit = std::numeric_limits<int32_t>::max();
   if (width < 0 || height < 0 || width > kLimit || height > kLimit) return {};

@@ -31,11 +31,15 @@ class NewBlock {
   // The zeroed block that a header describes; `fields` are its 12 or 40 bytes, which are copied.
   static NewBlock WithHeader(const uint8_t* fields);
 
+  // An image of 1, 4, 8, 16, 24 or 32 bits with an information header and 1 plane; a table, where
+  // the depth has one, is a gray ramp from black to white. Rows as below.
+  enum class Rows { kZeroed, kPixelsComeNext };
+  static NewBlock Fresh(int32_t width, int32_t height, uint16_t bit_count, Rows rows);
+
   // The source's header and color table with another width and height, and zeroed rows. Sizes are
   // stored in the fields of the source's header kind (16 bits after a core header). Null when the
   // size cannot be honoured or memory runs out. A caller who writes every pixel says so: then only
   // what lies behind a row's last whole byte of pixels is zeroed.
-  enum class Rows { kZeroed, kPixelsComeNext };
   static NewBlock Resized(const DibView& source, int64_t width, int64_t height,
                           Rows rows = Rows::kZeroed);
 

@@ -1,46 +1,15 @@
 // omb_transformat: 16- and 32-bit images to 24 bits.
 #include <algorithm>
-#include <bit>
 #include <cstring>
 
 #include "core/bytes.h"
+#include "core/high_color.h"
 #include "core/packed_dib.h"
 #include "core/replacement.h"
-#include "rows/row_functions.h"
 
 namespace ombrilo {
 
 namespace {
-
-simd::ChannelBits BitsOf(uint32_t mask) {
-  // A shift of -1 for an empty mask and of 8 - width below 0 count modulo 32.
-  return {mask, mask == 0 ? 31 : std::countr_zero(mask), (8 - std::popcount(mask)) & 31};
-}
-
-struct Layout {
-  simd::ChannelBits bgr[3];
-  bool IsBytes() const {
-    return bgr[0].mask == 0xFF && bgr[1].mask == 0xFF00 && bgr[2].mask == 0xFF0000;
-  }
-};
-
-Layout LayoutOf(const DibView& source) {
-  if (source.ReadU32(kInfoCompression) == kBitfields) {
-    return {BitsOf(source.ReadU32(kInfoHeaderSize + 8)),
-            BitsOf(source.ReadU32(kInfoHeaderSize + 4)), BitsOf(source.ReadU32(kInfoHeaderSize))};
-  }
-  if (source.bit_count() == 32) return {BitsOf(0xFF), BitsOf(0xFF00), BitsOf(0xFF0000)};
-  return {BitsOf(0x001F), BitsOf(0x03E0), BitsOf(0x7C00)};
-}
-
-void ConvertRow(const Layout& layout, const uint8_t* from, size_t bytes, size_t pixels,
-                uint8_t* to) {
-  if (bytes == 4 && layout.IsBytes()) {
-    simd::Active().drop_fourth_byte(from, pixels, to);
-  } else {
-    simd::Active().pick_channels(from, bytes, pixels, layout.bgr, to);
-  }
-}
 
 // The new block has the header's first 40 bytes, whatever its kind, and room for the color table
 // that these announce. Its rows start where the copied header says.
@@ -77,12 +46,11 @@ uint32_t omb_transformat(PackedDib** image) {
 
   NewBlock block = NewTrueColorBlock(*source);
   if (!block) return 0;
-  const Layout layout = LayoutOf(*source);
+  const HighColor pixels(*source);
   const size_t stride = static_cast<size_t>(StrideOf(source->width(), 24));
   uint8_t* to = block.bytes() + source->prefix_size();
   for (int32_t y = 0; y < source->pixel_rows(); ++y, to += stride) {
-    ConvertRow(layout, source->row(y), source->bit_count() / 8u,
-               static_cast<size_t>(source->width()), to);
+    pixels.ToBgr(source->row(y), static_cast<size_t>(source->width()), to);
   }
   return block.Replace(image);
 }

@@ -237,6 +237,14 @@ struct RowFunctions {
                         const struct ChannelBits* bgr, uint8_t* to);
   // Four-byte pixels to three-byte ones; the fourth byte is dropped.
   void (*drop_fourth_byte)(const uint8_t* from, size_t pixels, uint8_t* to);
+  // The same with the fourth byte as alpha over a background of blue, green, red:
+  // (color * alpha + background * (255 - alpha) + 127) / 255. With `swap`, red comes first.
+  void (*blend_over)(const uint8_t* from, size_t pixels, bool swap, const uint8_t* background,
+                     uint8_t* to);
+  // Three-byte pixels: the first and the third byte change places; `to` is another place.
+  void (*swap_red_blue)(const uint8_t* from, size_t pixels, uint8_t* to);
+  // Three-byte pixels to four-byte ones, the fourth byte 255; `swap` as above.
+  void (*add_alpha)(const uint8_t* from, size_t pixels, bool swap, uint8_t* to);
 
   // bytes[i] + amount, limited to 0..255; the amount is -255 to 255.
   void (*add_amount)(uint8_t* bytes, size_t count, int amount);

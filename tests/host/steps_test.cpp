@@ -171,7 +171,8 @@ TEST(Tables, EveryExportIsAStepOrNoneOnPurpose) {
                                                       {"DoKernalMorphDIB", "morph"}};
   std::istringstream none(
       "newdib freedib DIBWidth DIBHeight DIBBitCount DIBNumColors PaletteSize "
-      "FindDIBBits BytesPerLine CreateDIBPalette iscolorful can_gray can_filtersheet "
+      "FindDIBBits BytesPerLine frompixels topixels setpalette setresolution CreateDIBPalette "
+      "iscolorful can_gray can_filtersheet "
       "can_pseudocolor can_balance autoclr getchannelhistogram autothreshold newKERNAL "
       "cloneKERNAL zeroKERNAL destroyKERNAL getKERNAL bmtodib DIBToDIBSection "
       "CopyWindowToDIB");

@@ -112,6 +112,15 @@ void AddPixelCases(std::vector<Case>& all) {
         [](auto& f, auto& in, auto n, auto& o) {
           f.drop_fourth_byte(in.bytes.data() + 4, n, o.New(3 * n));
         }},
+       {"blend_over, swap_red_blue, add_alpha",
+        [](auto& f, auto& in, auto n, auto& o) {
+          const uint8_t background[] = {1, 128, 254};
+          for (const bool swap : {false, true}) {
+            f.blend_over(in.bytes.data() + 4, n, swap, background, o.New(3 * n));
+            f.add_alpha(&*in.bytes.end() - 3 * n, n, swap, o.New(4 * n));
+          }
+          f.swap_red_blue(&*in.bytes.end() - 3 * n, n, o.New(3 * n));
+        }},
        {"channels",
         [](auto& f, auto& in, auto n, auto& o) {
           for (const size_t c : {0, 1, 2}) {

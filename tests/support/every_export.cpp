@@ -120,6 +120,43 @@ uint64_t NewDib(PackedDib**, Draw& draw, Digest& digest) {
   return made;
 }
 
+constexpr uint32_t kPixelFormats[] = {OMB_PIXELS_BIT, OMB_PIXELS_GRAY, OMB_PIXELS_BGR,
+                                      OMB_PIXELS_RGB, OMB_PIXELS_BGRA, OMB_PIXELS_RGBA};
+
+uint64_t FromPixels(PackedDib**, Draw& draw, Digest& digest) {
+  const uint32_t format = kPixelFormats[draw.Byte() % 6];
+  const int32_t width = draw.Whole(1, 50), height = draw.Whole(1, 50);
+  // Other sizes than these come with a stride that refuses them.
+  const bool meant = width <= 50 && height <= 50;
+  const intptr_t stride = meant ? 200 + draw.Byte() % 10 : 0;
+  std::vector<uint8_t> pixels(size_t{50} * 210);
+  for (uint8_t step = draw.Byte(), value = 0; uint8_t & byte : pixels) byte = value += step;
+  PackedDib* dib = omb_frompixels(format, width, height, pixels.data(), stride, 0xC08040);
+  if (dib != nullptr) digest.AddImage(dib);
+  const bool made = dib != nullptr;
+  omb_freedib(dib);
+  return made;
+}
+
+uint64_t ToPixels(PackedDib** image, Draw& draw, Digest& digest) {
+  const uint32_t format = kPixelFormats[draw.Byte() % 6];
+  const uint32_t width = omb_DIBWidth(*image), height = omb_DIBHeight(*image);
+  const size_t bits = format == OMB_PIXELS_BIT ? 1 : format / 8 * 8;
+  const size_t stride = (bits * width + 7) / 8;
+  const bool small = width < 1u << 20 && height < 1u << 20 && stride * height < 1u << 24;
+  std::vector<uint8_t> pixels(small ? stride * height : 0);
+  const uint64_t result = omb_topixels(*image, format, pixels.empty() ? nullptr : pixels.data(),
+                                       static_cast<intptr_t>(stride));
+  digest.Add(pixels.data(), pixels.size());
+  return result;
+}
+
+uint64_t SetPalette(PackedDib** image, Draw& draw, Digest&) {
+  std::vector<uint8_t> colors(size_t{4} * 65536);
+  for (uint8_t step = draw.Byte(), value = 0; uint8_t & byte : colors) byte = value += step;
+  return omb_setpalette(*image, colors.data(), static_cast<uint32_t>(draw.Whole(0, 20)));
+}
+
 uint64_t Histogram(PackedDib** image, Draw& draw, Digest& digest) {
   std::array<int32_t, 256> counters;
   counters.fill(-1);
@@ -296,6 +333,10 @@ constexpr Export kExports[] = {
        constexpr int32_t kBits[] = {1, 2, 4, 8, 24};
        return static_cast<uint64_t>(omb_dither(image, kBits[draw.Byte() % 5]));
      }},
+    {"omb_frompixels", FromPixels},
+    {"omb_topixels", ToPixels},
+    {"omb_setpalette", SetPalette},
+    {"omb_setresolution", With<omb_setresolution, Whole{0, 20000}, Whole{0, 20000}>},
 };
 
 }  // namespace

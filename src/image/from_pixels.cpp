@@ -1,0 +1,58 @@
+// omb_frompixels: an image of a host's pixels.
+#include <cstring>
+
+#include "core/pixels.h"
+#include "core/replacement.h"
+#include "image/host_pixels.h"
+#include "rows/row_functions.h"
+
+namespace ombrilo {
+
+namespace {
+
+void ReadRow(uint32_t format, const uint8_t* from, size_t pixels, const uint8_t* background,
+             uint8_t* to) {
+  const simd::RowFunctions& rows = simd::Active();
+  switch (format) {
+    case OMB_PIXELS_BIT:
+      CopyPixels(from, 1, 0, pixels, to);
+      break;
+    case OMB_PIXELS_GRAY:
+      std::memcpy(to, from, pixels);
+      break;
+    case OMB_PIXELS_BGR:
+      std::memcpy(to, from, 3 * pixels);
+      break;
+    case OMB_PIXELS_RGB:
+      rows.swap_red_blue(from, pixels, to);
+      break;
+    case OMB_PIXELS_BGRA:
+    case OMB_PIXELS_RGBA:
+      rows.blend_over(from, pixels, IsRedFirst(format), background, to);
+      break;
+  }
+}
+
+}  // namespace
+
+}  // namespace ombrilo
+
+PackedDib* omb_frompixels(uint32_t format, int32_t width, int32_t height, const void* pixels,
+                          intptr_t stride, uint32_t background) {
+  using namespace ombrilo;
+  if (pixels == nullptr || width < 1 || height < 1) return nullptr;
+  if (!CanHoldRows(format, width, height, stride)) return nullptr;
+  const uint16_t bits = BitsOfFormat(format);
+  NewBlock block =
+      NewBlock::Fresh(width, height, bits == 32 ? 24 : bits, NewBlock::Rows::kPixelsComeNext);
+  if (!block) return nullptr;
+  const uint8_t bgr[] = {static_cast<uint8_t>(background >> 16),
+                         static_cast<uint8_t>(background >> 8), static_cast<uint8_t>(background)};
+  const Dib dib = block.dib();
+  const auto* top = static_cast<const uint8_t*>(pixels);
+  for (int32_t y = 0; y < height; ++y) {
+    ReadRow(format, top + ptrdiff_t{y} * stride, static_cast<size_t>(width), bgr,
+            dib.row(height - 1 - y));
+  }
+  return block.Release();
+}
