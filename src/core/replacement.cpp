@@ -190,7 +190,8 @@ bool NewBlock::HoldsExtent() {
 }
 
 PackedDib* NewBlock::Release() {
-  return HoldsExtent() ? reinterpret_cast<PackedDib*>(bytes_.release()) : nullptr;
+  return bytes_ != nullptr && HoldsExtent() ? reinterpret_cast<PackedDib*>(bytes_.release())
+                                            : nullptr;
 }
 
 bool NewBlock::Replace(PackedDib** image) {
