@@ -16,6 +16,8 @@ packages_of() {
       libc++abi-14-dev-wasm32 nodejs googletest ;;
     windows32) echo g++-mingw-w64-i686-posix googletest ;;
     windows) echo g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth ;;
+    python) echo python3 python3-build python3-setuptools python3-wheel python3-pytest \
+      python3-numpy python3-pil python3-distributed mypy ;;
     fuzz) echo clang libclang-rt-14-dev ;;
     bench) echo libopencv-dev libleptonica-dev libfreeimage-dev ;;
     quality) echo lomiri-wallpapers-16.04 ;;

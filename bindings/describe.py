@@ -1,0 +1,231 @@
+"""One description of all operations, for the packages in this folder.
+
+Signatures, documentation and enumerations come from the C header; names of arguments, their
+defaults, ranges and values come from `omb list --json`. What neither says stands in ARGUMENTS: how
+arguments that people give become those of the C function.
+
+    describe.py HEADER STEPS RAMPS python|js|json OUTPUT_FOLDER
+"""
+
+import json
+import pathlib
+import re
+import sys
+import textwrap
+
+# Steps whose names are not those of their functions.
+FUNCTIONS = {"kernel": "omb_DoConvoluteDIB", "morph": "omb_DoKernalMorphDIB"}
+
+# Arguments of C functions that are not the parameters one by one. A plain string is a parameter.
+ARGUMENTS = {
+    "binary": [{"convert": "threshold", "parameter": "threshold"}],
+    "crop": [{"convert": "rectangle", "parameters": ["left", "top", "right", "bottom"]}],
+    "edgepage": [{"convert": "page_size", "parameter": "size"}, "passes", "strength", "filter"],
+    "enhancepage": [{"convert": "page_size", "parameter": "size"}, "passes", "strength",
+                    {"convert": "constant", "value": 0}, "percentile", "filter",
+                    {"convert": "constant", "value": 0}, {"convert": "constant", "value": 0}],
+    "kernel": [{"convert": "kernel", "parameter": "name"}, "passes", "strength"],
+    "morph": [{"convert": "depth"}, "operation", {"convert": "kernel", "parameter": "shape"},
+              "iterations"],
+    "pseudocolor": [{"convert": "ramp", "parameter": "ramp"}],
+    "resize": [{"convert": "width", "parameter": "size"}, {"convert": "height", "parameter": "size"},
+               "filter"],
+    "scale": [{"convert": "width", "parameter": "size"}, {"convert": "height", "parameter": "size"},
+              "mode"],
+}
+
+# When the library's 0 does not say that it refused: there was nothing to do, or the depth tells.
+IDLE = {"adjustghms": "always", "extractcolor": "depth_tells", "gammacorrection": "always", "neuquant": "same_depth",
+        "rotate": "full_turn", "scale": "same_size"}
+
+SCALARS = {"int32_t": "i32", "uint32_t": "u32", "uint16_t": "u16", "uint64_t": "u64",
+           "float": "f32", "double": "f64"}
+
+
+def functions_of(header):
+    """Name -> (result, [(type, name), ...], documentation) of every export."""
+    found = {}
+    pattern = r"/\*\*((?:(?!\*/).)*)\*/\s*OMB_API\s+([^;]*?)\b(omb_\w+)\(([^;]*?)\);"
+    for comment, result, name, parameters in re.findall(pattern, header, re.S):
+        pairs = []
+        for text in re.sub(r"\s+", " ", parameters).split(","):
+            text = text.strip()
+            if text not in ("void", "..."):
+                kind, own_name = re.fullmatch(r"(.*?[ *])(\w+)", text).groups()
+                pairs.append((kind.replace(" ", ""), own_name))
+        lines = [re.sub(r"^\s*\* ?", "", line) for line in comment.split("\n")]
+        found[name] = (result.strip(), pairs, "\n".join(lines).strip())
+    return found
+
+
+def enumerations_of(header):
+    """Name -> {constant: (value, documentation)}."""
+    found = {}
+    for name, body in re.findall(r"enum (Omb\w+) \{(.*?)\};", header, re.S):
+        members = re.findall(r"(OMB_\w+) = (\d+),?\s*/\*\*<(.*?)\*/", body, re.S)
+        if members:
+            found[name] = {m: (int(v), " ".join(doc.replace("*", " ").split()))
+                           for m, v, doc in members}
+    return found
+
+
+def ramps_of(source):
+    """Name -> colors at even distances from black to white, as 0xRRGGBB."""
+    return {name: [int(stop, 16) for stop in re.findall(r"0x[0-9a-fA-F]{6}", stops)]
+            for name, stops in re.findall(r'\{"(\w+)",\s*\{([^}]*)\}\}', source)}
+
+
+def operation_of(step, functions):
+    by_lowercase = {name.lower(): name for name in functions}
+    function = FUNCTIONS.get(step["name"]) or by_lowercase.get("omb_" + step["name"])
+    if function is None:
+        return None
+    result, pairs, doc = functions[function]
+    wanted = ARGUMENTS.get(step["name"], [p["name"] for p in step["parameters"]])
+    arguments, rest = [], pairs[1:]
+    for argument in wanted:
+        if not rest:
+            return None
+        kind = rest.pop(0)[0]
+        if isinstance(argument, str):
+            argument = {"convert": "number", "parameter": argument}
+            if kind not in SCALARS:
+                return None
+        arguments.append(dict(argument, type=SCALARS.get(kind, "pointer")))
+    if rest:
+        return None
+    return {
+        "name": step["name"], "function": function, "family": step["family"].replace("&", ""),
+        "summary": step["summary"], "usage": step["usage"], "depths": step["depths"],
+        "note": step.get("note"), "before": step.get("before"),
+        "parameters": step["parameters"], "examples": step["examples"],
+        "replaces": pairs[0][0] == "PackedDib**",
+        "result": {"void": "none", "uintptr_t": "image"}.get(result, "status"),
+        "idle": IDLE.get(step["name"]), "arguments": arguments, "documentation": doc,
+    }
+
+
+def describe(header, steps, ramps):
+    functions = functions_of(header)
+    operations, others = [], []
+    for step in steps["steps"]:
+        operation = operation_of(step, functions)
+        (others if operation is None else operations).append(operation or step["name"])
+    if others:
+        print("describe.py: no operations for the steps", *others, file=sys.stderr)
+    return {"version": steps["version"], "operations": operations,
+            "enumerations": enumerations_of(header), "ramps": ramps_of(ramps),
+            "functions": sorted(functions)}
+
+
+def default_of(parameter):
+    return repr(parameter["default"]) if "default" in parameter else None
+
+
+def python_type(parameter):
+    names = [v["name"] for v in parameter.get("values", [])]
+    literal = "Literal[" + ", ".join(map(repr, names)) + "]" if names else None
+    types = {"integer": "int", "number": "float", "choice": "int", "color": "Color",
+             "text": {"size": "Size", "name": "KernelLike",
+                      "shape": "KernelLike"}.get(parameter["name"], "str")}
+    return " | ".join(filter(None, [types[parameter["type"]], literal]))
+
+
+def python_method(operation):
+    parameters = [p["name"] + ": " + python_type(p) +
+                  (" = " + default_of(p) if "default" in p else "")
+                  for p in operation["parameters"]]
+    head = "    def {}(self{}) -> Image:".format(
+        operation["name"], "".join(", " + p for p in parameters))
+    doc = [operation["summary"] + ".", ""]
+    for p in operation["parameters"]:
+        form = re.sub(r"^an? ", "", p["form"])
+        doc += textwrap.wrap(f"{p['name']}: {p['help']} ({form})", 88, subsequent_indent="    ")
+    doc += ["", "Depths: " + ", ".join(map(str, operation["depths"])) + " bits per pixel."]
+    if operation["note"]:
+        doc += textwrap.wrap(operation["note"], 88)
+    doc += ["", "The C function, {}:".format(operation["function"]), ""]
+    doc += ["    " + line if line else "" for line in operation["documentation"].split("\n")]
+    text = "\n".join(doc).replace("\\", "\\\\").replace('"""', "'''")
+    names = ", ".join(f'"{p["name"]}": {p["name"]}' for p in operation["parameters"])
+    return head, textwrap.indent(text, "        ").lstrip(), names
+
+
+def write_python(description, folder):
+    methods = []
+    for operation in description["operations"]:
+        head, doc, names = python_method(operation)
+        methods.append(f'{head}\n        """{doc}\n        """\n'
+                       f'        return self._run("{operation["name"]}", {{{names}}})\n')
+    enumerations = []
+    for name, members in description["enumerations"].items():
+        # The words that all members begin with are the enumeration's.
+        words = [m.split("_") for m in members]
+        common = len(words[0]) if len(words) == 1 else 0
+        while all(len(w) > common + 1 and w[common] == words[0][common] for w in words):
+            common += 1
+        body = "".join(
+            "    {} = {}  # {}\n".format(re.sub(r"^(\d)", r"N\1", "_".join(m.split("_")[common:])),
+                                         value, doc)
+            for m, (value, doc) in members.items())
+        enumerations.append(f"class {name[3:]}(IntEnum):\n{body}")
+    top = "# Generated by bindings/describe.py from the C header and `omb list --json`.\n"
+    folder = pathlib.Path(folder)
+    folder.mkdir(parents=True, exist_ok=True)
+    imports = ("from __future__ import annotations\n\nfrom typing import TYPE_CHECKING, Literal\n\n"
+               "if TYPE_CHECKING:\n    from ._image import Color, Image, KernelLike, Size\n")
+    (folder / "_operations.py").write_text(
+        top + imports + "\n\n"
+        "class Operations:\n"
+        '    """Every operation as a method."""\n\n'
+        "    def _run(self, name: str, given: dict[str, object]) -> Image:\n"
+        "        raise NotImplementedError\n\n" + "\n".join(methods))
+    (folder / "enumerations.py").write_text(
+        top + '"""The C header\'s enumerations, for arguments that are numbers."""\n\n'
+        "from enum import IntEnum\n\n\n" + "\n\n".join(enumerations))
+    shown = {k: v for k, v in description.items() if k != "enumerations"}
+    (folder / "operations.json").write_text(json.dumps(shown, indent=1))
+    (folder / "_version.py").write_text(top + f'version = "{description["version"]}"\n')
+
+
+def js_type(parameter):
+    names = [v["name"] for v in parameter.get("values", [])]
+    types = {"integer": "number", "number": "number", "choice": "number", "color": "string",
+             "text": {"size": "string | [number, number]"}.get(parameter["name"],
+                                                              "string | number")}
+    return " | ".join(filter(None, [types[parameter["type"]]] + [json.dumps(n) for n in names]))
+
+
+def write_js(description, folder):
+    folder = pathlib.Path(folder)
+    folder.mkdir(parents=True, exist_ok=True)
+    top = "// Generated by bindings/describe.py from the C header and `omb list --json`.\n"
+    small = {"version": description["version"], "ramps": description["ramps"], "operations": [
+        {k: v for k, v in o.items() if k != "documentation"} for o in description["operations"]]}
+    (folder / "description.js").write_text(top + "export default " + json.dumps(small) + ";\n")
+    methods = []
+    for operation in description["operations"]:
+        lines = [f"  /**\n   * {operation['summary']}.\n   *"]
+        parameters, options = [], False
+        for p in operation["parameters"]:
+            lines.append(f"   * @param {p['name']} {p['help']} ({p['form']})")
+            parameters.append(f"{p['name']}{'?' if 'default' in p else ''}: {js_type(p)}")
+        depths = ", ".join(map(str, operation["depths"]))
+        lines.append(f"   * Depths: {depths} bits per pixel.\n   */")
+        names = "; ".join(parameters)
+        options = all("default" in p for p in operation["parameters"])
+        text = f"arguments_{'?' if options else ''}: {{ {names} }}" if parameters else ""
+        methods.append("\n".join(lines) + f"\n  {operation['name']}({text}): this;")
+    (folder / "operations.d.ts").write_text(
+        top + "export interface Operations {\n" + "\n".join(methods) + "\n}\n")
+
+
+def main():
+    header, steps, ramps, language, folder = sys.argv[1:]
+    read = lambda path: pathlib.Path(path).read_text(encoding="utf-8")  # noqa: E731
+    description = describe(read(header), json.loads(read(steps)), read(ramps))
+    {"python": write_python, "js": write_js}[language](description, folder)
+
+
+if __name__ == "__main__":
+    main()
