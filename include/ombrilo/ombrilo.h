@@ -1371,16 +1371,12 @@ OMB_API void omb_opencompose(PackedDib* dib);
  */
 OMB_API void omb_tophat(PackedDib* dib);
 
-/** Operations of omb_DoKernalMorphDIB() (the first four) and omb_MorphologicalPage(). */
+/** Operations of omb_DoKernalMorphDIB(). */
 enum OmbMorphology {
-  OMB_MORPH_ERODE = 0,           /**< the least value: dark areas grow */
-  OMB_MORPH_DILATE = 1,          /**< the greatest value: light areas grow */
-  OMB_MORPH_OPEN = 2,            /**< erosion, then dilation: light detail goes */
-  OMB_MORPH_CLOSE = 3,           /**< dilation, then erosion: dark detail goes */
-  OMB_MORPH_GRADIENT = 4,        /**< dilation minus erosion: edges */
-  OMB_MORPH_LIGHT_DETAIL = 5,    /**< the image minus its opening */
-  OMB_MORPH_DARK_DETAIL = 6,     /**< the closing minus the image */
-  OMB_MORPH_CLEAN_BACKGROUND = 7 /**< the image relative to its closing: even paper */
+  OMB_MORPH_ERODE = 0,  /**< the least value: dark areas grow */
+  OMB_MORPH_DILATE = 1, /**< the greatest value: light areas grow */
+  OMB_MORPH_OPEN = 2,   /**< erosion, then dilation: light detail goes */
+  OMB_MORPH_CLOSE = 3   /**< dilation, then erosion: dark detail goes */
 };
 
 /**
@@ -1388,7 +1384,7 @@ enum OmbMorphology {
  *
  * @param dib        the image
  * @param bits       8: one value per byte; 24: three channels per pixel. Pass the image's bit count
- * @param op         0 to 3 of ::OmbMorphology: erode, dilate, open, close
+ * @param op         one of ::OmbMorphology: 0 erode, 1 dilate, 2 open, 3 close
  * @param element    only its count and offsets matter; count 0 or less changes nothing
  * @param iterations how often erosion or dilation is repeated; an opening or closing repeats its
  *                   first step that often, then its second. 0 or less leaves the image unchanged
