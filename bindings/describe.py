@@ -4,7 +4,7 @@ Signatures, documentation and enumerations come from the C header; names of argu
 defaults, ranges and values come from `omb list --json`. What neither says stands in ARGUMENTS: how
 arguments that people give become those of the C function.
 
-    describe.py HEADER STEPS RAMPS python|js|json OUTPUT_FOLDER
+    describe.py HEADER STEPS RAMPS python|js OUTPUT_FOLDER
 """
 
 import json
@@ -75,7 +75,15 @@ def ramps_of(source):
             for name, stops in re.findall(r'\{"(\w+)",\s*\{([^}]*)\}\}', source)}
 
 
-def operation_of(step, functions):
+def enumeration_of(documentation, parameter, enumerations):
+    """Value -> constant, of the enumeration that the documentation names for a parameter."""
+    text = re.search(rf"@param +{parameter}\b((?:(?!\n@).)*)", documentation, re.S)
+    named = re.search(r"::(Omb\w+)", text[1]) if text else None
+    members = enumerations.get(named[1], {}) if named else {}
+    return {str(value): constant for constant, (value, _) in members.items()}
+
+
+def operation_of(step, functions, enumerations):
     by_lowercase = {name.lower(): name for name in functions}
     function = FUNCTIONS.get(step["name"]) or by_lowercase.get("omb_" + step["name"])
     if function is None:
@@ -86,12 +94,15 @@ def operation_of(step, functions):
     for argument in wanted:
         if not rest:
             return None
-        kind = rest.pop(0)[0]
+        kind, c_name = rest.pop(0)
         if isinstance(argument, str):
             argument = {"convert": "number", "parameter": argument}
             if kind not in SCALARS:
                 return None
-        arguments.append(dict(argument, type=SCALARS.get(kind, "pointer")))
+        argument = dict(argument, type=SCALARS.get(kind, "pointer"))
+        if constants := enumeration_of(doc, c_name, enumerations):
+            argument["enumeration"] = constants
+        arguments.append(argument)
     if rest:
         return None
     return {
@@ -106,15 +117,15 @@ def operation_of(step, functions):
 
 
 def describe(header, steps, ramps):
-    functions = functions_of(header)
+    functions, enumerations = functions_of(header), enumerations_of(header)
     operations, others = [], []
     for step in steps["steps"]:
-        operation = operation_of(step, functions)
+        operation = operation_of(step, functions, enumerations)
         (others if operation is None else operations).append(operation or step["name"])
     if others:
         print("describe.py: no operations for the steps", *others, file=sys.stderr)
     return {"version": steps["version"], "operations": operations,
-            "enumerations": enumerations_of(header), "ramps": ramps_of(ramps),
+            "enumerations": enumerations, "ramps": ramps_of(ramps),
             "functions": sorted(functions)}
 
 
