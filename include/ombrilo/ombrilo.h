@@ -220,7 +220,7 @@ OMB_API PackedDib* omb_frompixels(uint32_t format, int32_t width, int32_t height
  *
  * Pixels of 1, 4 and 8 bits are looked up in the color table, 16 and 32 bits give the colors that
  * omb_transformat() gives. Gray is that of omb_gray(): (11 blue + 59 green + 30 red) / 100,
- * truncated. A bit is 1 where this gray is 128 or more; bits behind the last pixel of a row are 0.
+ * truncated. A bit is 1 where this gray is 128 or more; bits after the last pixel of a row are 0.
  * Alpha is 255.
  *
  * @param dib    the image; 1, 4, 8, 16, 24 or 32 bits
