@@ -20,7 +20,7 @@ struct Position {
 class StripSampler {
  public:
   // Columns of a strip at most: whole bytes of any depth.
-  static constexpr int32_t kMost = 2000;
+  static constexpr int32_t kMost = 6000;
 
   // Takes all memory for strips of up to `columns` columns, whose positions are up to `span`
   // columns of the source apart.
