@@ -40,7 +40,7 @@ bool ScaleRows(Sampler& sampler, int32_t width, int32_t height, size_t stride, u
   for (int32_t x = 0; x < width; x += std::min(most, width - x)) {
     span = std::max(span, columns[x + std::min(most, width - x) - 1].whole - columns[x].whole);
   }
-  StripSampler strip(sampler, most, span);
+  StripSampler strip(sampler, most, span, height);
   const Buffer<Position> positions = NewScratchBuffer<Position>(static_cast<size_t>(most));
   if (!strip || !positions) return false;
   for (int32_t x = 0, count; x < width; x += count) {

@@ -17,22 +17,24 @@ size_t PlaneOf(int32_t count) {
   return values % 1024 < 32 ? values + 32 : values;
 }
 
-int PlaneCount(const Sampler& sampler) {
-  return sampler.mode() == kBicubic ? 2 + 4 + 4 * sampler.channels() : 2;
+int PlaneCount(const Sampler& sampler, bool pairs) {
+  if (sampler.mode() == kBicubic) return 2 + 4 + 4 * sampler.channels();
+  return pairs ? 2 + 2 * 2 * sampler.channels() : 2;
 }
 
 }  // namespace
 
-StripSampler::StripSampler(Sampler& sampler, int32_t columns, int32_t span)
+StripSampler::StripSampler(Sampler& sampler, int32_t columns, int32_t span, int32_t height)
     : sampler_(sampler),
       functions_(simd::Active()),
       inner_rows_(sampler.Inner(sampler.height())),
+      enlarges_(sampler.mode() == kBilinear && height > sampler.height()),
       plane_(PlaneOf(columns)),
       // Up to 7 columns before those that are read, and one after the image's.
       decoded_size_(sampler.in_place() ? 0
                                        : (static_cast<size_t>(span) + 16) *
                                              static_cast<size_t>(sampler.channels())),
-      memory_(plane_ * sizeof(float) * static_cast<size_t>(PlaneCount(sampler)) +
+      memory_(plane_ * sizeof(float) * static_cast<size_t>(PlaneCount(sampler, enlarges_)) +
               2 * decoded_size_ + (sampler.in_place() ? 0 : 3 * static_cast<size_t>(columns))) {
   if (!memory_) return;
   auto* values = reinterpret_cast<float*>(memory_.get());
@@ -45,6 +47,7 @@ StripSampler::StripSampler(Sampler& sampler, int32_t columns, int32_t span)
     for (float*& weights : weights_) weights = next(1);
     for (float*& sums : sums_) sums = next(sampler.channels());
   }
+  for (float*& pairs : pairs_) pairs = enlarges_ ? next(2 * sampler.channels()) : nullptr;
   decoded_[0] = reinterpret_cast<uint8_t*>(values);
   decoded_[1] = decoded_[0] + decoded_size_;
   sampled_ = decoded_[1] + decoded_size_;
@@ -113,8 +116,23 @@ void StripSampler::Point(Position position, uint8_t* row, uint8_t* to) {
 void StripSampler::Bilinear(Position position, uint8_t* to) {
   const int32_t lower = inner_rows_.Limit(position.whole);
   const int32_t upper = std::min(lower + 1, sampler_.height() - 1);
+  if (enlarges_) {
+    const float* const pairs[2] = {Pairs(lower), Pairs(upper)};
+    functions_.blend_pairs(pairs[0], pairs[1], sampler_.channels(), fraction_, position.fraction,
+                           plane_, static_cast<size_t>(count_), to);
+    return;
+  }
   functions_.bilinear(Places(lower, upper), Row(upper), fraction_, &position.fraction,
                       static_cast<size_t>(count_), to);
+}
+
+const float* StripSampler::Pairs(int32_t source_row) {
+  const int32_t slot = source_row & 1;
+  if (std::exchange(summed_[slot], source_row) != source_row) {
+    functions_.spread_pairs(Places(source_row, source_row), plane_, static_cast<size_t>(count_),
+                            pairs_[slot]);
+  }
+  return pairs_[slot];
 }
 
 void StripSampler::Bicubic(Position position, int32_t y, uint8_t* to) {

@@ -24,7 +24,8 @@ class StripSampler {
 
   // Takes all memory for strips of up to `columns` columns, whose positions are up to `span`
   // columns of the source apart.
-  StripSampler(Sampler& sampler, int32_t columns, int32_t span);
+  // `height` is that of the new image.
+  StripSampler(Sampler& sampler, int32_t columns, int32_t span, int32_t height);
   // False when there is none.
   explicit operator bool() const { return static_cast<bool>(memory_); }
 
@@ -37,6 +38,7 @@ class StripSampler {
  private:
   void Point(Position position, uint8_t* row, uint8_t* to);
   void Bilinear(Position position, uint8_t* to);
+  const float* Pairs(int32_t source_row);
   void Bicubic(Position position, int32_t y, uint8_t* to);
   const uint8_t* Row(int32_t source_row);
   // Pixels of a row from which on as many bytes can be read as from `last` on.
@@ -45,13 +47,15 @@ class StripSampler {
   Sampler& sampler_;
   const simd::RowFunctions& functions_;
   const Span inner_rows_;
-  const size_t plane_;  // values of an array of a run
+  const bool enlarges_;  // bilinear: source rows are blended more than once
+  const size_t plane_;   // values of an array of a run
   const size_t decoded_size_;
   AlignedScratch memory_;
 
   int32_t* offset_;
   float* fraction_;
   float* weights_[4];
+  float* pairs_[2];      // bilinear: of the source rows in summed_, channel after channel
   float* sums_[4];       // of the source rows in summed_, channel after channel
   uint8_t* decoded_[2];  // the source rows in decoded_row_
   uint8_t* sampled_;     // results that have to be encoded

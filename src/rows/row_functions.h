@@ -328,6 +328,12 @@ struct RowFunctions {
   // (1-dx)dy upper + dx dy upper right, summed in this order, limited to 0..255 and truncated.
   void (*bilinear)(const struct PixelPlaces& lower, const uint8_t* upper, const float* dx,
                    const float* dy, size_t count, uint8_t* to);
+  // The same in two steps, for rows that are blended more than once: pixels of one row and their
+  // right neighbours, channel after channel, as planes of floats; and the blend of two rows'
+  // planes.
+  void (*spread_pairs)(const struct PixelPlaces& places, size_t plane, size_t count, float* pairs);
+  void (*blend_pairs)(const float* lower, const float* upper, int channels, const float* dx,
+                      float dy, size_t plane, size_t count, uint8_t* to);
   // The cubic weights of four neighbours at the distances 1+d, d, 1-d, 2-d. With a = |distance|:
   // 1 - 2a^2 + a^3 below 1, 4 - 8a + 5a^2 - a^3 below 2, 0 beyond.
   void (*cubic_weights)(const float* fraction, size_t count, float* const weights[4]);
