@@ -26,7 +26,7 @@ void IndexedColors::Snapshot(const DibView& dib, bool split) {
   if (gray) {
     LearnGrays();
   } else {
-    nearest_.Learn(palette);
+    nearest_->Learn(palette);
   }
 }
 
@@ -67,7 +67,7 @@ void IndexedColors::Encode(const uint8_t* values, size_t pixels, uint8_t* indice
     std::memcpy(indices, values, pixels);
     simd::Active().apply_table(indices, pixels, index_of_);
   } else {
-    nearest_.Find(values, 3, pixels, indices);
+    nearest_->Find(values, 3, pixels, indices);
   }
 }
 

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 #include "core/buffer.h"
 #include "core/nearest_entry.h"
@@ -16,9 +17,12 @@ namespace ombrilo {
 
 class IndexedColors {
  public:
-  // Takes the memory; false when there is none.
-  IndexedColors() = default;
-  explicit operator bool() const { return static_cast<bool>(nearest_); }
+  // Takes the memory; false when there is none. It is for searches, which a table that stays gray
+  // does without.
+  explicit IndexedColors(bool searches = true) {
+    if (searches) nearest_.emplace();
+  }
+  explicit operator bool() const { return !nearest_ || *nearest_; }
 
   // Takes the color table as it is now. `split` asks for three channels whatever the colors are.
   void Snapshot(const DibView& dib, bool split = false);
@@ -40,14 +44,14 @@ class IndexedColors {
   void Settle(const uint8_t* values, size_t pixels, uint8_t* to);
   // Where the table is gray, of a gray color.
   uint8_t Find(const uint8_t* bgr) {
-    return gray_ ? index_of_[bgr[0]] : nearest_.Find(bgr[0], bgr[1], bgr[2]);
+    return gray_ ? index_of_[bgr[0]] : nearest_->Find(bgr[0], bgr[1], bgr[2]);
   }
   const Palette& palette() const { return palette_; }
 
  private:
   void LearnGrays();
 
-  NearestEntry nearest_;  // of a colored table
+  std::optional<NearestEntry> nearest_;  // of a colored table
   Palette palette_ = {};
   uint16_t bit_count_ = 0;
   bool gray_ = false;

@@ -48,7 +48,7 @@ Sampler::Sampler(const DibView& source, uint32_t mode)
       channels_(source.bit_count() == 24 ? 3 : 1) {
   if (!Paints()) return;
   if (source.indexed() && mode != kPoint) {
-    colors_.emplace();
+    colors_.emplace(!MakeDIBPalette(source)->AllGray());
     ready_ = static_cast<bool>(*colors_);
     if (!ready_) return;
     colors_->Snapshot(source);
@@ -126,26 +126,24 @@ void Sampler::SumAcross(const simd::PixelPlaces& places, int32_t x, const float*
 
 // A sample that the corrections leave outside the source is clamped into it. Of gray colors the
 // first byte is the level.
-const uint8_t* Sampler::ColorAt(int32_t column, int32_t row) const {
+const uint8_t* Sampler::ColorAt(int32_t column, const uint8_t* row) const {
   const auto x = static_cast<size_t>(std::clamp(column, 0, width() - 1));
-  const uint8_t* const pixels = source_.row(row);
-  return colors_ ? colors_->palette().bgr[GetIndex(pixels, source_.bit_count(), x)]
-                 : pixels + 3 * x;
+  return colors_ ? colors_->palette().bgr[GetIndex(row, source_.bit_count(), x)] : row + 3 * x;
 }
 
 void Sampler::SampleBicubic(const CubicPixel& pixel, uint8_t* to) const {
   const CubicOffsets offsets = ColumnOffsets(source_, pixel.x);
-  const CubicRows rows = RowsOf(pixel.row, pixel.y);
   int32_t column = pixel.column;  // corrections persist here too
   float value[3] = {};
   for (int j = 0; j < 4; ++j) {
+    const uint8_t* const row = source_.row(pixel.rows.at[j]);
     const uint8_t* color[4];
     for (int k = 0; k < 4; ++k) {
       const int32_t right_by = offsets.at[k];
       // A reflection, on purpose unlike the rule for rows.
       if (column + right_by > width() - 1) column = width() - column - 1;
       if (column + right_by < 0) column = -right_by;
-      color[k] = ColorAt(column + right_by, rows.at[j]);
+      color[k] = ColorAt(column + right_by, row);
     }
     for (int c = 0; c < channels_; ++c) {
       float sum = 0;

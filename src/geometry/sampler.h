@@ -71,15 +71,17 @@ class Sampler {
   // starts at column x of the new image; places are those of the leftmost neighbours.
   void SumAcross(const simd::PixelPlaces& places, int32_t x, const float* const weights[4],
                  size_t plane, size_t count, float* sums) const;
+  // A pixel at any position, sampled with these weights.
   struct CubicPixel {
-    int32_t column, row;       // its position in the source, which may be outside
-    int32_t x, y;              // in the new image
-    float across[4], down[4];  // weights
+    int32_t column;  // in the source, or outside
+    int32_t x;       // in the new image
+    CubicRows rows;
+    float across[4], down[4];
   };
   void SampleBicubic(const CubicPixel& pixel, uint8_t* to) const;
 
  private:
-  const uint8_t* ColorAt(int32_t column, int32_t row) const;
+  const uint8_t* ColorAt(int32_t column, const uint8_t* row) const;
 
   DibView source_;
   uint32_t mode_;

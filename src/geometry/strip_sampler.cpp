@@ -137,14 +137,14 @@ const float* StripSampler::Pairs(int32_t source_row) {
 
 void StripSampler::Bicubic(Position position, int32_t y, uint8_t* to) {
   const auto count = static_cast<size_t>(count_);
-  Sampler::CubicPixel pixel = {0, position.whole, 0, y, {}, {}};
+  Sampler::CubicPixel pixel = {0, 0, sampler_.RowsOf(position.whole, y), {}, {}};
   float* const down[4] = {pixel.down, pixel.down + 1, pixel.down + 2, pixel.down + 3};
   functions_.cubic_weights(&position.fraction, 1, down);
   if (!uncorrected_.empty()) {
-    const Sampler::CubicRows rows = sampler_.RowsOf(position.whole, y);
     const float* sums[4];
     for (int j = 0; j < 4; ++j) {
-      const int32_t source_row = rows.at[j], slot = source_row & 3;  // the four are neighbours
+      const int32_t source_row = pixel.rows.at[j],
+                    slot = source_row & 3;  // the four are neighbours
       sums[j] = sums_[slot];
       if (std::exchange(summed_[slot], source_row) == source_row) continue;
       sampler_.SumAcross(Places(source_row, source_row), x_, weights_, plane_, count, sums_[slot]);

@@ -106,7 +106,7 @@ void TileSampler::Bicubic(const Positions& at, bool inside, int32_t x, int32_t y
   }
   for (int32_t i = 0; i < count && !inside; ++i) {
     if (columns_.Holds(at.column[i]) && rows_.Holds(at.row[i])) continue;
-    Sampler::CubicPixel pixel = {at.column[i], at.row[i], x + i, y, {}, {}};
+    Sampler::CubicPixel pixel = {at.column[i], x + i, sampler_.RowsOf(at.row[i], y), {}, {}};
     for (int k = 0; k < 4; ++k) {
       pixel.across[k] = w.across[k][i];
       pixel.down[k] = w.down[k][i];

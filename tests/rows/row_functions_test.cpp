@@ -327,6 +327,11 @@ void AddResamplingCases(std::vector<Case>& all) {
              places(1, [&](const auto& p, const uint8_t*) { f.pick(p, n, o.New(wide * n)); });
              places(2, [&](const auto& p, const uint8_t* upper) {
                f.bilinear(p, upper, in.floats[0], in.floats[1], n, o.New(wide * n));
+               if (one_row) {
+                 WithPadding<float>(o, 2 * wide, n, [&](float* pairs, size_t plane) {
+                   f.spread_pairs(p, plane, n, pairs);
+                 });
+               }
              });
              for (const auto& columns : {std::array{0, 1, 2, 3}, {1, 1, 2, 3}, {0, 1, 1, 2}}) {
                places(4, [&](const auto& p, const uint8_t*) {
@@ -335,6 +340,9 @@ void AddResamplingCases(std::vector<Case>& all) {
                  });
                });
              }
+             const std::vector<float> pairs(2 * wide * (n + simd::kRunPadding), 100.5f);
+             f.blend_pairs(pairs.data(), in.sums[0], channels, in.floats[0], *in.floats[1], n / 4,
+                           n, o.New(wide * n));
              f.cubic_down(in.sums, in.floats + 4, channels, one_row, n + simd::kRunPadding, n,
                           o.New(wide * n));
            }});
