@@ -37,6 +37,14 @@ if(NOT license)
   message(FATAL_ERROR "The license was not installed")
 endif()
 
+foreach(file man/man1/omb.1 bash-completion/completions/omb zsh/site-functions/_omb
+             fish/vendor_completions.d/omb.fish)
+  file(READ ${prefix}/share/${file} text)
+  if(NOT text MATCHES "enhancepage")
+    message(FATAL_ERROR "${file} does not know the steps")
+  endif()
+endforeach()
+
 # As a part of another project, whose own targets are exported.
 file(REMOVE_RECURSE ${BUILD}/parent)
 run(${CMAKE_COMMAND} -G "${GENERATOR}" -S ${SOURCE}/tests/install/parent -B ${BUILD}/parent

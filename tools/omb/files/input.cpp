@@ -62,6 +62,8 @@ void Input::ReadTo(size_t wanted) {
     size_ += static_cast<size_t>(stream_.gcount());
     if (stream_.bad()) throw FileError("the file cannot be read to its end");
     ended_ = !stream_;
+    // A result may take the file's place, which no system does to every open file.
+    if (ended_ && file_.is_open()) file_.close();
     expected_ = size_ > expected_ ? 0 : expected_;
   }
 }
