@@ -9,13 +9,14 @@ packages_of() {
     build) echo g++ cmake ninja-build pkg-config libcli11-dev nlohmann-json3-dev libpng-dev \
       libjpeg62-turbo-dev libtiff-dev libexif-dev ;;
     demo) echo lomiri-wallpapers-16.04 ghostscript ;;
-    test) echo libgtest-dev clang libclang-rt-14-dev clang-format doxygen git python3 ;;
+    test) echo libgtest-dev clang libclang-rt-14-dev clang-format doxygen git python3
+      fp-compiler mono-mcs mono-runtime libmono-system-core4.0-cil ;;
     arm64) echo g++-aarch64-linux-gnu qemu-user googletest ;;
     x86-32) echo g++-i686-linux-gnu googletest ;;
     wasm) echo clang lld wasi-libc libclang-rt-14-dev-wasm32 libc++-14-dev-wasm32 \
       libc++abi-14-dev-wasm32 nodejs googletest ;;
     windows32) echo g++-mingw-w64-i686-posix googletest ;;
-    windows) echo g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth ;;
+    windows) echo g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth python3 ;;
     python) echo python3 python3-build python3-setuptools python3-wheel python3-pytest \
       python3-numpy python3-pil python3-distributed mypy ;;
     fuzz) echo clang libclang-rt-14-dev ;;

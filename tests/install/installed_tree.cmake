@@ -71,14 +71,40 @@ find_program(PYTHON python3)
 if(PYTHON)
   expect_example("6 x 4" ${PYTHON} ${SOURCE}/examples/scaled.py ${prefix}/${LIBDIR}/libombrilo.so)
 endif()
+
+# The declarations that are written from the header, and a program with each; all of the header's
+# functions are in them.
+file(STRINGS ${SOURCE}/include/ombrilo/ombrilo.h exports REGEX "^OMB_API ")
+list(LENGTH exports exports)
+function(declare language file)
+  execute_process(COMMAND ${PYTHON} ${SOURCE}/bindings/declarations/declare.py
+      ${prefix}/include/ombrilo/ombrilo.h ${language}
+    OUTPUT_FILE ${BUILD}/example/${file} COMMAND_ERROR_IS_FATAL ANY)
+  file(STRINGS ${BUILD}/example/${file} lines REGEX "external OmbriloDll|static extern")
+  list(LENGTH lines count)
+  if(NOT count EQUAL exports)
+    message(FATAL_ERROR "${file} declares ${count} functions, the header ${exports}")
+  endif()
+endfunction()
+if(PYTHON)
+  declare(pascal Ombrilo.pas)
+  declare(csharp Ombrilo.cs)
+endif()
+
 find_program(FPC fpc)
 if(FPC)
   run(${FPC} -Mdelphi -Fl${prefix}/${LIBDIR} -o${BUILD}/example/pascal ${SOURCE}/examples/scaled.dpr)
   expect_example("6 x 4" ${BUILD}/example/pascal)
+  run(${FPC} -Mdelphi -Fl${prefix}/${LIBDIR} -Fu${BUILD}/example -FU${BUILD}/example
+    -o${BUILD}/example/declared ${SOURCE}/tests/declarations/declared.dpr)
+  expect_example("6 x 4" ${BUILD}/example/declared)
 endif()
 find_program(MCS mcs)
 find_program(MONO mono)
 if(MCS AND MONO)
   run(${MCS} -out:${BUILD}/example/cs.exe ${SOURCE}/examples/Scaled.cs)
   expect_example("6 x 4" ${MONO} ${BUILD}/example/cs.exe)
+  run(${MCS} -out:${BUILD}/example/declared.exe ${SOURCE}/tests/declarations/Declared.cs
+    ${BUILD}/example/Ombrilo.cs)
+  expect_example("6 x 4" ${MONO} ${BUILD}/example/declared.exe)
 endif()

@@ -11,6 +11,7 @@
 #include "ombview/preview.h"
 #include "ombview/recent_files.h"
 #include "ombview/slider.h"
+#include "ombview/tone_curve.h"
 #include "ombview/worker.h"
 #include "support/image.h"
 
@@ -176,6 +177,29 @@ TEST(Sliders, GoWhereTheValueIs) {
   const auto gamma = ombview::SliderScale::For(omb::Real("g", "", 0.1, 10));
   EXPECT_EQ(gamma->TextAt(500), "1.00");
   EXPECT_FALSE(ombview::SliderScale::For(omb::Whole("x", "", 0)));
+}
+
+TEST(ToneCurves, KeepTheirPointsInOrder) {
+  using ombview::CurvePoint;
+  using ombview::CurvePoints;
+  for (const char* wrong :
+       {"", "0:0", "0:0/", "5:0/5:9", "9:0/3:4", "0:0/256:1", "0:0/x", "0,0/1,1"}) {
+    EXPECT_FALSE(CurvePoints::Parse(wrong)) << wrong;
+  }
+  CurvePoints curve = *CurvePoints::Parse("0:0/100:80/255:255");
+  EXPECT_EQ(curve.Put({180, 300}), 2u);
+  EXPECT_EQ(curve.Text(), "0:0/100:80/180:255/255:255");
+  EXPECT_EQ(curve.Near({104, 75}, 9), 1u);
+  EXPECT_EQ(curve.Near({120, 80}, 9), std::nullopt);
+  curve.Move(1, {250, -4});  // no further than its neighbour
+  EXPECT_EQ(curve.Text(), "0:0/179:0/180:255/255:255");
+  curve.Move(0, {-9, 17});
+  curve.Remove(1);
+  curve.Remove(1);
+  curve.Remove(1);  // two stay
+  EXPECT_EQ(curve.Text(), "0:17/255:255");
+  const auto negative = ombview::CurveOf(omb::ParseCall("invert"));
+  EXPECT_EQ(negative[0] * 1000 + negative[200], 255055);
 }
 
 TEST(RecentFiles, KeepTheNewestOnceEach) {

@@ -139,4 +139,22 @@ LRESULT ChooseByLetter(HMENU menu, wchar_t letter) {
   return MAKELRESULT(0, MNC_IGNORE);
 }
 
+void PaintRestOfMenuBar(HWND window) {
+  const HMENU menu = GetMenu(window);
+  if (!CurrentTheme().dark || menu == nullptr) return;
+  MENUBARINFO bar = {};
+  bar.cbSize = sizeof bar;
+  RECT last = {}, frame = {};
+  GetMenuBarInfo(window, OBJID_MENU, 0, &bar);
+  GetMenuItemRect(window, menu, static_cast<UINT>(GetMenuItemCount(menu) - 1), &last);
+  GetWindowRect(window, &frame);
+  // One row more: a light line parts the bar from the window.
+  RECT rest = {last.right, bar.rcBar.top, bar.rcBar.right, bar.rcBar.bottom + 1};
+  OffsetRect(&rest, -frame.left, -frame.top);
+  const HDC dc = GetWindowDC(window);
+  SetDCBrushColor(dc, CurrentTheme().bar);
+  FillRect(dc, &rest, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
+  ReleaseDC(window, dc);
+}
+
 }  // namespace ombview

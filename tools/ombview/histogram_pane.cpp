@@ -25,7 +25,8 @@ std::wstring StatisticsOf(const omb::Histogram& histogram) {
 
 }  // namespace
 
-void PlotBars(Painting& painting, const RECT& plot, const omb::Histogram& histogram) {
+void PlotBars(Painting& painting, const RECT& plot, const omb::Histogram& histogram,
+              COLORREF color) {
   painting.Fill(plot, CurrentTheme().plot);
   const int width = plot.right - plot.left, height = plot.bottom - plot.top;
   for (int quarter = 1; quarter < 4; ++quarter) {
@@ -41,8 +42,7 @@ void PlotBars(Painting& painting, const RECT& plot, const omb::Histogram& histog
     if (count == 0) continue;
     const double share = static_cast<double>(count) / static_cast<double>(top);
     const auto bar = static_cast<LONG>(std::clamp(std::lround(share * height), 1L, LONG{height}));
-    painting.Fill({plot.left + x, plot.bottom - bar, plot.left + x + 1, plot.bottom},
-                  ColorOf(histogram.channel));
+    painting.Fill({plot.left + x, plot.bottom - bar, plot.left + x + 1, plot.bottom}, color);
   }
 }
 
@@ -86,7 +86,7 @@ void HistogramPane::Paint() {
     plot.top += line;
     plot.bottom = plot.top + plot_height;
     painting.Text(Wide(histogram.name()).c_str(), rest, CurrentTheme().bar_text);
-    PlotBars(painting, plot, histogram);
+    PlotBars(painting, plot, histogram, ColorOf(histogram.channel));
     rest.top = plot.bottom + Scaled(3);
     painting.Text(StatisticsOf(histogram).c_str(), rest, CurrentTheme().faint_text);
     rest.top += line + margin;

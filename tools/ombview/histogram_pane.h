@@ -15,6 +15,7 @@ class HistogramPane : public Window {
 
   void Show(std::vector<omb::Histogram> histograms);
   void Complain(const std::wstring& complaint);
+  const std::vector<omb::Histogram>& histograms() const { return histograms_; }
   static int Width();
 
  private:
@@ -30,6 +31,7 @@ class HistogramPane : public Window {
 std::vector<omb::Histogram> HistogramsOf(const PackedDib* image);
 
 // The bars of a histogram, as high as the highest value under each column of the plot.
-void PlotBars(Painting& painting, const RECT& plot, const omb::Histogram& histogram);
+void PlotBars(Painting& painting, const RECT& plot, const omb::Histogram& histogram,
+              COLORREF color);
 
 }  // namespace ombview

@@ -311,7 +311,8 @@ void MainWindow::Run(const omb::Step& step) {
       },
       [this](const MSG& message) { return TakesKey(message); },
   };
-  const auto call = AskForArguments(handle(), step, last->second, image, events);
+  const auto call =
+      AskForArguments(handle(), step, last->second, image, histogram_->histograms(), events);
   preview_.reset();
   if (!call) return Redraw();
   last->second = call->arguments;
@@ -595,6 +596,12 @@ LRESULT MainWindow::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_MENUCHAR:
       if (!CurrentTheme().dark) break;
       return ChooseByLetter(reinterpret_cast<HMENU>(lparam), static_cast<wchar_t>(LOWORD(wparam)));
+    case WM_NCPAINT:
+    case WM_NCACTIVATE: {
+      const LRESULT result = Window::OnMessage(message, wparam, lparam);
+      PaintRestOfMenuBar(handle());
+      return result;
+    }
     case WM_DROPFILES:
       OnDrop(wparam);
       return 0;

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "choice_pictures.h"
+#include "curve_editor.h"
 #include "errors.h"
 #include "slider.h"
 #include "wide.h"
@@ -25,11 +26,16 @@ std::string CapitalizedFirst(std::string text) {
   return text;
 }
 
+// Whether the first argument is a curve, and whether the first two are the levels that become black
+// and white.
+bool IsDrawn(const omb::Step& step) { return std::string(step.parameters[0].name) == "points"; }
+bool HasLevels(const omb::Step& step) { return std::string(step.name) == "x1x2_changed"; }
+
 class ParameterDialog {
  public:
   ParameterDialog(const omb::Step& step, const omb::Arguments& initial, const SharedImage& image,
-                  const DialogEvents& events)
-      : step_(step), initial_(initial), image_(image), events_(events) {}
+                  const std::vector<omb::Histogram>& histograms, const DialogEvents& events)
+      : step_(step), initial_(initial), image_(image), histograms_(histograms), events_(events) {}
 
   std::optional<omb::Call> Ask(HWND owner) {
     // A dialog without controls; they come when it is there.
@@ -127,7 +133,8 @@ class ParameterDialog {
       Add(WC_BUTTONW, L"Choose…", WS_TABSTOP, beside, kFirstColorButton + i);
     }
     top_ += kRow + Scaled(2);
-    const bool listed = parameter.kind == Parameter::Kind::kChoice || choices.size() > 4;
+    // A slider and a list show the form.
+    const bool listed = parameter.kind == Parameter::Kind::kChoice || choices.size() > 4 || scale;
     AddText(CapitalizedFirst(parameter.help) + (listed ? "" : ": " + parameter.Form()), kControls);
     if (choices.size() >= kFewestPictures) AddPictures(i, choices);
     top_ += kGap;
@@ -159,15 +166,15 @@ class ParameterDialog {
   void AddPictures(int i, const std::vector<std::string>& choices) {
     top_ += Scaled(6);
     const int side = Scaled(kPictureSide);
-    const int rows = choices.size() > 8 ? 2 : 1;
-    const RECT where = {kControls, top_, kRight, top_ + rows * (side + Scaled(46)) + Scaled(8)};
+    const int rows = choices.size() > 8 ? 3 : choices.size() > 3 ? 2 : 1;
+    const RECT where = {kLeft, top_, kRight, top_ + rows * (side + Scaled(30)) + Scaled(8)};
     constexpr DWORD kStyle =
         WS_TABSTOP | WS_BORDER | LVS_ICON | LVS_SINGLESEL | LVS_SHOWSELALWAYS | LVS_AUTOARRANGE;
     const HWND list = Add(WC_LISTVIEWW, L"", kStyle, where, kFirstPictures + i);
     const HIMAGELIST pictures =
         ImageList_Create(side, side, ILC_COLOR32, static_cast<int>(choices.size()), 1);
     ListView_SetImageList(list, pictures, LVSIL_NORMAL);  // which owns them now
-    ListView_SetIconSpacing(list, side + Scaled(22), side + Scaled(40));
+    ListView_SetIconSpacing(list, side + Scaled(36), side + Scaled(30));
     for (int k = 0; k < std::ssize(choices); ++k) {
       std::wstring text = Wide(choices[static_cast<size_t>(k)]);
       LVITEMW item = {};
@@ -184,11 +191,36 @@ class ParameterDialog {
     top_ = where.bottom;
   }
 
+  // Above the fields, whose texts follow what is drawn.
+  void AddCurveEditor() {
+    const RECT where = {kControls, top_, kRight, top_ + Scaled(260)};
+    curve_.emplace(dialog_, where, histograms_,
+                   CurveEditor::Events{
+                       [this](const CurvePoints& points) { SetText(0, Wide(points.Text())); },
+                       [this](int which, int level) { SetText(which, std::to_wstring(level)); }});
+    top_ = where.bottom + kGap;
+  }
+
+  void ShowCurve(const std::optional<omb::Call>& call) {
+    if (!curve_) return;
+    std::optional<std::array<uint8_t, 256>> curve;
+    try {
+      if (call) curve = CurveOf(*call);
+    } catch (const omb::StepError&) {  // then none is shown
+    }
+    if (IsDrawn(step_)) return curve_->Show(curve, CurvePoints::Parse(TextOf(0)));
+    const auto level = [this](int i) {
+      return static_cast<int>(ParameterAt(i).Parse(TextOf(i)).value_or(omb::Value{}).number);
+    };
+    curve_->ShowLevels(curve, level(0), level(1));
+  }
+
   void Build() {
     SetWindowTextW(dialog_, Wide(step_.Title()).c_str());
     top_ = kGap;
     AddText(step_.summary, kLeft);
     top_ += kGap;
+    if (IsDrawn(step_) || HasLevels(step_)) AddCurveEditor();
     for (int i = 0; i < std::ssize(step_.parameters); ++i) AddParameter(i);
     Add(WC_STATICW, L"", SS_NOPREFIX, {kLeft, top_, kRight, top_ + 2 * kRow}, kComplaint);
     top_ += 2 * kRow + kGap / 2;
@@ -292,7 +324,9 @@ class ParameterDialog {
       SendDlgItemMessageW(dialog_, kFirstSlider + i, TBM_SETPOS, TRUE,
                           scale->PlaceOf(value->number));
     }
-    events_.changed(Entered());
+    const auto call = Entered();
+    ShowCurve(call);
+    events_.changed(call);
   }
 
   // Understood just as on the command line, by the same rules. What is wrong is said in the dialog.
@@ -347,7 +381,9 @@ class ParameterDialog {
   const omb::Step& step_;
   const omb::Arguments& initial_;
   const SharedImage image_;
+  const std::vector<omb::Histogram>& histograms_;
   const DialogEvents& events_;
+  std::optional<CurveEditor> curve_;
   HWND dialog_ = nullptr;
   bool built_ = false, ended_ = false;
   bool moving_ = false;  // a slider, which must not be moved by its own text
@@ -358,8 +394,9 @@ class ParameterDialog {
 
 std::optional<omb::Call> AskForArguments(HWND owner, const omb::Step& step,
                                          const omb::Arguments& initial, const SharedImage& image,
+                                         const std::vector<omb::Histogram>& histograms,
                                          const DialogEvents& events) {
-  return ParameterDialog(step, initial, image, events).Ask(owner);
+  return ParameterDialog(step, initial, image, histograms, events).Ask(owner);
 }
 
 }  // namespace ombview

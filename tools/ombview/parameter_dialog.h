@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "document.h"
+#include "histogram.h"
 #include "steps/steps.h"
 
 namespace ombview {
@@ -22,9 +23,10 @@ struct DialogEvents {
 };
 
 // The step with what the person entered, beginning with `initial`; nothing when it was cancelled.
-// Choices are shown by what they make of the image.
+// Choices are shown by what they make of the image, tone curves over its histogram.
 std::optional<omb::Call> AskForArguments(HWND owner, const omb::Step& step,
                                          const omb::Arguments& initial, const SharedImage& image,
+                                         const std::vector<omb::Histogram>& histograms,
                                          const DialogEvents& events);
 
 }  // namespace ombview

@@ -99,6 +99,7 @@ omb::Arguments FirstArguments(const omb::Step& step, const PackedDib* image) {
     std::getline(example, value, ',');
     if (parameter.preset) value = *parameter.preset;
     if (number && parameter.minimum < 0 && parameter.Parse("0")) value = "0";
+    if (std::string(parameter.name) == "points") value = "0:0/255:255";
     text += (i == 0 ? "=" : ",") + value;
   }
   try {

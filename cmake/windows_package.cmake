@@ -1,0 +1,95 @@
+# Makes what Windows developers download of a finished build: a zip with the library and the
+# programs, one with their debug files, and a NuGet package. The same build gives the same bytes.
+# Arguments: BUILD, SOURCE, VERSION, ARCHITECTURE (x64 or x86), OBJCOPY, STRIP, PYTHON; X86_DLL, the
+# 32-bit DLL for the NuGet package; SIGN_COMMAND, run with each file that Windows runs.
+set(out ${BUILD}/package)
+set(name ombrilo-${VERSION}-windows-${ARCHITECTURE})
+set(stage ${out}/${name})
+set(debug ${out}/${name}-debug)
+file(REMOVE_RECURSE ${out})
+file(MAKE_DIRECTORY ${debug})
+
+function(run)
+  execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET)
+endfunction()
+
+# Files in a fixed order, all of one time.
+function(zip directory archive)
+  file(GLOB_RECURSE files LIST_DIRECTORIES false RELATIVE ${directory} ${directory}/*)
+  list(SORT files)
+  list(TRANSFORM files PREPEND "${ARGN}")
+  list(JOIN files "\n" list)
+  file(WRITE ${out}/files.txt "${list}\n")
+  set(from ${directory})
+  if(ARGN)
+    cmake_path(GET directory PARENT_PATH from)
+  endif()
+  execute_process(WORKING_DIRECTORY ${from} COMMAND_ERROR_IS_FATAL ANY
+    COMMAND ${CMAKE_COMMAND} -E tar cf ${archive} --format=zip "--mtime=2020-01-01 00:00:00 UTC"
+      --files-from=${out}/files.txt)
+  file(REMOVE ${out}/files.txt)
+endfunction()
+
+run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${stage})
+
+file(GLOB programs ${stage}/bin/*.dll ${stage}/bin/*.exe)
+foreach(program IN LISTS programs)
+  cmake_path(GET program FILENAME file)
+  run(${OBJCOPY} --only-keep-debug ${program} ${debug}/${file}.debug)
+  run(${STRIP} --strip-all ${program})
+  run(${OBJCOPY} --add-gnu-debuglink=${debug}/${file}.debug ${program})
+  if(SIGN_COMMAND)
+    separate_arguments(sign UNIX_COMMAND "${SIGN_COMMAND}")
+    run(${sign} ${program})
+  endif()
+endforeach()
+
+file(GLOB archives ${stage}/lib/*.a ${stage}/lib/*.lib)
+foreach(archive IN LISTS archives)
+  run(${STRIP} --strip-debug ${archive})
+endforeach()
+
+# For other languages.
+file(MAKE_DIRECTORY ${stage}/bindings)
+foreach(language IN ITEMS pascal csharp)
+  set(file_of_pascal Ombrilo.pas)
+  set(file_of_csharp Ombrilo.cs)
+  execute_process(COMMAND_ERROR_IS_FATAL ANY
+    COMMAND ${PYTHON} ${SOURCE}/bindings/declarations/declare.py
+      ${SOURCE}/include/ombrilo/ombrilo.h ${language}
+    OUTPUT_FILE ${stage}/bindings/${file_of_${language}})
+endforeach()
+
+zip(${stage} ${out}/${name}.zip ${name}/)
+zip(${debug} ${out}/${name}-debug.zip ${name}-debug/)
+
+# The NuGet package is a zip with a description of its own. Of a 32-bit build there is none: the
+# 64-bit one takes the 32-bit DLL along.
+if(ARCHITECTURE STREQUAL "x64")
+  set(nuget ${out}/nuget)
+  file(COPY ${stage}/include DESTINATION ${nuget}/build/native)
+  file(COPY ${stage}/lib/ombrilo.lib DESTINATION ${nuget}/build/native/lib/x64)
+  file(COPY ${stage}/bin/ombrilo.dll DESTINATION ${nuget}/runtimes/win-x64/native)
+  file(COPY ${stage}/bindings/Ombrilo.cs DESTINATION ${nuget}/contentFiles/cs/any)
+  file(COPY ${SOURCE}/LICENSE ${stage}/README.txt DESTINATION ${nuget})
+  if(X86_DLL)
+    file(COPY ${X86_DLL} DESTINATION ${nuget}/runtimes/win-x86/native)
+    run(${STRIP} --strip-all ${nuget}/runtimes/win-x86/native/ombrilo.dll)
+    cmake_path(REPLACE_FILENAME X86_DLL libombrilo.dll.a OUTPUT_VARIABLE x86_import)
+    configure_file(${x86_import} ${nuget}/build/native/lib/x86/ombrilo.lib COPYONLY)
+  endif()
+  foreach(part IN ITEMS ombrilo.nuspec ombrilo.targets)
+    configure_file(${SOURCE}/cmake/nuget/${part}.in ${nuget}/${part} @ONLY)
+  endforeach()
+  file(RENAME ${nuget}/ombrilo.targets ${nuget}/build/native/ombrilo.targets)
+  file(COPY_FILE ${SOURCE}/cmake/nuget/content_types.xml "${nuget}/[Content_Types].xml")
+  file(MAKE_DIRECTORY ${nuget}/_rels)
+  file(COPY_FILE ${SOURCE}/cmake/nuget/rels.xml ${nuget}/_rels/.rels)
+  zip(${nuget} ${out}/Ombrilo.${VERSION}.nupkg)
+endif()
+
+file(GLOB results ${out}/*.zip ${out}/*.nupkg)
+foreach(result IN LISTS results)
+  file(SIZE ${result} size)
+  message("${result}: ${size} bytes")
+endforeach()
