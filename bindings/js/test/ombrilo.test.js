@@ -1,0 +1,124 @@
+// The package under Node. Arguments by environment: PACKAGE, its folder, and OMB, the program.
+import assert from "node:assert/strict";
+import { execFileSync } from "node:child_process";
+import { mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
+import { tmpdir } from "node:os";
+import { join } from "node:path";
+import { test } from "node:test";
+import { pathToFileURL } from "node:url";
+
+const { load, OmbriloError } = await import(pathToFileURL(join(process.env.PACKAGE, "index.js")));
+const { Image, kernels, operations } = await load();
+
+function noise(width, height, channels = 4) {
+  let seed = 7;
+  return Uint8ClampedArray.from({ length: width * height * channels }, (_, i) => {
+    seed = (Math.imul(seed, 1664525) + 1013904223) >>> 0;
+    return channels === 4 && i % 4 === 3 ? 255 : seed >>> 24;
+  });
+}
+
+test("pixels come in and go out", () => {
+  const data = noise(37, 23);
+  const image = Image.fromImageData({ data, width: 37, height: 23 });
+  assert.deepEqual([image.width, image.height, image.bits], [37, 23, 24]);
+  assert.deepEqual(image.toImageData().data, data);
+  assert.deepEqual(image.copy().invert().invert().toPixels(), data);
+  const rgb = noise(5, 4, 3);
+  assert.deepEqual(Image.fromPixels(rgb, 5, 4, { format: "rgb" }).toPixels("rgb"), rgb);
+  const clear = Image.fromPixels(new Uint8Array(4), 1, 1, { background: "#102030" });
+  assert.deepEqual([...clear.toPixels("rgb")], [16, 32, 48]);
+});
+
+test("what is refused says why and changes nothing", () => {
+  const image = Image.fromPixels(noise(9, 9), 9, 9);
+  const before = image.toPixels();
+  for (const [reason, call] of [
+    [/'mode' must be point/, () => image.scale({ size: "50%", mode: "x" })],
+    [/'size' is missing/, () => image.scale()],
+    [/'size' must be a size/, () => image.scale({ size: "half" })],
+    [/no argument 'now'/, () => image.invert({ now: 1 })],
+    [/leaves the image/, () => image.crop({ left: 0, top: 0, right: 9, bottom: 1 })],
+    [/no kernel/, () => image.kernel({ name: "none" })],
+    [/try gray/, () => image.pseudocolor({ ramp: "fire" })],
+    [/no step/, () => image.apply("invert", "nonsense")],
+    [/are not 3 bytes/, () => Image.fromPixels(new Uint8Array(3), 1, 1)],
+  ]) {
+    assert.throws(call, (error) => error instanceof OmbriloError && reason.test(error.message));
+  }
+  assert.deepEqual(image.toPixels(), before);
+  image.gammacorrection({ gamma: 1 }).scale({ size: "100%" }).rotate({ degrees: 360 });
+  assert.deepEqual(image.toPixels(), before);
+});
+
+test("memory is released", () => {
+  // More than a module can hold at once.
+  for (let i = 0; i < 60; ++i) {
+    const image = new Image(5000, 5000);
+    image.scale({ size: "10%", mode: "point" });
+    image.release();
+    image.release();
+    assert.throws(() => image.width, /released/);
+  }
+});
+
+test("palettes, histograms and kernels", () => {
+  const image = Image.fromPixels(noise(40, 30), 40, 30).neuquant({ bits: 4 });
+  assert.equal(image.palette.length, 16);
+  image.palette = [[1, 2, 3]];
+  assert.deepEqual(image.palette[0], [1, 2, 3]);
+  assert.equal(image.histogram().reduce((a, b) => a + b), 1200);
+  assert.ok(kernels.includes("unsharp 5x5"));
+});
+
+// Uncompressed, so that the test needs no codec.
+function readBmp(path) {
+  const file = readFileSync(path);
+  const [offset, width, height] = [10, 18, 22].map((at) => file.readInt32LE(at));
+  const bits = file.readUInt16LE(28);
+  const stride = Math.ceil((width * bits) / 32) * 4;
+  const rows = [];
+  for (let y = height - 1; y >= 0; --y) {
+    for (let x = 0; x < width; ++x) {
+      let at = offset + y * stride + x * 3;
+      if (bits <= 8) {
+        const byte = file[offset + y * stride + ((x * bits) >> 3)];
+        const index = (byte >> (8 - bits - ((x * bits) & 7))) & ((1 << bits) - 1);
+        at = 54 + 4 * index;
+      }
+      rows.push(file[at + 2], file[at + 1], file[at]);
+    }
+  }
+  return Uint8ClampedArray.from(rows);
+}
+
+test("every operation gives what omb gives", () => {
+  const folder = mkdtempSync(join(tmpdir(), "ombrilo-"));
+  const [width, height] = [640, 480];
+  const rgb = noise(width, height, 3);
+  const head = Buffer.alloc(54);
+  head.write("BM");
+  head.writeInt32LE(54 + rgb.length, 2);
+  head.writeInt32LE(54, 10);
+  head.writeInt32LE(40, 14);
+  head.writeInt32LE(width, 18);
+  head.writeInt32LE(-height, 22);
+  head.writeInt16LE(1, 26);
+  head.writeInt16LE(24, 28);
+  const bgr = Buffer.from(rgb);
+  for (let i = 0; i < bgr.length; i += 3) [bgr[i], bgr[i + 2]] = [bgr[i + 2], bgr[i]];
+  writeFileSync(join(folder, "in.bmp"), Buffer.concat([head, bgr]));
+  const first = Image.fromPixels(rgb, width, height, { format: "rgb" });
+  for (const operation of operations) {
+    for (const example of operation.examples) {
+      if (operation.name === "diffuse") continue; // never the same twice
+      const before = operation.depths.includes(24) ? [] : ["gray"];
+      const out = join(folder, "out.bmp");
+      execFileSync(process.env.OMB, ["apply", join(folder, "in.bmp"), out, ...before, example]);
+      const image = first.copy().apply(...before, example);
+      assert.ok(Buffer.from(image.toPixels("rgb")).equals(Buffer.from(readBmp(out))), example);
+      image.release();
+    }
+  }
+  rmSync(folder, { recursive: true });
+});
