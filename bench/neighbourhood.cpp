@@ -183,6 +183,40 @@ void AddNeighbourhoodRows() {
   }
 #endif
 
+  for (const auto& [input, image] : {std::pair{"photo", Photo24()}, {"page 8", Page8()}}) {
+    for (const auto& [width, height] : {std::pair{20, 4}, {2, 2}}) {
+      InPlace(
+          "granulate " + std::to_string(width) + "x" + std::to_string(height) + ", " + input, image,
+          [=](PackedDib* p) { omb_granulate(p, uint32_t(width), uint32_t(height)); },
+          WITH_OPENCV(OntoMat("2 x resize", image,
+                              [=, means = cv::Mat()](const cv::Mat& from, cv::Mat& to) mutable {
+                                const cv::Size size(from.cols / width, from.rows / height);
+                                cv::resize(from, means, size, 0, 0, cv::INTER_AREA);
+                                cv::resize(means, to, from.size(), 0, 0, cv::INTER_NEAREST);
+                              })),
+          Agreement{0, 1});
+    }
+    InPlace(
+        std::string("diffuse 25, ") + input, image,
+        [](PackedDib* p) { omb_diffuse_seed(p, 25, 1); },
+        WITH_OPENCV(OntoMat(
+            "randu, add, remap", image,
+            [=, places = cv::Mat(), moves = cv::Mat()](const cv::Mat& from, cv::Mat& to) mutable {
+              if (places.empty()) {
+                places.create(from.size(), CV_16SC2);
+                for (int y = 0; y < from.rows; ++y) {
+                  for (int x = 0; x < from.cols; ++x) {
+                    places.at<cv::Vec2s>(y, x) = {short(x), short(y)};
+                  }
+                }
+                moves.create(from.size(), CV_16SC2);
+              }
+              cv::randu(moves, -2, 3);
+              cv::add(moves, places, moves);
+              cv::remap(from, to, moves, cv::Mat(), cv::INTER_NEAREST, cv::BORDER_REPLICATE);
+            })));
+  }
+
 #define OMBRILO_PIX(name, ...) \
   WITH_LEPTONICA(OnPix(name, Page1(), [](PIX* pix) -> PIX* { return __VA_ARGS__; }))
   const PackedDib* page = Page1();

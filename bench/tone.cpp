@@ -61,6 +61,38 @@ void AddToneRows() {
   InPlace(
       "auto contrast, photo", photo, [](PackedDib* p) { omb_autocontrast(p, 0, 1); },
       OMBRILO_IN_MAT("3 x calcHist, LUT", CountAndMap(m, CV_8UC1)));
+  static constexpr OmbPoint kPoints[] = {{0, 0}, {64, 63}, {192, 193}, {255, 255}};
+  InPlace(
+      "curve, photo", photo, [](PackedDib* p) { omb_curve(p, kPoints, 4, 0); },
+      OMBRILO_IN_MAT("LUT", cv::LUT(m, cv::Mat(1, 256, CV_8U, cv::Scalar(1)), m)));
+  InPlace(
+      "curve red, photo", photo, [](PackedDib* p) { omb_curve(p, kPoints, 4, 1); },
+      OMBRILO_IN_MAT("LUT", cv::LUT(m, cv::Mat(1, 256, CV_8UC3, cv::Scalar(1, 2, 3)), m)));
+  InPlace(
+      "x1x2, photo", photo, [](PackedDib* p) { omb_x1x2_changed(p, 1, 254, 0); },
+      OMBRILO_IN_MAT("LUT", cv::LUT(m, cv::Mat(1, 256, CV_8U, cv::Scalar(1)), m)));
+  InPlace(
+      "color gains, photo", photo, [](PackedDib* p) { omb_adjustcolor(p, 2, 1, 0, -1); },
+      OMBRILO_IN_MAT("multiply", cv::multiply(m, cv::Scalar(0.99, 1, 1.01), m)));
+  InPlace(
+      "HSL, photo", photo, [](PackedDib* p) { omb_adjustcolor(p, 4, 10, 5, -1); },
+      OMBRILO_IN_MAT("2 x cvtColor, add", cv::cvtColor(m, gray, cv::COLOR_BGR2HLS);
+                     cv::add(gray, cv::Scalar(5, -1, 5), gray);
+                     cv::cvtColor(gray, m, cv::COLOR_HLS2BGR)));
+  InPlace(
+      "HSI, photo", photo, [](PackedDib* p) { omb_adjustcolor(p, 3, 10, 5, -1); },
+      OMBRILO_IN_MAT("2 x cvtColor, add", cv::cvtColor(m, gray, cv::COLOR_BGR2HSV);
+                     cv::add(gray, cv::Scalar(5, 5, -1), gray);
+                     cv::cvtColor(gray, m, cv::COLOR_HSV2BGR)));
+  InPlace(
+      "balance, photo", photo, [](PackedDib* p) { omb_balance(p, 9, -9, 5, 1, 0); },
+      OMBRILO_IN_MAT("LUT", cv::LUT(m, cv::Mat(1, 256, CV_8UC3, cv::Scalar(1, 2, 3)), m)));
+  InPlace(
+      "balance keeping light, photo", photo, [](PackedDib* p) { omb_balance(p, 9, -9, 5, 1, 1); },
+      OMBRILO_IN_MAT("3 x cvtColor, LUT, mixChannels", cv::cvtColor(m, gray, cv::COLOR_BGR2GRAY);
+                     cv::LUT(m, cv::Mat(1, 256, CV_8UC3, cv::Scalar(1, 2, 3)), m);
+                     cv::cvtColor(m, m, cv::COLOR_BGR2YCrCb); cv::mixChannels(gray, m, {0, 0});
+                     cv::cvtColor(m, m, cv::COLOR_YCrCb2BGR)));
   for (const int channel : {1, 4}) {
     const auto ours = [=](PackedDib* p) {
       int32_t counters[256];

@@ -103,6 +103,18 @@ typedef struct {
   int32_t bottom; /**< last row where a function says "inclusive" */
 } OmbRect;
 
+/** A point of a tone curve. */
+typedef struct {
+  int32_t x; /**< input level, 0 to 255 */
+  int32_t y; /**< output level, 0 to 255 */
+} OmbPoint;
+
+/**
+ * The version of the library that was loaded, which need not be that of the header:
+ * major << 16 | minor << 8 | patch.
+ */
+OMB_API uint32_t omb_version(void);
+
 /** @defgroup memory Creating and releasing images
  * For hosts whose language has no malloc() of the library's C runtime. @{ */
 
@@ -406,7 +418,10 @@ OMB_API int32_t omb_can_filtersheet(const PackedDib* dib);
  * null 0. */
 OMB_API int32_t omb_can_pseudocolor(const PackedDib* dib);
 
-/** Whether color balance takes the depth: 0 at 1 and 4 bits and for null, otherwise 1. */
+/**
+ * Whether color balance takes the depth: 0 at 1 and 4 bits and for null, otherwise 1. At 16 and 32
+ * bits omb_balance() needs omb_transformat() first.
+ */
 OMB_API int32_t omb_can_balance(const PackedDib* dib);
 
 /** Whether automatic color is on offer: always 1. */
@@ -630,6 +645,168 @@ OMB_API uint32_t omb_extractcolor(PackedDib** image, uint32_t channel);
  */
 OMB_API uint32_t omb_adjustghms(PackedDib* dib, int32_t highlights, int32_t shadows1,
                                 int32_t shadows2);
+
+/**
+ * Computes the smooth tone curve through points, for hosts that draw it.
+ *
+ * It goes through every point, never swings beyond neighbouring ones and keeps straight lines
+ * straight. omb_curve() applies it to an image.
+ *
+ * @param points the points; x ascends strictly, x and y are 0 to 255
+ * @param count  number of points, 1 to 256
+ * @param curve  256 bytes: the output level of each input level
+ * @return 1; 0 for null and for other points or counts, with the curve as it was
+ * @see @ref tone
+ *
+ * The pieces are monotone cubics (M. Steffen, "A simple method for monotonic interpolation in one
+ * dimension", Astronomy and Astrophysics 239, 1990), in double precision, each operation rounded by
+ * itself. From point i to point i + 1, h(i) and d(i) are the differences of x and of y, and s(i) is
+ * d(i) / h(i). The slope m at a point is
+ *
+ * - between two segments, a to its left and b to its right: 0 unless d(a) d(b) is above 0; else
+ *   (d(a) h(b)^2 + d(b) h(a)^2) / (h(a) h(b) (h(a) + h(b))), limited to +-2 min(|s(a)|, |s(b)|);
+ * - at an end, a its segment and b the one next to that:
+ *   (d(a) h(b) (2 h(a) + h(b)) - d(b) h(a)^2) / (h(a) h(b) (h(a) + h(b))), limited to +-2 |s(a)|;
+ *   0 unless its product with d(a) is above 0;
+ * - of two points alone: s(0) at both.
+ *
+ * Numerators and denominators are whole numbers, divided once. A level v between two points becomes
+ * the sum, from left to right, of y(i), d(i) t / h(i), t (h(i) - t) B / h(i)^2 and 0.5, truncated
+ * and limited to 0..255, with t = v - x(i) and
+ * B = (m(i) - s(i)) (h(i) - t) - (m(i + 1) - s(i)) t. Levels up to the first point take its y,
+ * levels from the last one on take that one's.
+ */
+OMB_API uint32_t omb_bestfit(const OmbPoint* points, uint32_t count, uint8_t* curve);
+
+/**
+ * Sends each level through the smooth curve of omb_bestfit().
+ *
+ * @param dib     the image: its table at 1, 4 and 8 bits, its pixels at 24
+ * @param points  the points, as omb_bestfit() takes them
+ * @param count   number of points, 1 to 256
+ * @param channel 0 to 3 of ::OmbChannel: all, red, green, blue
+ * @return 1; 0 for null, for other depths, points, counts and channels
+ * @see @ref tone
+ *
+ * With a table that is all gray (omb_iscolorful()) every channel means all, so that it stays gray.
+ */
+OMB_API uint32_t omb_curve(PackedDib* dib, const OmbPoint* points, uint32_t count,
+                           uint32_t channel);
+
+/**
+ * Sends each level through straight lines from point to point. Two points set input and output
+ * levels at once.
+ *
+ * @param dib     the image, as omb_curve() takes it
+ * @param points  the points, as omb_bestfit() takes them
+ * @param count   number of points, 1 to 256
+ * @param channel the channel, as omb_curve() takes it
+ * @return 1; 0 for null, for other depths, points, counts and channels
+ * @see @ref tone
+ *
+ * A level v from x0 to x1 becomes (2 (y0 h + (v - x0) (y1 - y0)) + h) / (2 h), truncated, with
+ * h = x1 - x0: the nearest whole number, halves up. Levels before the first and behind the last
+ * point take their y.
+ */
+OMB_API uint32_t omb_segmentoperation(PackedDib* dib, const OmbPoint* points, uint32_t count,
+                                      uint32_t channel);
+
+/**
+ * Sets black and white to two input levels: what a host calls when the sliders under a histogram
+ * have moved, each time on an untouched copy of the image.
+ *
+ * @param dib     the image, as omb_curve() takes it
+ * @param x1      the level that becomes black, 0 to 255
+ * @param x2      the level that becomes white, 0 to 255
+ * @param channel the channel, as omb_curve() takes it
+ * @return 1; 0 for null, for other depths, levels and channels
+ * @see @ref tone
+ *
+ * - x1 below x2: levels up to x1 become 0, levels from x2 on 255, a level v between them
+ *   (510 (v - x1) + d) / (2 d), truncated, with d = x2 - x1.
+ * - x1 above x2: 255 minus what (x2, x1) gives, a negative.
+ * - x1 = x2: levels below become 0, the others 255.
+ */
+OMB_API uint32_t omb_x1x2_changed(PackedDib* dib, int32_t x1, int32_t x2, uint32_t channel);
+
+/**
+ * Changes colors by channel, or by hue, saturation and intensity or lightness. When a, b and c are
+ * 0, nothing changes.
+ *
+ * | mode | changes                              | a                 | b                  | c |
+ * |------|--------------------------------------|-------------------|--------------------|---|
+ * | 1    | channels by amounts, -255 to 255     | red               | green              | blue |
+ * | 2    | channels by percent, -100 to 900     | red               | green              | blue |
+ * | 3    | hue, saturation, intensity (HSI)     | degrees           | percent            | percent
+ * | | 4    | hue, saturation, lightness (HSL)     | degrees           | percent            |
+ * percent |
+ *
+ * Intensity is the mean of the channels, lightness that of the greatest and the least. Modes 3 and
+ * 4 turn the hue by -360 to 360 degrees and take -100 to 100 percent. Grays gain no color.
+ *
+ * @param dib  the image: its table at 1, 4 and 8 bits, its pixels at 24
+ * @param mode one of ::OmbAdjustment: 1 to 4
+ * @param a    red or degrees
+ * @param b    green or saturation
+ * @param c    blue, intensity or lightness
+ * @return 1; 0 for null, for other depths and modes and for numbers out of range
+ * @see @ref tone
+ *
+ * Mode 1: v becomes v + amount, limited to 0..255. Mode 2: v (100 + percent) / 100, truncated, at
+ * most 255.
+ *
+ * Modes 3 and 4 change the saturation first; then the color is mixed with white or black. In mode 3
+ * the intensity stays until then, and saturation gives way where a channel would exceed 255. Hue is
+ * the place on the hexagon red, yellow, green, cyan, blue, magenta. R, G, B, their greatest M and
+ * their least m are whole numbers, and so are sums and differences of these. All else is in single
+ * precision, from left to right, each operation rounded by itself.
+ *
+ * 1. If M = m, low, mid and high are m, and k is 0; 5 comes next.
+ * 2. h = (G - B) / (M - m) if M = R, else (B - R) / (M - m) + 2 if M = G, else
+ *    (R - G) / (M - m) + 4; + 6 if that is below 0. Then h + a / 60; + 6 if that is below 0; - 6 if
+ *    that is 6 or more. k is h truncated, f = h - k; x = f for an even k, 1 - f for an odd one.
+ * 3. Mode 3: i = (R + G + B) / 3; s = 1 - m / i; s' = min(1, s * (100 + b) / 100);
+ *    c' = min(3 * i * s' / (1 + x), 3 * (255 - i) / (2 - x)); low = i - c' * (1 + x) / 3.
+ *    Mode 4: w = 255 - |M + m - 255|; s = (M - m) / w; s' = min(1, s * (100 + b) / 100);
+ *    c' = w * s'; low = (M + m) / 2 - c' / 2.
+ * 4. mid = low + c' * x; high = low + c'.
+ * 5. Each v of these three becomes v + (255 - v) * c / 100 if c is above 0, else
+ *    v * (100 + c) / 100; then + 0.5, truncated toward 0, limited to 0..255.
+ * 6. Red, green, blue are, for k from 0 to 5: high mid low; mid high low; low high mid; low mid
+ *    high; mid low high; high low mid.
+ */
+OMB_API uint32_t omb_adjustcolor(PackedDib* dib, uint32_t mode, int32_t a, int32_t b, int32_t c);
+
+/**
+ * Color balance: moves dark, middle or light colors from cyan to red, from magenta to green and
+ * from yellow to blue. When all amounts are 0, nothing changes.
+ *
+ * @param dib       the image; 8 or 24 bits
+ * @param red       -100 (cyan) to 100 (red)
+ * @param green     -100 (magenta) to 100 (green)
+ * @param blue      -100 (yellow) to 100 (blue)
+ * @param range     one of ::OmbBalanceRange: 0 to 3
+ * @param keepLight whether each color keeps its luminance: 0 or any other number
+ * @return 1; 0 for null, for other depths, amounts and ranges and, at 8 bits, when memory runs out
+ * @see @ref tone
+ *
+ * A channel value v becomes v + amount * w / 255, truncated toward 0 in the division and limited to
+ * 0..255. w is 255 - 2v, at least 0, for shadows; 2v - 255, at least 0, for highlights; for
+ * midtones 255 less both of these; and 255 for all levels.
+ *
+ * The luminance of a color is (299 red + 587 green + 114 blue + 500) / 1000. To keep it, what the
+ * new color lacks to the old one's, Y, is added to each channel. If the least channel, n, is below
+ * 0 then, each v becomes Y + (v - Y) * Y / (Y - n); else, if the greatest, x, is above 255,
+ * Y + (v - Y) * (255 - Y) / (x - Y). All of this in whole numbers, truncated toward 0.
+ *
+ * @par Limits
+ * - 8 bits: the table stays, and each pixel gets the @ref nearest "nearest entry" to its balanced
+ *   color. An image whose table is a gray ramp therefore stays gray, and only its lightness can
+ *   change; bring it to 24 bits for colors.
+ * - 16 and 32 bits, for which omb_can_balance() answers 1, need omb_transformat() first.
+ */
+OMB_API uint32_t omb_balance(PackedDib* dib, int32_t red, int32_t green, int32_t blue,
+                             uint32_t range, uint32_t keepLight);
 
 /** @} */
 
@@ -1056,7 +1233,8 @@ OMB_API const KERNAL* omb_getKERNAL(uint32_t index);
  *   An image that is all border becomes zero throughout.
  *
  * omb_DoConvoluteDIB() differs: it takes the bytes of an 8-bit image as values and keeps what it
- * does not compute. When memory runs out, the image stays as it was.
+ * does not compute. omb_diffuse() and omb_granulate() have no border, keep the padding and refuse
+ * other depths. When memory runs out, the image stays as it was.
  * @{
  */
 
@@ -1248,6 +1426,62 @@ OMB_API void omb_sobel(PackedDib* dib);
  * - Images of 16, 32 or other bits are erased: all their rows become 0.
  */
 OMB_API void omb_medianblur(PackedDib* dib);
+
+/**
+ * Frosted glass: each pixel becomes a random one of the pixels around it. No two pictures are the
+ * same.
+ *
+ * @param dib  the image; 1, 4, 8 or 24 bits
+ * @param area as omb_diffuse_seed() takes it
+ * @return as that of omb_diffuse_seed()
+ *
+ * This is omb_diffuse_seed() with a seed from the clock; the random numbers of the C library are
+ * not touched.
+ */
+OMB_API uint32_t omb_diffuse(PackedDib* dib, uint32_t area);
+
+/**
+ * Frosted glass that can be repeated: the same seed gives the same picture.
+ *
+ * @param dib  the image; 1, 4, 8 or 24 bits
+ * @param area number of pixels to choose from: 9 is a square of 3x3, 25 one of 5x5. 2 to the square
+ *             of the width
+ * @param seed any number
+ * @return 1, also without rows; 0 for null, for other depths and areas (any area with a width below
+ *         2) and when memory runs out
+ *
+ * With side = the smallest whole number whose square is at least `area`, before = (side - 1) / 2
+ * and a random number r from 0 to area - 1, the pixel at column x of the stored row y becomes the
+ * one that was at column x + r mod side - before of the stored row y + r / side - before, divisions
+ * truncated; outside the image that is the nearest pixel in it. An even side reaches one pixel
+ * further to the right and up. Pixels are copied as they are; row padding stays.
+ *
+ * Random numbers depend on the place alone (S. Vigna's SplitMix64), in 64 bits that wrap:
+ * z = seed + (y * width + x + 1) * 0x9E3779B97F4A7C15, then
+ * z = (z ^ z >> 30) * 0xBF58476D1CE4E5B9, then z = (z ^ z >> 27) * 0x94D049BB133111EB, then
+ * z = z ^ z >> 31; r = ((z >> 32) * area) >> 32.
+ *
+ * Memory: the rows in reach, `side` at most, and no more than the image has.
+ */
+OMB_API uint32_t omb_diffuse_seed(PackedDib* dib, uint32_t area, uint64_t seed);
+
+/**
+ * Mosaic: every pixel becomes the mean of its block.
+ *
+ * @param dib    the image; 1, 4, 8 or 24 bits
+ * @param width  columns of a block; more than the image has are all of them
+ * @param height rows of a block; likewise
+ * @return 1, also without pixels; 0 for null, for other depths, for a width or height of 0 and when
+ *         memory runs out
+ *
+ * Blocks are laid out from the top left corner of the picture; at its right and bottom edges they
+ * are as large as there is room. The mean of each channel is (sum + n / 2) / n, truncated, with n
+ * the number of the block's own pixels. At 1, 4 and 8 bits the mean of the colors becomes the
+ * @ref nearest "nearest entry", also for blocks of one pixel. Row padding stays.
+ *
+ * Memory: a few rows. The image is read once and written once.
+ */
+OMB_API uint32_t omb_granulate(PackedDib* dib, uint32_t width, uint32_t height);
 
 /** @} */
 

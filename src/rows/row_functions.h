@@ -121,6 +121,15 @@ enum { kPlanesRoom = 64 };  // see rank_of_planes
 // of 4 KiB apart would wait for each other.
 enum { kCounters = 272 };
 
+// Random neighbours of the pixels from (x, y) on; see omb_diffuse_seed(). Rows are numbers of
+// copies in a ring that holds `ring` rows in turn.
+struct Scatter {
+  uint64_t seed;
+  uint32_t area, side, before;  // `before` columns and rows come before a pixel's own
+  uint32_t width, height, ring;
+  uint32_t x, y;
+};
+
 // Where a pixel's bits hold a channel: the low 8 bits of (pixel & mask) >> down << up. The mask's
 // lowest `down` bits are 0.
 struct ChannelBits {
@@ -264,6 +273,15 @@ struct RowFunctions {
   // Bit of pixel i = 11 blue + 59 green + 30 red >= limit, the first pixel in the top bit; the
   // limit is 0 to 65,535. Bits behind the last pixel keep their values.
   void (*threshold)(const uint8_t* bgr, size_t pixels, uint32_t limit, uint8_t* bits);
+  // (299 red + 587 green + 114 blue + 500) / 1000, truncated.
+  void (*luminance)(const uint8_t* bgr, size_t pixels, uint8_t* luminance);
+  // Moves each color's channels alike to the luminance y that is wanted. Where that takes the least
+  // channel n below 0, each v becomes y + (v - y) * y / (y - n), truncated toward 0; where it takes
+  // the greatest x above 255, y + (v - y) * (255 - y) / (x - y).
+  void (*give_luminance)(uint8_t* bgr, size_t pixels, const uint8_t* luminance);
+  // Hue turned by degrees, saturation and light changed by percent; see omb_adjustcolor().
+  void (*change_hsi)(uint8_t* bgr, size_t pixels, int degrees, int saturation, int intensity);
+  void (*change_hsl)(uint8_t* bgr, size_t pixels, int degrees, int saturation, int lightness);
   // Three steps, each skipped when its amount (-255 to 255) is 0: highlights (channel sum above
   // 510), shadows (sum below 255), shadows again. A chosen color gets green and red + amount and
   // blue = new green + amount, limited to 0..255.
@@ -304,6 +322,13 @@ struct RowFunctions {
                        uint8_t* numbers);
   // Error diffusion through rows of three-byte colors.
   void (*diffuse)(struct SumsLists& palette, const struct Diffusion& diffusion);
+
+  // sums[i] += bytes[i]
+  void (*add_bytes)(const uint8_t* bytes, size_t count, uint16_t* sums);
+  // to[i] = (sums[i] + divisor / 2) / divisor, where the sums are those of `divisor` bytes
+  void (*divide_sums)(const uint64_t* sums, size_t count, uint64_t divisor, uint8_t* to);
+  // Columns, and rows in the ring, of the pixels that `count` pixels become.
+  void (*scatter)(const struct Scatter& scatter, size_t count, int32_t* columns, int32_t* rows);
 
   // Exchanges two runs of bytes.
   void (*swap_bytes)(uint8_t* a, uint8_t* b, size_t count);

@@ -8,6 +8,7 @@
 #define CHECK(condition) \
   if (!(condition)) return printf("%d: %s\n", __LINE__, #condition), 1
 
+typedef uint32_t (*Version)(void);
 typedef uint32_t (*Replace)(PackedDib**);
 typedef uintptr_t (*Query)(const PackedDib*);
 typedef HBITMAP (*Show)(const PackedDib*);
@@ -33,6 +34,10 @@ int main(int argc, char** argv) {
   CHECK(strstr(text, "Image processing") != NULL);
   CHECK(VerQueryValueA(resource, "\\StringFileInfo\\040904B0\\ProductName", (void**)&text, &size));
   CHECK(strcmp(text, "Ombrilo") == 0);
+
+  const Version version = (Version)(void*)GetProcAddress(library, "omb_version");
+  CHECK(version != NULL);
+  CHECK(version() == (OMB_VERSION_MAJOR << 16 | OMB_VERSION_MINOR << 8 | OMB_VERSION_PATCH));
 
   /* A block of the host's heap goes, one of the library's comes. */
   const Replace transformat = (Replace)(void*)GetProcAddress(library, "omb_transformat");

@@ -64,6 +64,13 @@ TEST(Calls, NameWhatIsWrongAndShowTheUsage) {
       {"scale=50%,size=40%", "scale: 'size' is given twice"},
       {"crop=1,2,3", "crop: 'bottom' is missing"},
       {"crop=1,,3,4", "crop: 'top' is missing"},
+      {"curve=0:0/9:255/9:0",
+       "curve: 'points' must be levels from 0 to 255 such as 0:0/64:48/255:255, from dark to "
+       "light, "
+       "not '0:0/9:255/9:0'"},
+      {"segmentoperation=0:256",
+       "segmentoperation: 'points' must be levels from 0 to 255 such as 0:0/64:48/255:255, from "
+       "dark to light, not '0:256'"},
       {"crop=1,2,3,4,5", "crop: takes no more than 4 arguments"},
       {"crop=1,2,3,4,", "crop: takes no more than 4 arguments"},
       {"crop=x,2,3,4", "crop: 'left' must be a whole number from 0 up, not 'x'"},
@@ -167,15 +174,17 @@ TEST(Limits, AreExplained) {
 
 // An operation that nobody can reach from the command line is one that was forgotten here.
 TEST(Tables, EveryExportIsAStepOrNoneOnPurpose) {
-  const std::map<std::string, std::string> renamed = {{"DoConvoluteDIB", "kernel"},
-                                                      {"DoKernalMorphDIB", "morph"}};
+  const std::map<std::string, std::string> renamed = {
+      {"DoConvoluteDIB", "kernel"},
+      {"DoKernalMorphDIB", "morph"},
+      {"adjustcolor", "coloroffset colorgain hsi hsl"}};
   std::istringstream none(
       "newdib freedib DIBWidth DIBHeight DIBBitCount DIBNumColors PaletteSize "
       "FindDIBBits BytesPerLine frompixels topixels setpalette setresolution CreateDIBPalette "
       "iscolorful can_gray can_filtersheet "
       "can_pseudocolor can_balance autoclr getchannelhistogram autothreshold newKERNAL "
       "cloneKERNAL zeroKERNAL destroyKERNAL getKERNAL bmtodib DIBToDIBSection "
-      "CopyWindowToDIB");
+      "CopyWindowToDIB version bestfit diffuse_seed");
   const std::set<std::string> no_steps(std::istream_iterator<std::string>(none), {});
   std::ifstream exports(OMBRILO_EXPORTS);
   size_t operations = 0;
@@ -183,10 +192,10 @@ TEST(Tables, EveryExportIsAStepOrNoneOnPurpose) {
     if (!word.starts_with("omb_")) continue;
     std::string name = word.substr(4);
     if (no_steps.contains(name)) continue;
-    ++operations;
-    if (renamed.contains(name)) name = renamed.at(name);
-    for (char& c : name) c = static_cast<char>(std::tolower(c));
-    EXPECT_NE(FindStep(name), nullptr) << word;
+    for (std::istringstream steps(renamed.contains(name) ? renamed.at(name) : name); steps >> name;
+         ++operations) {
+      EXPECT_NE(FindStep(Lowercase(name)), nullptr) << word;
+    }
   }
   const std::set<std::string> of_the_host = {"truecolor"};
   EXPECT_EQ(operations + of_the_host.size(), AllSteps().size());
@@ -278,6 +287,23 @@ TEST(Tables, ArgumentsReachTheLibrary) {
       {"autolevel=.1,.8", [](auto* dib) { omb_autolevel(dib, .1, .8); }},
       {"filtercolor=green", [](auto* dib) { omb_filtercolor(dib, 2); }},
       {"adjustghms=50,-20,9", [](auto* dib) { omb_adjustghms(dib, 50, -20, 9); }},
+      {"curve=0:0/64:48/255:250,green",
+       [](auto* dib) {
+         constexpr OmbPoint kPoints[] = {{0, 0}, {64, 48}, {255, 250}};
+         omb_curve(dib, kPoints, 3, OMB_CHANNEL_GREEN);
+       }},
+      {"segmentoperation=9:255/200:3",
+       [](auto* dib) {
+         constexpr OmbPoint kPoints[] = {{9, 255}, {200, 3}};
+         omb_segmentoperation(dib, kPoints, 2, OMB_CHANNEL_ALL);
+       }},
+      {"x1x2_changed=20,10,blue", [](auto* dib) { omb_x1x2_changed(dib, 20, 10, 3); }},
+      {"coloroffset=1,2,3", [](auto* dib) { omb_adjustcolor(dib, 1, 1, 2, 3); }},
+      {"colorgain=900,-4,5", [](auto* dib) { omb_adjustcolor(dib, 2, 900, -4, 5); }},
+      {"hsi=7,8", [](auto* dib) { omb_adjustcolor(dib, 3, 7, 8, 0); }},
+      {"hsl=9,-10,11", [](auto* dib) { omb_adjustcolor(dib, 4, 9, -10, 11); }},
+      {"balance=50,-40,9", [](auto* dib) { omb_balance(dib, 50, -40, 9, 1, 1); }},
+      {"balance=5,4,9,highlights,change", [](auto* dib) { omb_balance(dib, 5, 4, 9, 2, 0); }},
       {"convolute=8", [](auto* dib) { omb_convolute(dib, 8); }},
       {"convolute=Difference-Up", [](auto* dib) { omb_convolute(dib, 21); }},
       {"emboss=strong-down,#102030", [](auto* dib) { omb_emboss(dib, 19, 0x302010); }},
@@ -288,6 +314,9 @@ TEST(Tables, ArgumentsReachTheLibrary) {
       {"morph=close,Circle 5x5,2",
        [&](auto* dib) { omb_DoKernalMorphDIB(dib, 24, 3, kernal(1), 2); }},
       {"morph=erode,4", [&](auto* dib) { omb_DoKernalMorphDIB(dib, 24, 0, kernal(4), 1); }},
+      {"diffuse=9,77", [](auto* dib) { omb_diffuse_seed(dib, 9, 77); }},
+      {"granulate=7", [](auto* dib) { omb_granulate(dib, 7, 7); }},
+      {"granulate=7,3", [](auto* dib) { omb_granulate(dib, 7, 3); }},
       {"enhancepage=gauss,7x7,2,5",
        [](auto* dib) { omb_EnhancePage(dib, 2, 2, 5, 0, 0, 2, 0, 0); }},
       {"enhancepage=higauss,9x9", [](auto* dib) { omb_EnhancePage(dib, 2, 1, 10, 0, 0, 3, 0, 0); }},

@@ -133,6 +133,12 @@ void AddPixelCases(std::vector<Case>& all) {
           }
           f.apply_channel_tables(o.Copy(in.bytes.data(), 3 * n), n, in.table);
           f.spread(in.bytes.data(), n, o.New(3 * n));
+          f.luminance(in.bytes.data(), n, o.New(n));
+          f.give_luminance(o.Copy(in.bytes.data(), 3 * n), n, in.from[0]);
+          for (const int percent : {-30, 40}) {
+            f.change_hsi(o.Copy(in.bytes.data(), 3 * n), n, 3 * percent, percent, percent);
+            f.change_hsl(o.Copy(in.bytes.data(), 3 * n), n, 3 * percent, percent, percent);
+          }
           f.expand_colors(in.bytes.data(), n, in.table, o.New(3 * n));
           f.gray_percent(in.bytes.data(), n, o.New(n));
           f.gray_double(in.bytes.data(), n, o.New(n));
@@ -162,6 +168,23 @@ void AddPixelCases(std::vector<Case>& all) {
     all.push_back({"shift_bits", [=](auto& f, auto& in, auto n, auto& o) {
                      f.shift_bits(in.from[0], shift, n, o.New(n));
                    }});
+  }
+  for (const uint32_t area : {2u, 9u, 60u, 65535u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
+    all.push_back(
+        {"scatter, sums", [=](auto& f, auto& in, auto n, auto& o) {
+           uint32_t side = 1;
+           while (uint64_t{side} * side < area) ++side;
+           const auto width = static_cast<uint32_t>(n) + 40;
+           const simd::Scatter scatter = {
+               area * 0x100000001u, area, side, (side - 1) / 2, width, 3000, side + 2, 7, 1500};
+           auto* columns = o.template New<int32_t>(n);
+           f.scatter(scatter, n, columns, o.template New<int32_t>(n));
+           std::vector<uint64_t> sums(n);
+           for (size_t i = 0; i < n; ++i) sums[i] = in.bytes[i] * uint64_t{area};
+           f.divide_sums(sums.data(), n, area, o.New(n));
+           auto* columns16 = o.template New<uint16_t>(n);
+           f.add_bytes(in.bytes.data(), n, columns16);
+         }});
   }
   for (const int amount : {-255, -20, 0, 20, 255}) {
     all.push_back({"amounts", [=](auto& f, auto& in, auto n, auto& o) {

@@ -172,6 +172,28 @@ uint64_t Pseudocolor(PackedDib** image, Draw& draw, Digest&) {
   return omb_pseudocolor(*image, table.data());
 }
 
+// Up to seven points of a tone curve.
+template <auto kFunction>
+uint64_t Curve(PackedDib** image, Draw& draw, Digest& digest) {
+  std::vector<OmbPoint> points;
+  const int32_t step = draw.Whole(30, 60);
+  for (int32_t x = draw.Whole(0, 60); x < 256 && points.size() < 7; x += step) {
+    points.push_back({x, draw.Whole(0, 255)});
+  }
+  const auto count = static_cast<uint32_t>(points.size());
+  uint8_t curve[256] = {};
+  digest.Add(omb_bestfit(points.data(), count, curve));
+  digest.Add(curve, sizeof curve);
+  return kFunction(*image, points.data(), count, static_cast<uint32_t>(draw.Whole(0, 3)));
+}
+
+uint64_t AdjustColor(PackedDib** image, Draw& draw, Digest&) {
+  const int32_t mode = draw.Whole(1, 4);
+  const int32_t reach = mode < 3 ? 100 : 360, a = draw.Whole(-reach, reach);
+  const int32_t b = draw.Whole(-100, 100), c = draw.Whole(-100, 100);
+  return omb_adjustcolor(*image, static_cast<uint32_t>(mode), a, b, c);
+}
+
 uint64_t Scale(PackedDib** image, Draw& draw, Digest&) {
   int32_t width = draw.Whole(0, 90), height = draw.Whole(0, 90);
   // Sizes beyond 16 bits in one direction, and sizes that are refused; those in between only take
@@ -206,6 +228,18 @@ uint64_t Rotate(PackedDib** image, Draw& draw, Digest&) {
   // A long thin image would become a huge square.
   if (omb_DIBWidth(*image) > 2000 || omb_DIBHeight(*image) > 2000) return 0;
   return omb_rotate(image, degrees, static_cast<uint32_t>(draw.Whole(1, 3)));
+}
+
+// Its picture is another one each time: the image gets its own pixels back.
+uint64_t DiffuseByClock(PackedDib** image, Draw& draw, Digest&) {
+  const auto dib = Dib::Open(*image);
+  const auto area = static_cast<uint32_t>(draw.Whole(2, 60));
+  if (!dib) return omb_diffuse(*image, area);
+  const std::vector<uint8_t> before(dib->block(), dib->block() + dib->extent());
+  const uint32_t result = omb_diffuse(*image, area);
+  const size_t prefix = std::min(dib->prefix_size(), dib->extent());
+  std::copy(before.begin() + static_cast<ptrdiff_t>(prefix), before.end(), dib->block() + prefix);
+  return result;
 }
 
 // A built-in record, or one with drawn offsets.
@@ -265,6 +299,7 @@ uint64_t EnhancePage(PackedDib** image, Draw& draw, Digest&) {
 }
 
 constexpr Export kExports[] = {
+    {"omb_version", [](PackedDib**, Draw&, Digest&) { return uint64_t(omb_version() != 0); }},
     {"omb_DIBWidth", With<omb_DIBWidth>},
     {"omb_DIBHeight", With<omb_DIBHeight>},
     {"omb_DIBBitCount", With<omb_DIBBitCount>},
@@ -296,6 +331,12 @@ constexpr Export kExports[] = {
     {"omb_filtercolor", With<omb_filtercolor, Whole{1, 3}>},
     {"omb_extractcolor", With<omb_extractcolor, Whole{1, 3}>},
     {"omb_adjustghms", With<omb_adjustghms, Whole{-100, 100}, Whole{-100, 100}, Whole{-100, 100}>},
+    {"omb_bestfit, omb_curve", Curve<omb_curve>},
+    {"omb_segmentoperation", Curve<omb_segmentoperation>},
+    {"omb_x1x2_changed", With<omb_x1x2_changed, Whole{0, 255}, Whole{0, 255}, Whole{0, 3}>},
+    {"omb_adjustcolor", AdjustColor},
+    {"omb_balance", With<omb_balance, Whole{-100, 100}, Whole{-100, 100}, Whole{-100, 100},
+                         Whole{0, 3}, Whole{0, 1}>},
     {"omb_scale", Scale},
     {"omb_resize", Resize},
     {"omb_rotate", Rotate},
@@ -311,6 +352,13 @@ constexpr Export kExports[] = {
      }},
     {"omb_sobel", With<omb_sobel>},
     {"omb_medianblur", With<omb_medianblur>},
+    {"omb_diffuse", DiffuseByClock},
+    {"omb_diffuse_seed",
+     [](PackedDib** image, Draw& draw, Digest&) -> uint64_t {
+       const auto area = static_cast<uint32_t>(draw.Whole(2, 60));
+       return omb_diffuse_seed(*image, area, static_cast<uint64_t>(draw.Whole(0, 0xFFFF)) << 20);
+     }},
+    {"omb_granulate", With<omb_granulate, Whole{1, 12}, Whole{1, 12}>},
     {"omb_dilate", With<omb_dilate>},
     {"omb_erode", With<omb_erode>},
     {"omb_mathopen", With<omb_mathopen>},

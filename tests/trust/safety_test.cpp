@@ -75,7 +75,7 @@ TEST(Safety, FailedAllocationsChangeNothingAndLeakNothing) {
 TEST(Safety, NullImagesAreRefused) {
   // Those that have no result, have nothing to refuse or need no image.
   const std::string others =
-      "omb_brightnesscontrast, omb_adjustghms, omb_autoclr, omb_newdib, omb_freedib, "
+      "omb_version, omb_brightnesscontrast, omb_adjustghms, omb_autoclr, omb_newdib, omb_freedib, "
       "omb_frompixels, omb_newKERNAL, omb_cloneKERNAL, omb_zeroKERNAL, omb_destroyKERNAL, "
       "omb_getKERNAL, "
       "omb_convolute, omb_sobel, omb_medianblur, omb_dilate, omb_erode, omb_mathopen, "

@@ -1,4 +1,5 @@
 // Steps on neighbourhoods: the numbered filters, kernels, relief, edges, median.
+#include "errors.h"
 #include "steps/kernels.h"
 #include "steps/limits.h"
 #include "steps/numbered_filters.h"
@@ -32,6 +33,21 @@ bool SobelStep(Image& image, const Arguments&) {
 bool MedianblurStep(Image& image, const Arguments&) {
   omb_medianblur(image.get());
   return true;
+}
+
+constexpr int kClock = -1, kSquare = 0;
+
+bool DiffuseStep(Image& image, const Arguments& arguments) {
+  const uint64_t width = omb_DIBWidth(image.get()), area = arguments.Unsigned(0);
+  if (area > width * width) throw StepError("the area is larger than the square of the width");
+  const int32_t seed = arguments.Integer(1);
+  if (seed == kClock) return omb_diffuse(image.get(), arguments.Unsigned(0)) != 0;
+  return omb_diffuse_seed(image.get(), arguments.Unsigned(0), static_cast<uint64_t>(seed)) != 0;
+}
+
+bool GranulateStep(Image& image, const Arguments& arguments) {
+  const uint32_t width = arguments.Unsigned(0), height = arguments.Unsigned(1);
+  return omb_granulate(image.get(), width, height == kSquare ? width : height) != 0;
 }
 
 bool IsWeighted(const std::string& text) {
@@ -96,6 +112,26 @@ std::span<const Step> FilterSteps() {
        {},
        {},
        MedianblurStep},
+      {"diffuse",
+       "Frosted &glass",
+       kFamily,
+       "Each pixel becomes a random one of those around it",
+       {1, 4, 8, 24},
+       {Whole("area", "pixels to choose from: 9 is 3x3, 25 is 5x5", 2).Preset("25"),
+        Whole("seed", "the same number gives the same picture", 0)
+            .Named({{"clock", kClock}})
+            .Preset("clock")},
+       Always({"49,1"}),
+       DiffuseStep},
+      {"granulate",
+       "M&osaic",
+       kFamily,
+       "Each block of pixels becomes its mean color",
+       {1, 4, 8, 24},
+       {Whole("width", "columns of a block", 1).Preset("16"),
+        Whole("height", "rows of a block", 1).Named({{"square", kSquare}}).Preset("square")},
+       Always({"12", "40,4"}),
+       GranulateStep},
   };
   return steps;
 }

@@ -1,4 +1,6 @@
 // Steps on tone and color: levels, gray, thresholds, channels.
+#include <sstream>
+
 #include "errors.h"
 #include "steps/color_ramps.h"
 #include "steps/otsu.h"
@@ -84,6 +86,61 @@ Parameter Channel() {
 std::vector<Parameter> Fractions() {
   return {Real("low", "fraction to cut off at the dark end", 0, 1).Preset("0.005"),
           Real("high", "fraction below the light end", 0, 1).Preset("0.995")};
+}
+
+// "0:0/64:48/255:255"; empty when that is no list of points.
+std::vector<OmbPoint> PointsOf(const std::string& text) {
+  std::vector<OmbPoint> points;
+  std::istringstream in(text);
+  for (std::string part; std::getline(in, part, '/');) {
+    const size_t colon = part.find(':');
+    if (colon == std::string::npos) return {};
+    const Parameter level = Whole("", "", 0, 255);
+    const auto x = level.Parse(part.substr(0, colon)), y = level.Parse(part.substr(colon + 1));
+    if (!x || !y) return {};
+    points.push_back({static_cast<int32_t>(x->number), static_cast<int32_t>(y->number)});
+    if (points.size() > 1 && points.end()[-2].x >= points.back().x) return {};
+  }
+  return points;
+}
+
+// A step with points and a channel.
+template <auto kOperation>
+bool CurveStep(Image& image, const Arguments& arguments) {
+  const std::vector<OmbPoint> points = PointsOf(arguments.Text(0));
+  return kOperation(image.get(), points.data(), static_cast<uint32_t>(points.size()),
+                    arguments.Unsigned(1)) != 0;
+}
+
+bool X1x2ChangedStep(Image& image, const Arguments& arguments) {
+  return omb_x1x2_changed(image.get(), arguments.Integer(0), arguments.Integer(1),
+                          arguments.Unsigned(2)) != 0;
+}
+
+template <uint32_t kMode>
+bool AdjustcolorStep(Image& image, const Arguments& arguments) {
+  return omb_adjustcolor(image.get(), kMode, arguments.Integer(0), arguments.Integer(1),
+                         arguments.Integer(2)) != 0;
+}
+
+bool BalanceStep(Image& image, const Arguments& arguments) {
+  return omb_balance(image.get(), arguments.Integer(0), arguments.Integer(1), arguments.Integer(2),
+                     arguments.Unsigned(3), arguments.Unsigned(4)) != 0;
+}
+
+Parameter Points() {
+  return Text("points", "input levels with their output levels",
+              "levels from 0 to 255 such as 0:0/64:48/255:255, from dark to light",
+              [](const std::string& text) { return !PointsOf(text).empty(); });
+}
+
+Parameter AllOrChannel() {
+  return Choice("channel", "which channel",
+                {{"all", OMB_CHANNEL_ALL},
+                 {"red", OMB_CHANNEL_RED},
+                 {"green", OMB_CHANNEL_GREEN},
+                 {"blue", OMB_CHANNEL_BLUE}})
+      .Preset("all");
 }
 
 constexpr const char* kFamily = "&Color";
@@ -175,6 +232,91 @@ std::span<const Step> ToneSteps() {
         Whole("shadows2", "added to what is very dark then", -255, 255).Preset("0")},
        Always({"-20,30,15"}),
        AdjustghmsStep},
+      {"curve",
+       "Tone &curve",
+       kFamily,
+       "Send levels through a smooth curve",
+       {1, 4, 8, 24},
+       {Points(), AllOrChannel()},
+       Always({"0:0/64:40/192:215/255:255", "0:30/128:140/255:230,blue"}),
+       CurveStep<omb_curve>},
+      {"segmentoperation",
+       "Tone curve of &straight lines",
+       kFamily,
+       "Send levels through straight lines from point to point",
+       {1, 4, 8, 24},
+       {Points(), AllOrChannel()},
+       Always({"0:0/85:0/170:255/255:255", "0:255/128:0/255:255"}),
+       CurveStep<omb_segmentoperation>},
+      {"x1x2_changed",
+       "&Input levels",
+       kFamily,
+       "Choose the levels that become black and white",
+       {1, 4, 8, 24},
+       {Whole("x1", "the level that becomes black", 0, 255),
+        Whole("x2", "the level that becomes white; below x1 a negative", 0, 255), AllOrChannel()},
+       Always({"40,200"}),
+       X1x2ChangedStep},
+      {"coloroffset",
+       "Add t&o channels",
+       kFamily,
+       "Add to red, green and blue",
+       {1, 4, 8, 24},
+       {Whole("red", "added to red", -255, 255), Whole("green", "added to green", -255, 255),
+        Whole("blue", "added to blue", -255, 255)},
+       Always({"30,0,-30"}),
+       AdjustcolorStep<OMB_ADJUST_OFFSETS>},
+      {"colorgain",
+       "&Multiply channels",
+       kFamily,
+       "Raise or lower red, green and blue by percent",
+       {1, 4, 8, 24},
+       {Whole("red", "percent of red", -100, 900), Whole("green", "percent of green", -100, 900),
+        Whole("blue", "percent of blue", -100, 900)},
+       Always({"15,0,-15"}),
+       AdjustcolorStep<OMB_ADJUST_GAINS>},
+      {"hsl",
+       "H&ue, saturation, lightness",
+       kFamily,
+       "Turn hues, raise or lower saturation and lightness",
+       {1, 4, 8, 24},
+       {Whole("hue", "degrees to turn by: 120 makes red green", -360, 360),
+        Whole("saturation", "percent; -100 is gray", -100, 100).Preset("0"),
+        Whole("lightness", "percent; -100 is black, 100 white", -100, 100).Preset("0")},
+       Always({"0,40,0", "120"}),
+       AdjustcolorStep<OMB_ADJUST_HSL>},
+      {"hsi",
+       "Hue, saturation, int&ensity",
+       kFamily,
+       "Turn hues, raise or lower saturation and intensity; the mean of the channels stays",
+       {1, 4, 8, 24},
+       {Whole("hue", "degrees to turn by: 120 makes red green", -360, 360),
+        Whole("saturation", "percent; -100 is gray", -100, 100).Preset("0"),
+        Whole("intensity", "percent; -100 is black, 100 white", -100, 100).Preset("0")},
+       Always({"0,40,0", "120"}),
+       AdjustcolorStep<OMB_ADJUST_HSI>},
+      {"balance",
+       "Color bala&nce",
+       kFamily,
+       "Move colors toward red, green and blue or their opposites",
+       {8, 24},
+       {Whole("red", "from cyan (-100) to red", -100, 100),
+        Whole("green", "from magenta (-100) to green", -100, 100),
+        Whole("blue", "from yellow (-100) to blue", -100, 100),
+        Choice("levels", "which levels",
+               {{"shadows", OMB_BALANCE_SHADOWS},
+                {"midtones", OMB_BALANCE_MIDTONES},
+                {"highlights", OMB_BALANCE_HIGHLIGHTS},
+                {"all", OMB_BALANCE_ALL}})
+            .Preset("midtones"),
+        Choice("light", "whether each color keeps its luminance", {{"keep", 1}, {"change", 0}})
+            .Preset("keep")},
+       Always({"40,0,-40", "-30,0,30,shadows"}),
+       BalanceStep,
+       "neuquant=24",
+       nullptr,
+       "At 8 bits each pixel gets the nearest color of the table, so that a gray image stays gray. "
+       "Bring it to 24 bits with neuquant=24 first."},
   };
   return steps;
 }
