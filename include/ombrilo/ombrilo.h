@@ -733,16 +733,16 @@ OMB_API uint32_t omb_x1x2_changed(PackedDib* dib, int32_t x1, int32_t x2, uint32
  * Changes colors by channel, or by hue, saturation and intensity or lightness. When a, b and c are
  * 0, nothing changes.
  *
- * | mode | changes                              | a                 | b                  | c |
- * |------|--------------------------------------|-------------------|--------------------|---|
- * | 1    | channels by amounts, -255 to 255     | red               | green              | blue |
- * | 2    | channels by percent, -100 to 900     | red               | green              | blue |
- * | 3    | hue, saturation, intensity (HSI)     | degrees           | percent            | percent
- * | | 4    | hue, saturation, lightness (HSL)     | degrees           | percent            |
- * percent |
+ * | mode | changes                          | a       | b       | c       |
+ * |------|----------------------------------|---------|---------|---------|
+ * | 1    | channels by amounts, -255 to 255 | red     | green   | blue    |
+ * | 2    | channels by percent, -100 to 900 | red     | green   | blue    |
+ * | 3    | hue, saturation, intensity (HSI) | degrees | percent | percent |
+ * | 4    | hue, saturation, lightness (HSL) | degrees | percent | percent |
  *
- * Intensity is the mean of the channels, lightness that of the greatest and the least. Modes 3 and
- * 4 turn the hue by -360 to 360 degrees and take -100 to 100 percent. Grays gain no color.
+ * Intensity is the mean of the channels, lightness that of the greatest and the least one. Modes 3
+ * and 4 turn the hue by -360 to 360 degrees and take -100 to 100 percent. No color is added to
+ * grays.
  *
  * @param dib  the image: its table at 1, 4 and 8 bits, its pixels at 24
  * @param mode one of ::OmbAdjustment: 1 to 4
