@@ -17,33 +17,28 @@ namespace ombrilo {
 namespace {
 
 constexpr int32_t kRowsInSums = 257;  // 257 x 255 is the largest number of 16 bits
-constexpr size_t kPattern = 24;       // bytes: whole pixels of 1 and 3 bytes, and of words
-
-// Fills `size` bytes, rounded up to a pattern, with one color.
-void Repeat(const uint8_t* color, size_t step, size_t size, uint8_t* to) {
-  uint8_t pattern[kPattern];
-  for (size_t i = 0; i < kPattern; ++i) pattern[i] = color[i % step];
-  for (size_t i = 0; i < size; i += kPattern) std::memcpy(to + i, pattern, kPattern);
-}
+constexpr size_t kRoom = 8;           // bytes that are written behind a row of means
 
 class Mosaic {
  public:
   // Takes the memory; false when there is none.
   Mosaic(const Dib& dib, int32_t block_width, int32_t block_height)
-      : dib_(dib), width_(static_cast<size_t>(dib.width())), block_height_(block_height) {
+      : dib_(dib),
+        width_(static_cast<size_t>(dib.width())),
+        block_(static_cast<size_t>(block_width)),
+        block_height_(block_height) {
     if (dib.indexed()) {
       if (!colors_) return;
       colors_.Snapshot(dib);
       step_ = colors_.step();
     }
-    block_ = static_cast<size_t>(block_width) * step_;
     bytes_ = width_ * step_;
-    blocks_ = (bytes_ + block_ - 1) / block_;
+    blocks_ = (width_ + block_ - 1) / block_;
     columns_ = NewScratchBuffer<uint16_t>(bytes_);
     sums_ = NewScratchBuffer<uint64_t>(blocks_ * step_);
     means_ = NewScratchBuffer<uint8_t>(blocks_ * step_);
-    values_ = NewScratchBuffer<uint8_t>(bytes_ + kPattern);
-    indices_ = NewScratchBuffer<uint8_t>(dib.indexed() ? std::max(width_, blocks_) + kPattern : 0);
+    values_ = NewScratchBuffer<uint8_t>(bytes_ + kRoom);
+    indices_ = NewScratchBuffer<uint8_t>(dib.indexed() ? width_ : 0);
     ready_ = columns_ && sums_ && means_ && values_ && indices_;
   }
   explicit operator bool() const { return ready_; }
@@ -67,12 +62,7 @@ class Mosaic {
       for (; first < stop; ++first) {
         simd::Active().add_bytes(Values(first), bytes_, columns_.get());
       }
-      for (size_t b = 0; b < blocks_; ++b) {
-        const uint16_t* const last = columns_.get() + std::min(bytes_, (b + 1) * block_);
-        for (const uint16_t* column = columns_.get() + b * block_; column < last; column += step_) {
-          for (size_t c = 0; c < step_; ++c) sums_[b * step_ + c] += column[c];
-        }
-      }
+      simd::Active().sum_blocks(columns_.get(), step_, width_, block_, sums_.get());
     }
   }
 
@@ -85,38 +75,35 @@ class Mosaic {
 
   void Divide(int32_t rows) {
     const auto divide = simd::Active().divide_sums;
-    const size_t whole = bytes_ / block_ * step_, pixels = static_cast<size_t>(rows);
-    divide(sums_.get(), whole, pixels * (block_ / step_), means_.get());
-    if (whole == blocks_ * step_) return;
-    const size_t rest = bytes_ % block_ / step_;
-    divide(sums_.get() + whole, step_, pixels * rest, means_.get() + whole);
+    const auto height = static_cast<uint64_t>(rows);
+    const size_t whole = width_ / block_ * step_, rest = width_ % block_;
+    divide(sums_.get(), whole, height * block_, means_.get());
+    if (rest != 0) divide(sums_.get() + whole, step_, height * rest, means_.get() + whole);
   }
 
   void Write(int32_t first, int32_t end) {
-    const size_t step = dib_.indexed() ? 1 : step_, block = block_ / step_ * step;
+    const size_t step = dib_.indexed() ? 1 : step_;
     const uint8_t* means = means_.get();
     if (dib_.indexed()) {
       colors_.Encode(means_.get(), blocks_, indices_.get());
       means = indices_.get();
     }
-    const size_t bytes = width_ * step;
-    for (size_t b = 0; b < blocks_; ++b) {
-      Repeat(means + b * step, step, std::min(block, bytes - b * block), values_.get() + b * block);
-    }
+    simd::Active().repeat_colors(means, step, width_, block_, values_.get());
     for (int32_t y = first; y < end; ++y) {
       if (dib_.indexed()) {
         PackIndices(values_.get(), dib_.bit_count(), width_, dib_.row(y));
       } else {
-        std::memcpy(dib_.row(y), values_.get(), bytes);
+        std::memcpy(dib_.row(y), values_.get(), bytes_);
       }
     }
   }
 
   const Dib& dib_;
   IndexedColors colors_;
-  size_t width_, step_ = 3;
-  int32_t block_height_;
-  size_t block_, bytes_, blocks_;  // bytes of a block's and of the image's width; blocks in a row
+  const size_t width_, block_;  // of the image and of a block, in pixels
+  const int32_t block_height_;
+  size_t step_ = 3;        // bytes of a color
+  size_t bytes_, blocks_;  // colors and blocks in a row
   Buffer<uint16_t> columns_;
   Buffer<uint64_t> sums_;
   Buffer<uint8_t> means_, values_, indices_;

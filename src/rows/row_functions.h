@@ -325,6 +325,13 @@ struct RowFunctions {
 
   // sums[i] += bytes[i]
   void (*add_bytes)(const uint8_t* bytes, size_t count, uint16_t* sums);
+  // Adds the columns of each block of pixels, of `step` (1 or 3) sums each, to the block's `step`
+  // sums; the last block may be narrower.
+  void (*sum_blocks)(const uint16_t* columns, size_t step, size_t pixels, size_t block,
+                     uint64_t* sums);
+  // Pixels of `step` bytes: `block` of each color. Writes up to 7 bytes more.
+  void (*repeat_colors)(const uint8_t* colors, size_t step, size_t pixels, size_t block,
+                        uint8_t* to);
   // to[i] = (sums[i] + divisor / 2) / divisor, where the sums are those of `divisor` bytes
   void (*divide_sums)(const uint64_t* sums, size_t count, uint64_t divisor, uint8_t* to);
   // Columns, and rows in the ring, of the pixels that `count` pixels become.

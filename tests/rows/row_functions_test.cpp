@@ -186,6 +186,18 @@ void AddPixelCases(std::vector<Case>& all) {
            f.add_bytes(in.bytes.data(), n, columns16);
          }});
   }
+  for (const size_t block : {1, 2, 3, 5, 16, 300}) {
+    all.push_back({"blocks", [=](auto& f, auto& in, auto n, auto& o) {
+                     std::vector<uint16_t> columns(3 * n);
+                     for (size_t i = 0; i < 3 * n; ++i) columns[i] = uint16_t(in.bytes[i] * 257);
+                     const size_t blocks = (n + block - 1) / block;
+                     for (const size_t step : {1, 3}) {
+                       auto* sums = o.template New<uint64_t>(step * blocks);
+                       f.sum_blocks(columns.data(), step, n, block, sums);
+                       f.repeat_colors(in.bytes.data(), step, n, block, o.New(step * n + 7));
+                     }
+                   }});
+  }
   for (const int amount : {-255, -20, 0, 20, 255}) {
     all.push_back({"amounts", [=](auto& f, auto& in, auto n, auto& o) {
                      f.add_amount(o.Copy(in.from[0], n), n, amount);
