@@ -1461,7 +1461,8 @@ OMB_API uint32_t omb_diffuse(PackedDib* dib, uint32_t area);
  * z = (z ^ z >> 30) * 0xBF58476D1CE4E5B9, then z = (z ^ z >> 27) * 0x94D049BB133111EB, then
  * z = z ^ z >> 31; r = ((z >> 32) * area) >> 32.
  *
- * Memory: the rows in reach, `side` at most, and no more than the image has.
+ * Memory: the rows in reach, `side` at most, and no more than the image has; a byte for each pixel
+ * at 1, 4 and 8 bits. 2 GiB of them are refused.
  */
 OMB_API uint32_t omb_diffuse_seed(PackedDib* dib, uint32_t area, uint64_t seed);
 

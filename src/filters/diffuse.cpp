@@ -3,6 +3,7 @@
 // Ahead of the row that is written runs a ring of copies of the rows that pixels can come from.
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 #ifdef _WIN32
 #include <windows.h>
@@ -38,6 +39,7 @@ uint32_t SideOf(uint32_t area) {
   return side;
 }
 
+// Pixels are copied as bytes: an index, or blue, green and red.
 class Diffusion {
  public:
   // Takes the memory; false when there is none.
@@ -50,7 +52,13 @@ class Diffusion {
     scatter_.height = static_cast<uint32_t>(dib.pixel_rows());
     after_ = (area - 1) / scatter_.side - scatter_.before;
     scatter_.ring = std::min(scatter_.height, scatter_.before + 1 + after_);
-    ring_ = NewScratchBuffer<uint8_t>(scatter_.ring * dib.stride());
+    scatter_.channels = dib.indexed() ? 1 : 3;
+    const uint64_t pitch = uint64_t{scatter_.width} * scatter_.channels;
+    const uint64_t size = scatter_.ring * pitch + kSlack;
+    if (size > std::numeric_limits<int32_t>::max()) return;
+    scatter_.pitch = static_cast<uint32_t>(pitch);
+    ring_ = NewScratchBuffer<uint8_t>(static_cast<size_t>(size));
+    size_ = static_cast<int32_t>(size);
   }
   explicit operator bool() const { return ring_ != nullptr; }
 
@@ -58,10 +66,7 @@ class Diffusion {
     uint32_t copied = 0;
     for (uint32_t y = 0; y < scatter_.height; ++y) {
       const uint32_t needed = std::min(scatter_.height, y + after_ + 1);
-      for (; copied < needed; ++copied) {
-        std::memcpy(ring_.get() + copied % scatter_.ring * dib_.stride(),
-                    dib_.row(static_cast<int32_t>(copied)), dib_.stride());
-      }
+      for (; copied < needed; ++copied) Copy(copied);
       scatter_.y = y;
       for (uint32_t x = 0; x < scatter_.width; x += std::min(kRun, scatter_.width - x)) {
         scatter_.x = x;
@@ -72,35 +77,37 @@ class Diffusion {
 
  private:
   static constexpr uint32_t kRun = 1024;  // pixels; whole bytes at any depth
+  static constexpr size_t kSlack = 4;     // pixels of three bytes are read as four
+
+  void Copy(uint32_t y) const {
+    const uint8_t* const from = dib_.row(static_cast<int32_t>(y));
+    uint8_t* const to = ring_.get() + size_t{y % scatter_.ring} * scatter_.pitch;
+    if (dib_.indexed()) {
+      UnpackIndices(from, dib_.bit_count(), scatter_.width, to);
+    } else {
+      std::memcpy(to, from, scatter_.pitch);
+    }
+  }
 
   void Pick(size_t count) const {
     const simd::RowFunctions& rows = simd::Active();
-    const uint16_t bits = dib_.bit_count();
-    int32_t column[kRun], row[kRun], offset[kRun];
-    uint8_t shift[kRun];
-    rows.scatter(scatter_, count, column, row);
-    const auto stride = static_cast<int32_t>(dib_.stride());
-    FindPixels(column, 0, row, stride, bits, count, offset, shift);
-    const auto bytes = static_cast<int32_t>(scatter_.ring) * stride;
-    uint8_t* const to = dib_.row(static_cast<int32_t>(scatter_.y)) + size_t{scatter_.x} * bits / 8;
-    switch (bits) {
-      case 1:
-        return rows.pick1(ring_.get(), bytes, offset, shift, 0, count, to);
-      case 8:
-        return rows.pick8(ring_.get(), bytes, offset, 0, count, to);
-      case 24:
-        return rows.pick24(ring_.get(), bytes, offset, 0, count, to);
-    }
+    int32_t offset[kRun + simd::kRunPadding];
+    rows.scatter(scatter_, count, offset);
+    std::fill_n(offset + count, simd::kRunPadding, offset[count - 1]);
+    const auto channels = static_cast<int>(scatter_.channels);
+    const simd::PixelPlaces places = {ring_.get(), size_, offset, channels, false};
+    uint8_t* const to =
+        dib_.row(static_cast<int32_t>(scatter_.y)) + size_t{scatter_.x} * dib_.bit_count() / 8;
+    if (dib_.bit_count() >= 8) return rows.pick(places, count, to);
     uint8_t indices[kRun];
-    for (size_t i = 0; i < count; ++i) {
-      indices[i] = static_cast<uint8_t>(ring_[static_cast<size_t>(offset[i])] >> shift[i]);
-    }
-    PackIndices(indices, bits, count, to);
+    rows.pick(places, count, indices);
+    PackIndices(indices, dib_.bit_count(), count, to);
   }
 
   const Dib& dib_;
   simd::Scatter scatter_ = {};
   uint32_t after_;
+  int32_t size_ = 0;  // of the ring, in bytes
   Buffer<uint8_t> ring_;
 };
 

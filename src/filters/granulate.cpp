@@ -38,7 +38,7 @@ class Mosaic {
     sums_ = NewScratchBuffer<uint64_t>(blocks_ * step_);
     means_ = NewScratchBuffer<uint8_t>(blocks_ * step_);
     values_ = NewScratchBuffer<uint8_t>(bytes_ + kRoom);
-    indices_ = NewScratchBuffer<uint8_t>(dib.indexed() ? width_ : 0);
+    indices_ = NewScratchBuffer<uint8_t>(blocks_);
     ready_ = columns_ && sums_ && means_ && values_ && indices_;
   }
   explicit operator bool() const { return ready_; }
@@ -68,8 +68,7 @@ class Mosaic {
 
   const uint8_t* Values(int32_t y) {
     if (!dib_.indexed() || colors_.identity()) return dib_.row(y);
-    UnpackIndices(dib_.row(y), dib_.bit_count(), width_, indices_.get());
-    colors_.Decode(indices_.get(), width_, values_.get());
+    colors_.DecodeRow(dib_.row(y), 0, width_, values_.get());
     return values_.get();
   }
 

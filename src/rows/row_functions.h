@@ -127,6 +127,7 @@ struct Scatter {
   uint64_t seed;
   uint32_t area, side, before;  // `before` columns and rows come before a pixel's own
   uint32_t width, height, ring;
+  uint32_t channels, pitch;
   uint32_t x, y;
 };
 
@@ -334,8 +335,8 @@ struct RowFunctions {
                         uint8_t* to);
   // to[i] = (sums[i] + divisor / 2) / divisor, where the sums are those of `divisor` bytes
   void (*divide_sums)(const uint64_t* sums, size_t count, uint64_t divisor, uint8_t* to);
-  // Columns, and rows in the ring, of the pixels that `count` pixels become.
-  void (*scatter)(const struct Scatter& scatter, size_t count, int32_t* columns, int32_t* rows);
+  // Offsets in the ring of what `count` pixels become.
+  void (*scatter)(const struct Scatter& scatter, size_t count, int32_t* offset);
 
   // Exchanges two runs of bytes.
   void (*swap_bytes)(uint8_t* a, uint8_t* b, size_t count);

@@ -170,21 +170,28 @@ void AddPixelCases(std::vector<Case>& all) {
                    }});
   }
   for (const uint32_t area : {2u, 9u, 60u, 65535u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
-    all.push_back(
-        {"scatter, sums", [=](auto& f, auto& in, auto n, auto& o) {
-           uint32_t side = 1;
-           while (uint64_t{side} * side < area) ++side;
-           const auto width = static_cast<uint32_t>(n) + 40;
-           const simd::Scatter scatter = {
-               area * 0x100000001u, area, side, (side - 1) / 2, width, 3000, side + 2, 7, 1500};
-           auto* columns = o.template New<int32_t>(n);
-           f.scatter(scatter, n, columns, o.template New<int32_t>(n));
-           std::vector<uint64_t> sums(n);
-           for (size_t i = 0; i < n; ++i) sums[i] = in.bytes[i] * uint64_t{area};
-           f.divide_sums(sums.data(), n, area, o.New(n));
-           auto* columns16 = o.template New<uint16_t>(n);
-           f.add_bytes(in.bytes.data(), n, columns16);
-         }});
+    all.push_back({"scatter, sums", [=](auto& f, auto& in, auto n, auto& o) {
+                     uint32_t side = 1;
+                     while (uint64_t{side} * side < area) ++side;
+                     const auto width = static_cast<uint32_t>(n) + 40;
+                     const simd::Scatter scatter = {area * 0x100000001u,
+                                                    area,
+                                                    side,
+                                                    (side - 1) / 2,
+                                                    width,
+                                                    3000,
+                                                    side + 2,
+                                                    3,
+                                                    700,
+                                                    7,
+                                                    1500};
+                     f.scatter(scatter, n, o.template New<int32_t>(n));
+                     std::vector<uint64_t> sums(n);
+                     for (size_t i = 0; i < n; ++i) sums[i] = in.bytes[i] * uint64_t{area};
+                     f.divide_sums(sums.data(), n, area, o.New(n));
+                     auto* columns16 = o.template New<uint16_t>(n);
+                     f.add_bytes(in.bytes.data(), n, columns16);
+                   }});
   }
   for (const size_t block : {1, 2, 3, 5, 16, 300}) {
     all.push_back({"blocks", [=](auto& f, auto& in, auto n, auto& o) {
