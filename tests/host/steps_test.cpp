@@ -58,7 +58,7 @@ TEST(Calls, NameWhatIsWrongAndShowTheUsage) {
       {"open=1", "there is no step 'open'; there is mathopen, opencompose"},
       {"Gamacorection", "there is no step 'Gamacorection'; there is gammacorrection"},
       {"threshold=50", "there is no step 'threshold'; that is binary here"},
-      {"gr", "there is no step 'gr'; there is gray, gradientize"},
+      {"gr", "there is no step 'gr'; there is gray, granulate, gradientize"},
       {"invert=1", "invert: takes no arguments"},
       {"binary=level=3", "binary: there is no parameter 'level'"},
       {"scale=50%,size=40%", "scale: 'size' is given twice"},
