@@ -14,11 +14,19 @@ import sys
 import textwrap
 
 # Steps whose names are not those of their functions.
-FUNCTIONS = {"kernel": "omb_DoConvoluteDIB", "morph": "omb_DoKernalMorphDIB"}
+FUNCTIONS = {"coloroffset": "omb_adjustcolor", "colorgain": "omb_adjustcolor", "hsi": "omb_adjustcolor",
+             "hsl": "omb_adjustcolor", "diffuse": "omb_diffuse_seed",
+             "kernel": "omb_DoConvoluteDIB", "morph": "omb_DoKernalMorphDIB"}
 
 # Arguments of C functions that are not the parameters one by one. A plain string is a parameter.
 ARGUMENTS = {
     "binary": [{"convert": "threshold", "parameter": "threshold"}],
+    "coloroffset": [{"convert": "constant", "value": 1}, "red", "green", "blue"],
+    "colorgain": [{"convert": "constant", "value": 2}, "red", "green", "blue"],
+    "hsi": [{"convert": "constant", "value": 3}, "hue", "saturation", "intensity"],
+    "hsl": [{"convert": "constant", "value": 4}, "hue", "saturation", "lightness"],
+    "diffuse": ["area", {"convert": "seed", "parameter": "seed"}],
+    "granulate": ["width", {"convert": "square", "parameter": "height"}],
     "crop": [{"convert": "rectangle", "parameters": ["left", "top", "right", "bottom"]}],
     "edgepage": [{"convert": "page_size", "parameter": "size"}, "passes", "strength", "filter"],
     "enhancepage": [{"convert": "page_size", "parameter": "size"}, "passes", "strength",

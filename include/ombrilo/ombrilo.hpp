@@ -197,6 +197,23 @@ class Image {
     omb_adjustghms(get(), highlights, shadows1, shadows2);  // 0 means nothing to do
     return *this;
   }
+  Image& curve(const OmbPoint* points, uint32_t count, OmbChannel channel = OMB_CHANNEL_ALL) {
+    return Done(omb_curve(get(), points, count, channel), "curve");
+  }
+  Image& segmentoperation(const OmbPoint* points, uint32_t count,
+                          OmbChannel channel = OMB_CHANNEL_ALL) {
+    return Done(omb_segmentoperation(get(), points, count, channel), "segmentoperation");
+  }
+  Image& x1x2_changed(int32_t x1, int32_t x2, OmbChannel channel = OMB_CHANNEL_ALL) {
+    return Done(omb_x1x2_changed(get(), x1, x2, channel), "x1x2_changed");
+  }
+  Image& adjustcolor(OmbAdjustment mode, int32_t a, int32_t b, int32_t c) {
+    return Done(omb_adjustcolor(get(), mode, a, b, c), "adjustcolor");
+  }
+  Image& balance(int32_t red, int32_t green, int32_t blue,
+                 OmbBalanceRange range = OMB_BALANCE_MIDTONES, bool keepLight = true) {
+    return Done(omb_balance(get(), red, green, blue, range, keepLight ? 1 : 0), "balance");
+  }
 
   Image& scale(uint32_t width_in, uint32_t height_in, OmbResampling mode = OMB_RESAMPLE_BICUBIC) {
     if (width_in == width() && height_in == height()) return *this;
@@ -222,6 +239,13 @@ class Image {
   }
   Image& sobel() { return InPlace(omb_sobel, "sobel"); }
   Image& medianblur() { return InPlace(omb_medianblur, "medianblur"); }
+  Image& diffuse(uint32_t area) { return Done(omb_diffuse(get(), area), "diffuse"); }
+  Image& diffuse(uint32_t area, uint64_t seed) {
+    return Done(omb_diffuse_seed(get(), area, seed), "diffuse");
+  }
+  Image& granulate(uint32_t width, uint32_t height) {
+    return Done(omb_granulate(get(), width, height), "granulate");
+  }
 
   Image& dilate() { return InPlace(omb_dilate, "dilate"); }
   Image& erode() { return InPlace(omb_erode, "erode"); }

@@ -8,6 +8,7 @@ import math
 import numbers
 import pathlib
 import re
+import time
 from typing import TYPE_CHECKING, Any
 
 from . import _library as lib
@@ -180,6 +181,10 @@ def arguments_of(
             value = image.bits
         elif convert == "threshold" and value == -1:
             value = image.autothreshold()
+        elif convert == "seed" and value == -1:
+            value = time.time_ns()
+        elif convert == "square" and value == 0:
+            value = values["width"]
         elif convert in ("width", "height"):
             value = _size(name, image, value)[convert == "height"]
         elif convert == "page_size":
