@@ -705,7 +705,7 @@ OMB_API uint32_t omb_curve(PackedDib* dib, const OmbPoint* points, uint32_t coun
  * @see @ref tone
  *
  * A level v from x0 to x1 becomes (2 (y0 h + (v - x0) (y1 - y0)) + h) / (2 h), truncated, with
- * h = x1 - x0: the nearest whole number, halves up. Levels before the first and behind the last
+ * h = x1 - x0: the nearest whole number, halves up. Levels before the first and after the last
  * point take their y.
  */
 OMB_API uint32_t omb_segmentoperation(PackedDib* dib, const OmbPoint* points, uint32_t count,
