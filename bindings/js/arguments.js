@@ -103,6 +103,10 @@ export function argumentsOf(operation, image, given) {
         return image.bits;
       case "threshold":
         return value === -1 ? image.autothreshold() : value;
+      case "square":
+        return value === 0 ? values.width : value;
+      case "seed":
+        return BigInt(value === -1 ? Date.now() : value);
       case "width":
         return sizeOf(operation, image, value)[0];
       case "height":

@@ -260,7 +260,7 @@ export async function load(source) {
       const taken = [];
       try {
         const numbers = list.map((value) => {
-          if (typeof value === "number") return value;
+          if (typeof value === "number" || typeof value === "bigint") return value;
           taken.push(take(value.length));
           bytesAt(taken.at(-1), value.length).set(value);
           return taken.at(-1);
