@@ -1794,6 +1794,47 @@ OMB_API int32_t omb_EnhancePage(PackedDib* dib, int32_t size, int32_t passes, in
 OMB_API int32_t omb_EdgePage(PackedDib* dib, int32_t size, int32_t passes, int32_t strength,
                              int32_t mode, ...);
 
+/**
+ * Cleans pages by morphology: lines and specks by their width, and uneven light.
+ *
+ * The shape is a square, a circle (of 3 pixels a square; of 5 and 7 the records "Circle 5x5" and
+ * "Circle 7x7"), a row or a column of 3, 5 or 7 pixels. An erosion is the minimum, a dilation the
+ * maximum over the pixels of the shape, in bytes at 8 bits, whatever the color table says, and in
+ * blue, green and red apart at 24. Pixels outside the image are skipped. Erosions and dilations are
+ * repeated `iterations` times; an opening is all erosions, then all dilations, a closing the other
+ * way round.
+ *
+ * | mode | result                                                                             |
+ * |------|------------------------------------------------------------------------------------|
+ * | 0    | eroded: ink grows                                                                  |
+ * | 1    | dilated: ink shrinks                                                               |
+ * | 2    | opened: light specks and gaps go                                                   |
+ * | 3    | closed: dark specks and thin lines go                                              |
+ * | 4    | dilated - eroded: edges                                                            |
+ * | 5    | image - opened: what is light and thin                                             |
+ * | 6    | closed - image: what is dark and thin, light on black                              |
+ * | 7    | (255 * image + b / 2) / b with b = max(closed, 64), truncated: a clean background  |
+ *
+ * Mode 7 takes the closed image for the light on the paper. Light is a factor: paper becomes white,
+ * and ink is as dark in a shadow as outside it. The shape, over all iterations, must be wider than
+ * strokes are; what is wider than it counts as paper, but below 64 as ink.
+ *
+ * Modes 0 to 3 are those of omb_DoKernalMorphDIB(), except that width, height and row length are
+ * not cut to 16 bits and planes do not count. Memory is taken for the rows in reach; with n
+ * iterations and 3, 5 or 7 pixels these are n, 2 n or 3 n on either side, but not more than the
+ * image has. Row padding keeps its bytes.
+ *
+ * @param dib        the image; 8 or 24 bits
+ * @param size       0, 1 or 2 for 3, 5 or 7 pixels
+ * @param shape      0 square, 1 circle, 2 row, 3 column
+ * @param iterations how often; below 1 the image is unchanged
+ * @param mode       0 to 7
+ * @return 1; 0 for null, other depths, sizes, shapes and modes, whatever the iterations, and when
+ *         memory runs out
+ */
+OMB_API int32_t omb_MorphologicalPage(PackedDib* dib, int32_t size, int32_t shape,
+                                      int32_t iterations, int32_t mode);
+
 /** @} */
 
 /**

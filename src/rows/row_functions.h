@@ -226,6 +226,8 @@ struct RowFunctions {
   void (*subtract_saturated)(const uint8_t* from, size_t count, uint8_t* to);
   void (*subtract_from)(const uint8_t* from, size_t count, uint8_t* to);
   void (*subtract_wrapped)(const uint8_t* from, size_t count, uint8_t* to);
+  // to[i] = (255 to[i] + b / 2) / b with b = max(from[i], 64), which is no less than to[i].
+  void (*divide_by_light)(const uint8_t* from, size_t count, uint8_t* to);
 
   // The 3x3 pixels that end at a pixel (start at it) of three rows of one-bit pixels, eight to a
   // byte: outcome[0], [1] and [2] are the bytes that stand where none, all and some are 1. Reads a

@@ -371,6 +371,8 @@ constexpr Export kExports[] = {
     {"omb_DoKernalMorphDIB", MorphKernal},
     {"omb_EnhancePage", EnhancePage},
     {"omb_EdgePage", With<omb_EdgePage, Whole{0, 2}, Passes{}, Whole{0, 20}, Whole{0, 6}>},
+    {"omb_MorphologicalPage",
+     With<omb_MorphologicalPage, Whole{0, 2}, Whole{0, 3}, Passes{}, Whole{0, 7}>},
     {"omb_neuquant",
      [](PackedDib** image, Draw& draw, Digest&) -> uint64_t {
        constexpr int32_t kBits[] = {1, 4, 8, 24, 2};

@@ -1,0 +1,141 @@
+#include "morphology/element.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <tuple>
+
+#include "rows/row_functions.h"
+
+namespace ombrilo {
+
+namespace {
+
+void Pick(bool dilate, const uint8_t* const* from, size_t rows, size_t count, uint8_t* to) {
+  (dilate ? simd::Active().max_of : simd::Active().min_of)(from, rows, count, to);
+}
+
+}  // namespace
+
+Element::Element(size_t capacity, const PixelRows& rows)
+    : capacity_(capacity),
+      runs_(NewScratchBuffer<Run>(capacity_)),
+      from_(NewScratchBuffer<const uint8_t*>(2 * capacity_)),
+      picked_(NewScratchBuffer<uint8_t>(rows.row_bytes())) {}
+
+Element::Element(const KERNAL& record, const PixelRows& rows)
+    : Element(record.count < 0 ? 0 : static_cast<size_t>(record.count), rows) {
+  if (!*this) return;
+  for (size_t i = 0; i < capacity_; ++i) {
+    const int32_t dx = record.offsets[2 * i], dy = record.offsets[2 * i + 1];
+    // Always outside the image: skipped for every pixel.
+    if (std::abs(int64_t{dx}) >= rows.width || std::abs(int64_t{dy}) >= rows.height) continue;
+    Add({dy, dx, 1});
+  }
+  JoinRuns();
+  ChooseLengths();
+  ChooseShifts();
+}
+
+void Element::Prepare(bool dilate, uint8_t* row) {
+  const ptrdiff_t left = reach_.left * layout_.step;
+  const size_t all = layout_.bytes + static_cast<size_t>(left + reach_.right * layout_.step);
+  for (int i = 1; i < length_count_; ++i) {
+    const uint8_t* shorter = Level(row, i - 1) - left;
+    const ptrdiff_t apart = (lengths_[i] - lengths_[i - 1]) * layout_.step;
+    const uint8_t* from[] = {shorter, shorter + apart};
+    Pick(dilate, from, 2, all - static_cast<size_t>((lengths_[i] - 1) * layout_.step),
+         Level(row, i) - left);
+  }
+}
+
+void Element::Combine(bool dilate, uint8_t* const* rows, size_t first, size_t count, uint8_t* to) {
+  size_t reads = 0;
+  for (size_t i = 0; i < run_count_; ++i) {
+    const Run& run = runs_[i];
+    const int level = LevelOf(run.length);
+    const uint8_t* start = Level(rows[reach_.before + run.dy], level) + first;
+    from_[reads++] = start + run.dx * layout_.step;
+    if (const int32_t rest = run.length - lengths_[level]; rest != 0) {
+      from_[reads++] = start + (run.dx + rest) * layout_.step;
+    }
+  }
+  if (has_origin_) return Pick(dilate, from_.get(), reads, count, to);
+  // Where nothing moved the extreme from its start, the pixel stays.
+  Pick(dilate, from_.get(), reads, count, picked_.get());
+  std::memcpy(to, rows[reach_.before] + first, count);
+  simd::Active().copy_unless(picked_.get(), Neutral(dilate), count, to);
+}
+
+void Element::Add(const Run& run) {
+  runs_[run_count_++] = run;
+  has_origin_ = has_origin_ || (run.dy == 0 && run.dx <= 0 && run.dx + run.length > 0);
+  reach_.before = std::max(reach_.before, -run.dy);
+  reach_.after = std::max(reach_.after, run.dy);
+  reach_.left = std::max(reach_.left, -run.dx);
+  reach_.right = std::max(reach_.right, run.dx + run.length - 1);
+}
+
+// Single pixels as runs.
+void Element::JoinRuns() {
+  std::sort(runs_.get(), runs_.get() + run_count_,
+            [](const Run& a, const Run& b) { return std::tie(a.dy, a.dx) < std::tie(b.dy, b.dx); });
+  size_t kept = 0;
+  for (size_t i = 0; i < run_count_; ++i) {
+    const Run& run = runs_[i];
+    if (kept != 0 && runs_[kept - 1].dy == run.dy &&
+        run.dx <= runs_[kept - 1].dx + runs_[kept - 1].length) {
+      runs_[kept - 1].length = run.dx - runs_[kept - 1].dx + 1;
+    } else {
+      runs_[kept++] = run;
+    }
+  }
+  run_count_ = kept;
+}
+
+// Lengths in ascending order, each at most twice the one before: those of the runs and those on
+// the way there; of an element with very many, powers of two.
+void Element::ChooseLengths() {
+  int32_t longest = 1;
+  for (size_t i = 0; i < run_count_; ++i) longest = std::max(longest, runs_[i].length);
+  for (;;) {
+    const int32_t last = lengths_[length_count_ - 1];
+    int32_t next = longest;  // the next longer run
+    for (size_t i = 0; i < run_count_; ++i) {
+      if (runs_[i].length > last) next = std::min(next, runs_[i].length);
+    }
+    if (last == longest) return;
+    if (length_count_ == kMaxLengths) break;
+    lengths_[length_count_++] = next - last > last ? 2 * last : next;
+  }
+  length_count_ = 1;
+  while (lengths_[length_count_ - 1] <= longest / 2) {
+    lengths_[length_count_] = 2 * lengths_[length_count_ - 1];
+    ++length_count_;
+  }
+}
+
+void Element::ChooseShifts() {
+  for (size_t i = 0; i < run_count_; ++i) {
+    const Run& run = runs_[i];
+    const int level = LevelOf(run.length);
+    // A shift within the length leaves the row within the window's.
+    if (level != 0 && run.dx <= 0 && -run.dx < lengths_[level]) shifts_[level] = -run.dx;
+  }
+}
+
+// Where the extreme from the first pixel on over a prepared length stands. The rows are shifted
+// so that runs around the origin find theirs at the pixel itself: vectors then start where cache
+// lines do.
+uint8_t* Element::Level(uint8_t* row, int level) const {
+  const int place = level == 0 ? 0 : others_rows_ + level;
+  return row + place * layout_.pitch + shifts_[level] * layout_.step;
+}
+
+// The longest prepared length that a run has room for.
+int Element::LevelOf(int32_t length) const {
+  int level = length_count_ - 1;
+  while (lengths_[level] > length) --level;
+  return level;
+}
+
+}  // namespace ombrilo
