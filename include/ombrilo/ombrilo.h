@@ -1672,6 +1672,18 @@ enum OmbPageShape {
   OMB_SHAPE_COLUMN = 3  /**< pixels one above the other */
 };
 
+/** Operations of omb_MorphologicalPage(). */
+enum OmbPageMorphology {
+  OMB_PAGE_ERODE = 0,    /**< eroded: ink grows */
+  OMB_PAGE_DILATE = 1,   /**< dilated: ink shrinks */
+  OMB_PAGE_OPEN = 2,     /**< opened: light specks and gaps go */
+  OMB_PAGE_CLOSE = 3,    /**< closed: dark specks and thin lines go */
+  OMB_PAGE_GRADIENT = 4, /**< dilated - eroded: edges */
+  OMB_PAGE_LIGHT = 5,    /**< image - opened: what is light and thin */
+  OMB_PAGE_DARK = 6,     /**< closed - image: what is dark and thin, as light on black */
+  OMB_PAGE_CLEAN = 7     /**< image / closed: a clean background */
+};
+
 /** Filters of omb_EnhancePage(). */
 enum OmbEnhancement {
   OMB_ENHANCE_LOPASS = 0,  /**< smooths: all pixels of the square count the same */
@@ -1717,22 +1729,23 @@ enum OmbEdge {
  * | 1, #OMB_ENHANCE_HIPASS    | the same with "hipass" 3x3, 5x5, 7x7                   |
  * | 2, #OMB_ENHANCE_GAUSS     | the same with "gauss" 3x3, 5x5, 7x7                    |
  * | 3, #OMB_ENHANCE_HIGAUSS   | the same with "higauss" 5x5, 7x7, 9x9                  |
- * | 4, #OMB_ENHANCE_TONE      | as mode 5, unless toneScope is 0 or 1: then 0          |
+ * | 4, #OMB_ENHANCE_TONE      | a tone curve; as mode 5 unless toneScope is 0 or 1     |
  * | 5, #OMB_ENHANCE_UNSHARP   | the same with "unsharp" 3x3, 5x5, 7x7                  |
  * | 7, #OMB_ENHANCE_MEDIAN    | rank order in 3x3, 5x5, 7x7 at percentile 50           |
  * | 8, #OMB_ENHANCE_RANK      | rank order in 3x3, 5x5, 7x7 at any percentile          |
  *
  * @param dib        the image; 8 or 24 bits, rank order also others
  * @param size       one of ::OmbPageSize: 0 to 2
- * @param passes     how often; below 1 the image is unchanged
- * @param strength   the share of a convolution in tenths, as in omb_DoConvoluteDIB()
- * @param block      without effect
+ * @param passes     how often; below 1 the image is unchanged. Tone: percent of the effect
+ * @param strength   the share of a convolution in tenths, as in omb_DoConvoluteDIB(). Tone: what
+ *                   the curve cuts off
+ * @param block      of tone by blocks: their width and height, 16 to 32,767 pixels
  * @param percentile of mode 8: 0 (the least value) to 100 (the greatest)
  * @param mode       one of ::OmbEnhancement
- * @param toneScope  see mode 4
- * @param toneCurve  without effect
- * @return 1; 0 for null, other modes, sizes and percentiles, rows that do not fit (see Limits), and
- *         when memory runs out
+ * @param toneScope  of mode 4: one of ::OmbToneScope
+ * @param toneCurve  of mode 4 with a scope of 0 or 1: one of ::OmbToneCurve
+ * @return 1; 0 for null, other modes, sizes, percentiles, blocks and curves, rows that do not fit
+ *         (see Limits), and when memory runs out
  * @see @ref page
  *
  * Rank order: with n the number of pixels in the square, a value becomes the one at index
@@ -1741,8 +1754,50 @@ enum OmbEdge {
  * more than a row has bytes. A band of 1, 2 or 3 pixels (the half of the square) and the padding
  * keep their values.
  *
+ * Tone: 8 and 24 bits; other depths are refused. With toneScope #OMB_SCOPE_BLOCKS, equalizing is
+ * contrast-limited adaptive equalization, and whitening evens out the light of a photographed page;
+ * blocks of a fifteenth to an eighth of the page suit both. The arguments are checked first; then a
+ * `passes` below 1 and an image without columns or rows leave all as it is, with 1.
+ *
+ * - The level v of a pixel is its byte at 8 bits, whatever the color table says, and at 24 bits
+ *   (299 red + 587 green + 114 blue + 500) / 1000. It becomes
+ *   g(v) = v + (f(v) - v) * min(passes, 100) / 100. All numbers are whole; divisions truncate
+ *   toward 0, and counts have 64 bits.
+ * - 24 bits: blue, green and red are moved by g(v) - v each. If the least of them, n, is below 0
+ *   then, each becomes g + (c - g) * g / (g - n), with g for g(v); if not and the greatest, m, is
+ *   above 255, each becomes g + (c - g) * (255 - g) / (m - g). So hues stay.
+ * - f comes from the number N of levels and the number h(v) of each of them.
+ *   line(a, b) is 0 up to a, 255 from b on and (510 (v - a) + d) / (2 d), d = b - a, between them;
+ *   with a >= b it is v.
+ * - Curve #OMB_TONE_EQUALIZE: with a strength above 0, no h(v) counts more than
+ *   L = max(1, N * strength / 25600), and E is the sum of what is cut off; otherwise E is 0. With
+ *   c(v) the sum of what counts up to v, + E * (v + 1) / 256, and z the first c(v) above 0, f is
+ *   ((c(v) - z) * 255 + (N - z) / 2) / (N - z), and 0 where c(v) is 0. If z is N, there is one
+ * level and f is v. The strength is a limit in percent of the mean h; 200 to 400 are usual in
+ * blocks.
+ * - Curve #OMB_TONE_STRETCH: with q = N * max(strength, 0) / 1000, lo is the first level with more
+ *   than q at or below it and hi the last one with more than q at or above it; 256 and -1 where
+ *   there is none. f is line(lo, hi), in blocks line(min(lo, hi / 2), hi).
+ * - Curve #OMB_TONE_WHITEN: paper is the level v, from the mean (the sum of v * h(v)) / N on, with
+ *   the most levels from v - k to v + k, the lighter one on a tie; k is max(size, 0), in blocks 2.
+ *   f is line(min(lo, paper / 2), paper - paper / 8), with lo as above.
+ * - Curve #OMB_TONE_LOGARITHM: f is 0 up to 50, then 163.3133 * ln(v / 50.0) + 0.5, truncated and
+ *   at most 255; in blocks this of min(255, v * 255 / paper) instead of v. No value is nearer than
+ *   0.003 to a whole number, so that any logarithm will do.
+ * - Blocks: with b for `block`, there are max(1, (width + b / 2) / b) columns of blocks, and rows
+ *   likewise; they begin at the first stored pixel, and the last ones take the rest. Histograms are
+ *   those before the call. A block's paper is at least max(1, P / 4), where P is the paper of the
+ *   whole image with k = 2. For column x of pixels let t = 2 x + 1 - b. Below 0, the first column
+ *   of blocks counts alone; where a = t / (2 b) is the last one or beyond, that one does; otherwise
+ *   columns a and a + 1 count, the second one with the weight w = t mod (2 b) * 128 / b and the
+ * first with 256 - w (alone: 256). For stored rows likewise. The new level is (the sum of g(v) of
+ * the four blocks times both weights, + 32768) / 65536.
+ *
+ * Memory for blocks: two rows of their curves, and 6 bytes for each block.
+ *
  * @par Limits
  * - Convolutions: those of omb_DoConvoluteDIB().
+ * - Tone has none: width, height and bit count are the header's own, and planes do not count.
  * - Rank order: 24-bit images wider than 21,844 pixels are refused with 0, 8-bit images wider than
  *   65,532 do not change (1); see the next point for 65,536 and more.
  * - Rank order: width and height are @ref sizes16 "sizes of 16 bits", and so is the @ref planes
@@ -1795,42 +1850,35 @@ OMB_API int32_t omb_EdgePage(PackedDib* dib, int32_t size, int32_t passes, int32
                              int32_t mode, ...);
 
 /**
- * Cleans pages by morphology: lines and specks by their width, and uneven light.
- *
- * The shape is a square, a circle (of 3 pixels a square; of 5 and 7 the records "Circle 5x5" and
- * "Circle 7x7"), a row or a column of 3, 5 or 7 pixels. An erosion is the minimum, a dilation the
- * maximum over the pixels of the shape, in bytes at 8 bits, whatever the color table says, and in
- * blue, green and red apart at 24. Pixels outside the image are skipped. Erosions and dilations are
- * repeated `iterations` times; an opening is all erosions, then all dilations, a closing the other
- * way round.
- *
- * | mode | result                                                                             |
- * |------|------------------------------------------------------------------------------------|
- * | 0    | eroded: ink grows                                                                  |
- * | 1    | dilated: ink shrinks                                                               |
- * | 2    | opened: light specks and gaps go                                                   |
- * | 3    | closed: dark specks and thin lines go                                              |
- * | 4    | dilated - eroded: edges                                                            |
- * | 5    | image - opened: what is light and thin                                             |
- * | 6    | closed - image: what is dark and thin, light on black                              |
- * | 7    | (255 * image + b / 2) / b with b = max(closed, 64), truncated: a clean background  |
- *
- * Mode 7 takes the closed image for the light on the paper. Light is a factor: paper becomes white,
- * and ink is as dark in a shadow as outside it. The shape, over all iterations, must be wider than
- * strokes are; what is wider than it counts as paper, but below 64 as ink.
- *
- * Modes 0 to 3 are those of omb_DoKernalMorphDIB(), except that width, height and row length are
- * not cut to 16 bits and planes do not count. Memory is taken for the rows in reach; with n
- * iterations and 3, 5 or 7 pixels these are n, 2 n or 3 n on either side, but not more than the
- * image has. Row padding keeps its bytes.
+ * Grows, shrinks or takes away ink and specks by their width, or cleans an unevenly lit background.
  *
  * @param dib        the image; 8 or 24 bits
- * @param size       0, 1 or 2 for 3, 5 or 7 pixels
- * @param shape      0 square, 1 circle, 2 row, 3 column
+ * @param size       one of ::OmbPageSize: 0, 1 or 2 for shapes of 3, 5 or 7 pixels
+ * @param shape      one of ::OmbPageShape: 0 to 3
  * @param iterations how often; below 1 the image is unchanged
- * @param mode       0 to 7
+ * @param mode       one of ::OmbPageMorphology: 0 to 7
  * @return 1; 0 for null, other depths, sizes, shapes and modes, whatever the iterations, and when
  *         memory runs out
+ * @see @ref page
+ *
+ * The shape is a square, a circle (of 3 pixels a square; of 5 and 7 the records "Circle 5x5" and
+ * "Circle 7x7"), a row or a column. An erosion is the minimum, a dilation the maximum over the
+ * pixels of the shape: of bytes at 8 bits, whatever the color table says, and of blue, green and
+ * red apart at 24. Pixels outside the image are skipped. Erosions and dilations are repeated
+ * `iterations` times; an opening is all erosions, then all dilations, a closing the other way
+ * round.
+ *
+ * Mode 7 takes the closed image for the light on the paper: with b = max(closed, 64), a value
+ * becomes (255 * value + b / 2) / b, both divisions truncated. Light is a factor, so that paper
+ * becomes white, and ink is as dark in a shadow as outside it. The shape, over all iterations, must
+ * be wider than strokes are; what is wider counts as paper, but below 64 as ink.
+ *
+ * Modes 0 to 3 are those of omb_DoKernalMorphDIB(), except that width, height and row length are
+ * the image's own: they are not cut to 16 bits, and planes do not count. Row padding keeps its
+ * bytes. An image without columns or rows stays as it is: 1.
+ *
+ * Memory is taken for the rows in reach. With n iterations and 3, 5 or 7 pixels these are n, 2 n or
+ * 3 n on either side (of a row of pixels none), but not more than the image has.
  */
 OMB_API int32_t omb_MorphologicalPage(PackedDib* dib, int32_t size, int32_t shape,
                                       int32_t iterations, int32_t mode);

@@ -1,6 +1,7 @@
 // omb_EnhancePage: a choice among filters for page images.
 #include "morphology/kernal.h"
 #include "page/rank_order.h"
+#include "page/tone.h"
 
 namespace ombrilo {
 
@@ -41,10 +42,11 @@ const KERNAL* KernalOf(int32_t mode, int32_t size) {
 
 }  // namespace ombrilo
 
-int32_t omb_EnhancePage(PackedDib* image, int32_t size, int32_t p3, int32_t p4, int32_t, int32_t p6,
-                        int32_t mode, int32_t toneScope, int32_t) {
+int32_t omb_EnhancePage(PackedDib* image, int32_t size, int32_t p3, int32_t p4, int32_t p5,
+                        int32_t p6, int32_t mode, int32_t toneScope, int32_t toneCurve) {
   using namespace ombrilo;
-  if (mode == kTone && (toneScope == 0 || toneScope == 1)) return 0;
+  if (mode == kTone && toneScope == 0) return EnhanceTone(image, toneCurve, size, p3, p4);
+  if (mode == kTone && toneScope == 1) return EnhanceToneByBlocks(image, toneCurve, p5, p3, p4);
   if (size < 0 || size > 2) return 0;
   if (mode == kMedian) return RankOrder(image, size + 1, p3, 50);
   if (mode == kRank) return RankOrder(image, size + 1, p3, p6);

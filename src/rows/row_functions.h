@@ -312,6 +312,16 @@ struct RowFunctions {
   void (*roberts_magnitude)(const uint8_t* before, const uint8_t* own, ptrdiff_t step, size_t count,
                             uint8_t* to);
 
+  // Tone curves of a row of blocks, 256 levels each, in 65,536ths of 256: first * (256 - weight) +
+  // second * weight. pairs[256 j + v] holds that of block j and, above it, of block j + 1; the last
+  // block is its own neighbour.
+  void (*blend_curves)(const uint8_t* first, const uint8_t* second, int weight, size_t blocks,
+                       uint32_t* pairs);
+  // levels[i] = what a pair makes of it: (lower * (256 - weights[i]) + upper * weights[i] + 32768)
+  // >> 16
+  void (*map_between_curves)(uint8_t* levels, size_t count, const uint8_t* weights,
+                             const uint32_t* pairs);
+
   // Shows a palette network one color after the other.
   void (*learn)(const uint8_t* bgr, size_t samples, struct Neurons& neurons);
 

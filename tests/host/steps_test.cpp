@@ -177,6 +177,7 @@ TEST(Tables, EveryExportIsAStepOrNoneOnPurpose) {
   const std::map<std::string, std::string> renamed = {
       {"DoConvoluteDIB", "kernel"},
       {"DoKernalMorphDIB", "morph"},
+      {"EnhancePage", "enhancepage whiten stretch equalize logarithm"},
       {"adjustcolor", "coloroffset colorgain hsi hsl"}};
   std::istringstream none(
       "newdib freedib DIBWidth DIBHeight DIBBitCount DIBNumColors PaletteSize "
@@ -209,7 +210,8 @@ TEST(Calls, BytesThatAreNoGrayLevelsAreNotFiltered) {
   } cases[] = {{ombrilo::test::VariedColors(256, 3), "try truecolor first"},
                {std::vector<uint32_t>(256, 0x808080), "try truecolor, then gray"}};
   for (const auto& [colors, cure] : cases) {
-    for (const char* step : {"kernel=20", "enhancepage=median", "edgepage=sobel", "morph=open,1"}) {
+    for (const char* step : {"kernel=20", "enhancepage=median", "edgepage=sobel", "morph=open,1",
+                             "morphologicalpage=clean", "whiten"}) {
       ombrilo::test::TestImage built = ImageBuilder(8, 20, 20).Colors(colors).Build();
       Image image(std::exchange(*built.ref(), nullptr));
       try {
@@ -323,6 +325,12 @@ TEST(Tables, ArgumentsReachTheLibrary) {
       {"enhancepage=median", [](auto* dib) { omb_EnhancePage(dib, 1, 1, 10, 0, 0, 7, 0, 0); }},
       {"enhancepage=rank,3x3,percentile=80",
        [](auto* dib) { omb_EnhancePage(dib, 0, 1, 10, 0, 80, 8, 0, 0); }},
+      {"morphologicalpage=dark,5,column,2",
+       [](auto* dib) { omb_MorphologicalPage(dib, 1, 3, 2, 6); }},
+      {"whiten", [](auto* dib) { omb_EnhancePage(dib, 2, 100, 5, 16, 0, 4, 1, 2); }},
+      {"stretch=20,7,60", [](auto* dib) { omb_EnhancePage(dib, 2, 60, 7, 20, 0, 4, 1, 1); }},
+      {"equalize=image,0,50", [](auto* dib) { omb_EnhancePage(dib, 2, 50, 0, 0, 0, 4, 0, 0); }},
+      {"logarithm=image,80", [](auto* dib) { omb_EnhancePage(dib, 2, 80, 0, 0, 0, 4, 0, 3); }},
       {"edgepage=roberts", [](auto* dib) { omb_EdgePage(dib, 0, 1, 10, 1); }},
       {"edgepage=vertical,7x7,1,4", [](auto* dib) { omb_EdgePage(dib, 2, 1, 4, 6); }},
   };

@@ -130,7 +130,6 @@ TEST(PageFilters, RefuseUnknownSelections) {
     return omb_EnhancePage(image.get(), size, passes, 10, 0, percentile, mode, scope, 0);
   };
   for (const int mode : {-1, 4, 6, 9}) EXPECT_EQ(enhance(0, 1, 50, mode, 1), 0);
-  EXPECT_EQ(enhance(0, 1, 50, 4, 0), 0);
   for (const int mode : {-1, 4, 7}) EXPECT_EQ(omb_EdgePage(image.get(), 0, 1, 10, mode), 0);
   for (int mode = 0; mode <= 8; ++mode) {
     for (const int size : {-1, 3}) {

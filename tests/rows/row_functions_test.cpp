@@ -260,6 +260,11 @@ void AddNeighbourhoodCases(std::vector<Case>& all) {
                    f.subtract_saturated(in.from[0], n, o.New(n));
                    f.subtract_wrapped(in.from[0], n, o.New(n));
                    f.subtract_from(in.from[0], n, o.New(n));
+                   f.divide_by_light(in.from[0], n, o.New(n));
+                 }});
+  all.push_back({"tone curves", [](auto& f, auto& in, auto n, auto& o) {
+                   f.blend_curves(in.table, in.table + 1, 77, 2, o.template New<uint32_t>(512));
+                   f.map_between_curves(o.Copy(in.from[0], n), n, in.from[1], in.colors);
                  }});
   for (const size_t taps : {1, 2, 5}) {
     all.push_back({"weigh_rows, columns", [=](auto& f, auto& in, auto n, auto& o) {

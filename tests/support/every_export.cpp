@@ -293,9 +293,18 @@ uint64_t MorphKernal(PackedDib** image, Draw& draw, Digest&) {
 uint64_t EnhancePage(PackedDib** image, Draw& draw, Digest&) {
   const int32_t size = draw.Whole(0, 2), passes = Passes().From(draw), strength = draw.Whole(0, 20);
   const int32_t percentile = draw.Whole(0, 100), mode = draw.Whole(0, 8);
-  return static_cast<uint64_t>(omb_EnhancePage(*image, size, passes, strength, draw.Whole(0, 9),
-                                               percentile, mode, draw.Whole(0, 3),
-                                               draw.Whole(0, 9)));
+  const int32_t block = draw.Whole(0, 9), scope = draw.Whole(0, 3), curve = draw.Whole(0, 9);
+  if (mode == 4 && (scope == 0 || scope == 1)) return 0;  // EnhanceTone() draws better
+  return static_cast<uint64_t>(
+      omb_EnhancePage(*image, size, passes, strength, block, percentile, mode, scope, curve));
+}
+
+uint64_t EnhanceTone(PackedDib** image, Draw& draw, Digest&) {
+  const int32_t size = draw.Whole(-1, 9), percent = draw.Whole(0, 120);
+  const int32_t strength = draw.Whole(-2, 900), block = draw.Whole(15, 40);
+  const int32_t scope = draw.Whole(0, 1), curve = draw.Whole(0, 3);
+  return static_cast<uint64_t>(
+      omb_EnhancePage(*image, size, percent, strength, block, 0, 4, scope, curve));
 }
 
 constexpr Export kExports[] = {
@@ -370,6 +379,7 @@ constexpr Export kExports[] = {
     {"omb_tophat", With<omb_tophat>},
     {"omb_DoKernalMorphDIB", MorphKernal},
     {"omb_EnhancePage", EnhancePage},
+    {"omb_EnhancePage, tone", EnhanceTone},
     {"omb_EdgePage", With<omb_EdgePage, Whole{0, 2}, Passes{}, Whole{0, 20}, Whole{0, 6}>},
     {"omb_MorphologicalPage",
      With<omb_MorphologicalPage, Whole{0, 2}, Whole{0, 3}, Passes{}, Whole{0, 7}>},
