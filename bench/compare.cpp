@@ -105,6 +105,15 @@ void Replacing(const std::string& row, const PackedDib* image,
   Add(std::move(added));
 }
 
+void OnFreshCopies(const std::string& row, const PackedDib* image,
+                   std::function<void(PackedDib*)> ours, Peer peer) {
+  auto mine = std::make_shared<Image>();
+  Row added = {row, Pixels(image), 2 * RowBytes(image), std::move(peer)};
+  added.prepare = [=] { *mine = Copy(image); };
+  added.ours = [=] { ours(mine->get()); };
+  Add(std::move(added));
+}
+
 void Compare(const std::string& row, double pixels, std::function<void()> ours,
              const std::string& peer_name, std::function<void()> peer) {
   ComparePrepared(row, pixels, nullptr, std::move(ours), peer_name, std::move(peer));

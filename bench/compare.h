@@ -42,6 +42,10 @@ void Replacing(const std::string& row, const PackedDib* image,
                std::function<void(PackedDib**)> ours, Peer peer = {},
                std::optional<Agreement> agreement = {});
 
+// One in place whose work depends on the image: each call gets a fresh copy, which is not measured.
+void OnFreshCopies(const std::string& row, const PackedDib* image,
+                   std::function<void(PackedDib*)> ours, Peer peer = {});
+
 // Any other row. `pixels` is the work of one call; `prepare` runs before each call of ours, outside
 // the measured time.
 void Compare(const std::string& row, double pixels, std::function<void()> ours,

@@ -63,9 +63,73 @@ std::function<void()> Magnitude(const PackedDib* image, bool sobel) {
 
 #endif
 
+// Squares, and what each mode is in OpenCV. To clean, the background is divided out.
+void AddMorphologyRows(const std::string& input, const PackedDib* image) {
+  constexpr std::pair<int, const char*> kModes[] = {
+      {2, "open"}, {4, "gradient"}, {5, "light"}, {7, "clean"}};
+  for (const auto& [mode, name] : kModes) {
+    for (const int size : {0, 2}) {
+      [[maybe_unused]] const int side = 3 + 2 * size;
+      const auto ours = [=, mode = mode](PackedDib* dib) {
+        omb_MorphologicalPage(dib, size, 0, 1, mode);
+      };
+      Peer peer;
+#ifdef OMBRILO_HAVE_OPENCV
+      const cv::Mat square = cv::getStructuringElement(cv::MORPH_RECT, {side, side});
+      const int operation = mode == 2   ? cv::MORPH_OPEN
+                            : mode == 4 ? cv::MORPH_GRADIENT
+                            : mode == 5 ? cv::MORPH_TOPHAT
+                                        : cv::MORPH_CLOSE;
+      const std::string call = mode == 7 ? "morphologyEx, max, divide" : "morphologyEx";
+      peer = OntoMat(call, image, [=, mode = mode](const cv::Mat& from, cv::Mat& to) {
+        cv::morphologyEx(from, to, operation, square);
+        if (mode != 7) return;
+        cv::max(to, 64, to);
+        cv::divide(from, to, to, 255);
+      });
+#endif
+      const std::string row = std::string("morphologicalpage ") + name + " " +
+                              std::to_string(side) + "x" + std::to_string(side) + ", " + input;
+      // Results are made of an image that they replace: only a fresh one is the same work.
+      OnFreshCopies(row, image, ours, peer);
+    }
+  }
+}
+
+// Curve 0 equalizes, 2 whitens; blocks of a twelfth of the width.
+void AddToneRows(const std::string& input, const PackedDib* image) {
+  const int block = static_cast<int>(omb_DIBWidth(image)) / 12;
+  const auto tone = [=](int scope, int curve, int strength) {
+    return
+        [=](PackedDib* dib) { omb_EnhancePage(dib, 2, 100, strength, block, 0, 4, scope, curve); };
+  };
+  Peer whole, adaptive, normalized;
+  if (omb_DIBBitCount(image) == 8) {
+    whole = WITH_OPENCV(OntoMat("equalizeHist", image, [](const cv::Mat& from, cv::Mat& to) {
+      cv::equalizeHist(from, to);
+    }));
+#ifdef OMBRILO_HAVE_OPENCV
+    const int columns = 12, rows = static_cast<int>(omb_DIBHeight(image)) / block;
+    const cv::Ptr<cv::CLAHE> clahe = cv::createCLAHE(3, {columns, rows});
+    adaptive =
+        OntoMat("CLAHE", image, [=](const cv::Mat& from, cv::Mat& to) { clahe->apply(from, to); });
+#endif
+  }
+  normalized = WITH_LEPTONICA(OnPix("pixBackgroundNormSimple", image, [](PIX* pix) -> PIX* {
+    return pixBackgroundNormSimple(pix, nullptr, nullptr);
+  }));
+  OnFreshCopies("equalize, " + input, image, tone(0, 0, 0), whole);
+  OnFreshCopies("equalize by blocks, " + input, image, tone(1, 0, 300), adaptive);
+  OnFreshCopies("whiten by blocks, " + input, image, tone(1, 2, 5), normalized);
+}
+
 }  // namespace
 
 void AddPageRows() {
+  for (const auto& [input, image] : {std::pair{"photo", Photo24()}, {"page 8", Page8()}}) {
+    AddMorphologyRows(input, image);
+    AddToneRows(input, image);
+  }
   for (const auto& [input, image] : {std::pair{"photo", Photo24()}, {"page", Page8()}}) {
     for (int size = 0; size <= 2; ++size) {
       const int n = 3 + 2 * size;
