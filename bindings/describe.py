@@ -35,6 +35,7 @@ ARGUMENTS = {
     "kernel": [{"convert": "kernel", "parameter": "name"}, "passes", "strength"],
     "morph": [{"convert": "depth"}, "operation", {"convert": "kernel", "parameter": "shape"},
               "iterations"],
+    "morphologicalpage": ["size", "shape", "iterations", "operation"],
     "pseudocolor": [{"convert": "ramp", "parameter": "ramp"}],
     "resize": [{"convert": "width", "parameter": "size"}, {"convert": "height", "parameter": "size"},
                "filter"],

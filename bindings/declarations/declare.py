@@ -14,6 +14,7 @@ BASE = {  # C type without const and *: Pascal, C#
     'uint16_t': ('Word', 'ushort'), 'uint8_t': ('Byte', 'byte'), 'int': ('Integer', 'int'),
     'float': ('Single', 'float'), 'double': ('Double', 'double'), 'char': ('AnsiChar', 'byte'),
     'uint64_t': ('UInt64', 'ulong'), 'uintptr_t': ('NativeUInt', 'UIntPtr'),
+    'intptr_t': ('NativeInt', 'IntPtr'), 'ptrdiff_t': ('NativeInt', 'IntPtr'),
 }
 PASCAL_WORDS = {'type', 'begin', 'end', 'to', 'of', 'in', 'mod', 'file', 'set', 'array', 'string'}
 CSHARP_WORDS = {'in', 'out', 'ref', 'is', 'as', 'params', 'object', 'fixed', 'base', 'checked'}

@@ -206,7 +206,7 @@ for what in man bash zsh fish; do
   [ $what != bash ] || check bash -n out.txt
 done
 expect 0 '' list
-steps=$(sed -n 's/^  \([A-Za-z]*\).*/\1/p' out.txt)
+steps=$(sed -n 's/^  \([A-Za-z0-9_]*\).*/\1/p' out.txt)
 check test -n "$steps"
 expect 0 '' list --json
 check test "$(python3 -c 'import json; print(*(s["name"] for s in json.load(open("out.txt"))["steps"]))')" = \
