@@ -89,7 +89,8 @@ TEST(Granulate, EveryPixelIsTheMeanOfItsBlock) {
   constexpr int kBlocks[][2] = {{1, 1}, {2, 2}, {3, 5}, {16, 7}, {1, 300}, {300, 1}, {9999, 9999}};
   ForVariedImages([&](const TestImage& image) {
     const Naive naive(image);
-    for (const auto& [width, height] : kBlocks) {
+    for (const auto& block : kBlocks) {
+      const int width = block[0], height = block[1];
       std::vector<Bgr> means(naive.pixels.size());
       for (int top = 0; top < naive.height; top += height) {
         for (int left = 0; left < naive.width; left += width) {

@@ -351,7 +351,8 @@ void AddResamplingCases(std::vector<Case>& all) {
                                        {3, 13}}) {
     for (const bool one_row : {true, false}) {
       all.push_back(
-          {"sampling", [=](auto& f, auto& in, auto n, auto& o) {
+          {"sampling",
+           [one_row, channels = channels, step = step](auto& f, auto& in, auto n, auto& o) {
              if (n == 0) return;
              const auto wide = static_cast<size_t>(channels);
              std::vector<int32_t> offsets(n + simd::kRunPadding);

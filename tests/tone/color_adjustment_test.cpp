@@ -139,7 +139,8 @@ constexpr int kAdjustments[][4] = {
     {4, 61, 100, -100}, {4, -300, -100, 5}, {4, 1, -1, -99}};
 
 TEST(AdjustColor, EachColorByItself) {
-  for (const auto& [mode, a, b, c] : kAdjustments) {
+  for (const auto& adjustment : kAdjustments) {
+    const int mode = adjustment[0], a = adjustment[1], b = adjustment[2], c = adjustment[3];
     const auto number = static_cast<uint32_t>(mode);
     ExpectColors([&](PackedDib* dib) { return omb_adjustcolor(dib, number, a, b, c); },
                  [&](const Color& bgr) { return Adjusted(bgr, mode, a, b, c); },
@@ -181,7 +182,8 @@ TEST(AdjustColor, RefusalsAndNothingToDo) {
   for (const int bits : {8, 24, 32}) {
     TestImage image = ImageBuilder(bits, 9, 2).Pixels(Noise(256, 1)).Build();
     const std::vector<uint8_t> before = image.Bytes();
-    for (const auto& [mode, a, b, c] : kWrong) {
+    for (const auto& row : kWrong) {
+      const int mode = row[0], a = row[1], b = row[2], c = row[3];
       EXPECT_EQ(omb_adjustcolor(image.get(), static_cast<uint32_t>(mode), a, b, c), 0u) << mode;
     }
     EXPECT_EQ(omb_adjustcolor(image.get(), OMB_ADJUST_HSI, 0, 0, 0), bits != 32);

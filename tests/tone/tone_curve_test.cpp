@@ -150,7 +150,8 @@ TEST(ToneCurve, EveryLevelOfTheChannelGoesThroughIt) {
   }
   constexpr int kSliders[][2] = {{0, 255}, {40, 200},  {7, 8},   {7, 9},
                                  {0, 0},   {255, 255}, {200, 40}};
-  for (const auto& [x1, x2] : kSliders) {
+  for (const auto& sliders : kSliders) {
+    const int x1 = sliders[0], x2 = sliders[1];
     Points points = {{std::min(x1, x2), x1 <= x2 ? 0 : 255},
                      {std::max(x1, x2), x1 <= x2 ? 255 : 0}};
     if (x1 == x2) points = x1 == 0 ? Points{{0, 255}} : Points{{x1 - 1, 0}, {x1, 255}};
