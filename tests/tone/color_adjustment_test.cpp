@@ -199,7 +199,7 @@ TEST(AdjustColor, RefusalsAndNothingToDo) {
 TEST(Balance, EachColorByItself) {
   constexpr Color kAmounts[] = {{100, -100, 33}, {-1, 2, 99}, {-100, -100, 100}, {0, 0, -7}};
   for (const Color& amounts : kAmounts) {
-    const auto [blue, green, red] = amounts;
+    const int blue = amounts[0], green = amounts[1], red = amounts[2];
     for (uint32_t range = 0; range < 4; ++range) {
       for (const uint32_t keep : {0u, 1u, 0x80000000u}) {
         ExpectColors(
