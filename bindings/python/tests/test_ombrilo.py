@@ -103,8 +103,10 @@ def test_every_operation_gives_what_omb_gives(tmp_path):
         if name == "diffuse":
             continue  # never the same twice
         before = [] if 24 in operation["depths"] else ["gray"]
-        values = {}
+        values, named = {}, {p["name"]: p for p in operation["parameters"]}
         for parameter, value in zip(operation["parameters"], text.split(",") if text else []):
+            if value.partition("=")[0] in named:
+                parameter, value = named[value.partition("=")[0]], value.partition("=")[2]
             if value:
                 numeric = parameter["type"] in ("integer", "number") and value not in [
                     v["name"] for v in parameter.get("values", [])]
