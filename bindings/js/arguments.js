@@ -82,6 +82,25 @@ function rampOf(image, number) {
   return table;
 }
 
+/** The threshold that parts dark from light best (N. Otsu, 1979), as `omb` takes it. */
+function otsu(image) {
+  const counts = image.histogram("gray");
+  let total = 0, whole = 0, dark = 0, darkSum = 0, best = 0, threshold = 127;
+  counts.forEach((n, level) => { total += n; whole += n * level; });
+  for (let level = 0; level < 255; ++level) {
+    dark += counts[level];
+    darkSum += counts[level] * level;
+    if (dark === 0 || dark === total) continue;
+    const difference = darkSum / dark - (whole - darkSum) / (total - dark);
+    const variance = dark * (total - dark) * difference * difference;
+    if (variance <= best) continue;
+    best = variance;
+    threshold = level;
+  }
+  // Above 128 the library takes the threshold itself for light.
+  return threshold < 128 ? threshold : threshold + 1;
+}
+
 /** The values by name, and the C function's arguments: numbers, or arrays that go to memory. */
 export function argumentsOf(operation, image, given) {
   const unknown = Object.keys(given).find((k) => !operation.parameters.some((p) => p.name === k));
@@ -102,7 +121,7 @@ export function argumentsOf(operation, image, given) {
       case "depth":
         return image.bits;
       case "threshold":
-        return value === -1 ? image.autothreshold() : value;
+        return value === -1 ? image.autothreshold() : value === -2 ? otsu(image) : value;
       case "square":
         return value === 0 ? values.width : value;
       case "seed":

@@ -165,6 +165,25 @@ def _ramp(image: Image, number: int) -> Any:
     return bytes(table)
 
 
+def _otsu(image: Image) -> int:
+    """The threshold that parts dark from light best (N. Otsu, 1979), as `omb` takes it."""
+    counts = image.histogram("gray")
+    total, whole = sum(counts), sum(level * n for level, n in enumerate(counts))
+    dark = dark_sum = best = 0.0
+    threshold = 127
+    for level, count in enumerate(counts[:255]):
+        dark += count
+        dark_sum += count * level
+        if dark in (0, total):
+            continue
+        difference = dark_sum / dark - (whole - dark_sum) / (total - dark)
+        variance = dark * (total - dark) * difference * difference
+        if variance > best:
+            best, threshold = variance, level
+    # Above 128 the library takes the threshold itself for light.
+    return threshold if threshold < 128 else threshold + 1
+
+
 def arguments_of(
     operation: dict[str, Any], image: Image, given: dict[str, object]
 ) -> tuple[dict[str, Any], list[Any]]:
@@ -179,8 +198,8 @@ def arguments_of(
             value = argument["value"]
         elif convert == "depth":
             value = image.bits
-        elif convert == "threshold" and value == -1:
-            value = image.autothreshold()
+        elif convert == "threshold" and value < 0:
+            value = image.autothreshold() if value == -1 else _otsu(image)
         elif convert == "seed" and value == -1:
             value = time.time_ns()
         elif convert == "square" and value == 0:
