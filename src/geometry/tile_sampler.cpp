@@ -22,8 +22,9 @@ TileSampler::TileSampler(Sampler& sampler, int32_t columns_ahead, int32_t rows_a
       // With neighbours, up to 7 columns before the tile's, and one after the image's.
       decoded_pitch_((std::min(kSpan, sampler.width()) + 16) * sampler.channels()),
       memory_(sizeof(Work) + static_cast<size_t>(decoded_rows_ * decoded_pitch_)),
-      work_(*reinterpret_cast<Work*>(memory_.get())),
-      decoded_(memory_.get() + sizeof(Work)) {
+      work_(reinterpret_cast<Work*>(memory_.get())),
+      decoded_(memory_ ? memory_.get() + sizeof(Work) : nullptr) {
+  if (!memory_) return;
   const DibView& source = sampler.source();
   const bool in_place = sampler.in_place();
   const int32_t before = sampler.before(), channels = sampler.channels();
@@ -32,7 +33,7 @@ TileSampler::TileSampler(Sampler& sampler, int32_t columns_ahead, int32_t rows_a
            // The only row of an image is the one above it too.
            source.height() == 1 ? 0 : pitch};
   places_ = {in_place ? source.rows() : decoded_,
-             pitch * (in_place ? source.height() : decoded_rows_), work_.offset, channels, false};
+             pitch * (in_place ? source.height() : decoded_rows_), work_->offset, channels, false};
   ahead_ = ptrdiff_t{rows_ahead} * pitch + columns_ahead * channels;
 }
 
@@ -52,8 +53,8 @@ void TileSampler::Begin(Span columns, Span rows) {
 
 void TileSampler::Sample(const Positions& at, int32_t x, int32_t y, int32_t count, uint8_t* row) {
   const auto n = static_cast<size_t>(count);
-  uint8_t* const to = sampler_.in_place() ? row + int64_t{x} * sampler_.channels() : work_.sampled;
-  const bool inside = functions_.find_places(area_, at.column, at.row, n, work_.offset);
+  uint8_t* const to = sampler_.in_place() ? row + int64_t{x} * sampler_.channels() : work_->sampled;
+  const bool inside = functions_.find_places(area_, at.column, at.row, n, work_->offset);
   if (sampler_.in_place()) ReadAhead(n);
   switch (sampler_.mode()) {
     case kPoint:
@@ -69,7 +70,7 @@ void TileSampler::Sample(const Positions& at, int32_t x, int32_t y, int32_t coun
       Bicubic(at, inside, x, y, count, to);
       break;
   }
-  if (to == work_.sampled) sampler_.Encode(to, x, count, row);
+  if (to == work_->sampled) sampler_.Encode(to, x, count, row);
 }
 
 void TileSampler::ReadAhead(size_t count) const {
@@ -77,14 +78,14 @@ void TileSampler::ReadAhead(size_t count) const {
   const uintptr_t rows = reinterpret_cast<uintptr_t>(places_.base) + static_cast<uintptr_t>(ahead_);
   for (size_t i = 0; i < count; i += 8) {
     __builtin_prefetch(
-        reinterpret_cast<const void*>(rows + static_cast<uintptr_t>(work_.offset[i])));
+        reinterpret_cast<const void*>(rows + static_cast<uintptr_t>(work_->offset[i])));
   }
 }
 
 void TileSampler::Bicubic(const Positions& at, bool inside, int32_t x, int32_t y, int32_t count,
                           uint8_t* to) {
   const auto n = static_cast<size_t>(count);
-  Work& w = work_;
+  Work& w = *work_;
   float* const across[4] = {w.across[0], w.across[1], w.across[2], w.across[3]};
   float* const down[4] = {w.down[0], w.down[1], w.down[2], w.down[3]};
   functions_.cubic_weights(at.dx, n, across);

@@ -48,7 +48,7 @@ class TileSampler {
   const Span columns_, rows_;  // where the source can be sampled
   const int32_t decoded_rows_, decoded_pitch_;
   AlignedScratch memory_;
-  Work& work_;
+  Work* const work_;
   uint8_t* const decoded_;  // what the tile reads, unless that is done in place
   simd::PixelPlaces places_;
   simd::SampledArea area_;

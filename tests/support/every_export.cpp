@@ -176,9 +176,9 @@ uint64_t Pseudocolor(PackedDib** image, Draw& draw, Digest&) {
 template <auto kFunction>
 uint64_t Curve(PackedDib** image, Draw& draw, Digest& digest) {
   std::vector<OmbPoint> points;
-  const int32_t step = draw.Whole(30, 60);
-  for (int32_t x = draw.Whole(0, 60); x < 256 && points.size() < 7; x += step) {
-    points.push_back({x, draw.Whole(0, 255)});
+  const int64_t step = draw.Whole(30, 60);  // far values add up to more than 32 bits
+  for (int64_t x = draw.Whole(0, 60); x < 256 && points.size() < 7; x += step) {
+    points.push_back({static_cast<int32_t>(x), draw.Whole(0, 255)});
   }
   const auto count = static_cast<uint32_t>(points.size());
   uint8_t curve[256] = {};
