@@ -198,7 +198,7 @@ def arguments_of(
             value = argument["value"]
         elif convert == "depth":
             value = image.bits
-        elif convert == "threshold" and value < 0:
+        elif convert == "threshold" and value in (-1, -2):
             value = image.autothreshold() if value == -1 else _otsu(image)
         elif convert == "seed" and value == -1:
             value = time.time_ns()
