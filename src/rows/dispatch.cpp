@@ -9,7 +9,7 @@ extern const RowFunctions kPlain, kSimd128, kAvx2, kAvx512;
 
 namespace {
 
-// Set once to the same value by whoever comes first, so a race is harmless.
+// Every thread that finds it null stores the same value, so a race is harmless.
 std::atomic<const RowFunctions*> active{nullptr};
 
 const RowFunctions* Widest() {
@@ -27,7 +27,7 @@ const RowFunctions* const* Supported() {
                                                      {&kPlain, &kSimd128, &kAvx2},
                                                      {&kPlain, &kSimd128, &kAvx2, &kAvx512}};
   if (!__builtin_cpu_supports("sse4.1")) return kUpTo[0];
-  // These checks include the operating system's: it has to save the wide registers.
+  // These checks include the operating system, which has to save the wide registers.
   if (!__builtin_cpu_supports("avx2")) return kUpTo[1];
   const bool avx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
                       __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi");

@@ -1,5 +1,5 @@
-// Row functions: bytes in, bytes out. They know nothing of images, allocate nothing and never touch
-// a byte outside the counts they are given.
+// Row functions: bytes in, bytes out. They know nothing of images, allocate nothing and touch only
+// the bytes that their counts cover, unless it says otherwise below.
 //
 // One source (row_functions.inc) is compiled once per instruction set. Each copy fills one table,
 // and the first use picks the widest one that the processor and the operating system support.
@@ -12,7 +12,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-// What every build has to have for the same bytes.
+// What a build needs to give the same bytes as all others.
 #if __FLT_EVAL_METHOD__ != 0
 #error "Floating point has to be computed as written: on 32-bit x86 with -msse2 -mfpmath=sse."
 #endif
@@ -28,46 +28,47 @@ enum ConvolutionFinish {
   kFinishClamp,       // sum + offset
   kFinishReciprocal,  // sum / divisor, by multiplication
   kFinishI16,         // sum / divisor, blended, + bias, in 16 bits with sign
-  kFinishFloat,       // the same in single precision that is exact enough
+  kFinishFloat,       // the same in single precision, where that is exact enough
   kFinishExact,       // the same in wrapping 32-bit integers
 };
 
-// Rows that are summed with weights, ordered by these: each run stands for so many rows that are
-// added and so many that are subtracted behind them, the sum of which is multiplied.
+// Rows to be summed with weights, grouped by weight. A run takes the next `plus` rows, which are
+// added, and the `minus` rows after them, which are subtracted; the weight multiplies the result.
 struct WeightRun {
-  enum { kMost = 128 };  // rows added, and rows subtracted
+  enum { kMost = 128 };  // limit of `plus` and of `minus`
   int32_t weight;
   uint32_t plus, minus;
 };
 struct Taps {
-  const uint8_t* const* from;  // each from its own first neighbour on
+  const uint8_t* const* from;  // each row starts at its own first neighbour
   const struct WeightRun* runs;
   size_t run_count;
 };
 
-// A row of weighted sums of rows. Sums wrap: at 16 bits where that holds them, otherwise at 32.
+// A row of bytes made of weighted sums of rows. Sums wrap at 32 bits, or at 16 where they fit.
 struct Convolution {
   struct Taps bytes;
-  struct Taps sums;  // rows that `weigh` made, which only 16-bit convolutions take
+  struct Taps sums;  // rows that `weigh` made; for 16-bit sums only
 
   bool wide;  // 32-bit sums
   enum ConvolutionFinish finish;
-  const int16_t* offset;       // kFinishClamp: of the bytes 0, 2, 4, ..., kConvolutionOffsets
-  int32_t lowest;              // 16-bit sums, other finishes: 0 minus the least sum
+  const int16_t* offset;       // kFinishClamp: kConvolutionOffsets of them, for bytes 0, 2, 4, ...
+  int32_t lowest;              // 16-bit sums, other finishes: -(the least sum), added to all
   uint16_t highest;            // kFinishReciprocal: quotients of larger sums exceed 255
   uint16_t multiplier, shift;  // also kFinishI16: n * multiplier >> 16 >> shift = n / divisor
   int32_t divisor;             // 0: no division
-  int32_t strength;            // 10: no blending
+  int32_t strength;            // tenths of the result to blend with `own`; 10: no blending
   int32_t bias;
-  const uint8_t* own;  // what results are blended with
+  const uint8_t* own;  // the row before the convolution
 };
 
 enum {
-  kConvolutionOffsets = 34,  // a vector's u16, from any of three colors on
-  kConvolutionBlock = 128,   // a multiple of what is computed at a time
+  kConvolutionOffsets = 34,  // a vector of them, from any of the three channels on
+  kConvolutionBlock = 128,   // a multiple of the bytes computed at a time
 };
 
-// Rows of convolutions and Sobel edges can be read so many bytes on from any of their bytes.
+// Source rows of convolutions and Sobel edges must be readable this many bytes on from any of their
+// bytes.
 enum { kReadAhead = kConvolutionBlock };
 
 // A palette network while it learns.
@@ -80,52 +81,53 @@ struct Neurons {
   size_t reach;                                   // neurons on each side that have a rate
 };
 
-// A palette for searches, with what they have found out about it: lists of the entries that can be
-// the nearest one to a color in some cell of color space.
+// A palette to be searched, with what searches have found out so far: for cells of color space, a
+// list of the entries that may be nearest to some color in the cell.
 //
-// An entry is a u32: blue, green, red and, on top, its number. A list is a u32: where in the pool
-// it starts, times 256, and its length less 1; 0 before it is known. The first list in the pool is
-// the palette, and `used` starts behind it.
+// An entry is a u32: blue, green, red and, in the top byte, its number. A list is a u32: its place
+// in the pool times 256, plus its length less 1; 0 while it is not known. The pool begins with the
+// palette itself.
 struct PaletteLists {
   enum { kPool = 1 << 17 };
-  uint32_t count;      // of the palette's entries; 2 at least
-  uint32_t used;       // of the pool
-  uint32_t forgotten;  // how often the pool was full and begun anew
+  uint32_t count;      // entries of the palette, at least 2
+  uint32_t used;       // entries in the pool, the palette's included
+  uint32_t forgotten;  // how often the pool was full and all lists were dropped
   uint32_t pool[kPool];
 };
-// Cells are 64 wide, then 32 and so on to 8 or 4: 8^2 + 8^3 + ...
+// Cells are 64 wide, 32 wide and so on down to 8 (by squares) or 4 (by sums): 8^2 + 8^3 + ...
+// lists.
 struct SquaresLists : PaletteLists {
   uint32_t lists[37440];
 };
 struct SumsLists : PaletteLists {
   uint32_t lists[299584];
-  int32_t start[256];  // the number from which a green's search goes up and down
+  int32_t start[256];  // by green: where the search order starts; see find_by_sums
 };
 
-// Rows of three-byte colors, `stride` bytes apart, a multiple of 4, that error diffusion goes
-// through. In each a color becomes that of seen[number], where the number is found by sums. Of the
-// error, 3/8 go to the right neighbour, 3/8 to the pixel in the row before and 2/8 to the right
-// neighbour of that; the last pixel of a row gets nothing from its left. Rows before, with their
-// shares of errors, are found once more.
+// Error diffusion through rows of three-byte colors that are `stride` bytes apart, a multiple of 4.
+// A color becomes seen[number], where the number is found by sums. Of the error, 3/8 go to the
+// right neighbour, 3/8 to the pixel in the same column of the row before and 2/8 to the right
+// neighbour of that; the last pixel of a row gets nothing from its left. The row before, which then
+// has all its shares, is searched once more: that gives its numbers.
 struct Diffusion {
   const uint32_t* seen;
   const uint8_t* rows;
   size_t stride, width, count;
-  uint32_t* before;  // the row before the first one; becomes the last row's colors, as u32
+  uint32_t* before;  // colors of the row before the first, as u32; then those of the last row
   uint8_t* numbers;  // numbers[k * width ...] of the row before row k
 };
 
 enum { kPlanesRoom = 64 };  // see rank_of_planes
 
-// Counters of a histogram's set: 256 and some room, as counters of two sets that stand a multiple
-// of 4 KiB apart would wait for each other.
+// The counters of one set of a histogram: 256, and some room so that those of different sets are
+// not a multiple of 4 KiB apart, where they would wait for each other.
 enum { kCounters = 272 };
 
-// Random neighbours of the pixels from (x, y) on; see omb_diffuse_seed(). Rows are numbers of
-// copies in a ring that holds `ring` rows in turn.
+// Random neighbours of the pixels from (x, y) on; see omb_diffuse_seed(). They are taken from
+// copies of rows: row y is at y % ring.
 struct Scatter {
   uint64_t seed;
-  uint32_t area, side, before;  // `before` columns and rows come before a pixel's own
+  uint32_t area, side, before;  // `before` of the `side` columns and rows come before a pixel's own
   uint32_t width, height, ring;
   uint32_t channels, pitch;
   uint32_t x, y;
@@ -138,41 +140,42 @@ struct ChannelBits {
   int down, up;  // 0 to 31
 };
 
-// Weights of two neighbouring taps of a resized pixel, in units of 2^-kTapBits: the lower
-// kTapLowBits bits of both, the first one's lowest, and what is above these, with its sign.
+// Weights of two neighbouring taps of a resized pixel, in units of 2^-kTapBits, as two i16 each: in
+// `low` the lower kTapLowBits bits of both, in `high` the remaining ones with the sign. The lower
+// half of each u32 is the first tap's.
 struct TapPair {
   uint32_t low, high;
 };
-// A new pixel of a row that is resized.
+// The taps of one new pixel of a row.
 struct ColumnTaps {
-  uint32_t first, count;  // pixels of the source
+  uint32_t first, count;  // source pixels
   size_t first_pair;
 };
 enum {
   kTapBits = 22,
   kTapLowBits = 15,
-  kTapRows = 64,  // rows that are resized at a time
+  kTapRows = 64,  // rows resized across at a time
 };
 
-enum { kRunPadding = 16 };  // pixels that are resampled at a time, at most
+enum { kRunPadding = 16 };  // the most pixels that are resampled at a time
 
 // Where the pixels of a run are: pixel i starts at base[offset[i]].
 struct PixelPlaces {
   const uint8_t* base;
-  int32_t bytes;  // that can be read from the base on
+  int32_t bytes;  // readable from the base on
   const int32_t* offset;
   int channels;  // bytes of a pixel: 1 or 3
-  bool one_row;  // offsets ascend, and the first of values down the rows serves all pixels
+  bool one_row;  // offsets ascend, and all pixels share the first vertical distance or weights
 };
 
-// Pixels that can be sampled, and how they lie: `pitch` bytes from row to row.
+// The pixels that can be sampled; rows are `pitch` bytes apart.
 struct SampledArea {
   int32_t column_low, column_high, row_low, row_high;
   int32_t first_column, first_row;  // of the pixel at offset 0
   int32_t channels, pitch;
 };
 
-// An axis of the source along a row of a turned image.
+// A source coordinate along a row of a turned image.
 struct TurnedAxis {
   float step, origin, center;
 };
@@ -185,15 +188,15 @@ struct RowFunctions {
   // bytes[i] = table[bytes[i]]; the table has 256 entries
   void (*apply_table)(uint8_t* bytes, size_t count, const uint8_t* table);
 
-  // One byte per pixel out of packed pixels, and back. Packing uses the low bit or nibble of each
-  // index and keeps the bits behind the last pixel of a partly filled byte.
+  // Packed pixels to one byte per pixel, and back. Packing uses the low bit or nibble of each index
+  // and keeps the bits after the last pixel of a partly filled byte.
   void (*unpack1)(const uint8_t* row, size_t pixels, uint8_t* indices);
   void (*unpack4)(const uint8_t* row, size_t pixels, uint8_t* indices);
   void (*pack1)(const uint8_t* indices, size_t pixels, uint8_t* row);
   void (*pack4)(const uint8_t* indices, size_t pixels, uint8_t* row);
 
-  // to[i] = the 8 bits that start `shift` (1 to 7) bits behind the first bit of from[i]. Reads
-  // count + 1 bytes unless count is 0. May be in place.
+  // to[i] = the 8 bits that start `shift` (1 to 7) bits after the first bit of from[i]. Reads count
+  // + 1 bytes unless count is 0. May be in place.
   void (*shift_bits)(const uint8_t* from, size_t shift, size_t count, uint8_t* to);
 
   // to[i] = the largest (least) of from[0][i], from[1][i], ...; at least one row, none of them
@@ -208,13 +211,13 @@ struct RowFunctions {
   void (*copy_unless)(const uint8_t* from, uint8_t value, size_t count, uint8_t* to);
   // to[i] = the median of from[0][i] to from[8][i]
   void (*median9)(const uint8_t* const* from, size_t count, uint8_t* to);
-  // The strongest of the four directional differences around the middle of three rows, a third of
-  // it; `step` bytes lie between neighbours.
+  // A third of the largest of the four directional differences around each byte of the middle of
+  // three rows; neighbours are `step` bytes apart.
   void (*sobel)(const uint8_t* const* rows, ptrdiff_t step, size_t count, uint8_t* to);
-  // Weighted sums modulo 2^16 as `convolve` takes them, in an order of their own: 2 x count bytes,
-  // the count rounded up to a multiple of kConvolutionBlock.
+  // Weighted sums modulo 2^16, in an order that only `convolve` knows: 2 x count bytes, the count
+  // rounded up to a multiple of kConvolutionBlock.
   void (*weigh)(const struct Taps& taps, size_t count, uint8_t* sums);
-  // The same, which is also added to `totals`; what `sums` held before is taken away if `replace`.
+  // The same, and adds them to `totals`; with `replace`, subtracts what `sums` held before.
   void (*weigh_running)(const struct Taps& taps, size_t count, bool replace, uint8_t* sums,
                         uint8_t* totals);
   // One row of a convolution.
@@ -226,12 +229,12 @@ struct RowFunctions {
   void (*subtract_saturated)(const uint8_t* from, size_t count, uint8_t* to);
   void (*subtract_from)(const uint8_t* from, size_t count, uint8_t* to);
   void (*subtract_wrapped)(const uint8_t* from, size_t count, uint8_t* to);
-  // to[i] = (255 to[i] + b / 2) / b with b = max(from[i], 64), which is no less than to[i].
+  // to[i] = (255 to[i] + b / 2) / b with b = max(from[i], 64), which must not be less than to[i].
   void (*divide_by_light)(const uint8_t* from, size_t count, uint8_t* to);
 
-  // The 3x3 pixels that end at a pixel (start at it) of three rows of one-bit pixels, eight to a
-  // byte: outcome[0], [1] and [2] are the bytes that stand where none, all and some are 1. Reads a
-  // byte more on that side.
+  // One-bit pixels, eight to a byte: each bit becomes that of outcome[0], [1] or [2] if none, all
+  // or some of the 3x3 pixels in three rows that end at it (start at it) are 1. Reads one byte
+  // before (after) each row as well.
   void (*square_bits_left)(const uint8_t* const* rows, const uint8_t* outcome, size_t count,
                            uint8_t* to);
   void (*square_bits_right)(const uint8_t* const* rows, const uint8_t* outcome, size_t count,
@@ -244,21 +247,21 @@ struct RowFunctions {
   // bgr[3 * i ...] = the three bytes of entry indices[i]
   void (*expand_colors)(const uint8_t* indices, size_t pixels, const uint8_t* table, uint8_t* bgr);
 
-  // Pixels of `bytes` (2 or 4) bytes to three-byte ones.
+  // Pixels of `bytes` (2 or 4) bytes to three-byte pixels.
   void (*pick_channels)(const uint8_t* from, size_t bytes, size_t pixels,
                         const struct ChannelBits* bgr, uint8_t* to);
-  // Four-byte pixels to three-byte ones; the fourth byte is dropped.
+  // Four-byte pixels to three-byte pixels; the fourth byte is dropped.
   void (*drop_fourth_byte)(const uint8_t* from, size_t pixels, uint8_t* to);
   // The same with the fourth byte as alpha over a background of blue, green, red:
   // (color * alpha + background * (255 - alpha) + 127) / 255. With `swap`, red comes first.
   void (*blend_over)(const uint8_t* from, size_t pixels, bool swap, const uint8_t* background,
                      uint8_t* to);
-  // Three-byte pixels: the first and the third byte change places; `to` is another place.
+  // Three-byte pixels: swaps the first and the third byte. Not in place.
   void (*swap_red_blue)(const uint8_t* from, size_t pixels, uint8_t* to);
-  // Three-byte pixels to four-byte ones, the fourth byte 255; `swap` as above.
+  // Three-byte pixels to four-byte pixels, the fourth byte 255; `swap` as above.
   void (*add_alpha)(const uint8_t* from, size_t pixels, bool swap, uint8_t* to);
 
-  // bytes[i] + amount, limited to 0..255; the amount is -255 to 255.
+  // bytes[i] += amount, limited to 0..255; the amount is -255 to 255.
   void (*add_amount)(uint8_t* bytes, size_t count, int amount);
 
   // Three-byte pixels: blue, green, red. Channel 0 is blue.
@@ -274,13 +277,13 @@ struct RowFunctions {
   // same as gray_percent: the sum of inexact products can fall just below a whole number.
   void (*gray_double)(const uint8_t* bgr, size_t pixels, uint8_t* gray);
   // Bit of pixel i = 11 blue + 59 green + 30 red >= limit, the first pixel in the top bit; the
-  // limit is 0 to 65,535. Bits behind the last pixel keep their values.
+  // limit is 0 to 65,535. Bits after the last pixel keep their values.
   void (*threshold)(const uint8_t* bgr, size_t pixels, uint32_t limit, uint8_t* bits);
   // (299 red + 587 green + 114 blue + 500) / 1000, truncated.
   void (*luminance)(const uint8_t* bgr, size_t pixels, uint8_t* luminance);
-  // Moves each color's channels alike to the luminance y that is wanted. Where that takes the least
-  // channel n below 0, each v becomes y + (v - y) * y / (y - n), truncated toward 0; where it takes
-  // the greatest x above 255, y + (v - y) * (255 - y) / (x - y).
+  // Moves the channels of each color alike, to the luminance y = luminance[i]. Where that takes the
+  // least channel n below 0, each v becomes y + (v - y) * y / (y - n), truncated toward 0; where it
+  // takes the greatest x above 255, y + (v - y) * (255 - y) / (x - y).
   void (*give_luminance)(uint8_t* bgr, size_t pixels, const uint8_t* luminance);
   // Hue turned by degrees, saturation and light changed by percent; see omb_adjustcolor().
   void (*change_hsi)(uint8_t* bgr, size_t pixels, int degrees, int saturation, int intensity);
@@ -290,39 +293,39 @@ struct RowFunctions {
   // blue = new green + amount, limited to 0..255.
   void (*adjust_lights)(uint8_t* bgr, size_t pixels, int highlights, int shadows1, int shadows2);
 
-  // Counts byte values at bytes[0], bytes[step], ...; a value's count is the sum over the eight
-  // sets.
+  // Counts the values of bytes[0], bytes[step], ... in eight sets of counters; the histogram is
+  // their sum.
   void (*count_bytes)(const uint8_t* bytes, size_t step, size_t count, uint32_t (*sets)[kCounters]);
 
-  // to[i] = the rank-th (0: the least) of the square of `size` rows and columns around i: of 3, or
-  // the median of 5. rows[k] are its rows from top to bottom at i = 0, and `step` (1 to 3) bytes
-  // lie between neighbours.
+  // to[i] = the rank-th (0: the least) of the `size` x `size` square around i: any rank of 3x3, the
+  // median of 5x5. rows[k] is row k of the square, in the column of i = 0, and neighbours are
+  // `step` (1 to 3) bytes apart.
   void (*rank_of_columns)(const uint8_t* const* rows, size_t size, ptrdiff_t step, size_t rank,
                           size_t count, uint8_t* to);
-  // Any rank in squares of 5 or 7, from rows that split_planes() has made of source rows and their
-  // neighbours in `reach` = size / 2 * step bytes on each side. These rows have
-  // count + 7 + 16 * reach bytes and are read kPlanesRoom bytes further. No count is 0.
+  // Any rank in squares of 5 or 7, from bit planes. split_planes makes those of a source row, with
+  // `reach` = size / 2 * step bytes on each side of it; they take count + 7 + 16 * reach bytes and
+  // are read kPlanesRoom bytes further. The count is not 0.
   void (*split_planes)(const uint8_t* row, size_t reach, size_t count, uint8_t* planes);
   void (*rank_of_planes)(const uint8_t* const* planes, size_t size, ptrdiff_t step, size_t rank,
                          size_t count, uint8_t* to);
   // Gradient magnitudes sqrt(x^2 + y^2), truncated. Sobel: of three rows, around the middle one,
   // limited to 255. Roberts: differences across the diagonals of a pixel, its right neighbour and
-  // the two before them, modulo 256. `step` bytes lie between neighbours.
+  // the two before them, modulo 256. Neighbours are `step` bytes apart.
   void (*sobel_magnitude)(const uint8_t* const* rows, ptrdiff_t step, size_t count, uint8_t* to);
   void (*roberts_magnitude)(const uint8_t* before, const uint8_t* own, ptrdiff_t step, size_t count,
                             uint8_t* to);
 
-  // Tone curves of a row of blocks, 256 levels each, in 65,536ths of 256: first * (256 - weight) +
-  // second * weight. pairs[256 j + v] holds that of block j and, above it, of block j + 1; the last
-  // block is its own neighbour.
+  // Blends the tone curves of two rows of blocks, 256 levels each: first * (256 - weight) + second
+  // * weight. pairs[256 j + v] has the result of block j in its lower half and that of block j + 1
+  // in its upper half; the last block is its own neighbour.
   void (*blend_curves)(const uint8_t* first, const uint8_t* second, int weight, size_t blocks,
                        uint32_t* pairs);
-  // levels[i] = what a pair makes of it: (lower * (256 - weights[i]) + upper * weights[i] + 32768)
-  // >> 16
+  // levels[i] = (lower * (256 - weights[i]) + upper * weights[i] + 32768) >> 16, with the two
+  // halves of pairs[levels[i]]
   void (*map_between_curves)(uint8_t* levels, size_t count, const uint8_t* weights,
                              const uint32_t* pairs);
 
-  // Shows a palette network one color after the other.
+  // Trains a palette network with one color after the other.
   void (*learn)(const uint8_t* bgr, size_t samples, struct Neurons& neurons);
 
   // The numbers of the entries nearest to colors of `step` (3 or 4) bytes, blue, green, red first.
@@ -338,74 +341,73 @@ struct RowFunctions {
 
   // sums[i] += bytes[i]
   void (*add_bytes)(const uint8_t* bytes, size_t count, uint16_t* sums);
-  // Adds the columns of each block of pixels, of `step` (1 or 3) sums each, to the block's `step`
-  // sums; the last block may be narrower.
+  // Adds `step` (1 or 3) sums of each pixel to the `step` sums of its block of pixels; the last
+  // block may be narrower.
   void (*sum_blocks)(const uint16_t* columns, size_t step, size_t pixels, size_t block,
                      uint64_t* sums);
-  // Pixels of `step` bytes: `block` of each color. Writes up to 7 bytes more.
+  // `pixels` pixels of `step` (1 or 3) bytes, `block` of each color. Writes up to 7 bytes more.
   void (*repeat_colors)(const uint8_t* colors, size_t step, size_t pixels, size_t block,
                         uint8_t* to);
-  // to[i] = (sums[i] + divisor / 2) / divisor, where the sums are those of `divisor` bytes
+  // to[i] = (sums[i] + divisor / 2) / divisor, where sums[i] is a sum of `divisor` bytes
   void (*divide_sums)(const uint64_t* sums, size_t count, uint64_t divisor, uint8_t* to);
-  // Offsets in the ring of what `count` pixels become.
+  // offset[i] = the offset in the ring of the pixel that replaces pixel i.
   void (*scatter)(const struct Scatter& scatter, size_t count, int32_t* offset);
 
-  // Exchanges two runs of bytes.
+  // Swaps two runs of bytes.
   void (*swap_bytes)(uint8_t* a, uint8_t* b, size_t count);
-  // `count` bytes of pixels of 1, 4, 8 or 24 bits, with these in reverse order; `to` is another
-  // place than `from`. The count is one of whole pixels.
+  // Reverses the order of pixels of 1, 4, 8 or 24 bits. `count` is the bytes of whole pixels. Not
+  // in place.
   void (*mirror)(const uint8_t* from, size_t count, int bit_count, uint8_t* to);
-  // Three-byte pixels: column c of `from` becomes row c of `to`. A step leads to the next row.
+  // Three-byte pixels: column c of `from` becomes row c of `to`. A step is the distance of rows.
   void (*transpose24)(const uint8_t* from, ptrdiff_t from_step, size_t columns, size_t rows,
                       uint8_t* to, ptrdiff_t to_step);
 
-  // Resampling goes by runs of pixels. Up to kRunPadding values behind those of a run may be read
+  // Resampling works on runs of pixels. Up to kRunPadding values after those of a run may be read
   // and, except for bytes of pixels, written.
   //
-  // offset[i] = that of pixel (columns[i], rows[i]), with both limited to the area; and in the
-  // padding the last pixel's again. The count is not 0. Whether none had to be limited.
+  // offset[i] = the offset of pixel (columns[i], rows[i]), both limited to the area; the padding
+  // repeats the last one. The count is not 0. Returns whether no pixel had to be limited.
   bool (*find_places)(const struct SampledArea& area, const int32_t* columns, const int32_t* rows,
                       size_t count, int32_t* offset);
-  // The pixels themselves.
+  // Copies the pixels themselves.
   void (*pick)(const struct PixelPlaces& places, size_t count, uint8_t* to);
-  // Blends of each pixel, its right neighbour, and those at the same offsets from `upper`, from
-  // which as many bytes can be read: for each channel (1-dy)(1-dx) lower + (1-dy)dx lower right +
+  // Blends each pixel and its right neighbour with the two at the same offsets from `upper`, where
+  // as many bytes are readable: for each channel (1-dy)(1-dx) lower + (1-dy)dx lower right +
   // (1-dx)dy upper + dx dy upper right, summed in this order, limited to 0..255 and truncated.
   void (*bilinear)(const struct PixelPlaces& lower, const uint8_t* upper, const float* dx,
                    const float* dy, size_t count, uint8_t* to);
-  // The same in two steps, for rows that are blended more than once: pixels of one row and their
-  // right neighbours, channel after channel, as planes of floats; and the blend of two rows'
-  // planes.
+  // The same in two steps, for rows that are blended more than once. spread_pairs stores the pixels
+  // of one row and their right neighbours as planes of floats, one for each channel of either;
+  // blend_pairs blends the planes of two rows. Planes are `plane` floats apart.
   void (*spread_pairs)(const struct PixelPlaces& places, size_t plane, size_t count, float* pairs);
   void (*blend_pairs)(const float* lower, const float* upper, int channels, const float* dx,
                       float dy, size_t plane, size_t count, uint8_t* to);
   // The cubic weights of four neighbours at the distances 1+d, d, 1-d, 2-d. With a = |distance|:
   // 1 - 2a^2 + a^3 below 1, 4 - 8a + 5a^2 - a^3 below 2, 0 beyond.
   void (*cubic_weights)(const float* fraction, size_t count, float* const weights[4]);
-  // sums[c * plane + i] = channel c of four of the pixels that stand from a place on (columns[]
-  // says which: 0 to 3), times their weights, summed in order.
+  // sums[c * plane + i] = channel c of four pixels times their weights, summed in order. Pixel k is
+  // columns[k] (0 to 3) pixels to the right of place i.
   void (*cubic_across)(const struct PixelPlaces& places, const int columns[4],
                        const float* const weights[4], size_t plane, size_t count, float* sums);
-  // Each channel: four of these sums times their weights, summed in order, limited to 0..255 and
-  // truncated. With one_row, weights[..][0] serve all pixels.
+  // For each channel, four of these sums times their weights, summed in order, limited to 0..255
+  // and truncated. With one_row, weights[..][0] apply to all pixels.
   void (*cubic_down)(const float* const sums[4], const float* const weights[4], int channels,
                      bool one_row, size_t plane, size_t count, uint8_t* to);
-  // Positions (first + i) * step + origin + center, which fit an int32_t: truncated, and what that
-  // takes off.
+  // The positions (first + i) * step + origin + center, which fit an int32_t, truncated, and the
+  // fractions that this cuts off.
   void (*turned_positions)(const struct TurnedAxis& axis, int32_t first, size_t count,
                            int32_t* whole, float* fraction);
 
-  // Resizing. Weights come two by two; of an odd number of taps, the last pair's second one is 0.
-  // to[i] = (2^21 + the sum of rows[k][i] times weight k) >> 22, limited to 0..255. `to` is none of
-  // the rows.
+  // Resizing. Weights come in pairs; with an odd number of taps, the last one is 0. to[i] = (2^21 +
+  // the sum of rows[k][i] times weight k) >> 22, limited to 0..255. `to` is none of the rows.
   void (*weigh_rows)(const uint8_t* const* rows, const struct TapPair* pairs, size_t taps,
                      size_t count, uint8_t* to);
-  // The same of pixels of `channels` columns each, for `count` new pixels. Columns are kTapRows
-  // bytes, one of each row, and begin with those of source pixel `first`.
+  // The same across, for `count` new pixels of kTapRows rows. A column is kTapRows bytes, one of
+  // each row; a pixel has `channels` columns. `columns` begins with those of source pixel `first`.
   void (*weigh_columns)(const uint8_t* columns, size_t first, const struct ColumnTaps* taps,
                         const struct TapPair* pairs, size_t channels, size_t count, uint8_t* to);
-  // `count` bytes from `first` on of kTapRows rows as columns, and columns as bytes of up to so
-  // many rows.
+  // Turns the bytes first .. first + count - 1 of kTapRows rows into columns, and columns into
+  // these bytes of `row_count` rows, at most kTapRows.
   void (*rows_to_columns)(const uint8_t* const* rows, size_t first, size_t count, uint8_t* columns);
   void (*columns_to_rows)(const uint8_t* columns, size_t first, size_t count, size_t row_count,
                           uint8_t* const* rows);
@@ -414,7 +416,7 @@ struct RowFunctions {
 // The table in use.
 const RowFunctions& Active();
 
-// The tables this processor can run, plain code first; null behind the last.
+// The tables that this processor can run, plain code first; null after the last.
 const RowFunctions* const* Supported();
 
 // For tests and benchmarks: makes one of Supported() the active table; null goes back to the
