@@ -53,6 +53,25 @@ function sizeOf(operation, image, given) {
       `not ${given}`);
 }
 
+/** The C function's points, of pairs or of text such as "0:0/64:48/255:255". */
+export function pointsOf(name, given) {
+  const pairs = typeof given === "string"
+    ? given.split("/").map((part) => part.split(":").map((level) => (level ? Number(level) : NaN)))
+    : given;
+  const fits = Array.isArray(pairs) && pairs.length > 0 && pairs.every((pair, i) =>
+    pair.length === 2 && pair.every((v) => Number.isInteger(v) && v >= 0 && v <= 255) &&
+    (i === 0 || pairs[i - 1][0] < pair[0]));
+  if (fits) return Int32Array.from(pairs.flat());
+  throw new OmbriloError(
+    `${name}: 'points' must be levels from 0 to 255 from dark to light, such as ` +
+      `[[0, 0], [64, 48], [255, 255]] or "0:0/64:48/255:255", not ${given}`);
+}
+
+/** -1 takes what suits pages: a twelfth of the width. */
+function blockOf(image, blocks) {
+  return blocks === -1 ? Math.min(Math.max(Math.floor(image.width / 12), 16), 32767) : blocks;
+}
+
 function pageSizeOf(operation, values) {
   const higauss = operation.name === "enhancepage" && values.filter === 3;
   if (higauss && values.size === 3) {
@@ -62,6 +81,26 @@ function pageSizeOf(operation, values) {
     throw new OmbriloError("enhancepage: only higauss comes in 9x9");
   }
   return (values.size - (higauss ? 5 : 3)) / 2;
+}
+
+/**
+ * A kernel of one's own as a KERNAL of the C header: words, of which those at `pointers` count bytes
+ * from the first one.
+ */
+function kernelOf(name, { weights, bias = 0, anchor }) {
+  const width = weights?.[0]?.length ?? 0;
+  const [x, y] = anchor ?? [width >> 1, weights?.length >> 1];
+  if (width === 0 || weights.some((row) => row.length !== width) || !(weights[y]?.length > x && x >= 0)) {
+    throw new OmbriloError(
+      `${name}: a kernel is rows of equal length, its anchor one of their columns and rows`);
+  }
+  const cells = weights.flatMap((row, r) => row.map((weight, column) => [column - x, y - r, weight]))
+    .filter((cell) => cell[2] !== null);
+  const head = [width, weights.length, x, y, cells.length, bias, 36, 0, 36 + 8 * cells.length];
+  return {
+    words: Int32Array.from([...head, ...cells.flatMap(([dx, dy]) => [dx, dy]), ...cells.map((c) => c[2])]),
+    pointers: [6, 8],
+  };
 }
 
 /** Each entry of the image's table gets the ramp's color for its own gray level: B, G, R, 0. */
@@ -133,11 +172,21 @@ export function argumentsOf(operation, image, given) {
       case "page_size":
         return pageSizeOf(operation, values);
       case "kernel":
-        return image.kernelAddress(operation.name, value);
+        return value !== null && typeof value === "object"
+          ? kernelOf(operation.name, value)
+          : image.kernelAddress(operation.name, value);
       case "ramp":
         return Uint8Array.from(rampOf(image, values.ramp));
       case "rectangle":
-        return new Uint8Array(Int32Array.from(argument.parameters.map((p) => values[p])).buffer);
+        return Int32Array.from(argument.parameters.map((p) => values[p]));
+      case "points":
+        return pointsOf(operation.name, value);
+      case "count":
+        return pointsOf(operation.name, value).length / 2;
+      case "block":
+        return blockOf(image, value);
+      case "scope":
+        return value === 0 ? 0 : 1;
       default:
         return value;
     }
@@ -150,17 +199,20 @@ export function parseStep(text) {
   const [, name, rest] = /^([^=]*)=?(.*)$/s.exec(text);
   const operation = operations.get(name.toLowerCase());
   if (!operation) throw new OmbriloError(`there is no step '${name}'`);
-  const words = rest === "" ? [] : rest.split(",");
-  if (words.length > operation.parameters.length) {
-    throw new OmbriloError(
-      `${operation.name}: takes no more than ${operation.parameters.length} arguments`);
-  }
   const given = {};
-  words.forEach((word, i) => {
-    if (word === "") return;
-    const parameter = operation.parameters[i];
+  for (const [i, text] of (rest === "" ? [] : rest.split(",")).entries()) {
+    const [, key, word] = /^(?:([^=]*)=)?(.*)$/s.exec(text);
+    const parameter = key === undefined
+      ? operation.parameters[i]
+      : operation.parameters.find((p) => p.name === key.toLowerCase());
+    if (!parameter) {
+      throw new OmbriloError(`${operation.name}: there is no argument '${key ?? word}'`);
+    }
+    if (parameter.name in given) {
+      throw new OmbriloError(`${operation.name}: '${parameter.name}' is given twice`);
+    }
     const numeric = parameter.type === "integer" || parameter.type === "number";
-    given[parameter.name] = numeric && word.trim() !== "" && !isNaN(word) ? Number(word) : word;
-  });
+    if (word !== "") given[parameter.name] = numeric && !isNaN(word) ? Number(word) : word;
+  }
   return { operation, given };
 }

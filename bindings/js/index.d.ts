@@ -3,6 +3,16 @@ import type { Operations } from "./operations.js";
 export type Format = "gray" | "bgr" | "rgb" | "bgra" | "rgba";
 export type Channel = "red" | "green" | "blue" | "gray";
 
+/** A convolution kernel or a structuring element of one's own. */
+export interface Kernel {
+  /** Rows of whole numbers, the picture's upper row first; null leaves a pixel out. */
+  weights: (number | null)[][];
+  /** Added to a convolution's results. */
+  bias?: number;
+  /** Column and row of the pixel that receives the result; the middle without it. */
+  anchor?: [number, number];
+}
+
 /** What the library refused, or an argument that is wrong. The image is as it was. */
 export class OmbriloError extends Error {}
 
@@ -24,13 +34,14 @@ export interface Image extends Operations {
   readonly bits: number;
   /** The color table as red, green, blue. A shorter list replaces the first entries. */
   palette: [number, number, number][];
+  /** Pixels per inch, horizontally and vertically; null where they are not known. */
+  dpi: [number, number] | null;
   toPixels(format?: Format): Uint8ClampedArray;
   /** In browsers an ImageData. */
   toImageData(): Pixels;
   copy(): Image;
   release(): void;
   histogram(channel?: Channel): Uint32Array;
-  autothreshold(): number;
   /** Runs steps as `omb` takes them: apply("gray", "scale=50%,bicubic"). */
   apply(...steps: string[]): this;
 }
@@ -47,6 +58,8 @@ export interface Ombrilo {
   /** Names of the built-in kernels, in the order of their numbers. */
   kernels: string[];
   version: string;
+  /** The smooth curve through points that curve() applies: the output of each level. */
+  bestfit(points: string | [number, number][]): Uint8Array;
   operations: object[];
 }
 

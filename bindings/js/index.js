@@ -5,13 +5,15 @@
 //   const image = Image.fromImageData(context.getImageData(0, 0, width, height));
 //   context.putImageData(image.gray().scale({ size: "50%" }).toImageData(), 0, 0);
 //   image.release();
-import { OmbriloError, argumentsOf, operations, parseStep } from "./arguments.js";
+import { OmbriloError, argumentsOf, operations, parseStep, pointsOf } from "./arguments.js";
 import description from "./description.js";
 
 export { OmbriloError };
 
 // OmbPixels of the C header, and the bytes of a pixel.
 const formats = { gray: [8, 1], bgr: [24, 3], rgb: [25, 3], bgra: [32, 4], rgba: [33, 4] };
+
+const metresPerInch = 0.0254;
 
 async function compile(source) {
   if (source instanceof WebAssembly.Module) return source;
@@ -62,6 +64,12 @@ export async function load(source) {
   function take(count) {
     const address = c.malloc(Math.max(count, 1));
     if (address === 0) throw new OmbriloError("memory ran out");
+    return address;
+  }
+  // A copy of an array in the module's memory.
+  function put(array) {
+    const address = take(array.byteLength);
+    bytesAt(address, array.byteLength).set(new Uint8Array(array.buffer));
     return address;
   }
   // Calls with an address of `count` bytes that lives as long as the call.
@@ -157,7 +165,7 @@ export async function load(source) {
     /** The color table as [red, green, blue]. A shorter list replaces the first entries. */
     get palette() {
       const count = c.omb_DIBNumColors(this.address);
-      const start = c.omb_FindDIBBits(this.address) - 4 * count;
+      const start = c.omb_FindDIBBits(this.address) - c.omb_PaletteSize(this.address);
       const table = bytesAt(start, 4 * count);
       return Array.from({ length: count }, (_, i) => [...table.slice(4 * i, 4 * i + 3)].reverse());
     }
@@ -171,8 +179,16 @@ export async function load(source) {
       });
     }
 
-    autothreshold() {
-      return c.omb_autothreshold(this.address);
+    /** Pixels per inch, horizontally and vertically; null where they are not known. */
+    get dpi() {
+      const perMetre = [24, 28].map((at) => wordAt(this.address + at) | 0);
+      return perMetre.every((n) => n > 0) ? perMetre.map((n) => n * metresPerInch) : null;
+    }
+    set dpi(dpi) {
+      const [x, y] = (dpi ?? [0, 0]).map((d) => Math.round(d / metresPerInch));
+      if (!c.omb_setresolution(this.address, x, y)) {
+        throw new OmbriloError(`dpi: ${dpi} cannot be stored`);
+      }
     }
 
     /** How often each value of red, green, blue or gray occurs. */
@@ -239,7 +255,7 @@ export async function load(source) {
         case "same_size":
           return list[0] === this.width && list[1] === this.height;
         case "same_depth":
-          return values.bits === this.bits;
+          return list[0] === this.bits;
         case "full_turn":
           return Math.abs(values.degrees % 360) < 0.01;
         default:
@@ -249,6 +265,9 @@ export async function load(source) {
 
     #run(operation, given = {}) {
       const { bits, address } = this;
+      if (operation.wide && (bits === 16 || bits === 32)) {
+        return this.#run(operations.get(operation.wide));
+      }
       if (!operation.depths.includes(bits)) {
         const before = bits === 16 || bits === 32 ? "transformat" : operation.before;
         throw new OmbriloError(
@@ -261,8 +280,11 @@ export async function load(source) {
       try {
         const numbers = list.map((value) => {
           if (typeof value === "number" || typeof value === "bigint") return value;
-          taken.push(take(value.length));
-          bytesAt(taken.at(-1), value.length).set(value);
+          taken.push(put(value.words ?? value));
+          for (const at of value.pointers ?? []) {
+            const place = taken.at(-1) + 4 * at;
+            setWord(place, wordAt(place) + taken.at(-1));
+          }
           return taken.at(-1);
         });
         let status;
@@ -297,8 +319,31 @@ export async function load(source) {
           return this.#run(operation, given);
         };
       }
+      for (const query of description.queries) {
+        Image.prototype[query.name] = function () {
+          const answer = c[query.function](this.address);
+          return query.yes_or_no ? answer !== 0 : answer;
+        };
+      }
     }
   }
 
-  return { Image, kernels: kernelNames, version: description.version, operations: description.operations };
+  /** The smooth curve through points that curve() applies: the output of each level. */
+  function bestfit(points) {
+    const given = put(pointsOf("bestfit", points));
+    try {
+      return withMemory(256, (curve) => {
+        c.omb_bestfit(given, pointsOf("bestfit", points).length / 2, curve);
+        return bytesAt(curve, 256).slice();
+      });
+    } finally {
+      c.free(given);
+    }
+  }
+
+  const number = c.omb_version();
+  return {
+    Image, bestfit, kernels: kernelNames, operations: description.operations,
+    version: `${number >> 16}.${(number >> 8) & 255}.${number & 255}`,
+  };
 }

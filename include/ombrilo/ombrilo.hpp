@@ -24,6 +24,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <initializer_list>
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -128,10 +130,17 @@ class Image {
                            size_t{omb_PaletteSize(get()) / colors()} * index;
     return {entry[2], entry[1], entry[0]};
   }
+  bool iscolorful() const { return omb_iscolorful(get()) != 0; }
+  bool can_gray() const { return omb_can_gray(get()) != 0; }
+  bool can_filtersheet() const { return omb_can_filtersheet(get()) != 0; }
+  bool can_pseudocolor() const { return omb_can_pseudocolor(get()) != 0; }
+  bool can_balance() const { return omb_can_balance(get()) != 0; }
+  int32_t autothreshold() const { return omb_autothreshold(get()); }
+
   /** @name Operations
    * Each gives the image itself, so that they can be chained. @{ */
-  /** Colors from the first one on. */
-  template <class Colors>
+  /** Colors from the first one on: a vector or the like, or {{0, 0, 0}, {255, 255, 255}}. */
+  template <class Colors = std::initializer_list<Color>>
   Image& setpalette(const Colors& colors) {
     std::array<uint8_t, 4 * 256> table = {};
     uint32_t count = 0;
@@ -148,10 +157,10 @@ class Image {
 
   Image& invert() { return Done(omb_invert(get()), "invert"); }
   Image& transformat() { return Replaced(omb_transformat, "transformat"); }
+  /** To 24 bits, whatever the depth. */
+  Image& truecolor() { return bits() == 16 || bits() == 32 ? transformat() : neuquant(24); }
   Image& crop(const OmbRect& rectangle) { return Replaced(omb_crop, "crop", &rectangle); }
 
-  bool iscolorful() const { return omb_iscolorful(get()) != 0; }
-  int32_t autothreshold() const { return omb_autothreshold(get()); }
   /** How often each value of a channel occurs; ::OMB_CHANNEL_GRAY turns the image gray. */
   std::array<int32_t, 256> histogram(OmbChannel channel) {
     std::array<int32_t, 256> counters = {};
@@ -197,12 +206,17 @@ class Image {
     omb_adjustghms(get(), highlights, shadows1, shadows2);  // 0 means nothing to do
     return *this;
   }
-  Image& curve(const OmbPoint* points, uint32_t count, OmbChannel channel = OMB_CHANNEL_ALL) {
-    return Done(omb_curve(get(), points, count, channel), "curve");
+  /** `points`: a vector of OmbPoint or the like, or {{0, 0}, {64, 48}, {255, 255}}. */
+  template <class Points = std::initializer_list<OmbPoint>>
+  Image& curve(const Points& points, OmbChannel channel = OMB_CHANNEL_ALL) {
+    const auto count = static_cast<uint32_t>(std::size(points));
+    return Done(omb_curve(get(), std::data(points), count, channel), "curve");
   }
-  Image& segmentoperation(const OmbPoint* points, uint32_t count,
-                          OmbChannel channel = OMB_CHANNEL_ALL) {
-    return Done(omb_segmentoperation(get(), points, count, channel), "segmentoperation");
+  /** `points` as for curve(). */
+  template <class Points = std::initializer_list<OmbPoint>>
+  Image& segmentoperation(const Points& points, OmbChannel channel = OMB_CHANNEL_ALL) {
+    const auto count = static_cast<uint32_t>(std::size(points));
+    return Done(omb_segmentoperation(get(), std::data(points), count, channel), "segmentoperation");
   }
   Image& x1x2_changed(int32_t x1, int32_t x2, OmbChannel channel = OMB_CHANNEL_ALL) {
     return Done(omb_x1x2_changed(get(), x1, x2, channel), "x1x2_changed");
@@ -218,6 +232,10 @@ class Image {
   Image& scale(uint32_t width_in, uint32_t height_in, OmbResampling mode = OMB_RESAMPLE_BICUBIC) {
     if (width_in == width() && height_in == height()) return *this;
     return Replaced(omb_scale, "scale", width_in, height_in, mode);
+  }
+  Image& resize(uint32_t width_in, uint32_t height_in,
+                OmbResizeFilter filter = OMB_RESIZE_LANCZOS) {
+    return Replaced(omb_resize, "resize", width_in, height_in, filter);
   }
   Image& rotate(float degrees, OmbResampling mode = OMB_RESAMPLE_BICUBIC) {
     if (std::fabs(std::fmod(degrees, 360.0f)) < 0.01f) return *this;
@@ -263,16 +281,42 @@ class Image {
     return morph(op, *omb_getKERNAL(element), iterations);
   }
 
-  /** `size` is 0 to 2, whatever the filter. */
-  Image& enhancepage(OmbEnhancement filter, int32_t size, int32_t passes = 1, int32_t strength = 10,
-                     int32_t percentile = 50, int32_t block = 0, int32_t scope = 0,
-                     int32_t curve = 0) {
-    return Done(
-        omb_EnhancePage(get(), size, passes, strength, block, percentile, filter, scope, curve),
-        "EnhancePage");
+  /** The tones have members of their own. */
+  Image& enhancepage(OmbEnhancement filter, OmbPageSize size = OMB_SIZE_5X5, int32_t passes = 1,
+                     int32_t strength = 10, int32_t percentile = 50) {
+    return Done(omb_EnhancePage(get(), size, passes, strength, 0, percentile, filter, 0, 0),
+                "EnhancePage");
   }
-  Image& edgepage(OmbEdge filter, int32_t size = 0, int32_t passes = 1, int32_t strength = 10) {
+  Image& edgepage(OmbEdge filter, OmbPageSize size = OMB_SIZE_3X3, int32_t passes = 1,
+                  int32_t strength = 10) {
     return Done(omb_EdgePage(get(), size, passes, strength, filter), "EdgePage");
+  }
+  Image& morphologicalpage(OmbPageMorphology op, OmbPageSize size = OMB_SIZE_3X3,
+                           OmbPageShape shape = OMB_SHAPE_SQUARE, int32_t iterations = 1) {
+    return Done(omb_MorphologicalPage(get(), size, shape, iterations, op), "MorphologicalPage");
+  }
+
+  /** Blocks that suit pages, a twelfth of the width, and one curve for the whole image. */
+  enum Blocks : int32_t { kAutomatic = -1, kWhole = 0 };
+  /**
+   * omb_EnhancePage() with a tone curve: the paper becomes white. `blocks` is their width and
+   * height in pixels, or one of ::Blocks; `cut` counts in thousandths of the pixels.
+   */
+  Image& whiten(int32_t blocks = kAutomatic, int32_t cut = 5, int32_t percent = 100) {
+    return Tone(OMB_TONE_WHITEN, blocks, cut, percent, "whiten");
+  }
+  /** As whiten(): the tones that occur are stretched to black and white. */
+  Image& stretch(int32_t blocks = kAutomatic, int32_t cut = 5, int32_t percent = 100) {
+    return Tone(OMB_TONE_STRETCH, blocks, cut, percent, "stretch");
+  }
+  /** As whiten(): the tones that occur most are spread. `limit` is that of the contrast in percent;
+   * 0 for none. */
+  Image& equalize(int32_t blocks = kAutomatic, int32_t limit = 300, int32_t percent = 100) {
+    return Tone(OMB_TONE_EQUALIZE, blocks, limit, percent, "equalize");
+  }
+  /** As whiten(): shadows become lighter. */
+  Image& logarithm(int32_t blocks = kAutomatic, int32_t percent = 100) {
+    return Tone(OMB_TONE_LOGARITHM, blocks, 0, percent, "logarithm");
   }
 
   /** To a learned palette, or to 24 bits. A refusal may leave the 24-bit copy. */
@@ -308,6 +352,17 @@ class Image {
     const Status status = function(&dib, given...);
     dib_.reset(dib);
     return Done(status, operation);
+  }
+
+  Image& Tone(OmbToneCurve curve, int32_t blocks, int32_t cut, int32_t percent, const char* name) {
+    if (blocks < 0) {
+      const uint32_t twelfth = width() / 12;
+      blocks = twelfth < 16 ? 16 : twelfth > 32767 ? 32767 : static_cast<int32_t>(twelfth);
+    }
+    const OmbToneScope scope = blocks == kWhole ? OMB_SCOPE_IMAGE : OMB_SCOPE_BLOCKS;
+    return Done(omb_EnhancePage(get(), OMB_SIZE_7X7, percent, cut, blocks, 0, OMB_ENHANCE_TONE,
+                                scope, curve),
+                name);
   }
 
   size_t RowBytes() const { return (size_t{width()} * bits() + 7) / 8; }

@@ -8,7 +8,7 @@ import { test } from "node:test";
 import { pathToFileURL } from "node:url";
 
 const { load, OmbriloError } = await import(pathToFileURL(join(process.env.PACKAGE, "index.js")));
-const { Image, kernels, operations } = await load();
+const { Image, bestfit, kernels, operations } = await load();
 
 function noise(width, height, channels = 4) {
   let seed = 7;
@@ -41,6 +41,11 @@ test("what is refused says why and changes nothing", () => {
     [/leaves the image/, () => image.crop({ left: 0, top: 0, right: 9, bottom: 1 })],
     [/no kernel/, () => image.kernel({ name: "none" })],
     [/try gray/, () => image.pseudocolor({ ramp: "fire" })],
+    [/'points' must be levels/, () => image.curve({ points: [[9, 0], [9, 255]] })],
+    [/'points' must be levels/, () => image.apply("curve=0:0/:255")],
+    [/no argument 'q'/, () => image.apply("rotate=q=3")],
+    [/given twice/, () => image.apply("rotate=3,degrees=3")],
+    [/rows of equal length/, () => image.kernel({ name: { weights: [[1], [1, 2]] } })],
     [/no step/, () => image.apply("invert", "nonsense")],
     [/are not 3 bytes/, () => Image.fromPixels(new Uint8Array(3), 1, 1)],
   ]) {
@@ -69,6 +74,25 @@ test("palettes, histograms and kernels", () => {
   assert.deepEqual(image.palette[0], [1, 2, 3]);
   assert.equal(image.histogram().reduce((a, b) => a + b), 1200);
   assert.ok(kernels.includes("unsharp 5x5"));
+  assert.equal(image.dpi, null);
+  image.dpi = [300, 200];
+  assert.deepEqual(image.copy().dpi.map(Math.round), [300, 200]);
+  assert.ok(image.iscolorful() && image.can_balance() === false);
+
+  const gray = noise(9, 7, 1);
+  const moved = Image.fromPixels(gray, 9, 7, { format: "gray" })
+    .kernel({ name: { weights: [[null, null, 1], [null, null, null], [null, null, null]] } });
+  // Each pixel is the one to its upper right, where that is in the image with its row below.
+  assert.equal(moved.toPixels("gray")[9 * 3 + 4], gray[9 * 2 + 5]);
+});
+
+test("curves are what they are drawn as", () => {
+  const points = [[0, 10], [100, 180], [255, 230]];
+  const curve = bestfit(points);
+  const gray = noise(9, 7, 1);
+  const image = Image.fromPixels(gray, 9, 7, { format: "gray" });
+  assert.deepEqual([...image.copy().curve({ points }).toPixels("gray")], [...gray].map((v) => curve[v]));
+  assert.deepEqual(image.copy().apply("curve=0:10/100:180/255:230").toPixels(), image.curve({ points }).toPixels());
 });
 
 // Uncompressed, so that the test needs no codec.
@@ -109,6 +133,8 @@ test("every operation gives what omb gives", () => {
   for (let i = 0; i < bgr.length; i += 3) [bgr[i], bgr[i + 2]] = [bgr[i + 2], bgr[i]];
   writeFileSync(join(folder, "in.bmp"), Buffer.concat([head, bgr]));
   const first = Image.fromPixels(rgb, width, height, { format: "rgb" });
+  const { steps } = JSON.parse(execFileSync(process.env.OMB, ["list", "--json"]));
+  assert.deepEqual(operations.map((o) => o.name), steps.map((s) => s.name));
   for (const operation of operations) {
     for (const example of operation.examples) {
       if (operation.name === "diffuse") continue; // never the same twice

@@ -9,7 +9,7 @@ import numpy as np
 import ombrilo
 import PIL.Image
 import pytest
-from ombrilo._arguments import OPERATIONS, DESCRIPTION
+from ombrilo._arguments import OPERATIONS
 
 OMB = os.environ.get("OMB", "omb")
 
@@ -67,6 +67,8 @@ def test_what_is_refused_says_why_and_changes_nothing():
         (ValueError, "'degrees' must be", lambda: image.rotate("30")),
         (ValueError, "'brightness' must be", lambda: image.brightnesscontrast(1.5, 0)),
         (ValueError, "there is no kernel", lambda: image.kernel("nothing")),
+        (ValueError, "'points' must be levels", lambda: image.curve([(9, 0), (9, 255)])),
+        (ValueError, "'points' must be levels", lambda: image.curve("0:0/300:255")),
         (ValueError, "higauss comes in", lambda: image.enhancepage("higauss", "3x3")),
         (ombrilo.Error, "leaves the image", lambda: image.crop(0, 0, 53, 5)),
         (ombrilo.Error, "takes 1, 4, 8 bits per pixel, not 24; try gray",
@@ -81,16 +83,15 @@ def test_what_is_refused_says_why_and_changes_nothing():
         with pytest.raises(kind, match=reason):
             call()
     assert np.array_equal(image.to_array(), before)
-    image.gammacorrection(1).scale("100%").rotate(360).neuquant(24).adjustghms(0)  # nothing to do
+    # Nothing to do.
+    image.gammacorrection(1).scale("100%").rotate(360).neuquant(24).truecolor().adjustghms(0)
     assert np.array_equal(image.to_array(), before)
 
 
 def test_every_operation_gives_what_omb_gives(tmp_path):
     """All examples of all steps, called with what the command line takes."""
     steps = {s["name"] for s in json.loads(subprocess.check_output([OMB, "list", "--json"]))["steps"]}
-    # These have no method yet: lists of points, the tones of blocks, and a step of the host alone.
-    assert steps - set(OPERATIONS) == {"curve", "segmentoperation", "whiten", "stretch", "equalize",
-                                       "logarithm", "truecolor"}
+    assert steps == set(OPERATIONS)
     first = ombrilo.Image.from_array(noise(480, 640))
     first.save(tmp_path / "in.bmp")
     commands = []
@@ -151,6 +152,16 @@ def test_kernels_of_ones_own():
     assert "unsharp 5x5" in ombrilo.kernels()
 
 
+def test_curves_are_what_they_are_drawn_as():
+    points = [(0, 10), (100, 180), (255, 230)]
+    curve = np.frombuffer(ombrilo.bestfit(points), np.uint8)
+    a = noise()
+    assert np.array_equal(ombrilo.Image.from_array(a).curve(points).to_array(), curve[a])
+    text = ombrilo.Image.from_array(a).curve("0:10/100:180/255:230", channel="red").to_array()
+    assert np.array_equal(text[..., 0], curve[a[..., 0]])
+    assert np.array_equal(text[..., 1:], a[..., 1:])
+
+
 def test_notebooks_and_the_rest():
     image = ombrilo.Image.from_array(noise())
     import io
@@ -162,8 +173,9 @@ def test_notebooks_and_the_rest():
     assert image.bits == 24
     assert image.copy().to_array().tobytes() == image.to_array().tobytes()
     assert ombrilo.Image(3, 2, 16).copy().transformat().bits == 24
+    assert ombrilo.Image(3, 2, 32).truecolor().bits == 24
+    assert image.iscolorful() and image.can_balance() and not image.can_pseudocolor()
     assert len(ombrilo.Image.scale.__doc__) > 300
-    assert ombrilo.__version__ == DESCRIPTION["version"]
 
 
 def test_threads_run_beside_each_other():

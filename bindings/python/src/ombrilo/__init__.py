@@ -15,7 +15,7 @@ argument) with the reason, and leaves the image as it was. The interpreter runs 
 works, so that threads share the work on several images.
 """
 
-from ._image import Error, Image, Kernel, kernels
+from ._image import Error, Image, Kernel, bestfit, kernels
 from ._version import version as __version__
 
-__all__ = ["Error", "Image", "Kernel", "kernels", "__version__"]
+__all__ = ["Error", "Image", "Kernel", "bestfit", "kernels", "__version__"]

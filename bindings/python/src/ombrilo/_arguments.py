@@ -130,6 +130,30 @@ def _size(operation: str, image: Image, given: Any) -> tuple[int, int]:
     return width, height
 
 
+def points_of(name: str, given: Any) -> Any:
+    """The C function's points, of pairs or of text such as "0:0/64:48/255:255"."""
+    if isinstance(given, str):
+        pairs = [part.split(":") for part in given.split("/")]
+    else:
+        pairs = [list(pair) for pair in given]
+    try:
+        numbers = [int(level) for x, y in pairs for level in (x, y)]
+    except (TypeError, ValueError):
+        numbers = []
+    rising = all(a < b for a, b in zip(numbers[::2], numbers[2::2]))
+    if not numbers or not rising or min(numbers) < 0 or max(numbers) > 255:
+        raise ValueError(
+            f"{name}: 'points' must be levels from 0 to 255 from dark to light, such as "
+            f"[(0, 0), (64, 48), (255, 255)] or '0:0/64:48/255:255', not {given!r}"
+        )
+    return (ctypes.c_int32 * len(numbers))(*numbers)
+
+
+def _block(image: Image, blocks: int) -> int:
+    """-1 takes what suits pages: a twelfth of the width."""
+    return min(max(image.width // 12, 16), 32767) if blocks == -1 else blocks
+
+
 def _kernel(operation: str, given: Any) -> Any:
     if isinstance(given, Kernel):
         return ctypes.byref(given._record)
@@ -193,7 +217,7 @@ def arguments_of(
     arguments: list[Any] = []
     for argument in operation["arguments"]:
         convert = argument["convert"]
-        value = values.get(argument.get("parameter"))
+        value: Any = values.get(argument.get("parameter"))
         if convert == "constant":
             value = argument["value"]
         elif convert == "depth":
@@ -210,6 +234,14 @@ def arguments_of(
             value = _page_size(name, values)
         elif convert == "kernel":
             value = _kernel(name, value)
+        elif convert == "points":
+            value = points_of(name, value)
+        elif convert == "count":
+            value = len(points_of(name, value)) // 2
+        elif convert == "block":
+            value = _block(image, value)
+        elif convert == "scope":
+            value = 0 if value == 0 else 1
         elif convert == "ramp":
             value = _ramp(image, values["ramp"])
         elif convert == "rectangle":

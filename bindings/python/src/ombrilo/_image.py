@@ -9,19 +9,20 @@ import os
 import struct
 import weakref
 import zlib
-from typing import TYPE_CHECKING, Any, Tuple, Union
+from typing import TYPE_CHECKING, Any, Sequence, Tuple, Union
 
 from . import _library as lib
-from ._arguments import OPERATIONS, Kernel, arguments_of, kernels
+from ._arguments import OPERATIONS, Kernel, arguments_of, kernels, points_of
 from ._operations import Operations
 
 if TYPE_CHECKING:
     import numpy as np
 
-__all__ = ["Error", "Image", "Kernel", "kernels"]
+__all__ = ["Error", "Image", "Kernel", "bestfit", "kernels"]
 
 Color = Union[str, Tuple[int, int, int]]
 Size = Union[str, Tuple[int, int]]
+Points = Union[str, Sequence[Tuple[int, int]]]
 KernelLike = Union[str, int, Kernel]
 
 # OmbPixels of the C header.
@@ -31,6 +32,14 @@ _METRES_PER_INCH = 0.0254
 
 class Error(Exception):
     """The library refused; the image is as it was."""
+
+
+def bestfit(points: Points) -> bytes:
+    """The smooth curve through points that Image.curve() applies: the output of each level."""
+    given = points_of("bestfit", points)
+    curve = ctypes.create_string_buffer(256)
+    lib.best_fit(given, len(given) // 2, curve)
+    return curve.raw
 
 
 @functools.lru_cache(maxsize=None)
@@ -165,7 +174,7 @@ class Image(Operations):
 
         mode, format = "RGB", _RGB
         if self.bits <= 8:
-            gray = not lib.is_colorful(self._block.address)
+            gray = not self.iscolorful()
             two = gray and self.bits == 1
             mode, format = ("1", _BIT) if two else ("L", _GRAY) if gray else ("P", 0)
         size = (self.width, self.height)
@@ -258,7 +267,7 @@ class Image(Operations):
         width where all colors are gray."""
         import numpy as np
 
-        gray = not lib.is_colorful(self._block.address)
+        gray = not self.iscolorful()
         shape = (self.height, self.width) if gray else (self.height, self.width, 3)
         pixels: np.ndarray[Any, Any] = np.empty(shape, np.uint8)
         format, stride = (_GRAY, shape[1]) if gray else (_RGB, 3 * shape[1])
@@ -312,10 +321,6 @@ class Image(Operations):
         if not lib.set_resolution(self._block.address, x, y):
             raise Error(f"dpi: {dpi} cannot be stored")
 
-    def autothreshold(self) -> int:
-        """The threshold that binary() takes: about the median of the gray values."""
-        return int(lib.auto_threshold(self._block.address))
-
     def histogram(self, channel: str = "gray") -> list[int]:
         """How often each value of red, green, blue or gray occurs."""
         numbers = {"red": 1, "green": 2, "blue": 3, "gray": 4}
@@ -332,13 +337,18 @@ class Image(Operations):
         """Whether the image is what an operation would make of it."""
         return (
             (idle == "same_size" and tuple(arguments[:2]) == self.size)
-            or (idle == "same_depth" and values["bits"] == self.bits)
+            or (idle == "same_depth" and arguments[0] == self.bits)
             or (idle == "full_turn" and abs(math.fmod(values["degrees"], 360)) < 0.01)
         )
+
+    def _ask(self, function: str) -> int:
+        return int(lib.function(function, ctypes.c_int32, ctypes.c_void_p)(self._block.address))
 
     def _run(self, name: str, given: dict[str, object]) -> Image:
         operation = OPERATIONS[name]
         bits = self.bits
+        if bits in (16, 32) and operation["wide"]:
+            return self._run(operation["wide"], given)
         if bits not in operation["depths"]:
             hint = "; try transformat" if bits in (16, 32) else ""
             if operation["before"] and not hint:

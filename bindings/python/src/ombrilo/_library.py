@@ -9,6 +9,8 @@ import sys
 from ctypes import POINTER, c_int32, c_ssize_t, c_uint16, c_uint32, c_void_p
 from typing import Any, Callable
 
+from ._version import version
+
 
 class Rectangle(ctypes.Structure):
     _fields_ = [(name, c_int32) for name in ("left", "top", "right", "bottom")]
@@ -41,12 +43,14 @@ NUMBERS: dict[str, Any] = {
 
 
 def _load() -> ctypes.CDLL:
-    given = os.environ.get("OMBRILO_LIBRARY")
-    if given:
-        return ctypes.CDLL(given)
     names = {"win32": "ombrilo.dll", "darwin": "libombrilo.dylib"}
-    path = pathlib.Path(__file__).parent / names.get(sys.platform, "libombrilo.so")
-    return ctypes.CDLL(str(path))
+    own = pathlib.Path(__file__).parent / names.get(sys.platform, "libombrilo.so")
+    loaded = ctypes.CDLL(os.environ.get("OMBRILO_LIBRARY") or str(own))
+    number = loaded.omb_version()
+    found = f"{number >> 16}.{number >> 8 & 255}.{number & 255}"
+    if found != version:
+        raise ImportError(f"{loaded._name} is version {found}, but the package is {version}")
+    return loaded
 
 
 library = _load()
@@ -75,8 +79,7 @@ from_pixels = function(
 to_pixels = function("omb_topixels", c_uint32, c_void_p, c_uint32, c_void_p, c_ssize_t)
 set_palette = function("omb_setpalette", c_uint32, c_void_p, ctypes.c_char_p, c_uint32)
 set_resolution = function("omb_setresolution", c_uint32, c_void_p, c_int32, c_int32)
-is_colorful = function("omb_iscolorful", c_int32, c_void_p)
-auto_threshold = function("omb_autothreshold", c_int32, c_void_p)
+best_fit = function("omb_bestfit", c_uint32, POINTER(c_int32), c_uint32, ctypes.c_char_p)
 channel_histogram = function(
     "omb_getchannelhistogram", c_int32, c_void_p, POINTER(c_int32), c_int32
 )
