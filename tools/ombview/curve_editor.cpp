@@ -76,8 +76,7 @@ void CurveEditor::Remove(CurvePoint place) {
   events_.curve(*points_);
 }
 
-void CurveEditor::Paint() {
-  Painting painting(handle());
+void CurveEditor::Paint(Painting& painting) {
   const RECT area = ClientRect();
   const Theme& theme = CurrentTheme();
   painting.Fill(area, theme.plot);
@@ -108,11 +107,6 @@ void CurveEditor::Paint() {
 
 LRESULT CurveEditor::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
   switch (message) {
-    case WM_ERASEBKGND:
-      return 1;
-    case WM_PAINT:
-      Paint();
-      return 0;
     case WM_LBUTTONDOWN:
       Press(PlaceOf(lparam));
       return 0;

@@ -29,8 +29,8 @@ class CurveEditor : public Window {
   void ShowLevels(const std::optional<std::array<uint8_t, 256>>& curve, int first, int second);
 
  private:
+  void Paint(Painting& painting) override;
   LRESULT OnMessage(UINT message, WPARAM wparam, LPARAM lparam) override;
-  void Paint();
   CurvePoint PlaceOf(LPARAM lparam) const;
   int X(int level) const;
   int Y(int level) const;

@@ -70,8 +70,7 @@ std::vector<omb::Histogram> HistogramsOf(const PackedDib* image) {
                             : omb::Measure(image, {Channel::kRed, Channel::kGreen, Channel::kBlue});
 }
 
-void HistogramPane::Paint() {
-  Painting painting(handle());
+void HistogramPane::Paint(Painting& painting) {
   const RECT area = ClientRect();
   const int margin = Scaled(14), line = Scaled(20);
   painting.Fill(area, CurrentTheme().bar);
@@ -91,20 +90,6 @@ void HistogramPane::Paint() {
     painting.Text(StatisticsOf(histogram).c_str(), rest, CurrentTheme().faint_text);
     rest.top += line + margin;
   }
-}
-
-LRESULT HistogramPane::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
-  switch (message) {
-    case WM_SIZE:
-      Repaint();
-      return 0;
-    case WM_ERASEBKGND:
-      return 1;
-    case WM_PAINT:
-      Paint();
-      return 0;
-  }
-  return Window::OnMessage(message, wparam, lparam);
 }
 
 }  // namespace ombview

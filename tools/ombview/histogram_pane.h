@@ -19,8 +19,7 @@ class HistogramPane : public Window {
   static int Width();
 
  private:
-  LRESULT OnMessage(UINT message, WPARAM wparam, LPARAM lparam) override;
-  void Paint();
+  void Paint(Painting& painting) override;
 
   std::vector<omb::Histogram> histograms_;
   std::wstring complaint_;

@@ -137,8 +137,7 @@ void ImageView::OnDrag(Point at) {
               std::max(corner.x, corner_.x), std::max(corner.y, corner_.y)});
 }
 
-void ImageView::Paint() {
-  Painting painting(handle());
+void ImageView::Paint(Painting& painting) {
   const RECT area = ClientRect();
   painting.Fill(area, CurrentTheme().ground);
   if (!complaint_.empty() || !has_image_) {
@@ -185,11 +184,6 @@ LRESULT ImageView::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_SIZE:
       viewport_.SetArea(LOWORD(lparam), HIWORD(lparam));
       Moved();
-      return 0;
-    case WM_ERASEBKGND:
-      return 1;
-    case WM_PAINT:
-      Paint();
       return 0;
     case WM_HSCROLL:
       Scroll(SB_HORZ, LOWORD(wparam));

@@ -46,8 +46,8 @@ class ImageView : public Window {
   void Select(std::optional<Rect> pixels);
 
  private:
+  void Paint(Painting& painting) override;
   LRESULT OnMessage(UINT message, WPARAM wparam, LPARAM lparam) override;
-  void Paint();
   void PaintSelection(HDC dc);
   void Moved();
   void Scroll(int bar, int request);

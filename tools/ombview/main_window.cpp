@@ -13,7 +13,6 @@
 #include "errors.h"
 #include "parameter_dialog.h"
 #include "preview.h"
-#include "settings.h"
 #include "theme.h"
 #include "wide.h"
 
@@ -23,8 +22,6 @@ namespace {
 
 constexpr UINT kWake = WM_APP;  // a worker has done something
 constexpr UINT_PTR kProgressTimer = 1;
-constexpr auto kPatience = std::chrono::milliseconds(300);  // until progress is shown
-enum Slot { kSight, kCounts };                              // of what the eyes are for
 
 // "640 × 480 pixels, 24 bits"
 std::wstring ShapeOf(const PackedDib* image) {
@@ -33,45 +30,20 @@ std::wstring ShapeOf(const PackedDib* image) {
          L" pixels, " + std::to_wstring(bits) + (bits == 1 ? L" bit" : L" bits");
 }
 
-std::wstring TimeOf(std::chrono::duration<double, std::milli> time) {
-  wchar_t text[40];
-  const double ms = time.count();
-  swprintf(text, ARRAYSIZE(text), ms < 1000 ? L"%.1f ms" : L"%.1f s", ms < 1000 ? ms : ms / 1000);
-  return text;
-}
-
-// A bitmap that a view can draw. Throws std::bad_alloc.
-Rendering RenderingOf(const Seen& seen, const Viewport& viewport) {
-  GdiObject<HBITMAP> bitmap(omb_DIBToDIBSection(seen.image.get()));
-  if (!bitmap) throw std::bad_alloc();
-  return {std::move(bitmap), seen.begin, viewport, seen.fixed};
-}
-
 // What a worker's function returns must be copyable.
 template <class T>
 std::shared_ptr<T> Shared(T value) {
   return std::make_shared<T>(std::move(value));
 }
 
-// One more window of the program, for one more file.
-void StartAnother(const std::filesystem::path& file) {
-  wchar_t program[MAX_PATH] = {};
-  GetModuleFileNameW(nullptr, program, ARRAYSIZE(program));
-  const std::wstring argument = L"\"" + file.native() + L"\"";
-  ShellExecuteW(nullptr, L"open", program, argument.c_str(), nullptr, SW_SHOWNORMAL);
-}
-
 }  // namespace
 
 MainWindow::MainWindow() {
   UpdateTheme();
-  recent_ = LoadRecentFiles();
   Create(L"OmbviewMain", WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, WS_EX_ACCEPTFILES, nullptr);
   SetDpi(static_cast<int>(GetDpiForWindow(handle())));
   const HWND window = handle();
   const auto wake = [window] { PostMessageW(window, kWake, 0, 0); };
-  hands_.emplace(wake);
-  eyes_.emplace(wake);
   toolbar_.emplace(handle(), [this](WORD command) {
     const MenuState state = State();
     return Toolbar::State{IsPossible(command, state), IsOn(command, state)};
@@ -83,196 +55,70 @@ MainWindow::MainWindow() {
                           });
   histogram_.emplace(handle());
   status_.emplace(handle());
+  sight_.emplace(*view_, *histogram_, wake);
+  jobs_.emplace(*status_, Jobs::Events{
+                              wake,
+                              [this](const std::wstring& why) { Tell(why); },
+                              [this] { OnJob(); },
+                          });
+  files_.emplace(handle(), document_, *jobs_);
   SetUp();
   ShowDocument();
 }
 
-// ---- Work ----
-
-void MainWindow::Start(const std::string& deed, Work work, Finish then) {
-  if (working()) return;
-  deed_ = deed;
-  begun_ = std::chrono::steady_clock::now();
-  SetTimer(handle(), kProgressTimer, 100, nullptr);
-  work_ = hands_->Start(0, [=, this](Progress& progress) -> Worker::Followup {
-    const auto over = [=, this](const std::wstring& remark, const Finish& finish) {
-      return [=, this] {
-        work_.reset();
-        writing_ = false;
-        KillTimer(handle(), kProgressTimer);
-        status_->SetProgress(-1);
-        if (finish) finish();
-        ShowDocument();
-        status_->Set(StatusLine::kRemark, remark);
-        if (closing_) return Close();
-        if (finish && then) then();
-      };
-    };
-    const auto failed = [=, this](const std::wstring& reason) {
-      const auto end = over(L"", {});
-      return [=, this] {
-        end();
-        Tell(reason);
-      };
-    };
-    std::string remarks;
-    try {
-      const Finish finish =
-          work(progress, [&](const std::string& remark) { remarks += " · " + remark; });
-      progress.Report(1);
-      const auto time = std::chrono::steady_clock::now() - begun_;
-      return over(Wide(deed) + L": " + TimeOf(time) + Wide(remarks), finish);
-    } catch (const Cancelled&) {
-      return over(Wide(deed) + L": stopped", {});
-    } catch (const std::bad_alloc&) {
-      return failed(L"Memory ran out.");
-    } catch (const std::exception& error) {
-      return failed(Wide(deed + ": " + error.what()));
-    }
-  });
-  ShowProgress();
-  toolbar_->Repaint();
+void MainWindow::OnJob() {
+  if (jobs_->busy()) {
+    SetTimer(handle(), kProgressTimer, 100, nullptr);
+    return toolbar_->Repaint();
+  }
+  KillTimer(handle(), kProgressTimer);
+  ShowDocument();
+  if (closing_) Close();
 }
 
 void MainWindow::Stop() {
-  if (working()) {
-    work_->Cancel();
-    ShowProgress();
-  } else {
-    view_->Select({});
-  }
+  if (jobs_->busy()) return jobs_->Cancel();
+  view_->Select({});
 }
 
-void MainWindow::WaitForWork() {
+void MainWindow::WaitForJob() {
   MSG message;
-  while (working() && GetMessageW(&message, nullptr, 0, 0) > 0) DispatchMessageW(&message);
+  while (jobs_->busy() && GetMessageW(&message, nullptr, 0, 0) > 0) DispatchMessageW(&message);
 }
 
 void MainWindow::Tell(const std::wstring& message) const {
   MessageBoxW(handle(), message.c_str(), kTitle, MB_ICONERROR);
 }
 
-void MainWindow::ShowProgress() {
-  if (!working() || std::chrono::steady_clock::now() - begun_ < kPatience) return;
-  const double share = work_->share();
-  std::wstring text = Wide(deed_) + L"…";
-  if (share > 0) text += L" " + std::to_wstring(static_cast<int>(100 * share)) + L" %";
-  text += work_->cancelled() ? L"  is being stopped" : L"  Esc stops it";
-  status_->Set(StatusLine::kRemark, text);
-  status_->SetProgress(share);
-}
-
 // ---- Files ----
 
-void MainWindow::LetGo(Finish then) {
-  if (working()) return;
-  const int answer = document_.changed() ? AskToSave(handle(), document_.file()) : IDNO;
-  if (answer == IDNO) then();
-  if (answer == IDYES) Save(std::move(then));
-}
-
-void MainWindow::Open(const std::filesystem::path& file) {
-  LetGo([=, this] { OpenNow(file); });
-}
-
-void MainWindow::OpenNow(const std::filesystem::path& file) {
-  Start("Opening", [=, this](Progress& progress, const omb::Remark& remark) -> Finish {
-    const omb::Watching watching([&](double share) { progress.Report(share); });
-    const auto image = Shared(omb::ReadImage(file, remark));
-    return [=, this] {
-      document_.Open(std::move(*image), file);
-      Remember(file);
-    };
-  });
-}
-
-void MainWindow::OpenByDialog() {
-  LetGo([this] {
-    const auto files = AskForFiles(handle());
-    if (!files.empty()) OpenNow(files[0]);
-    for (size_t i = 1; i < files.size(); ++i) StartAnother(files[i]);
-  });
-}
-
-void MainWindow::Save(Finish then) {
-  try {
-    omb::FormatOfPath(document_.file());
-  } catch (const omb::FileError&) {  // there is no name, or one that says no format
-    return SaveAs(std::move(then));
-  }
-  SaveTo(document_.file(), std::move(then));
-}
-
-void MainWindow::SaveAs(Finish then) {
-  const std::filesystem::path file = AskForName(handle(), document_.file());
-  if (!file.empty()) SaveTo(file, std::move(then));
-}
-
-void MainWindow::SaveTo(const std::filesystem::path& file, Finish then) {
-  writing_ = true;
-  const SharedImage image = document_.image();
-  Start(
-      "Saving",
-      [=, this](Progress& progress, const omb::Remark&) -> Finish {
-        const omb::Watching watching([&](double share) { progress.Report(share); });
-        omb::WriteImage(file, omb::FormatOfPath(file), image.get());
-        return [=, this] {
-          document_.MarkSaved(file);
-          Remember(file);
-        };
-      },
-      std::move(then));
-}
-
-void MainWindow::Remember(const std::filesystem::path& file) {
-  recent_.Add(file);
-  SaveRecentFiles(recent_);
-}
-
-void MainWindow::Print() {
-  const HDC printer = AskForPrinter(handle());
-  if (printer == nullptr) return;
-  const SharedImage image = document_.image();
-  const std::wstring name = document_.file().filename().wstring();
-  Start("Printing", [=](Progress&, const omb::Remark&) -> Finish {
-    const bool done = PrintImage(printer, image.get(), name.empty() ? kTitle : name);
-    DeleteDC(printer);
-    if (!done) throw std::runtime_error("the printer does not take the image");
-    return [] {};
-  });
-}
+void MainWindow::Open(const std::filesystem::path& file) { files_->Open({file}); }
 
 void MainWindow::Close() {
-  if (working()) {
-    // A file is never cut off; other work is given up with the program.
-    work_->Cancel();
-    closing_ = writing_;
-    if (closing_) return;
-    work_.reset();
-  }
-  closing_ = false;
-  LetGo([this] { DestroyWindow(handle()); });
+  // A file that is being written gets its end; other work is given up with the program.
+  closing_ = jobs_->saving();
+  if (closing_) return;
+  jobs_->Abandon();
+  files_->LetGo([this] { DestroyWindow(handle()); });
 }
 
 // ---- Clipboard and other windows ----
 
 void MainWindow::Copy() {
   SharedImage image = document_.image();
-  Start("Copying",
-        [=, this, selection = view_->selection()](Progress&, const omb::Remark&) -> Finish {
-          const SharedImage copied =
-              selection ? SharedImage(PieceOf(image.get(), *selection)) : image;
-          return [=, this] {
-            if (CopyToClipboard(handle(), copied.get())) return;
-            Tell(L"The clipboard does not take the image.");
-          };
-        });
+  jobs_->Start("Copying", [=, this, selection = view_->selection()](Progress&, const omb::Remark&) {
+    const SharedImage copied = selection ? SharedImage(PieceOf(image.get(), *selection)) : image;
+    return [=, this] {
+      if (CopyToClipboard(handle(), copied.get())) return;
+      Tell(L"The clipboard does not take the image.");
+    };
+  });
 }
 
 void MainWindow::Paste() {
-  LetGo([this] {
+  files_->LetGo([this] {
     const auto bytes = Shared(BytesOfClipboard(handle()));
-    Start("Pasting", [=, this](Progress&, const omb::Remark& remark) -> Finish {
+    jobs_->Start("Pasting", [=, this](Progress&, const omb::Remark& remark) {
       if (bytes->empty()) throw std::runtime_error("the clipboard has no image");
       const auto image = Shared(ImageOfBytes(*bytes, remark));
       return [=, this] { document_.Put(std::move(*image), "Pasting"); };
@@ -282,8 +128,8 @@ void MainWindow::Paste() {
 
 void MainWindow::CaptureWindow(size_t index) {
   if (index >= windows_.size()) return;
-  LetGo([=, this, window = windows_[index].handle] {
-    Start("Capturing", [=, this](Progress&, const omb::Remark&) -> Finish {
+  files_->LetGo([=, this, window = windows_[index].handle] {
+    jobs_->Start("Capturing", [=, this](Progress&, const omb::Remark&) {
       const auto image = Shared(Capture(window));
       return [=, this] {
         SetForegroundWindow(handle());
@@ -298,7 +144,7 @@ void MainWindow::CaptureWindow(size_t index) {
 
 void MainWindow::Run(const omb::Step& step) {
   const SharedImage image = document_.image();
-  if (!image || working()) return;
+  if (!image || jobs_->busy()) return;
   if (step.parameters.empty()) return Apply(omb::ParseCall(step.name));
   auto last = last_arguments_.find(&step);
   if (last == last_arguments_.end()) {
@@ -321,7 +167,7 @@ void MainWindow::Run(const omb::Step& step) {
 
 void MainWindow::Apply(const omb::Call& call) {
   const SharedImage image = document_.image();
-  Start(call.step->Title(), [=, this](Progress&, const omb::Remark&) -> Finish {
+  jobs_->Start(call.step->Title(), [=, this](Progress&, const omb::Remark&) {
     const auto result = Shared(After(image.get(), call));
     return [=, this] { document_.Change(std::move(*result), call.step->Title()); };
   });
@@ -332,7 +178,7 @@ void MainWindow::CropToSelection() {
   const Rect keep = *view_->selection();
   view_->Select({});
   const SharedImage image = document_.image();
-  Start("Crop", [=, this](Progress&, const omb::Remark&) -> Finish {
+  jobs_->Start("Crop", [=, this](Progress&, const omb::Remark&) {
     const auto piece = Shared(PieceOf(image.get(), keep));
     if (!*piece) throw std::bad_alloc();
     return [=, this] { document_.Change(std::move(*piece), "Crop"); };
@@ -359,47 +205,11 @@ void MainWindow::ShowDocument() {
 }
 
 void MainWindow::Redraw() {
-  const SharedImage before = comparing_ && !preview_ ? document_.before() : nullptr;
-  const SharedImage image = before ? before : document_.image();
-  if (!image) return eyes_->Drop(kSight);
-  const auto preview = comparing_ ? std::nullopt : preview_;
-  eyes_->Start(kSight, [=, this, viewport = view_->viewport()](Progress&) -> Worker::Followup {
-    std::wstring complaint;
-    try {
-      Seen seen;
-      try {
-        seen = preview  ? SeeAfter(image.get(), *preview, viewport)
-               : before ? SeeBefore(image.get(), viewport)
-                        : See(image.get(), viewport);
-      } catch (const omb::StepError&) {  // which is told when the step is to be done
-        seen = See(image.get(), viewport);
-      }
-      const auto rendering = Shared(RenderingOf(seen, viewport));
-      return [=, this] { view_->Show(std::move(*rendering)); };
-    } catch (const std::bad_alloc&) {
-      complaint = L"This image cannot be shown: it is too large for the memory";
-    } catch (const std::exception& error) {
-      complaint = L"This image cannot be shown: " + Wide(error.what());
-    }
-    return [=, this] { view_->Complain(complaint); };
-  });
+  if (comparing_ && !preview_ && document_.before()) return sight_->ShowBefore(document_.before());
+  sight_->Show(document_.image(), comparing_ ? std::nullopt : preview_);
 }
 
-void MainWindow::MeasureImage() {
-  const SharedImage image = document_.image();
-  if (!image || !show_histogram_) {
-    eyes_->Drop(kCounts);
-    return histogram_->Show({});
-  }
-  eyes_->Start(kCounts, [=, this](Progress&) -> Worker::Followup {
-    try {
-      const auto histograms = HistogramsOf(image.get());
-      return [=, this] { histogram_->Show(histograms); };
-    } catch (const std::exception& error) {
-      return [=, this, text = Wide(error.what())] { histogram_->Complain(text); };
-    }
-  });
-}
+void MainWindow::MeasureImage() { sight_->Measure(show_histogram_ ? document_.image() : nullptr); }
 
 void MainWindow::Compare(bool comparing) {
   if (comparing_ == comparing) return;
@@ -464,10 +274,13 @@ void MainWindow::Arrange() {
   MoveWindow(status_->handle(), 0, bottom, area.right, StatusLine::Height(), TRUE);
 }
 
+// Seen only before the parts of the window are there.
+void MainWindow::Paint(Painting& painting) { painting.Fill(ClientRect(), CurrentTheme().ground); }
+
 MenuState MainWindow::State() const {
   return {.document = document_,
-          .recent = recent_,
-          .busy = working(),
+          .recent = files_->recent(),
+          .busy = jobs_->busy(),
           .fit = view_ && view_->viewport().fit(),
           .selecting = view_ && view_->selecting(),
           .selection = view_ && view_->selection().has_value(),
@@ -484,18 +297,19 @@ void MainWindow::OnCommand(WORD command) {
   if (command >= kFirstWindow) return CaptureWindow(command - size_t{kFirstWindow});
   if (command >= kFirstRecent) {
     const size_t index = command - size_t{kFirstRecent};
-    if (index < recent_.files().size()) Open(recent_.files()[index]);
+    const auto& recent = files_->recent().files();
+    if (index < recent.size()) Open(recent[index]);
     return;
   }
   switch (command) {
     case kOpen:
-      return OpenByDialog();
+      return files_->OpenByDialog();
     case kSave:
-      return Save();
+      return files_->Save();
     case kSaveAs:
-      return SaveAs();
+      return files_->SaveAs();
     case kPrint:
-      return Print();
+      return files_->Print();
     case kExit:
       return Close();
     case kUndo:
@@ -551,9 +365,7 @@ void MainWindow::OnDrop(WPARAM dropped) {
     files.emplace_back(name);
   }
   DragFinish(drop);
-  if (files.empty()) return;
-  Open(files[0]);
-  for (size_t i = 1; i < files.size(); ++i) StartAnother(files[i]);
+  files_->Open(files);
 }
 
 void MainWindow::OnMenu(HMENU menu) {
@@ -609,22 +421,22 @@ LRESULT MainWindow::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_MOUSEHWHEEL:
       return SendMessageW(view_->handle(), message, wparam, lparam);
     case WM_TIMER:
-      ShowProgress();
+      jobs_->ShowProgress();
       return 0;
     case kWake:
-      hands_->RunFollowups();
-      eyes_->RunFollowups();
+      jobs_->RunFollowups();
+      sight_->RunFollowups();
       return 0;
     case kQueryBusy:
-      return hands_->busy() || eyes_->busy();
+      return jobs_->HasFollowups() || sight_->HasFollowups();
     case WM_CLOSE:
       Close();
       return 0;
     case WM_QUERYENDSESSION: {
       bool let_go = false;
-      WaitForWork();
-      LetGo([&let_go] { let_go = true; });
-      WaitForWork();
+      WaitForJob();
+      files_->LetGo([&let_go] { let_go = true; });
+      WaitForJob();
       return let_go;
     }
     case WM_DESTROY:

@@ -28,8 +28,7 @@ void StatusLine::SetProgress(double share) {
   Repaint();
 }
 
-void StatusLine::Paint() {
-  Painting painting(handle());
+void StatusLine::Paint(Painting& painting) {
   const Theme& theme = CurrentTheme();
   const RECT area = ClientRect();
   painting.Fill(area, theme.bar);
@@ -52,17 +51,6 @@ void StatusLine::Paint() {
                   DT_SINGLELINE | DT_VCENTER | DT_END_ELLIPSIS);
     left = where.right + Scaled(8);
   }
-}
-
-LRESULT StatusLine::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
-  switch (message) {
-    case WM_ERASEBKGND:
-      return 1;
-    case WM_PAINT:
-      Paint();
-      return 0;
-  }
-  return Window::OnMessage(message, wparam, lparam);
 }
 
 }  // namespace ombview

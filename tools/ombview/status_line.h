@@ -20,8 +20,7 @@ class StatusLine : public Window {
   void SetProgress(double share);
 
  private:
-  LRESULT OnMessage(UINT message, WPARAM wparam, LPARAM lparam) override;
-  void Paint();
+  void Paint(Painting& painting) override;
 
   std::array<std::wstring, kFields> texts_;
   double progress_ = -1;

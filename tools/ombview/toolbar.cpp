@@ -121,8 +121,7 @@ void Toolbar::MakeTips() {
   }
 }
 
-void Toolbar::Paint() {
-  Painting painting(handle());
+void Toolbar::Paint(Painting& painting) {
   const Theme& theme = CurrentTheme();
   const RECT area = ClientRect();
   painting.Fill(area, theme.bar);
@@ -145,11 +144,6 @@ void Toolbar::Paint() {
 
 LRESULT Toolbar::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
   switch (message) {
-    case WM_ERASEBKGND:
-      return 1;
-    case WM_PAINT:
-      Paint();
-      return 0;
     case WM_DPICHANGED_AFTERPARENT:
       MakeTips();
       return 0;

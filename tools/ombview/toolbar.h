@@ -19,8 +19,8 @@ class Toolbar : public Window {
   static int Height();
 
  private:
+  void Paint(Painting& painting) override;
   LRESULT OnMessage(UINT message, WPARAM wparam, LPARAM lparam) override;
-  void Paint();
   RECT ButtonAt(int i) const;
   int ButtonUnder(LPARAM lparam) const;
   void SetHot(int i);

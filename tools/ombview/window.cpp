@@ -12,7 +12,7 @@ void Window::Create(const wchar_t* class_name, DWORD style, DWORD extended_style
   const HINSTANCE instance = GetModuleHandleW(nullptr);
   WNDCLASSEXW window_class = {};
   window_class.cbSize = sizeof window_class;
-  window_class.style = CS_DBLCLKS;
+  window_class.style = CS_DBLCLKS | CS_HREDRAW | CS_VREDRAW;
   window_class.lpfnWndProc = Procedure;
   window_class.hInstance = instance;
   window_class.hCursor = LoadCursorW(nullptr, IDC_ARROW);
@@ -24,6 +24,12 @@ void Window::Create(const wchar_t* class_name, DWORD style, DWORD extended_style
 }
 
 LRESULT Window::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
+  if (message == WM_ERASEBKGND) return 1;
+  if (message == WM_PAINT) {
+    Painting painting(handle_);
+    Paint(painting);
+    return 0;
+  }
   return DefWindowProcW(handle_, message, wparam, lparam);
 }
 

@@ -8,6 +8,8 @@
 
 namespace ombview {
 
+class Painting;
+
 // A window of a class of its own. The object outlives the window.
 class Window {
  public:
@@ -23,6 +25,8 @@ class Window {
   ~Window() = default;
   // Registers the class and makes the window, whose size is the caller's matter.
   void Create(const wchar_t* class_name, DWORD style, DWORD extended_style, HWND parent);
+  // Draws the client area from scratch.
+  virtual void Paint(Painting& painting) = 0;
   // Answers a message. What it does not know goes to the default.
   virtual LRESULT OnMessage(UINT message, WPARAM wparam, LPARAM lparam);
 
@@ -38,7 +42,7 @@ struct DeleteGdiObject {
 template <class Handle>
 using GdiObject = std::unique_ptr<std::remove_pointer_t<Handle>, DeleteGdiObject>;
 
-// Draws a window's client area from scratch, and shows it all at once so that nothing flickers.
+// Draws a window's client area, and shows it all at once so that nothing flickers.
 class Painting {
  public:
   explicit Painting(HWND window);

@@ -1,0 +1,57 @@
+// What the person asked for: one piece of work at a time, off the thread of the windows.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "files/files.h"
+#include "status_line.h"
+#include "worker.h"
+
+namespace ombview {
+
+class Jobs {
+ public:
+  using Finish = std::function<void()>;
+  using Work = std::function<Finish(Progress&, const omb::Remark&)>;
+  struct Events {
+    std::function<void()> wake;                              // on the worker's thread
+    std::function<void(const std::wstring& why)> complaint;  // work has failed
+    std::function<void()> changed;                           // work has begun, or is over
+  };
+
+  // Progress and remarks are shown in the status line.
+  Jobs(StatusLine& status, Events events);
+
+  // Begins work, unless there is some. What it returns is run on the window's thread when it is
+  // done; then, unless it was cancelled meanwhile, `then`. What it throws is told to the person.
+  void Start(const std::string& deed, Work work, Finish then = {});
+  // Work that writes a file, which is not to be abandoned.
+  void StartSaving(Work work, Finish then);
+  bool busy() const { return running_ != nullptr; }
+  bool saving() const { return busy() && saving_; }
+  // What reads or writes a file stops soon; other work runs to its end, for nothing.
+  void Cancel();
+  // Nobody waits for its end any more.
+  void Abandon();
+
+  // To be called now and then while it is busy, and when it has waked its owner.
+  void ShowProgress();
+  void RunFollowups() { worker_.RunFollowups(); }
+  bool HasFollowups() const { return worker_.busy(); }
+
+ private:
+  void End(const std::wstring& remark, const std::wstring& complaint = {});
+
+  StatusLine& status_;
+  Events events_;
+  std::shared_ptr<Progress> running_;
+  bool saving_ = false;
+  std::string deed_;
+  std::chrono::steady_clock::time_point begun_;
+  Worker worker_;  // the last member: its work ends before what it uses
+};
+
+}  // namespace ombview
