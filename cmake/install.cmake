@@ -6,8 +6,10 @@ install(TARGETS ombrilo_static EXPORT ombriloTargets)
 if(TARGET ombrilo)
   install(TARGETS ombrilo EXPORT ombriloTargets)
 endif()
-install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
+if(NOT WIN32)
+  install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+  install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
+endif()
 install(FILES include/ombrilo/ombrilo.h include/ombrilo/ombrilo.hpp
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ombrilo)
 if(OMBRILO_TOOLS)
@@ -55,7 +57,8 @@ if(WIN32 AND TARGET ombrilo)
     -DPYTHON=${Python3_EXECUTABLE} -DX86_DLL=${OMBRILO_X86_DLL}
     "-DSIGN_COMMAND=${OMBRILO_SIGN_COMMAND}")
   add_custom_target(windows_package VERBATIM
-    COMMAND ${package_command} -P ${PROJECT_SOURCE_DIR}/cmake/windows_package.cmake)
+    COMMAND ${package_command} -DOUT=${PROJECT_BINARY_DIR}/package
+      -P ${PROJECT_SOURCE_DIR}/cmake/windows_package.cmake)
   add_dependencies(windows_package ombrilo ombrilo_static)
   if(OMBRILO_TOOLS)
     add_dependencies(windows_package omb ombview)

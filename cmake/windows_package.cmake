@@ -1,8 +1,9 @@
 # Makes what Windows developers download of a finished build: a zip with the library and the
 # programs, one with their debug files, and a NuGet package. The same build gives the same bytes.
 # Arguments: BUILD, SOURCE, VERSION, ARCHITECTURE (x64 or x86), OBJCOPY, STRIP, PYTHON; X86_DLL, the
-# 32-bit DLL for the NuGet package; SIGN_COMMAND, run with each file that Windows runs.
-set(out ${BUILD}/package)
+# 32-bit DLL for the NuGet package; SIGN_COMMAND, run with each file that Windows runs; OUT, the
+# folder that is made.
+set(out ${OUT})
 set(name ombrilo-${VERSION}-windows-${ARCHITECTURE})
 set(stage ${out}/${name})
 set(debug ${out}/${name}-debug)
@@ -13,30 +14,18 @@ function(must)
   execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET)
 endfunction()
 
-# Files in a fixed order, all of one time.
 function(zip directory archive)
-  file(GLOB_RECURSE files LIST_DIRECTORIES false RELATIVE ${directory} ${directory}/*)
-  list(SORT files)
-  list(TRANSFORM files PREPEND "${ARGN}")
-  list(JOIN files "\n" list)
-  file(WRITE ${out}/files.txt "${list}\n")
-  set(from ${directory})
-  if(ARGN)
-    cmake_path(GET directory PARENT_PATH from)
-  endif()
-  execute_process(WORKING_DIRECTORY ${from} COMMAND_ERROR_IS_FATAL ANY
-    COMMAND ${CMAKE_COMMAND} -E tar cf ${archive} --format=zip "--mtime=2020-01-01 00:00:00 UTC"
-      --files-from=${out}/files.txt)
-  file(REMOVE ${out}/files.txt)
+  must(${PYTHON} ${SOURCE}/cmake/zip.py ${archive} ${directory} ${ARGN})
 endfunction()
 
 must(${CMAKE_COMMAND} --install ${BUILD} --prefix ${stage})
 
 file(GLOB programs ${stage}/bin/*.dll ${stage}/bin/*.exe)
-# The time in a program is the linker's, which is none; these tools write the present one otherwise.
+# The time in a program is the one that the linker wrote, which is none: these tools write the present one
+# unless dates are preserved.
 foreach(program IN LISTS programs)
   cmake_path(GET program FILENAME file)
-  must(${OBJCOPY} --only-keep-debug ${program} ${debug}/${file}.debug)
+  must(${OBJCOPY} --preserve-dates --only-keep-debug ${program} ${debug}/${file}.debug)
   must(${STRIP} --preserve-dates --strip-all ${program})
   must(${OBJCOPY} --preserve-dates --add-gnu-debuglink=${debug}/${file}.debug ${program})
   if(SIGN_COMMAND)
@@ -72,17 +61,16 @@ if(ARCHITECTURE STREQUAL "x64")
   file(COPY ${stage}/lib/ombrilo.lib DESTINATION ${nuget}/build/native/lib/x64)
   file(COPY ${stage}/bin/ombrilo.dll DESTINATION ${nuget}/runtimes/win-x64/native)
   file(COPY ${stage}/bindings/Ombrilo.cs DESTINATION ${nuget}/contentFiles/cs/any)
-  file(COPY ${SOURCE}/LICENSE ${stage}/README.txt DESTINATION ${nuget})
+  file(COPY ${SOURCE}/LICENSE DESTINATION ${nuget})
+  file(COPY_FILE ${stage}/README.txt ${nuget}/README.md)
   if(X86_DLL)
     file(COPY ${X86_DLL} DESTINATION ${nuget}/runtimes/win-x86/native)
     must(${STRIP} --preserve-dates --strip-all ${nuget}/runtimes/win-x86/native/ombrilo.dll)
     cmake_path(REPLACE_FILENAME X86_DLL libombrilo.dll.a OUTPUT_VARIABLE x86_import)
     configure_file(${x86_import} ${nuget}/build/native/lib/x86/ombrilo.lib COPYONLY)
   endif()
-  foreach(part IN ITEMS ombrilo.nuspec ombrilo.targets)
-    configure_file(${SOURCE}/cmake/nuget/${part}.in ${nuget}/${part} @ONLY)
-  endforeach()
-  file(RENAME ${nuget}/ombrilo.targets ${nuget}/build/native/ombrilo.targets)
+  configure_file(${SOURCE}/cmake/nuget/Ombrilo.nuspec.in ${nuget}/Ombrilo.nuspec @ONLY)
+  file(COPY ${SOURCE}/cmake/nuget/Ombrilo.targets DESTINATION ${nuget}/build/native)
   file(COPY_FILE ${SOURCE}/cmake/nuget/content_types.xml "${nuget}/[Content_Types].xml")
   file(MAKE_DIRECTORY ${nuget}/_rels)
   file(COPY_FILE ${SOURCE}/cmake/nuget/rels.xml ${nuget}/_rels/.rels)
