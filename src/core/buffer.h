@@ -35,8 +35,7 @@ Buffer<T> NewScratchBuffer(size_t count) {
   return Buffer<T>(static_cast<T*>(std::malloc(count == 0 ? 1 : count * sizeof(T))));
 }
 
-// Scratch memory that starts at a cache line. Vectors that begin in the middle of a line cost two
-// reads.
+// Scratch memory that starts at a cache line: a vector that straddles two lines costs two reads.
 class AlignedScratch {
  public:
   explicit AlignedScratch(size_t bytes) : memory_(NewScratchBuffer<uint8_t>(bytes + kLine - 1)) {}

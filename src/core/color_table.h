@@ -1,6 +1,6 @@
 // Colors of a color table, read and written as runs of blue, green, red bytes.
 //
-// A table may be shorter than the depth's indices reach, or be announced longer than the block is.
+// A table may have fewer entries than the depth has indices, or announce more than the block holds.
 // Entries past the table come from the bytes that follow it; bytes past the block count as 0 and
 // are never written.
 #pragma once
@@ -18,11 +18,11 @@ void ReadColors(const DibView& dib, uint32_t first, uint32_t count, uint8_t* bgr
 // keeps its value.
 void WriteColors(const Dib& dib, uint32_t first, uint32_t count, const uint8_t* bgr);
 
-// The 256 entries of an 8-bit gray image: from black to white.
+// Writes the 256 entries of an 8-bit gray image, from black to white.
 void WriteGrayRamp(const Dib& dib);
 
-// Reads entries [0, count) as four-byte ones that start at byte 40, as behind an information
-// header, whatever the header is. Some operations look colors up like this on purpose.
+// Reads `count` four-byte entries from byte 40 on, where an information header has them, whatever
+// the header is. Some operations look colors up this way on purpose.
 void ReadColorsAtByte40(const DibView& dib, uint32_t count, uint8_t* bgr);
 
 }  // namespace ombrilo

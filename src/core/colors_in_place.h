@@ -1,5 +1,5 @@
-// The frame of operations that map colors to colors where they stand: in the color table of an
-// indexed image, or in the pixels of a 24-bit one.
+// The frame of operations that map colors to colors in place: in the color table of an indexed
+// image, or in the pixels of a 24-bit one.
 //
 // An operation is a callable `op(uint8_t* bgr, size_t colors)` that changes a run of packed B,G,R
 // colors. It sees the table in pieces of at most 256 colors and the pixels row by row, never
@@ -53,9 +53,9 @@ bool ChangeColors(const Dib& dib, Op&& op) {
 // the pixel data, whose bytes are taken three to a pixel at any depth. Here `op` gets bytes,
 // `op(uint8_t* bytes, size_t count)`, beginning with a blue one.
 //
-// At 24 bits the byte walk is the pixel rows. At other depths it does not follow the rows: each row
-// takes 3 x width bytes and skips what the row length exceeds the pixels' bytes by. It ends with
-// the pixel data, in the middle of a pixel if need be.
+// At 24 bits these are the bytes of the pixel rows. At other depths the walk does not follow the
+// rows: for each row it takes 3 x width bytes and skips the difference between the row length and
+// the pixels' bytes. It ends with the pixel data, in the middle of a pixel if need be.
 template <class Op>
 void ChangeTableOrBytes(const Dib& dib, Op&& op) {
   if (dib.header().table_count() != 0) {

@@ -8,7 +8,8 @@ namespace ombrilo {
 
 namespace {
 
-// The unevaluated sum of two doubles; the lower one is at most half a last place of the upper one.
+// The unevaluated sum of two doubles, the lower one at most half a unit in the last place of the
+// upper one.
 struct Pair {
   double high, low;
 };
@@ -75,8 +76,8 @@ constexpr auto kInverseFactorials = [] {
   return inverse;
 }();
 
-// The sum of power^(i / step) / i! from i = `first` in steps of `step` up to `last`; from `doubles`
-// on the terms are too small for more than a double.
+// The sum of power^(i / step) / i! from i = `first` in steps of `step` up to `last`. From `doubles`
+// on, the terms are so small that a double is enough.
 constexpr Pair Series(Pair power, int first, int step, int doubles, int last) {
   int i = last;
   double tail = 0;
@@ -101,8 +102,8 @@ constexpr auto kPowersOfTwo = [] {
   return powers;
 }();
 
-// The logarithm of a whole number from 1 to 255, by Newton's method on its exponential. The number
-// is brought to sqrt(1/2)..sqrt(2) by powers of 2.
+// The logarithm of an integer from 1 to 255, by Newton's method on its exponential. The integer is
+// scaled to sqrt(1/2)..sqrt(2) by powers of 2.
 constexpr Pair Logarithm(int number) {
   double m = number;
   int twos = 0;
@@ -124,7 +125,7 @@ constexpr auto kLogarithms = [] {
   return logarithms;
 }();
 
-// The quarter turns in an angle, rounded, and what is left.
+// The nearest number of quarter turns in an angle, and the rest.
 struct Reduced {
   int quarters;
   Pair rest;
@@ -135,7 +136,6 @@ Reduced Reduce(double angle) {
   return {quarters, Pair{angle, 0} + -(kHalfPi * double(quarters))};
 }
 
-// The sine of so many quarter turns and the rest.
 double SineOf(const Reduced& angle) {
   const Pair power = -(angle.rest * angle.rest);
   const Pair sine = (angle.quarters & 1) != 0 ? Series(power, 0, 2, 18, 28)
@@ -151,7 +151,7 @@ double Power(uint8_t base, double exponent) {
   if (base == 1 || exponent == 0) return 1;
   if (exponent != exponent) return exponent;
   if (base == 0) return exponent > 0 ? 0 : kInfinity;
-  // Beyond these even the smallest base, 2, and the largest leave what a double can hold.
+  // Beyond these, even the power of the smallest base, 2, overflows or underflows.
   if (exponent > 1100) return kInfinity;
   if (exponent < -1100) return 0;
   // base^exponent = 2^(steps / kSteps) e^rest

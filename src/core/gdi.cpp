@@ -16,8 +16,8 @@ namespace {
 constexpr wchar_t kGdi[] = L"gdi32.dll";
 constexpr wchar_t kUser[] = L"user32.dll";
 
-// Calls a function of a module; 0 where it is missing. Loading again what is loaded only counts
-// references; the module stays for the process's life.
+// Calls a function of a module; 0 where it is missing. Loading a module again only adds a reference
+// to it; it stays loaded until the process ends.
 template <class Result, class... Parameters, class... Arguments>
 Result Call(Result(WINAPI*)(Parameters...), const wchar_t* module, const char* name,
             Arguments... arguments) {
@@ -31,7 +31,7 @@ Result Call(Result(WINAPI*)(Parameters...), const wchar_t* module, const char* n
 
 }  // namespace
 
-// The function's own declaration gives the type and is not called: nothing is imported by it.
+// The function's own declaration only supplies its type. It is not called, so nothing is imported.
 #define OMB_CALL(module, name, ...) \
   Call(static_cast<decltype(&::name)>(nullptr), module, #name __VA_OPT__(, ) __VA_ARGS__)
 

@@ -1,9 +1,9 @@
 // The calls to gdi32 and user32 that the library makes, under their own names. Each module is
 // loaded by the first call that needs it, so that the library itself also loads where there is no
-// desktop. There, and wherever a call cannot be made, it has failed: the result is 0.
+// desktop. There, and wherever else a call cannot be made, it counts as failed: the result is 0.
 //
-// Handles are Windows' own types, declared here so that the code above reads the same without
-// Windows' headers: the tests supply these functions themselves, on every platform.
+// Handles are Windows' own types, declared here so that callers need no Windows headers: the tests
+// supply these functions themselves, on every platform.
 #pragma once
 
 #include <cstddef>
@@ -47,7 +47,8 @@ inline constexpr int kPlanes = 14;                // PLANES
 inline constexpr uint32_t kDibRgbColors = 0;      // DIB_RGB_COLORS
 inline constexpr uint32_t kSrcCopy = 0x00CC0020;  // SRCCOPY
 
-// gdi32. A BITMAPINFO is a header with its color table, a LOGPALETTE and its entries are bytes.
+// gdi32. A BITMAPINFO is passed as a header with its color table, a LOGPALETTE and palette entries
+// as bytes.
 int BitBlt(Dc to, int x, int y, int width, int height, Dc from, int from_x, int from_y,
            uint32_t operation);
 Bitmap CreateCompatibleBitmap(Dc dc, int width, int height);

@@ -7,7 +7,8 @@ namespace ombrilo {
 namespace {
 
 simd::ChannelBits BitsOf(uint32_t mask) {
-  // A shift of -1 for an empty mask and of 8 - width below 0 count modulo 32.
+  // An empty mask has a shift of -1, and one wider than 8 bits a shift of 8 - width below 0. Both
+  // count modulo 32.
   return {mask, mask == 0 ? 31 : std::countr_zero(mask), (8 - std::popcount(mask)) & 31};
 }
 

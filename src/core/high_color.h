@@ -11,10 +11,11 @@ namespace ombrilo {
 
 class HighColor {
  public:
-  // Of an image of 16 or 32 bits.
+  // For an image of 16 or 32 bits.
   explicit HighColor(const DibView& source);
 
-  // Pixels of a row to packed blue, green, red. Channels of fewer than 8 bits have low bits of 0.
+  // Converts pixels of a row to packed blue, green, red. A channel of fewer than 8 bits fills the
+  // high bits of its byte.
   void ToBgr(const uint8_t* row, size_t pixels, uint8_t* bgr) const;
 
  private:

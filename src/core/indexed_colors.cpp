@@ -11,7 +11,7 @@ namespace ombrilo {
 
 namespace {
 
-constexpr size_t kRun = 1024;  // pixels that are indices in between; whole bytes of any row
+constexpr size_t kRun = 1024;  // pixels that are indices in between; whole bytes at any depth
 
 }  // namespace
 
@@ -37,7 +37,7 @@ void IndexedColors::LearnGrays() {
     level_of_[i] = palette_.bgr[i][0];
     if (i < palette_.count) entry[level_of_[i]] = i;
   }
-  int below[256];  // the nearest level that has an entry, at a level and below it
+  int below[256];  // the nearest level with an entry, at each level or below it
   for (int level = 0, last = -1; level < 256; ++level) {
     if (entry[level] >= 0) last = level;
     below[level] = last;

@@ -1,8 +1,9 @@
 // The codec of indexed images: pixels as colors, and computed colors as pixels. Decoding goes
 // through a snapshot of the color table, encoding through the nearest palette entry.
 //
-// A table whose entries are all gray needs one channel, and one table per direction. Only a colored
-// table pays for three channels and a search, and the usual ramp from black to white for nothing.
+// A table whose entries are all gray needs one channel, and one look-up table per direction. Only a
+// colored table pays for three channels and a search; the usual ramp from black to white costs
+// nothing.
 #pragma once
 
 #include <cstddef>
@@ -17,8 +18,8 @@ namespace ombrilo {
 
 class IndexedColors {
  public:
-  // Takes the memory; false when there is none. It is for searches, which a table that stays gray
-  // does without.
+  // Takes the memory that searches need; false when there is none. A table that stays gray needs no
+  // searches.
   explicit IndexedColors(bool searches = true) {
     if (searches) nearest_.emplace();
   }
@@ -40,9 +41,9 @@ class IndexedColors {
   // Bits before and after those that are encoded keep their values.
   void DecodeRow(const uint8_t* row, size_t first, size_t pixels, uint8_t* values) const;
   void EncodeRow(const uint8_t* values, size_t first, size_t pixels, uint8_t* row);
-  // What the pixels that colors become mean.
+  // The colors that are left of these after encoding and decoding.
   void Settle(const uint8_t* values, size_t pixels, uint8_t* to);
-  // Where the table is gray, of a gray color.
+  // The index of one color, which has to be gray if the table is.
   uint8_t Find(const uint8_t* bgr) {
     return gray_ ? index_of_[bgr[0]] : nearest_->Find(bgr[0], bgr[1], bgr[2]);
   }
@@ -51,7 +52,7 @@ class IndexedColors {
  private:
   void LearnGrays();
 
-  std::optional<NearestEntry> nearest_;  // of a colored table
+  std::optional<NearestEntry> nearest_;  // for colored tables
   Palette palette_ = {};
   uint16_t bit_count_ = 0;
   bool gray_ = false;

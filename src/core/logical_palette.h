@@ -13,9 +13,9 @@ namespace ombrilo {
 // Where the entries begin.
 inline constexpr size_t kLogicalPaletteEntries = 4;
 
-// A palette with room for `count` entries, all 0; null when memory runs out. Its field holds the
-// low 16 bits of the number. Four bytes more than the entries need, as callers have always been
-// given.
+// A palette with room for `count` entries, all 0; null when memory runs out. Its count field has
+// the low 16 bits of the number. The block is four bytes longer than its entries need: that is the
+// contract.
 inline Buffer<uint8_t> NewLogicalPalette(uint32_t count) {
   constexpr uint16_t kVersion = 0x300;
   Buffer<uint8_t> palette = NewZeroedBuffer<uint8_t>(count * size_t{4} + 8);

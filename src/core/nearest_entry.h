@@ -1,8 +1,8 @@
 // Nearest palette entry: least squared distance over red, green and blue, the lowest index on a
 // tie. This is the answer of Windows' GetNearestPaletteIndex.
 //
-// The search is exact and lazy: a look at the few entries that can be nearest to a color of some
-// cell of color space, which are found when the first color falls into the cell.
+// The search is exact and lazy. It looks at the few entries that may be nearest to some color in
+// the same cell of color space; these are found when the first color falls into the cell.
 #pragma once
 
 #include <cstddef>
@@ -16,10 +16,10 @@ namespace ombrilo {
 
 class NearestEntry {
  public:
-  // Takes all its memory at once: about 660 KiB, of which few pages are ever touched, and false
-  // when there is none. Create it before the first change to an image.
+  // Takes all its memory at once: about 660 KiB, few pages of which are ever touched. False when
+  // there is none. Create it before the first change to an image.
   explicit NearestEntry(const Palette& palette) : NearestEntry() { Learn(palette); }
-  // The same memory for a palette that is learned later, or again.
+  // The same for a palette that is learned later.
   NearestEntry() : lists_(NewZeroedBuffer<simd::SquaresLists>(1)) {}
   explicit operator bool() const { return lists_ != nullptr; }
 

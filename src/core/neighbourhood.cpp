@@ -99,7 +99,7 @@ void Neighbourhood::Load(int32_t y, uint8_t* row) {
   }
 }
 
-// Makes a pass's result what the next pass would read from the image.
+// Turns a pass's result into what the next pass would read from the image.
 void Neighbourhood::Settle(int32_t y, const uint8_t* result, uint8_t* row) {
   if (coded_) {
     colors_->Settle(result, size_t(rows_.width), row);
@@ -138,7 +138,8 @@ void Neighbourhood::ZeroRow(int32_t y) {
   std::memset(rows_.row(y), 0, rows_.Inside(y, rows_.stride));
 }
 
-// Results go straight into the image unless they have to be encoded or the row is not all there.
+// Results go straight into the image unless they have to be encoded or part of the row lies outside
+// the block.
 uint8_t* Neighbourhood::Target(int32_t y) {
   if (coded_) return result_;
   if (rows_.Inside(y, layout_.bytes) == layout_.bytes) return rows_.row(y);

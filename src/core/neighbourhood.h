@@ -48,13 +48,13 @@ struct Reach {
   int32_t before, after, left, right;
 };
 
-// What becomes of pixels whose neighbourhood leaves the image.
+// What happens to pixels whose neighbourhood leaves the image.
 struct Border {
   enum Kind {
     kZero,     // a band of pixels becomes 0, and so does the rows' padding
     kKeep,     // a band of pixels stays as it is
     kNearest,  // none: a missing neighbour is the nearest pixel of the image
-    kSkip,     // none: a missing neighbour is `neutral`, a value that decides nothing
+    kSkip,     // none: a missing neighbour is `neutral`, a value that decides no result
   };
   Kind kind;
   Reach band;
@@ -66,14 +66,13 @@ struct Border {
   static constexpr Border Skip(uint8_t neutral) { return {kSkip, {}, neutral}; }
 };
 
-// Memory of a filter: as many window rows, each with room for the missing columns, and so many
-// bytes more.
+// Memory for a filter: window rows, each with room for the missing columns, and further bytes.
 struct FilterMemory {
   struct Part {
     size_t rows = 0, bytes = 0;
   };
   Part derived = {};  // with each window row
-  Part scratch = {};  // for a walk, whose passes share it
+  Part scratch = {};  // once, shared by the passes of a walk
 };
 
 struct WindowLayout {
@@ -112,7 +111,7 @@ class Neighbourhood {
 
   explicit operator bool() const { return ready_; }
 
-  // Indexed images: channels are told apart even if all colors are gray.
+  // Indexed images: there are three channels even if all colors are gray.
   void SplitChannels() { split_ = true; }
   IndexedColors& colors() { return *colors_; }
 
@@ -133,8 +132,8 @@ class Neighbourhood {
     }
   }
 
-  // Passes of borders without bands, one after the other. `to` holds source pixels in the last
-  // pass alone.
+  // Runs passes whose borders have no bands, one after the other. Only in the last pass does `to`
+  // hold source pixels.
   template <class Filter>
   void Run(const Pass<Filter>* passes, int count) {
     for (int p = 0; p < count; ++p) {
@@ -154,9 +153,9 @@ class Neighbourhood {
     Border border;
     uint8_t* slots;     // a ring, and after it the neutral row
     uint8_t** rows;     // from the first to the last within reach
-    int32_t ring;       // how many these are
-    int64_t done;       // result rows that the window was moved on to
-    int64_t taken;      // source rows that are in it or were, missing ones after the last too
+    int32_t ring;       // how many rows that is
+    int64_t done;       // result rows that the window has been moved on to
+    int64_t taken;      // source rows that have entered it, missing ones after the last included
     int32_t next_slot;  // of the ring
   };
 
@@ -194,7 +193,7 @@ class Neighbourhood {
     }
   }
 
-  // Moves the last of these passes' windows on by one row.
+  // Moves the window of the last of these passes on by one row.
   template <class Filter>
   void Advance(const Pass<Filter>* passes, int count) {
     if (count == 0) return;
@@ -269,7 +268,7 @@ class Neighbourhood {
   bool coded_ = false;  // pixels are indices that have to be decoded and encoded
 };
 
-// For filters with a zeroed band: what they make of depths that they do not handle.
+// What filters with a zeroed band do to images of depths that they do not handle.
 inline void ZeroPixels(const Dib& dib) {
   if (dib.pixel_rows() != 0) std::memset(dib.rows(), 0, dib.stride() * size_t(dib.pixel_rows()));
 }

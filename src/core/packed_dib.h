@@ -101,7 +101,7 @@ class DibView {
   int32_t pixel_rows() const { return stride() == 0 ? 0 : height(); }
   size_t stride() const { return static_cast<size_t>(StrideOf(width(), bit_count())); }
   size_t extent() const { return extent_; }
-  // The same view of a block that these bytes were moved to.
+  // The same view of the block after it was moved.
   DibView At(const PackedDib* moved) const { return DibView(moved, header_, extent_); }
   // Header and color table, the part that size-changing operations copy.
   size_t prefix_size() const { return static_cast<size_t>(header_.rows_offset()); }

@@ -15,11 +15,11 @@ struct Palette {
 };
 
 // The palette of a 1-, 4- or 8-bit image; null for other depths. It always has the depth's full
-// number of entries, on purpose also where the color table is shorter: the entries past it come
-// from the bytes that follow, and are 0 past the end of the block.
+// number of entries, on purpose even if the color table is shorter: the entries past it come from
+// the bytes that follow, and are 0 past the end of the block.
 std::optional<Palette> MakeDIBPalette(const DibView& dib);
 
-// Whether the color table holds all of these entries, so that no change to pixels changes them.
+// Whether the color table has all of these entries, so that changing pixels does not change them.
 bool TableHoldsPalette(const DibView& dib);
 
 }  // namespace ombrilo

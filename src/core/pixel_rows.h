@@ -1,6 +1,6 @@
 // Rows of pixels inside a block, with the sizes that an operation takes from the header. Some
-// operations cut these to 16 bits or count planes, so that the rows need not be the block's own:
-// bytes of theirs that lie past the block's extent read as 0 and are never written.
+// operations cut these to 16 bits or count planes, so that their rows need not be those of the
+// image: bytes past the block's extent read as 0 and are never written.
 #pragma once
 
 #include <algorithm>
@@ -50,7 +50,7 @@ struct PixelRows {
                 static_cast<uint16_t>(dib.header().height),
                 static_cast<uint16_t>(StrideWithPlanes(dib, stride_width)), bit_count);
   }
-  // Rows that do not overlap, in an extent that fits a signed 32-bit count.
+  // Whether rows do not overlap, and the extent fits a signed 32-bit count.
   bool Fits(const Dib& dib) const {
     return row_bytes() <= stride && dib.prefix_size() + uint64_t{stride} * uint64_t(height) <=
                                         uint64_t(std::numeric_limits<int32_t>::max());
@@ -64,7 +64,7 @@ struct PixelRows {
     const uint64_t start = uint64_t(y) * stride;
     return start >= inside ? 0 : std::min<size_t>(count, inside - static_cast<size_t>(start));
   }
-  // Rows of which anything lies inside.
+  // The number of rows that lie inside at least in part.
   int32_t rows_inside() const {
     if (stride == 0) return 0;
     return static_cast<int32_t>(

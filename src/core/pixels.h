@@ -8,18 +8,18 @@
 
 namespace ombrilo {
 
-// One index per byte, out of a 1-, 4- or 8-bit row. Reads only the bytes that hold the pixels.
+// Unpacks a 1-, 4- or 8-bit row to one index per byte. Reads only the bytes that hold the pixels.
 void UnpackIndices(const uint8_t* row, uint16_t bit_count, size_t pixels, uint8_t* indices);
 
-// One index per byte into a 1-, 4- or 8-bit row; only the low bits of an index count. Bits of the
-// row behind the last pixel keep their values.
+// Packs one index per byte into a 1-, 4- or 8-bit row; only the low bits of an index count. Bits of
+// the row after the last pixel keep their values.
 void PackIndices(const uint8_t* indices, uint16_t bit_count, size_t pixels, uint8_t* row);
 // The same from column `first` of the row on. Bits before it keep their values too.
 void PackIndices(const uint8_t* indices, uint16_t bit_count, size_t first, size_t pixels,
                  uint8_t* row);
 
 // Copies `pixels` pixels from column `column` of one row to the start of another, at 1, 4, 8, 16,
-// 24 or 32 bits. Bits of the last byte behind the last pixel keep their values.
+// 24 or 32 bits. Bits of the last byte after the last pixel keep their values.
 void CopyPixels(const uint8_t* row, uint16_t bit_count, size_t column, size_t pixels, uint8_t* to);
 
 // One pixel of a 1-, 4- or 8-bit row, for walks that must see each change at once.

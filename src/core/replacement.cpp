@@ -15,8 +15,8 @@ namespace ombrilo {
 
 namespace {
 
-// Pages that are new to the process cost more than what is written to them; of large ones it takes
-// few. The advice is for the whole ones inside the block, and does nothing for pages already there.
+// Faulting in pages costs more than filling them, and with large pages there are few. The advice is
+// for the whole large pages inside the block; it does nothing for pages that are there already.
 void PreferLargePages([[maybe_unused]] uint8_t* block, [[maybe_unused]] size_t size) {
 #if defined(MADV_HUGEPAGE)
   constexpr uintptr_t kPage = uintptr_t{2} << 20;

@@ -38,8 +38,8 @@ class NewBlock {
 
   // The source's header and color table with another width and height, and zeroed rows. Sizes are
   // stored in the fields of the source's header kind (16 bits after a core header). Null when the
-  // size cannot be honoured or memory runs out. A caller who writes every pixel says so: then only
-  // what lies behind a row's last whole byte of pixels is zeroed.
+  // size cannot be honoured or memory runs out. For a caller who writes every pixel, only the bytes
+  // after a row's last whole byte of pixels are zeroed.
   static NewBlock Resized(const DibView& source, int64_t width, int64_t height,
                           Rows rows = Rows::kZeroed);
 
@@ -48,8 +48,8 @@ class NewBlock {
   // 0; a zeroed table of `entries` colors and zeroed rows. All other fields keep their values,
   // biSizeImage too. A negative height or width is kept and gives a block without rows. Ask for
   // dib() before writing table or rows: a size field below the header's own length puts them over
-  // the header. `room` reserves as much as rows of that many bits per pixel take; with pixels to
-  // come, these are the rows.
+  // the header. The block has room for rows of `room` bits per pixel; with kPixelsComeNext, these
+  // are the rows that the caller writes.
   static NewBlock WithDepth(const DibView& source, uint16_t bit_count, uint32_t entries,
                             uint32_t colors_used, uint16_t room, Rows rows = Rows::kZeroed);
   static NewBlock WithDepth(const DibView& source, uint16_t bit_count, uint32_t entries,
@@ -59,8 +59,8 @@ class NewBlock {
 
   // The same at 1 or 8 bits, with a full table, for a caller who writes every pixel.
   static NewBlock Indexed(const DibView& source, uint16_t bit_count);
-  // An image of another width and height, 1 or more, too: of 8 bits with a full table or of 24
-  // without one, for a caller who writes every pixel.
+  // The same with another width and height too, both 1 or more: at 8 bits with a full table or at
+  // 24 without one.
   static NewBlock WithSizeAndDepth(const DibView& source, int32_t width, int32_t height,
                                    uint16_t bit_count);
 
@@ -68,7 +68,7 @@ class NewBlock {
   uint8_t* bytes() const { return bytes_.get(); }
   size_t size() const { return size_; }
   PackedDib* packed() const { return reinterpret_cast<PackedDib*>(bytes_.get()); }
-  // The image that the block's header describes by now.
+  // The image that the block's header describes now.
   Dib dib() const { return *Dib::Open(packed()); }
 
   // Makes the block larger, with zeros at its end, or smaller. False, with the block as it was,
@@ -83,8 +83,8 @@ class NewBlock {
   [[nodiscard]] bool Replace(PackedDib** image);
 
  private:
-  // No block leaves that is smaller than its finished header says: sizes that were cut to 16 bits,
-  // or rows over the header, can announce more than was asked for. The bytes added are 0.
+  // No block is handed out that is smaller than its finished header says: sizes that were cut to 16
+  // bits, or rows over the header, can announce more than was asked for. The bytes added are 0.
   bool HoldsExtent();
 
   static NewBlock WithDepth(const DibView& source, int32_t width, int32_t height,

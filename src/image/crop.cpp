@@ -1,7 +1,7 @@
 // omb_crop and omb_cpydibrect: a rectangle of an image, pixels copied exactly.
 //
-// The two differ on purpose: crop takes an inclusive rectangle, wants at least one pixel and keeps
-// biSizeImage; cpydibrect takes origin and size, allows empty pieces and clears biSizeImage.
+// The two differ on purpose: crop takes an inclusive rectangle, requires at least one pixel and
+// keeps biSizeImage; cpydibrect takes origin and size, allows empty pieces and clears biSizeImage.
 #include "core/bytes.h"
 #include "core/packed_dib.h"
 #include "core/pixels.h"

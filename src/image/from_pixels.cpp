@@ -1,4 +1,4 @@
-// omb_frompixels: an image of a host's pixels.
+// omb_frompixels: an image made of a host's pixels.
 #include <cstring>
 
 #include "core/pixels.h"

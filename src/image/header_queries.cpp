@@ -1,5 +1,5 @@
 // The seven header queries. They answer what the fields say, however unlikely; only
-// omb_BytesPerLine reads behind a core header's 12 bytes, and stays inside the block there.
+// omb_BytesPerLine reads beyond the 12 bytes of a core header, and stays inside the block.
 #include <algorithm>
 #include <cstring>
 
@@ -32,15 +32,15 @@ uint16_t omb_PaletteSize(const PackedDib* dib) {
 
 uint8_t* omb_FindDIBBits(const PackedDib* dib) {
   if (dib == nullptr) return nullptr;
-  // As a number: the size field may name an address that no block reaches.
+  // Computed as a number, because the size field may lead beyond any block.
   const uint64_t address = reinterpret_cast<uintptr_t>(dib) + DibHeader::Read(dib).rows_offset();
   return reinterpret_cast<uint8_t*>(static_cast<uintptr_t>(address));
 }
 
 int32_t omb_BytesPerLine(const PackedDib* dib) {
   if (dib == nullptr) return 0;
-  // At the information header's positions on purpose, also for a core header, which may end before
-  // them: then they are 0.
+  // At the information header's positions on purpose, even for a core header. Fields past the end
+  // of its block are 0.
   const DibHeader header = DibHeader::Read(dib);
   uint8_t fields[16] = {};
   std::memcpy(fields, dib, std::min(sizeof fields, header.Extent().value_or(header.fields_size())));

@@ -10,7 +10,7 @@
 
 namespace ombrilo {
 
-// Bits of a pixel; 0 for what is no format.
+// Bits per pixel; 0 for an unknown format.
 constexpr uint16_t BitsOfFormat(uint32_t format) {
   switch (format) {
     case OMB_PIXELS_BIT:
@@ -32,8 +32,8 @@ constexpr bool IsRedFirst(uint32_t format) {
   return format == OMB_PIXELS_RGB || format == OMB_PIXELS_RGBA;
 }
 
-// Whether rows of this format can stand `stride` bytes apart, either way, without overlapping and
-// inside what an address can say.
+// Whether rows of this format can be `stride` bytes apart, in either direction, without overlapping
+// and without exceeding the address space.
 constexpr bool CanHoldRows(uint32_t format, int32_t width, int32_t height, intptr_t stride) {
   const uint64_t row = (uint64_t{BitsOfFormat(format)} * static_cast<uint32_t>(width) + 7) / 8;
   const uint64_t apart = stride < 0 ? uint64_t{0} - static_cast<uint64_t>(int64_t{stride})

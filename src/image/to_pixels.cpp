@@ -14,9 +14,9 @@ namespace ombrilo {
 namespace {
 
 constexpr size_t kRun = 1024;          // pixels that are converted at a time; whole bytes of bits
-constexpr uint32_t kHalf = 128 * 100;  // of gray, before its division
+constexpr uint32_t kHalf = 128 * 100;  // gray 128, before it is divided by 100
 
-// Blue, green, red to anything.
+// Converts blue, green, red to any format.
 void WriteBgr(uint32_t format, const uint8_t* bgr, size_t pixels, uint8_t* to) {
   const simd::RowFunctions& rows = simd::Active();
   switch (format) {
@@ -40,7 +40,7 @@ void WriteBgr(uint32_t format, const uint8_t* bgr, size_t pixels, uint8_t* to) {
   }
 }
 
-// What indices become: a gray level or a bit, and the colors.
+// What indices become: gray levels, bits or colors.
 class Lookup {
  public:
   Lookup(const DibView& dib, uint32_t format) : bits_(dib.bit_count()), format_(format) {
@@ -51,7 +51,7 @@ class Lookup {
       for (uint8_t& level : levels_) level = level >= 128;
     }
     for (uint32_t i = 0; i < count; ++i) as_it_is_ &= levels_[i] == i;
-    // Four-byte pixels get their order with their alpha.
+    // Four-byte pixels are put in order when they get their alpha.
     if (format == OMB_PIXELS_RGB) {
       for (uint32_t i = 0; i < count; ++i) std::swap(colors_[3 * i], colors_[3 * i + 2]);
     }

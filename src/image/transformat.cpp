@@ -16,14 +16,14 @@ namespace {
 NewBlock NewTrueColorBlock(const DibView& source) {
   uint8_t fields[kInfoHeaderSize];
   source.Read(0, fields, sizeof fields);
-  // At the information header's positions on purpose, also for a core header: that one keeps its
-  // bit count.
+  // At the information header's positions on purpose, even for a core header, whose bit count
+  // therefore stays.
   StoreU16(fields + kInfoBitCount, 24);
   StoreU32(fields + kInfoCompression, 0);
   StoreU32(fields + kInfoSizeImage, 0);
   const auto extent = DibHeader::Read(reinterpret_cast<const PackedDib*>(fields)).Extent();
   if (!extent) return {};
-  // A bit count that stays makes the new header's extent another one than the new rows need.
+  // If the bit count stays, the new header's extent is not what the new rows need.
   const size_t stride = static_cast<size_t>(StrideOf(source.width(), 24));
   const size_t rows = static_cast<size_t>(source.pixel_rows());
   NewBlock block = NewBlock::ZeroedAroundPixels(

@@ -65,8 +65,8 @@ bool StretchIndexed(const Dib& dib, double low, double high) {
     dib.Read(kInfoHeaderSize + size_t{4} * index, bgr, 3);
     return nearest.Find(levels.Stretch(bgr[0]), levels.Stretch(bgr[1]), levels.Stretch(bgr[2]));
   };
-  // Entries that lie over the pixels change with them: only those before the rows can be mapped
-  // once for all.
+  // Entries past the table are pixels and change with them, so only those before the rows can be
+  // mapped in advance.
   uint8_t table[256] = {};
   uint32_t fixed = 0;
   for (; fixed < 256 && kInfoHeaderSize + 4 * fixed + 3 <= dib.prefix_size(); ++fixed) {

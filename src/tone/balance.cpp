@@ -13,7 +13,7 @@ namespace {
 
 constexpr bool IsAmount(int32_t percent) { return percent >= -100 && percent <= 100; }
 
-// How far an amount acts on a level, of 255.
+// How much of an amount applies to a level, out of 255.
 int32_t WeightOf(int32_t level, uint32_t range) {
   const int32_t from_middle = 2 * level - 255;
   switch (range) {

@@ -35,9 +35,9 @@ void Decide(const uint8_t* bgr, size_t colors, uint32_t limit, uint8_t* white) {
   UnpackIndices(bits, 1, colors, white);
 }
 
-// A 1-bit image keeps its pixels and gets its own table in black and white. The table is changed in
-// the caller's block, all announced entries; then a full table's bytes and the rows' are copied
-// from behind the header, even if the table was shorter or longer.
+// A 1-bit image keeps its pixels, and its table becomes black and white. All announced entries are
+// changed in the caller's block; then the bytes after the header are copied, as many as a full
+// table and the rows have, even if the table is shorter or longer.
 void Convert1Bit(const Dib& source, uint32_t limit, const Dib& binary) {
   ChangeTableColors(source, [&](uint8_t* bgr, size_t colors) {
     uint8_t white[256];

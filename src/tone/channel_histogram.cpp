@@ -17,7 +17,7 @@ namespace {
 
 constexpr uint32_t kGray = 4;  // behind the three channels
 
-// What a pixel of this index adds to; in gray mode its table entry becomes gray.
+// The counter for pixels of this index; in gray mode its table entry becomes gray.
 uint8_t Measure(const Dib& dib, uint32_t index, uint32_t channel) {
   uint8_t bgr[3];
   ReadColors(dib, index, 1, bgr);
@@ -29,7 +29,7 @@ uint8_t Measure(const Dib& dib, uint32_t index, uint32_t channel) {
   return gray;
 }
 
-// An image that has no rows can have rows once its sizes are cut. Their pixels count as 0.
+// Cutting sizes can give rows to an image that has none. Their pixels count as 0.
 uint32_t MissingPixels(const PixelRows& image) {
   return static_cast<uint32_t>(image.width) *
          static_cast<uint32_t>(image.height - image.rows_inside());

@@ -1,5 +1,5 @@
-// omb_extractcolor: one channel kept: in the color table of an indexed image; as the indices of a
-// new 8-bit image with a one-channel ramp for a 24-bit one.
+// omb_extractcolor: one channel kept. An indexed image keeps it in its color table; a 24-bit image
+// becomes an 8-bit one with the channel's values as indices and a one-channel ramp.
 #include "core/color_table.h"
 #include "core/colors_in_place.h"
 #include "core/replacement.h"

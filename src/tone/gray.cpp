@@ -1,4 +1,4 @@
-// omb_gray: an indexed image through its color table, a 24-bit one as a new 8-bit image with a
+// omb_gray: an indexed image gets a gray color table, a 24-bit image becomes an 8-bit one with a
 // ramp.
 #include "core/color_table.h"
 #include "core/colors_in_place.h"

@@ -22,8 +22,8 @@ uint32_t omb_adjustghms(PackedDib* image, int32_t highlights, int32_t shadows1, 
   if (!dib) return 1;  // also for null
   const auto adjust = simd::Active().adjust_lights;
   const int lights = Amount(highlights), darks1 = Amount(shadows1), darks2 = Amount(shadows2);
-  // Each color goes through all three steps at once: they look at nothing but the color. Bytes that
-  // do not fill a group of three stay.
+  // Each color goes through all three steps at once, which depend on nothing but the color. Bytes
+  // that do not fill a group of three stay.
   ChangeTableOrBytes(*dib, [=](uint8_t* bytes, size_t count) {
     adjust(bytes, count / 3, lights, darks1, darks2);
   });

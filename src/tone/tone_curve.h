@@ -11,7 +11,7 @@ namespace ombrilo {
 bool AreCurvePoints(const OmbPoint* points, uint32_t count);
 
 // Fills a curve: the levels at and between two neighbouring points from `between(i, v)` for the
-// points i and i + 1, those before the first and behind the last point from that point.
+// points i and i + 1, those before the first and after the last point from that point.
 template <class Between>
 void FillCurve(const OmbPoint* points, uint32_t count, uint8_t* curve, Between&& between) {
   uint32_t i = 0;

@@ -1,4 +1,4 @@
-// omb_x1x2_changed: the input levels that two sliders under a histogram stand for.
+// omb_x1x2_changed: the input levels set by two sliders under a histogram.
 #include <algorithm>
 
 #include "tone/tone_curve.h"
