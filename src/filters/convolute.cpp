@@ -9,8 +9,8 @@ namespace ombrilo {
 
 namespace {
 
-// A kernel over the whole image, with a zeroed band as wide as the kernel's half. `color` is added
-// to each result: 0x00BBGGRR. False without memory.
+// Applies a kernel to the whole image, with a zeroed band half as wide as the kernel. `color`,
+// 0x00BBGGRR, is added to each result. False when memory runs out.
 bool Convolute(const Dib& dib, const NumberedKernel& kernel, uint32_t color) {
   if (!dib.indexed() && dib.bit_count() != 24) {
     ZeroPixels(dib);

@@ -10,7 +10,7 @@ namespace ombrilo {
 
 namespace {
 
-constexpr int64_t kExactFloats = int64_t{1} << 22;  // as numerators
+constexpr int64_t kExactFloats = int64_t{1} << 22;  // limit of numerators
 
 int32_t WrappedSum(int32_t a, int32_t b) {
   return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
@@ -33,10 +33,10 @@ bool FindReciprocal(int64_t divisor, int64_t largest, simd::Convolution& plan) {
   return false;
 }
 
-// What a tap costs if rows of bytes are summed, rows of sums, and for making and using such rows.
+// The cost of a tap in rows of bytes, of one in rows of sums, and of having rows of sums at all.
 constexpr int kByteCost = 3, kSumCost = 2, kProductCost = 12;
 
-// Orders the taps by weight.
+// Sorts the taps by weight, and describes them as runs.
 size_t MakeRuns(Tap* taps, size_t count, simd::WeightRun* runs) {
   const auto size = [](const Tap& tap) {
     const auto weight = static_cast<uint32_t>(tap.weight);
@@ -117,7 +117,7 @@ void Convolver::ChooseFinish(const Finishing& finishing) {
     plan_.divisor = -plan_.divisor;
     std::swap(positive_, negative_);
   }
-  // Within 16 bits with sign, an offset of up to 255 + 255 included.
+  // Fits 16 bits with sign, an offset of up to 255 + 255 included.
   const bool small =
       positive_ <= 126 && negative_ <= 126 && std::abs(int64_t{finishing.bias}) < 256;
   if (whole && small && (plan_.divisor == 0 || plan_.divisor == 1)) {
@@ -177,7 +177,7 @@ bool Convolver::FindProduct(const int32_t (&grid)[kMaxBox][kMaxBox], int width, 
   return true;
 }
 
-// The most frequent weight everywhere; the corrections count as its cost.
+// The most frequent weight everywhere; its cost includes the corrections.
 Convolver::Product Convolver::FrequentWeight(const int32_t (&grid)[kMaxBox][kMaxBox], int width,
                                              int height) const {
   Product product = {};
@@ -254,7 +254,7 @@ void Convolver::Prepare(uint8_t* row) {
   const simd::Taps taps = {from, across_.runs, across_.run_count};
   uint8_t* const sums = row + layout_.pitch;
   if (running_) {
-    // A row has the place of the one that leaves the window.
+    // A row takes the place of the one that leaves the window.
     const bool leaves = prepared_ == Rows();
     if (!leaves) ++prepared_;
     simd::Active().weigh_running(taps, layout_.count, leaves, sums, totals_);

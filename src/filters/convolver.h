@@ -3,9 +3,9 @@
 //
 // Weights are planned once per call:
 //
-// - Taps on the same position become one, and zero weights none.
+// - Taps at the same position are merged, and zero weights dropped.
 // - Sums are kept in 16 bits if 255 x (positive + negative weights) fits, otherwise in 32.
-// - Taps of one weight, up to its sign, are added up before they are multiplied.
+// - Taps with the same weight, up to its sign, are added up before they are multiplied.
 // - 16-bit weights that are a column times a row are summed along rows first, once per source row,
 //   and then along columns. So are grids with one frequent weight, which are that weight everywhere
 //   plus corrections: 49 weights of "unsharp 7x7" cost 7 + 7 + 1. Columns of equal weights have
@@ -41,7 +41,7 @@ class Convolver {
   explicit operator bool() const { return taps_ && runs_ && rows_; }
 
   const Reach& reach() const { return reach_; }
-  // Sums of 16 bits, of whole blocks: beside each row, and the totals of those in the window.
+  // 16-bit sums, in whole blocks: of each row, and the totals of the rows in the window.
   FilterMemory memory() const {
     if (across_.count == 0) return {};
     const FilterMemory::Part sums = {2, 2 * simd::kConvolutionBlock};
@@ -87,8 +87,8 @@ class Convolver {
   uint8_t color_[3];
   int16_t offset_[simd::kConvolutionOffsets];
   Line across_, down_;
-  // If the window's rows all have one weight in down_: their sums of this walk, and how many rows
-  // there were.
+  // If all rows of the window have the same weight in down_: the totals of their sums in this walk,
+  // and how many rows these are.
   bool running_ = false;
   uint8_t* totals_ = nullptr;
   int32_t prepared_ = 0;

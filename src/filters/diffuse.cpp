@@ -1,6 +1,6 @@
 // omb_diffuse: frosted glass. Every pixel becomes a random one of those around it.
 //
-// Ahead of the row that is written runs a ring of copies of the rows that pixels can come from.
+// The rows that pixels can come from are copied to a ring ahead of the row that is written.
 #include <algorithm>
 #include <cstring>
 #include <limits>

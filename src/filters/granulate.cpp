@@ -1,4 +1,4 @@
-// omb_granulate: mosaic. Every pixel becomes the mean of the block that it stands in.
+// omb_granulate: mosaic. Every pixel becomes the mean of the block that it is in.
 //
 // A row of blocks at a time, so that the image is read once and written once: rows add to a 16-bit
 // sum for each column, columns to a 64-bit sum for each block, and the means make one row, which is
@@ -17,7 +17,7 @@ namespace ombrilo {
 namespace {
 
 constexpr int32_t kRowsInSums = 257;  // 257 x 255 is the largest number of 16 bits
-constexpr size_t kRoom = 8;           // bytes that are written behind a row of means
+constexpr size_t kRoom = 8;           // bytes that are written after a row of means
 
 class Mosaic {
  public:

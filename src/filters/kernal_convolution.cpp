@@ -9,8 +9,8 @@ namespace ombrilo {
 
 namespace {
 
-// The offsets lie in the box that width, height and anchors describe, so that no pixel of the
-// computed area has a neighbour outside the image.
+// Whether the offsets lie in the box that width, height and anchors describe, so that no pixel of
+// the computed area has a neighbour outside the image.
 bool InItsBox(const KERNAL& kernel) {
   const int64_t left = -int64_t{kernel.anchorX}, right = left + kernel.width - 1;
   const int64_t high = kernel.anchorY, low = high + 1 - kernel.height;

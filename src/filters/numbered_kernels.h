@@ -1,7 +1,7 @@
 // The fixed kernels of omb_convolute and omb_emboss, by number.
 //
-// A grid's first row lies on the row stored before the current one, which is the row below it in
-// the picture.
+// The first row of a grid is for the row stored before the current one, which is the row below it
+// in the picture.
 #pragma once
 
 #include "core/weight_grid.h"

@@ -44,7 +44,7 @@ PackedDib* CopyBits(gdi::Dc screen, gdi::Bitmap bitmap, const gdi::BitmapShape& 
   const size_t rows_offset = size_t{LoadU16(block.bytes())} + header.table_size();
   const int copied = gdi::GetDIBits(screen, bitmap, 0, static_cast<uint32_t>(header.height),
                                     block.bytes() + rows_offset, block.bytes(), gdi::kDibRgbColors);
-  // The block stays allocated on purpose when its pixels do not come.
+  // The block stays allocated on purpose when its pixels cannot be copied.
   PackedDib* image = block.Release();
   return copied == 0 ? nullptr : image;
 }

@@ -1,8 +1,8 @@
-// Between packed DIBs and the objects of the Windows graphics interface: device bitmaps, DIB
-// sections and what is on the screen.
+// Converts between packed DIBs and the objects of the Windows graphics interface: device bitmaps,
+// DIB sections and what is on the screen.
 //
-// The steps follow one another as callers have always known them, down to what is released when a
-// call fails: three failures keep a resource, each of them marked.
+// The order of the calls is part of the contract, and so is what is released when one fails: three
+// failures keep a resource, each of them marked.
 #pragma once
 
 #include "core/gdi.h"
@@ -21,7 +21,7 @@ gdi::Bitmap DibToSection(const PackedDib* image);
 // The part of the screen that a window (1) or its client area (2) covers, as a new image, or null.
 PackedDib* CopyWindowToDib(gdi::Window window, uint16_t selector);
 
-// A rectangle in screen coordinates, as far as the screen reaches, or null.
+// The part of the screen in a rectangle of screen coordinates, or null.
 gdi::Bitmap CopyScreenRect(const gdi::Rect& rect);
 
 // A palette of the screen's system colors, or null.

@@ -49,7 +49,7 @@ gdi::Palette CopySystemPalette() {
   const int bits =
       gdi::GetDeviceCaps(screen, gdi::kBitsPixel) * gdi::GetDeviceCaps(screen, gdi::kPlanes) % 32;
   const uint32_t count = 1u << bits;
-  // True color screens have no system palette: of their 2^24 entries the field keeps none.
+  // True-color screens have no system palette: the count field has 0 of their 2^24 entries.
   const Buffer<uint8_t> palette = NewLogicalPalette(count);
   // The screen's context is kept on purpose when there is no memory.
   if (!palette) return nullptr;

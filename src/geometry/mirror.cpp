@@ -12,8 +12,8 @@ namespace {
 
 constexpr size_t kChunk = 3 * 1024;
 
-// Reverses the pixels of `count` bytes, in place by exchanging chunks from both ends, or onto
-// another row.
+// Reverses the pixels of `count` bytes, in place by swapping chunks from both ends, or onto another
+// row.
 void MirrorBytes(const uint8_t* from, uint16_t bit_count, size_t count, uint8_t* to) {
   const auto mirror = simd::Active().mirror;
   if (from != to) return mirror(from, count, bit_count, to);
@@ -46,7 +46,7 @@ void MirrorRow(const uint8_t* from, uint16_t bit_count, int32_t width, uint8_t* 
   const size_t spare = 8 * bytes - pixels * bit_count;
   const uint8_t kept = static_cast<uint8_t>(last & ((1u << spare) - 1));
   MirrorBytes(from, bit_count, bytes, to);
-  // The bits from after the last pixel came to the front.
+  // The bits after the last pixel are now at the front.
   if (spare != 0) simd::Active().shift_bits(to, spare, bytes - 1, to);
   last = static_cast<uint8_t>(last << spare | kept);
 }

@@ -1,4 +1,4 @@
-// omb_resize: an image in another size, by filters that look right.
+// omb_resize: an image in another size, resampled with a filter.
 //
 // First each row is brought to the new width, then columns of such rows to the new height. Only the
 // rows in reach of the new row are kept. Across, kTapRows rows at a time are resized as columns, in
@@ -24,10 +24,11 @@ Buffer<T> NewScratch(uint64_t count) {
   return count > SIZE_MAX / sizeof(T) ? nullptr : NewScratchBuffer<T>(static_cast<size_t>(count));
 }
 
-// Row `y` from the top of the picture: boxes are not symmetric where they end on a pixel's center.
+// Row y from the top of the picture. The direction matters: boxes are not symmetric where they end
+// on a pixel's center.
 int32_t StoredRow(const DibView& dib, int32_t y) { return dib.height() - 1 - y; }
 
-// The source's rows, the top one first, as gray levels or as blue, green, red.
+// The rows of the source from the top of the picture down, as gray levels or as blue, green, red.
 class SourceRows {
  public:
   explicit SourceRows(const DibView& source) : source_(source), channels_(1) {
@@ -53,11 +54,11 @@ class SourceRows {
 
   size_t channels() const { return channels_; }
   size_t bytes() const { return channels_ * static_cast<size_t>(source_.width()); }
-  // Whether the stored bytes are the levels.
+  // Whether the stored bytes are the levels or colors.
   bool as_stored() const { return as_stored_; }
   const uint8_t* Stored(int32_t y) const { return source_.row(StoredRow(source_, y)); }
 
-  // Pixels that are not stored as levels.
+  // For pixels that are not stored as levels or colors.
   void Decode(int32_t y, uint8_t* to) const {
     const auto pixels = static_cast<size_t>(source_.width());
     if (channels_ == 1) {
@@ -121,7 +122,7 @@ class AcrossResizer {
   }
 
  private:
-  // New pixels of a piece at most, and the source pixels that it had better not exceed.
+  // The most new pixels of a piece, and source pixels unless a single new one needs more.
   static constexpr size_t kPiece = 256;
 
   size_t ColumnsOf(size_t i, size_t end) const {
@@ -149,7 +150,7 @@ class Resizer {
       across_.emplace(across, source.channels());
       if (!*across_) return;
     }
-    // Rows come in batches; without a resize across, one by one.
+    // Rows come in batches, or one by one if their width stays.
     batch_ = std::min<size_t>(across_ ? kTapRows : 1, static_cast<size_t>(height_));
     kept_ = down.changes() ? down.most_taps() + batch_ : 0;
     line_ = line;
@@ -221,7 +222,7 @@ class Resizer {
   int32_t height_;
   std::optional<AcrossResizer> across_;
   size_t batch_ = 0;
-  size_t kept_ = 0;  // lines; 0 where they are the new rows
+  size_t kept_ = 0;  // lines in the ring; 0 if they are the new rows
   size_t line_ = 0;  // bytes of a line
   Buffer<simd::TapPair> pairs_;
   Buffer<const uint8_t*> taps_;

@@ -1,9 +1,8 @@
 // One axis of a resized image: which source pixels a new pixel is made of, and with what weights.
 //
 // The convolution-based resampling of D. Schumacher ("General filtered image rescaling", Graphics
-// Gems III, 1992): a filter of some radius stands around the new pixel's center in the source.
-// Where the image shrinks, the filter is stretched by the same factor, so that every source pixel
-// counts.
+// Gems III, 1992): a filter of some radius is centered on the new pixel in the source. Where the
+// image shrinks, the filter is stretched by the same factor, so that every source pixel counts.
 #pragma once
 
 #include <cstddef>
@@ -25,23 +24,23 @@ class ResizeAxis {
   int32_t from() const { return from_; }
   int32_t to() const { return to_; }
   bool changes() const { return from_ != to_; }
-  // Source pixels of a new pixel at most.
+  // The most source pixels that a new pixel is made of.
   size_t most_taps() const { return most_taps_; }
 
   struct Taps {
     int32_t first, count;
   };
-  // The source pixels of new pixel i, and their weights two by two: (count + 1) / 2 pairs.
+  // The source pixels of new pixel i, and their weights in (count + 1) / 2 pairs.
   Taps Find(int32_t i, simd::TapPair* pairs);
 
  private:
   int32_t from_, to_;
   ResizeFilter filter_;
-  double step_;     // source pixels to a new one
+  double step_;     // source pixels per new pixel
   double stretch_;  // of the filter
   double reach_;    // of the stretched filter
   size_t most_taps_;
-  Buffer<double> values_;  // of the filter at one new pixel's taps
+  Buffer<double> values_;  // of the filter, at the taps of one new pixel
 };
 
 }  // namespace ombrilo

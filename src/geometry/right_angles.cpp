@@ -1,8 +1,7 @@
 // A half turn mirrors each row. A quarter turn is a transposition with the rows or the columns in
-// reverse order. It goes tile by tile, so that the lines a tile touches on both sides stay in the
-// cache, and inside a tile by squares of 8 x 8 pixels (4 x 4 at 24 bits) that are transposed in
-// registers; at 1 bit such a square is one 64-bit word (H. S. Warren, "Hacker's Delight", section
-// 7-3).
+// reverse order. It goes tile by tile, so that the cache lines a tile touches on both sides stay in
+// the cache, and inside a tile by squares of 8 x 8 pixels (4 x 4 at 24 bits) that are transposed in
+// registers; at 1 bit such a square is one u64 (H. S. Warren, "Hacker's Delight", section 7-3).
 #include "geometry/right_angles.h"
 
 #include <algorithm>
@@ -16,7 +15,7 @@ namespace ombrilo {
 
 namespace {
 
-// A transposition: source column c, whose pixels are one below the other, becomes a row.
+// A transposition: source columns become rows.
 struct Transposition {
   const uint8_t* from;  // the source row that gives every new row's first pixel
   ptrdiff_t from_step;  // to the row that gives the next
@@ -38,7 +37,7 @@ void Turn24(const Transposition& t, const Tile& tile) {
       static_cast<size_t>(tile.i_end - tile.i), t.New(tile.c) + 3 * tile.i, t.to_step);
 }
 
-// Exchanges the upper bytes of `low` with the lower ones of `high`; mask selects lower ones.
+// Swaps the upper bytes of `low` with the lower bytes of `high`; the mask selects lower ones.
 void Exchange(uint64_t& low, uint64_t& high, int bits, uint64_t mask) {
   const uint64_t differing = (low >> bits ^ high) & mask;
   low ^= differing << bits;

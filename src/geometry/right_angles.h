@@ -1,4 +1,4 @@
-// Turns by right angles, pixel by pixel exact.
+// Turns by right angles, which move pixels exactly.
 #pragma once
 
 #include <cstdint>
@@ -7,8 +7,8 @@
 
 namespace ombrilo {
 
-// Replaces the image, whose view is `source`, by itself turned clockwise by 1, 2 or 3 quarters. 0
-// for depths other than 1, 4, 8 and 24, for negative sizes and when memory runs out.
+// Turns the image, whose view is `source`, clockwise by 1, 2 or 3 quarter turns. 0 for depths other
+// than 1, 4, 8 and 24, for negative sizes and when memory runs out.
 uint32_t TurnByQuarters(PackedDib** image, const DibView& source, int quarters);
 
 }  // namespace ombrilo

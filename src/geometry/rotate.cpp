@@ -17,7 +17,7 @@ namespace ombrilo {
 
 namespace {
 
-// Source pixels are asked for so many rows of the new image before they are read.
+// Source pixels are prefetched this many rows of the new image before they are read.
 constexpr float kRowsAhead = 8;
 // Positions above -1 truncate to 0 and belong to the first column or row.
 constexpr float kAboveMinusOne = -0x1.fffffep-1f;
@@ -95,8 +95,8 @@ class Rotator {
     }
   }
 
-  // Which part of an axis a tile's positions are in. They ascend or descend along its rows and
-  // columns, so that the corners are the farthest.
+  // The part of an axis that the positions of a tile are in. They ascend or descend along its rows
+  // and columns, so the extremes are at its corners.
   Span Reach(int axis, int32_t size, int32_t x, int32_t columns, int32_t rows) const {
     Span reach = {size, 0};
     for (const int32_t k : {0, rows - 1}) {
@@ -111,7 +111,7 @@ class Rotator {
   }
 
   void FindLine(int32_t y, Line* line) const {
-    // Halves are whole numbers.
+    // Half sizes are rounded down to integers. That is the contract.
     const float v = static_cast<float>(height_ / 2 - y);
     line->axes[0] = {turn_.c, v * turn_.s, static_cast<float>(source_width_ / 2)};
     line->axes[1] = {turn_.s, -(v * turn_.c), static_cast<float>(source_height_ / 2)};
@@ -134,8 +134,8 @@ class Rotator {
     return static_cast<float>(FromMiddle(x)) * axis.step + axis.origin + axis.center;
   }
 
-  // The first pixel of a row of positions that ascend (sign 1) or descend (sign -1) that is at the
-  // limit or beyond it.
+  // The first pixel of a row whose position is at the limit or beyond it. Positions ascend (sign 1)
+  // or descend (sign -1).
   int32_t FirstAt(const simd::TurnedAxis& axis, double sign, double limit) const {
     const auto reached = [&](int32_t x) { return sign * At(axis, x) >= sign * limit; };
     const double guess = (limit - axis.center - axis.origin) / axis.step - FromMiddle(0);

@@ -23,7 +23,7 @@ CubicOffsets OffsetsFor(int32_t at, int32_t last) {
 
 CubicOffsets ColumnOffsets(const DibView& source, int32_t x) {
   CubicOffsets offsets = OffsetsFor(x, source.width() - 1);
-  // At 24 bits alone, and for columns alone, the right edge has a rule of its own.
+  // Only at 24 bits, and only for columns, the right edge has a rule of its own.
   if (source.bit_count() == 24 && x >= source.width() - 2) {
     offsets.at[2] = 0;
     offsets.at[3] = 1;
@@ -31,7 +31,7 @@ CubicOffsets ColumnOffsets(const DibView& source, int32_t x) {
   return offsets;
 }
 
-// The end of the columns that have the offsets of column x.
+// The end of the run of columns with the same offsets as column x.
 int32_t EndOfOffsets(const DibView& source, int32_t x) {
   for (const int32_t end : {1, source.width() - 2, source.width() - 1}) {
     if (x < end) return end;
@@ -124,8 +124,8 @@ void Sampler::SumAcross(const simd::PixelPlaces& places, int32_t x, const float*
   }
 }
 
-// A sample that the corrections leave outside the source is clamped into it. Of gray colors the
-// first byte is the level.
+// A sample that the corrections leave outside the source is clamped into it. The first byte of a
+// gray color is the level.
 const uint8_t* Sampler::ColorAt(int32_t column, const uint8_t* row) const {
   const auto x = static_cast<size_t>(std::clamp(column, 0, width() - 1));
   return colors_ ? colors_->palette().bgr[GetIndex(row, source_.bit_count(), x)] : row + 3 * x;

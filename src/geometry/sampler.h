@@ -1,10 +1,10 @@
-// What scaling and rotation share: the source as pixels of bytes, the pixels that results become,
-// and the corrections at the borders.
+// What scaling and rotation share: how source pixels are decoded and results encoded, and the
+// corrections at the borders.
 //
-// ResampleMode says which source pixels around a fractional position are read and how they are
-// blended. Row functions do it for runs, on one or three bytes of each pixel: 24-bit colors and
-// gray levels as they are in the image; other indices decoded (into indices of one byte in point
-// mode, otherwise into colors of the table), and results encoded again.
+// The mode says which source pixels around a fractional position are read and how they are blended.
+// Row functions do this for runs of pixels of one or three bytes. 24-bit colors and gray levels are
+// sampled as they are in the image. Other indices are decoded first, into indices of one byte in
+// point mode and otherwise into colors of the table, and results are encoded again.
 #pragma once
 
 #include <algorithm>
@@ -20,7 +20,7 @@ namespace ombrilo {
 // Any other value writes no pixel.
 enum ResampleMode : uint32_t { kPoint = 1, kBilinear = 2, kBicubic = 3 };
 
-// Source coordinates that may be read on an axis, or the ends of a run.
+// The numbers from `first` up to `end`: coordinates on an axis of the source, or pixels of a run.
 struct Span {
   int32_t first, end;
   bool empty() const { return first >= end; }
@@ -35,7 +35,7 @@ class Sampler {
   // False when memory ran out.
   explicit operator bool() const { return ready_; }
 
-  // Whether there is a pixel to read, of a depth and in a mode that are known.
+  // Whether there are pixels to read, and depth and mode are known.
   bool Paints() const;
 
   ResampleMode mode() const { return static_cast<ResampleMode>(mode_); }
@@ -44,22 +44,23 @@ class Sampler {
 
   // Bytes of a sampled pixel: 1 or 3.
   int32_t channels() const { return channels_; }
-  // Whether these are the image's own, and results are pixels. Otherwise Decode() and Encode().
+  // Whether pixels are sampled, and results stored, as they are in the image. Otherwise sources are
+  // decoded with Decode() and results encoded with Encode().
   bool in_place() const { return in_place_; }
   const DibView& source() const { return source_; }
 
-  // Where a pixel's neighbours are all in the source, so that row functions may read them. Modes 1
-  // and 2 prescribe that positions outside are moved there; in mode 3 BicubicPixel() takes them.
-  // Empty only in mode 3.
+  // The positions on an axis whose neighbours are all in the source, so that row functions may read
+  // them. In modes 1 and 2, other positions are moved to the nearest of these, which is the
+  // contract; in mode 3, SampleBicubic() takes them. Empty only in mode 3.
   Span Inner(int32_t size) const;
   // How many neighbours there are before a position and from it on.
   int32_t before() const { return mode_ == kBicubic ? 1 : 0; }
   int32_t after() const { return mode_ == kBicubic ? 3 : static_cast<int32_t>(mode_); }
 
-  // Columns [first, end) of a source row, and the last one once more: the only column of an image
-  // is its own right neighbour. `first` is a multiple of 8.
+  // Decodes columns [first, end) of a source row, and the last one once more: the only column of an
+  // image is its own right neighbour. `first` is a multiple of 8.
   void Decode(int32_t row, int32_t first, int32_t end, uint8_t* to) const;
-  // Pixels of a row of the new image from column `first` on.
+  // Encodes pixels of a row of the new image from column `first` on.
   void Encode(const uint8_t* sampled, int32_t first, int32_t count, uint8_t* row);
 
   // The four source rows of a pixel in row y of the new image, at row `whole` of the source.
@@ -67,8 +68,8 @@ class Sampler {
     int32_t at[4];
   };
   CubicRows RowsOf(int32_t whole, int32_t y) const;
-  // The sums of a run's neighbours in one row, as the row function cubic_across gives them. The run
-  // starts at column x of the new image; places are those of the leftmost neighbours.
+  // The weighted sums of a run's neighbours in one row, as the row function cubic_across stores
+  // them. The run starts at column x of the new image; places are those of the leftmost neighbours.
   void SumAcross(const simd::PixelPlaces& places, int32_t x, const float* const weights[4],
                  size_t plane, size_t count, float* sums) const;
   // A pixel at any position, sampled with these weights.

@@ -1,7 +1,7 @@
 // omb_scale: an image in another size.
 //
-// Pixel x of the new image takes source position x * (W / new width), in single precision and
-// without a half-pixel offset.
+// Pixel x of the new image is sampled at source position x * (W / new width), in single precision
+// and without a half-pixel offset.
 #include <algorithm>
 
 #include "core/bytes.h"
@@ -70,7 +70,7 @@ uint32_t omb_scale(PackedDib** image, uint32_t width, uint32_t height, uint32_t 
       *source, width, height,
       sampler.Paints() ? NewBlock::Rows::kPixelsComeNext : NewBlock::Rows::kZeroed);
   if (!block) return 0;
-  // A core header gets the width as 32 bits too: its height field ends as the width's high half.
+  // A core header gets a width of 32 bits too, the upper half of which replaces its height.
   StoreU32(block.bytes() + kInfoWidth, width);
   // Not block.dib(): a core header no longer tells the height.
   if (width != 0 && height != 0 && sampler.Paints() &&

@@ -9,8 +9,8 @@ namespace ombrilo {
 
 namespace {
 
-// The distance between two arrays of up to `count` values and their padding. One of nearly a
-// multiple of 4 KiB would bring them into each other's way in the first-level cache.
+// The distance between two arrays of up to `count` values and their padding. Arrays nearly a
+// multiple of 4 KiB apart would get in each other's way in the first-level cache.
 size_t PlaneOf(int32_t count) {
   const size_t values = (static_cast<size_t>(count) + 2 * simd::kRunPadding - 1) /
                         simd::kRunPadding * simd::kRunPadding;
@@ -65,7 +65,7 @@ void StripSampler::Begin(int32_t x, const Position* columns, int32_t count) {
     functions_.cubic_weights(fraction_, static_cast<size_t>(count), weights_);
   }
   const Span inner = sampler_.Inner(sampler_.width());
-  // Positions ascend, so that columns that need corrections are at the ends.
+  // Positions ascend, so columns that need corrections are at the ends.
   uncorrected_ = {0, count};
   const auto inside = [&](int32_t i) { return inner.Holds(columns[i].whole); };
   while (!uncorrected_.empty() && !inside(uncorrected_.first)) ++uncorrected_.first;

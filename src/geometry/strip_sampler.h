@@ -19,20 +19,19 @@ struct Position {
 
 class StripSampler {
  public:
-  // Columns of a strip at most: whole bytes of any depth.
+  // The most columns of a strip: whole bytes at any depth.
   static constexpr int32_t kMost = 6000;
 
-  // Takes all memory for strips of up to `columns` columns, whose positions are up to `span`
-  // columns of the source apart.
-  // `height` is that of the new image.
+  // Takes all memory for strips of up to `columns` columns, whose positions span up to `span`
+  // columns of the source. `height` is the height of the new image.
   StripSampler(Sampler& sampler, int32_t columns, int32_t span, int32_t height);
-  // False when there is none.
+  // False when memory ran out.
   explicit operator bool() const { return static_cast<bool>(memory_); }
 
-  // Goes to the columns of the new image from x on, at these ascending positions, which are to stay
-  // where they are.
+  // Begins the strip of columns of the new image from x on, at these ascending positions, which
+  // have to stay in memory.
   void Begin(int32_t x, const Position* columns, int32_t count);
-  // Row y of the new image; rows come in order.
+  // Samples the strip's pixels of row y of the new image; rows come in order.
   void Sample(Position position, int32_t y, uint8_t* row);
 
  private:
@@ -41,14 +40,15 @@ class StripSampler {
   const float* Pairs(int32_t source_row);
   void Bicubic(Position position, int32_t y, uint8_t* to);
   const uint8_t* Row(int32_t source_row);
-  // Pixels of a row from which on as many bytes can be read as from `last` on.
+  // Where the strip's pixels are in a source row. Only as many bytes count as readable as there are
+  // from row `last` on.
   simd::PixelPlaces Places(int32_t source_row, int32_t last);
 
   Sampler& sampler_;
   const simd::RowFunctions& functions_;
   const Span inner_rows_;
   const bool enlarges_;  // bilinear: source rows are blended more than once
-  const size_t plane_;   // values of an array of a run
+  const size_t plane_;   // from one array of the strip's values to the next
   const size_t decoded_size_;
   AlignedScratch memory_;
 
@@ -64,9 +64,9 @@ class StripSampler {
   int32_t x_ = 0, count_ = 0;
   const Position* columns_ = nullptr;
   Span source_columns_ = {0, 0};
-  Span uncorrected_ = {0, 0};           // bicubic: pixels whose neighbours all are in the source
+  Span uncorrected_ = {0, 0};           // bicubic: pixels whose neighbours are all in the source
   int32_t decoded_row_[2], summed_[4];  // source rows; -1: none
-  int32_t picked_ = -1;                 // the source row of the last row, which is at last_
+  int32_t picked_ = -1;                 // point: the source row of the row before, which is last_
   const uint8_t* last_ = nullptr;
 };
 

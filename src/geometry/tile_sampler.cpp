@@ -30,7 +30,7 @@ TileSampler::TileSampler(Sampler& sampler, int32_t columns_ahead, int32_t rows_a
   const int32_t before = sampler.before(), channels = sampler.channels();
   const int32_t pitch = in_place ? static_cast<int32_t>(source.stride()) : decoded_pitch_;
   area_ = {columns_.first, columns_.end - 1, rows_.first, rows_.end - 1, before, before, channels,
-           // The only row of an image is the one above it too.
+           // The only row of an image is also the row above it.
            source.height() == 1 ? 0 : pitch};
   places_ = {in_place ? source.rows() : decoded_,
              pitch * (in_place ? source.height() : decoded_rows_), work_->offset, channels, false};
@@ -74,7 +74,7 @@ void TileSampler::Sample(const Positions& at, int32_t x, int32_t y, int32_t coun
 }
 
 void TileSampler::ReadAhead(size_t count) const {
-  // Not a pointer's arithmetic: that must not leave the block.
+  // Not pointer arithmetic, which must not leave the block.
   const uintptr_t rows = reinterpret_cast<uintptr_t>(places_.base) + static_cast<uintptr_t>(ahead_);
   for (size_t i = 0; i < count; i += 8) {
     __builtin_prefetch(
@@ -91,7 +91,8 @@ void TileSampler::Bicubic(const Positions& at, bool inside, int32_t x, int32_t y
   functions_.cubic_weights(at.dx, n, across);
   functions_.cubic_weights(at.dy, n, down);
   if (!columns_.empty() && !rows_.empty()) {
-    // Places are those of the lowest row that a pixel reads, and row 1 has all of its neighbours.
+    // Places are those of the lowest of the rows that a pixel reads. For a pixel in row 1 that is
+    // row 0, so its rows are the distances from there.
     const Sampler::CubicRows rows = sampler_.RowsOf(1, y);
     const float* sums[4];
     for (int j = 0; j < 4; ++j) {

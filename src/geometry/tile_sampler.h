@@ -1,6 +1,6 @@
 // Sampling for rotation: every pixel of the new image has a position of its own. The image is made
-// tile by tile, in runs along the tiles' rows. What a tile reads of the source is small: it stays
-// in the cache, and is decoded once where pixels are not sampled in place.
+// tile by tile, in runs along the rows of a tile. The part of the source that a tile reads is
+// small: it stays in the cache, and is decoded once where pixels are not sampled in place.
 #pragma once
 
 #include <cstdint>
@@ -14,10 +14,10 @@ namespace ombrilo {
 class TileSampler {
  public:
   static constexpr int32_t kSide = 128;  // of a tile
-  // What a tile's positions span on an axis, at most, turned by whatever angle.
+  // The most that the positions of a tile span on an axis, at any angle.
   static constexpr int32_t kSpan = 184;
 
-  // Of a run, on both axes.
+  // The positions of a run, on both axes.
   struct Positions {
     static constexpr int32_t kRoom = kSide + simd::kRunPadding;
     alignas(64) int32_t column[kRoom];
@@ -26,16 +26,16 @@ class TileSampler {
     alignas(64) float dy[kRoom];
   };
 
-  // `ahead` columns and rows from a pixel's position is that of one in a later row: what is there
-  // is asked for in advance, as no prefetcher foresees lines that are one below the other.
+  // `columns_ahead` and `rows_ahead` lead from a pixel's position to that of a pixel in a later
+  // row. The source there is prefetched, as processors foresee no accesses that go down the rows.
   TileSampler(Sampler& sampler, int32_t columns_ahead, int32_t rows_ahead);
   // False when memory ran out.
   explicit operator bool() const { return static_cast<bool>(memory_); }
 
-  // Goes to a tile with positions in these columns and rows: kSpan at most, as far as they are in
-  // the source.
+  // Begins a tile whose positions, as far as they are in the source, are in these columns and rows:
+  // kSpan of each at most.
   void Begin(Span columns, Span rows);
-  // Pixels of row y of the new image from column x on.
+  // Samples pixels of row y of the new image from column x on.
   void Sample(const Positions& at, int32_t x, int32_t y, int32_t count, uint8_t* row);
 
  private:

@@ -22,8 +22,8 @@ void Compose(PackedDib* image, std::initializer_list<DilateErode::Op> ops) {
   if (step) step.Run(ops);
 }
 
-// Pixel rows as they were at some point, as far as they lie inside the block. Operations that
-// compare with them take width, height and row length with 16 bits.
+// A copy of the pixel rows, as far as they lie inside the block. Operations that compare with it
+// take width, height and row length as 16 bits.
 class KeptRows {
  public:
   explicit KeptRows(const PixelRows& rows)
@@ -35,8 +35,8 @@ class KeptRows {
   void Keep() {
     if (size_ != 0) std::memcpy(bytes_.get(), rows_.first, size_);
   }
-  // Turns the image's rows into results by `op(row, kept, bytes)` over the pixel bytes that are
-  // there; with `padding`, what lies behind these comes back.
+  // Turns the image's rows into results by `op(row, kept, bytes)` on the pixel bytes that lie
+  // inside; with `padding`, the bytes after these are restored.
   template <class Op>
   void Combine(bool padding, Op&& op) const {
     for (int32_t y = 0; y < rows_.rows_inside(); ++y) {
@@ -54,7 +54,7 @@ class KeptRows {
   Buffer<uint8_t> bytes_;
 };
 
-// The difference of two rows of an indexed image, color by color, as pixels.
+// Subtracts rows of an indexed image, color by color; results are pixels.
 class IndexedDifference {
  public:
   explicit IndexedDifference(const PixelRows& rows)
@@ -72,7 +72,8 @@ class IndexedDifference {
     for (int i = 0; i < 4; ++i) outcome_[i] = other[i] != 0 ? 255 : 0;
   }
 
-  // row = other - row, over as many pixels as `bytes` hold; the rest of these bytes is other's.
+  // row = other - row, for as many pixels as `bytes` hold; the other bits of these come from
+  // `other`.
   void SubtractFrom(const uint8_t* other, uint8_t* row, size_t bytes) {
     const size_t pixels = std::min(width_, bytes * 8 / bit_count_);
     if (bit_count_ == 1) {
@@ -100,8 +101,8 @@ class IndexedDifference {
     uint8_t* const second = first + 3 * std::max<size_t>(width_, 4);
     colors_.Decode(others, pixels, first);
     colors_.Decode(indices, pixels, second);
-    // At 1 and 4 bits a negative difference comes round at 255 instead of stopping at 0. That is
-    // the contract.
+    // At 1 and 4 bits a negative difference wraps around instead of becoming 0. That is the
+    // contract.
     const auto subtract =
         bit_count_ == 8 ? simd::Active().subtract_saturated : simd::Active().subtract_wrapped;
     subtract(first, pixels * colors_.step(), second);
@@ -115,8 +116,8 @@ class IndexedDifference {
   IndexedColors colors_;
 };
 
-// Whether the 16-bit sizes of comparisons make other rows of the pixels than the image has. Where
-// they do not, a result is compared with the pixel that it replaces, and no row is kept.
+// Whether the 16-bit sizes of comparisons differ from the image's own. If they do not, a result is
+// compared with the pixel that it replaces, and no rows are copied.
 bool Cut(const Dib& dib) {
   const PixelRows rows = PixelRows::Of(dib), cut = PixelRows::Of16Bits(dib);
   return rows.width != cut.width || rows.height != cut.height;
@@ -136,7 +137,7 @@ void PickEdge(const Dib& dib) {
   if (!unfiltered || (indexed && !*difference)) return;
   unfiltered.Keep();
   step.Run({kErode});
-  // Colors are those after the erosion: a short table goes on in the pixels.
+  // The colors are those after the erosion: a short table continues in the pixels.
   if (indexed) difference->Snapshot(dib);
   unfiltered.Combine(true, [&](uint8_t* row, const uint8_t* kept, size_t bytes) {
     if (indexed) {

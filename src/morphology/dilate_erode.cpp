@@ -1,11 +1,11 @@
 // omb_dilate, omb_erode.
 //
-// The square hangs on its corner: a dilation looks at the 3x3 pixels that end at the pixel, an
-// erosion at those that start at it, so that one undoes the other's shift and openings and closings
+// The square is anchored at its corner: a dilation looks at the 3x3 pixels that end at the pixel,
+// an erosion at those that start at it. One undoes the other's shift, so that openings and closings
 // come out in register.
 //
-// One-bit images have three outcomes per image: the neighbourhood holds one index, the other, or
-// both. These are computed once, through the color rule; pixels are then bits in words.
+// A one-bit image has three outcomes: the neighbourhood holds one index, the other, or both. These
+// are computed once, by the rule for colors; pixels are then handled eight to a byte.
 #include "morphology/dilate_erode.h"
 
 #include <algorithm>
@@ -61,7 +61,7 @@ struct SquareFilter {
 struct SquareBitsFilter {
   DilateErode::Op op;
   int32_t width;       // in pixels
-  uint8_t outcome[3];  // bytes of the index that stands where none, all and some are index 1
+  uint8_t outcome[3];  // bytes of the resulting index if none, all or some pixels are index 1
 
   void Begin(const WindowLayout&) {}
   void Prepare(uint8_t* row) {
@@ -125,7 +125,7 @@ void DilateErode::Run(std::initializer_list<Op> ops, Last last) {
     });
     return;
   }
-  if (ops.size() > 1 && !TableHoldsPalette(dib_)) {  // each operation's results are colors too
+  if (ops.size() > 1 && !TableHoldsPalette(dib_)) {  // each operation changes the colors
     for (const Op op : ops) Run({op});
     return;
   }

@@ -1,4 +1,4 @@
-// The 3x3 dilation and erosion that omb_dilate and omb_erode are, and that the composites repeat.
+// The 3x3 dilation and erosion of omb_dilate, omb_erode and the operations composed of them.
 #pragma once
 
 #include <initializer_list>
@@ -13,19 +13,19 @@ namespace ombrilo {
 class DilateErode {
  public:
   enum Op { kErode, kDilate };
-  // What the last operation leaves of its result.
+  // What the last operation stores.
   enum Last {
     kResult,
-    kSubtracted,  // pixels of the image - result, 0 at least
-    kAdded,       // result + pixels that the last operation started from, 255 at most
+    kSubtracted,  // pixels of the image - result, at least 0
+    kAdded,       // result + pixels that the last operation started from, at most 255
   };
 
   // For runs of up to `most` operations.
   DilateErode(const Dib& dib, int most);
   explicit operator bool() const;
 
-  // One operation after the other. Pixels of other images than PixelsAreValues() ones are indices,
-  // which do not add up: for these there is kResult alone.
+  // Runs one operation after the other. Unless PixelsAreValues(), pixels are indices, which cannot
+  // be added: `last` is kResult then.
   void Run(std::initializer_list<Op> ops, Last last = kResult);
   bool PixelsAreValues() { return frame_ && !colors_ && frame_->PixelsAreValues(); }
 

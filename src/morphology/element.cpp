@@ -60,7 +60,7 @@ void Element::Combine(bool dilate, uint8_t* const* rows, size_t first, size_t co
     }
   }
   if (has_origin_) return Pick(dilate, from_.get(), reads, count, to);
-  // Where nothing moved the extreme from its start, the pixel stays.
+  // Where no pixel moved the extreme from its start, the pixel stays.
   Pick(dilate, from_.get(), reads, count, picked_.get());
   std::memcpy(to, rows[reach_.before] + first, count);
   simd::Active().copy_unless(picked_.get(), Neutral(dilate), count, to);
@@ -75,7 +75,7 @@ void Element::Add(const Run& run) {
   reach_.right = std::max(reach_.right, run.dx + run.length - 1);
 }
 
-// Single pixels as runs.
+// Joins single pixels to runs.
 void Element::JoinRuns() {
   std::sort(runs_.get(), runs_.get() + run_count_,
             [](const Run& a, const Run& b) { return std::tie(a.dy, a.dx) < std::tie(b.dy, b.dx); });
@@ -92,8 +92,8 @@ void Element::JoinRuns() {
   run_count_ = kept;
 }
 
-// Lengths in ascending order, each at most twice the one before: those of the runs and those on
-// the way there; of an element with very many, powers of two.
+// Chooses lengths in ascending order, each at most twice the one before: those of the runs and some
+// in between. For an element that needs too many, they are powers of two.
 void Element::ChooseLengths() {
   int32_t longest = 1;
   for (size_t i = 0; i < run_count_; ++i) longest = std::max(longest, runs_[i].length);
@@ -118,12 +118,12 @@ void Element::ChooseShifts() {
   for (size_t i = 0; i < run_count_; ++i) {
     const Run& run = runs_[i];
     const int level = LevelOf(run.length);
-    // A shift within the length leaves the row within the window's.
+    // Shifted by less than the length, the row stays within its window row.
     if (level != 0 && run.dx <= 0 && -run.dx < lengths_[level]) shifts_[level] = -run.dx;
   }
 }
 
-// Where the extreme from the first pixel on over a prepared length stands. The rows are shifted
+// Where the extreme over a prepared length from the first pixel on is stored. The rows are shifted
 // so that runs around the origin find theirs at the pixel itself: vectors then start where cache
 // lines do.
 uint8_t* Element::Level(uint8_t* row, int level) const {

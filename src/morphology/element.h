@@ -16,12 +16,13 @@ namespace ombrilo {
 
 class Element {
  public:
-  // A record's element as an image of this size can see it. False without memory.
+  // A record's element without what cannot lie inside an image of this size. False when memory runs
+  // out.
   Element(const KERNAL& record, const PixelRows& rows);
 
-  // What so many dilations or erosions by a symmetric shape amount to: rows -reach..reach of it
-  // have pixels up to `half_width(distance from the middle row)` on both sides, not more than in
-  // rows nearer to the middle.
+  // What repeated dilations or erosions by a symmetric shape amount to. Rows -reach..reach of it
+  // have half_width(distance from the middle row) pixels on both sides of the middle, never more
+  // than rows nearer to the middle row.
   template <class HalfWidth>
   Element(int64_t reach, HalfWidth half_width, const PixelRows& rows)
       : Element(static_cast<size_t>(2 * std::min<int64_t>(reach, rows.height - 1) + 1), rows) {
@@ -45,7 +46,7 @@ class Element {
   FilterMemory memory() const {
     return {.derived = {.rows = static_cast<size_t>(length_count_ - 1)}};
   }
-  // Another element of the same walk has the first derived rows for itself.
+  // The first derived rows belong to another element of the same walk.
   void KeepBehind(const Element& other) { others_rows_ = other.length_count_ - 1; }
 
   // The parts of a frame's filter.

@@ -9,8 +9,8 @@ namespace ombrilo {
 
 namespace {
 
-// A record whose arrays have room for `count` entries. Null when any of its blocks cannot be had,
-// which a negative count makes certain.
+// A record whose arrays have room for `count` entries. Null for a negative count and when memory
+// runs out.
 KERNAL* NewRecord(const KERNAL& fields, const char* name) {
   if (fields.count < 0) return nullptr;
   if (name == nullptr) name = "";

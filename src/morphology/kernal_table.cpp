@@ -1,9 +1,9 @@
 // The built-in KERNAL records, by the index under which omb_getKERNAL hands them out.
 //
-// Each grid shows the record as it lies on the picture: the first line is the highest dy (the
-// stored row farthest behind, which is the upper one on screen), columns run from the lowest dx.
-// The anchor is the middle, rounded down. Grids of "o" are structuring elements; all of them share
-// one array of zeros as their weights.
+// Each grid shows the record as it lies on the picture: the first line is the highest dy (the row
+// stored last, which is the upper one on screen), columns run from the lowest dx. The anchor is the
+// middle, rounded down. Grids of "o" are structuring elements; all of them share one array of zeros
+// as their weights.
 #include "core/weight_grid.h"
 #include "morphology/kernal.h"
 

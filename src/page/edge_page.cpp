@@ -1,4 +1,4 @@
-// omb_EdgePage: a choice among edge filters for page images, and two of them: gradient magnitudes.
+// omb_EdgePage: a choice of edge filters for page images, and the two gradient magnitudes of them.
 #include "core/neighbourhood.h"
 #include "morphology/kernal.h"
 #include "rows/row_functions.h"
@@ -68,7 +68,7 @@ int32_t ReplaceByMagnitude(PackedDib* image) {
 
 }  // namespace ombrilo
 
-// Arguments behind the mode are passed on in every mode, and no filter takes them.
+// Arguments after the mode have no effect.
 int32_t omb_EdgePage(PackedDib* image, int32_t size, int32_t p3, int32_t p4, int32_t mode, ...) {
   using namespace ombrilo;
   const auto convolute = [&](int32_t kernal) {

@@ -1,4 +1,4 @@
-// omb_EnhancePage: a choice among filters for page images.
+// omb_EnhancePage: a choice of filters for page images.
 #include "morphology/kernal.h"
 #include "page/rank_order.h"
 #include "page/tone.h"
@@ -28,7 +28,7 @@ const KERNAL* KernalOf(int32_t mode, int32_t size) {
       return &kKernals[kHipass3x3 + size];
     case kGauss:
       return kGauss3[size];
-    case kHigauss:  // a step larger than the other modes
+    case kHigauss:  // one size larger than in the other modes
       return &kKernals[kHigauss5x5 + size];
     case kTone:  // reached where toneScope names no tone routine
     case kUnsharp:

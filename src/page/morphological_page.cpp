@@ -1,9 +1,10 @@
-// omb_MorphologicalPage: erosion, dilation and what is made of them, for images of pages.
+// omb_MorphologicalPage: erosion, dilation and what can be made of them, for images of pages.
 //
-// Dilating n times by a shape that holds, with each pixel, all pixels nearer to its middle row and
-// column is dilating once by the n-fold sum of the shape, also where pixels outside the image are
-// skipped; and skipping them is taking the nearest pixel of the image instead, which such a shape
-// holds too. So every mode is one walk, and one window serves minimum and maximum.
+// These shapes contain, with each pixel, all pixels nearer to their middle row and column. Dilating
+// n times by such a shape is the same as dilating once by its n-fold sum, even where pixels outside
+// the image are skipped. And skipping them is the same as taking the nearest pixel of the image
+// instead, which the shape contains as well. So every mode is one walk, and one window serves both
+// minimum and maximum.
 #include "core/neighbourhood.h"
 #include "morphology/element.h"
 #include "rows/row_functions.h"
@@ -15,15 +16,15 @@ namespace {
 enum Shape { kSquare, kCircle, kRow, kColumn };
 enum Mode { kErode, kDilate, kOpen, kClose, kGradient, kLightDetails, kDarkDetails, kClean };
 
-// Half the width of a row of the n-fold shape, by its distance from the middle row. The radius is
-// that of a single one, 1 to 3.
+// Half the width of a row of the n-fold shape, by its distance from the middle row. `radius` is
+// that of the shape itself, 1 to 3.
 int64_t HalfWidth(int32_t shape, int64_t radius, int64_t n, int64_t distance) {
   if (shape == kColumn) return 0;
   // Circles have full rows up to distance 1, then a pixel less on both sides with each row.
   return radius * n - (shape == kCircle && distance > n ? distance - n : 0);
 }
 
-// One of two elements in a walk, or both.
+// Applies one of two elements in a walk, or both.
 class PageFilter {
  public:
   PageFilter(int32_t mode, Element* minimum, Element* maximum)

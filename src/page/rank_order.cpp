@@ -17,7 +17,7 @@ class RankFilter {
         rank_((size_ * size_ - 1) * static_cast<size_t>(percentile) / 100),
         by_columns_(size_ == 3 || (size_ == 5 && rank_ == 12)) {}
 
-  // Planes of bits beside each row, which are about as long.
+  // The bit planes of each row, which are about as long as the row.
   FilterMemory memory() const {
     if (by_columns_) return {};
     return {.derived = {.rows = 1, .bytes = PlaneBytes(0, 3)}};
@@ -60,7 +60,8 @@ int32_t RankOrder(PackedDib* image, int32_t radius, int32_t passes, int32_t perc
   const auto dib = Dib::Open(image);
   if (!dib || percentile < 0 || percentile > 100) return 0;
   if (PixelRows::WithoutPlanes(*dib)) return 1;
-  // Apart from 24 bits, columns are bytes: as many as the image is wide, as far as a row has them.
+  // At depths other than 24 bits, columns are bytes: as many as the image is wide, or as many as a
+  // row has if these are fewer.
   const bool color = dib->bit_count() == 24;
   PixelRows rows = PixelRows::WithPlanes(*dib, static_cast<uint16_t>(dib->header().width),
                                          color ? uint16_t{24} : uint16_t{8});

@@ -1,9 +1,9 @@
 // The tone routines of omb_EnhancePage(): curves from histograms, of the whole image or of blocks.
 //
 // By blocks, a pixel's new level is blended from the curves of the four blocks around it (S. M.
-// Pizer et al., "Adaptive histogram equalization and its variations", 1987). In a row of pixels the
-// two rows of curves have the same weights: they are blended first, which leaves two look-ups for a
-// pixel. The image is read once for the histograms and once more when it is written.
+// Pizer et al., "Adaptive histogram equalization and its variations", 1987). For all pixels of a
+// row the two rows of curves have the same weights, so they are blended first, which leaves two
+// look-ups per pixel. The image is read once for the histograms and once more when it is written.
 #include "page/tone.h"
 
 #include <algorithm>
@@ -23,7 +23,7 @@ namespace {
 constexpr size_t kRun = 1024;       // pixels whose levels are computed at a time
 constexpr int32_t kPaperReach = 2;  // in blocks
 
-// Of 24 bits the luminances.
+// The levels of an image: its bytes, or the luminances at 24 bits.
 class Levels {
  public:
   explicit Levels(const Dib& dib) : dib_(dib), color_(dib.bit_count() == 24) {}
@@ -72,8 +72,8 @@ struct Request {
   int32_t curve, strength, cut;
 };
 
-// A level's new level on one axis lies between those of blocks `first` and `first` + 1, the second
-// with a weight in 256ths.
+// On one axis, a new level is blended from those of blocks `first` and `first` + 1, the second with
+// a weight in 256ths.
 struct Place {
   int32_t first, weight;
 };
@@ -154,7 +154,7 @@ class BlockTone {
         *tone++ = MeasureTone(counts, request_.cut, kPaperReach);
       }
     }
-    // A block without paper, all in a picture, say, is not brightened without limit.
+    // A block without paper, for example inside a photograph, is not brightened without limit.
     const int32_t paper = MeasureTone(whole, request_.cut, kPaperReach).paper;
     least_paper_ = std::max(1, paper / 4);
   }
@@ -176,7 +176,7 @@ class BlockTone {
     }
   }
 
-  // The curves of the row are blended.
+  // Changes a row by the curves blended for it.
   void ChangeRow(int32_t y) const {
     levels_.ChangeRow(y, [&](uint8_t* levels, size_t first, size_t count) {
       for (size_t done = 0; done < count;) {

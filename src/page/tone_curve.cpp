@@ -6,8 +6,8 @@ namespace ombrilo {
 
 namespace {
 
-// 163.3133 ln(v / 50), which comes to 0 at 50 and near 255 at 238. No value is nearer than 0.003 to
-// the middle between two levels, so that any logarithm does.
+// 163.3133 ln(v / 50), which is 0 at 50 and near 255 at 238. No value is nearer than 0.003 to the
+// middle between two levels, so that any logarithm will do.
 struct LogarithmTable {
   uint8_t level[256];
 

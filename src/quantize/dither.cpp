@@ -1,12 +1,11 @@
 // omb_dither: colors mapped to a learned palette, errors spread over neighbouring pixels.
 //
-// Errors go to the right and to the row stored before, which already holds palette colors: rows
-// wait for no other one until they are mapped to indices, when the row behind them is done.
+// Errors go to the right and to the row stored before, which already holds palette colors. So rows
+// do not depend on each other until they are mapped to indices, once the row after them is done.
 //
 // The error's shares 3/8 and 1/4 are defined in floating point: the share in double precision, cut
-// to single, added to the neighbour's value in single, truncated toward 0. Errors are whole numbers
-// up to 255 and values stay below 2^12, so nothing is ever rounded, and whole eighths give the
-// same.
+// to single, added to the neighbour's value in single, truncated toward 0. Errors are integers up
+// to 255 and values stay below 2^12, so nothing is ever rounded, and integer eighths give the same.
 #include <algorithm>
 
 #include "core/pixels.h"
@@ -49,8 +48,8 @@ int32_t omb_dither(PackedDib** image, int32_t bits) {
   uint8_t* const rows = network.WriteTable(table, header.table_step());
   const auto stride = static_cast<size_t>(StrideOf(source->width(), depth));
 
-  // Errors are taken to the colors at byte 40, where the table of an information header stands,
-  // after any header. That is the contract.
+  // Errors are relative to the colors at byte 40, where an information header has its table,
+  // whatever the header is. That is the contract.
   uint32_t seen[256] = {};
   for (size_t i = 0; i < colors; ++i) {
     for (size_t c = 0; c < 3; ++c) {

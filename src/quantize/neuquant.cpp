@@ -68,7 +68,7 @@ int32_t omb_neuquant(PackedDib** image, int32_t bits) {
   PaletteNetwork network(bits);
   if (!network) return 0;
   network.Learn(*source);
-  // Not by the block's own header: with a size field below its length, the copy's rows stand there.
+  // Not by the block's own header: with a size field below its length, the copy's rows are there.
   const DibHeader& header = source->header();
   uint8_t* const table = block.bytes() + header.header_size;
   MapPixels(*source, network, depth, network.WriteTable(table, header.table_step()));

@@ -18,8 +18,8 @@ constexpr int32_t kRadiusDecrease = 30;
 constexpr int kRadiusShift = 6;
 constexpr int32_t kRadiusPower = 256;
 
-// Steps of a prime number of pixels through the picture: the first whose prime does not divide the
-// picture's length; the last stands for the rest.
+// The step between samples is a prime number of pixels: the first that does not divide the
+// picture's length, or else the last one.
 size_t StepFor(size_t length) {
   for (const size_t prime : {499, 491, 487}) {
     if (length % prime != 0) return 3 * prime;
@@ -27,8 +27,8 @@ size_t StepFor(size_t length) {
   return 3 * 503;
 }
 
-// Positions of samples, one after the other. Rows' padding counts as color bytes, so that samples
-// lie across row ends, and colors change places in each round whose length is no multiple of 3.
+// Gives one sample after the other. Row padding counts as color bytes, so that samples can straddle
+// row ends, and channels change places with each round if the length is no multiple of 3.
 class Sampler {
  public:
   Sampler(const uint8_t* picture, size_t length)

@@ -20,8 +20,8 @@ namespace ombrilo {
 
 class PaletteNetwork {
  public:
-  // A network of 2^bits neurons; `bits` is 1, 2, 4 or 8. Takes all its memory at once: 1.7 MiB, and
-  // false when there is none.
+  // A network of 2^bits neurons; `bits` is 1, 2, 4 or 8. Takes all its memory at once: 1.7 MiB.
+  // False when there is none.
   explicit PaletteNetwork(int bits);
   explicit operator bool() const { return state_ != nullptr; }
 
@@ -30,7 +30,7 @@ class PaletteNetwork {
   void Learn(const DibView& image);
 
   // Writes the learned palette, in the order of the neurons, as a color table with `step` bytes per
-  // entry. The end of the table, where rows start.
+  // entry. Returns the end of the table, where rows start.
   uint8_t* WriteTable(uint8_t* table, size_t step) const;
 
   // The entries for colors of `step` (3 or 4) bytes: least sum of absolute differences; among
@@ -40,7 +40,7 @@ class PaletteNetwork {
     simd::Active().apply_table(indices, count, state_[0].index_of);
   }
 
-  // Error diffusion (`diffuse` of rows/row_functions.h) with errors taken to seen[index].
+  // Error diffusion (`diffuse` of rows/row_functions.h) with errors relative to seen[index].
   void Diffuse(const uint32_t* seen, const uint8_t* rows, size_t stride, size_t width, size_t count,
                uint32_t* before, uint8_t* indices);
 
