@@ -8,9 +8,11 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <numeric>
+#include <string>
 
 #include "support/image.h"
 
@@ -489,6 +491,27 @@ TEST(RowFunctions, PlainCodeComesFirstAndTheWidestIsActive) {
   simd::Use(nullptr);
   EXPECT_EQ(&simd::Active(), widest);
 }
+
+#if defined(__linux__) && (defined(__x86_64__) || defined(__i386__))
+// What the kernel says of the processor, so that a set that it has and that is not tried is seen.
+TEST(RowFunctions, EverySetOfTheProcessorIsTested) {
+  const auto has = [](const char* set, std::initializer_list<const char*> flags) {
+    std::ifstream info("/proc/cpuinfo");
+    std::string line;
+    while (std::getline(info, line) && !line.starts_with("flags")) continue;
+    const bool there = std::all_of(flags.begin(), flags.end(), [&](const std::string& flag) {
+      return (line + " ").find(" " + flag + " ") != std::string::npos;
+    });
+    return there ? std::string(" ") + set : std::string();
+  };
+  std::string tested;
+  for (auto level = simd::Supported(); *level != nullptr; ++level) {
+    tested += std::string(" ") + (*level)->name;
+  }
+  EXPECT_EQ(tested, " plain" + has("sse4.1", {"sse4_1"}) + has("avx2", {"avx2"}) +
+                        has("avx512", {"avx512f", "avx512bw", "avx512vl", "avx512_vbmi"}));
+}
+#endif
 
 // Sums of differences, with orders by turns and so many lists that room for them runs out.
 TEST(RowFunctions, SearchBySumsWithTurns) {
