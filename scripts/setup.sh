@@ -9,7 +9,9 @@ packages_of() {
     build) echo g++ cmake ninja-build pkg-config libcli11-dev nlohmann-json3-dev libpng-dev \
       libjpeg62-turbo-dev libtiff-dev libexif-dev ;;
     demo) echo lomiri-wallpapers-16.04 ghostscript ;;
-    test) echo libgtest-dev clang libclang-rt-14-dev clang-format doxygen git python3
+    docs) echo doxygen python3 python3-markdown python3-pygments ;;
+    test) echo libgtest-dev clang libclang-rt-14-dev clang-format doxygen git python3 \
+      python3-markdown python3-pygments \
       fp-compiler mono-mcs mono-runtime libmono-system-core4.0-cil ;;
     arm64) echo g++-aarch64-linux-gnu qemu-user googletest ;;
     x86-32) echo g++-i686-linux-gnu googletest ;;
