@@ -170,10 +170,6 @@ class Site:
                 to = os.path.relpath(place_of(path), os.path.dirname(place) or ".")
             elif (ROOT / path).is_file():
                 to = self.file(path, place)
-            elif (ROOT / path).is_dir() and path != ".":
-                for file in sorted((ROOT / path).iterdir()):
-                    self.file(str(file.relative_to(ROOT)), place)
-                to = os.path.relpath(self.out / "files" / path, (self.out / place).parent)
             else:
                 to = target  # the check below tells of it
             return f'{match[1]}="{html.escape(to + ("#" + anchor if anchor else ""))}"'

@@ -77,8 +77,8 @@
 
 #include <stdint.h>
 
-#define OMB_VERSION_MAJOR 0 /**< major version of this header, part of the library's file name */
-#define OMB_VERSION_MINOR 1 /**< minor version of this header */
+#define OMB_VERSION_MAJOR 1 /**< major version of this header, part of the library's file name */
+#define OMB_VERSION_MINOR 0 /**< minor version of this header */
 #define OMB_VERSION_PATCH 0 /**< patch level of this header */
 
 /** Marks what the library exports. */

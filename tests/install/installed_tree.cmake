@@ -1,6 +1,6 @@
 # Installs the build and builds the examples against the installed tree, by the CMake package (shared
 # and static) and by pkg-config; those in other languages run where their tools are found.
-# Arguments: BUILD, SOURCE, GENERATOR, C_COMPILER, CXX_COMPILER, LIBDIR.
+# Arguments: BUILD, SOURCE, VERSION, GENERATOR, C_COMPILER, CXX_COMPILER, LIBDIR.
 set(prefix ${BUILD}/installed)
 
 function(run)
@@ -21,6 +21,14 @@ endfunction()
 
 file(REMOVE_RECURSE ${prefix} ${BUILD}/example)
 run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix})
+
+# One version everywhere. The header's is compared where it is compiled.
+foreach(file bindings/js/package.json packaging/vcpkg/ombrilo/vcpkg.json meson.build CHANGELOG.md)
+  file(STRINGS ${SOURCE}/${file} stated LIMIT_COUNT 1 REGEX "version\"?: |^## [0-9]")
+  if(NOT stated MATCHES "[ \"']${VERSION}[ \"']")
+    message(FATAL_ERROR "${file} does not state version ${VERSION} first: ${stated}")
+  endif()
+endforeach()
 
 file(GLOB license ${prefix}/share/doc/ombrilo/LICENSE)
 if(NOT license)
