@@ -24,6 +24,13 @@ void WriteColors(const Dib& dib, uint32_t first, uint32_t count, const uint8_t* 
   for (uint32_t i = 0; i < count; ++i) dib.Write(EntryOffset(dib, first + i), bgr + 3 * i, 3);
 }
 
+void WriteTable(const Dib& dib, uint32_t count, const uint8_t* table) {
+  for (uint32_t i = 0; i < count; ++i, table += 4) {
+    const uint8_t entry[4] = {table[0], table[1], table[2], 0};
+    dib.Write(EntryOffset(dib, i), entry, dib.header().table_step());
+  }
+}
+
 void WriteGrayRamp(const Dib& dib) {
   uint8_t ramp[256][3];
   for (int i = 0; i < 256; ++i) ramp[i][0] = ramp[i][1] = ramp[i][2] = static_cast<uint8_t>(i);

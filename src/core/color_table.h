@@ -18,6 +18,10 @@ void ReadColors(const DibView& dib, uint32_t first, uint32_t count, uint8_t* bgr
 // keeps its value.
 void WriteColors(const Dib& dib, uint32_t first, uint32_t count, const uint8_t* bgr);
 
+// Writes the first `count` entries from a caller's table, whose colors are four bytes apart
+// whatever the header is. The reserved byte becomes 0.
+void WriteTable(const Dib& dib, uint32_t count, const uint8_t* table);
+
 // Writes the 256 entries of an 8-bit gray image, from black to white.
 void WriteGrayRamp(const Dib& dib);
 

@@ -14,7 +14,7 @@ constexpr size_t kMaxColors = 256;
 // Bytes of pixel data that are shown. Their row length includes the planes field.
 size_t ShownBytes(const DibView& dib) {
   const int64_t planes = dib.ReadU16(kInfoPlanes);
-  const int64_t stride = (planes * dib.width() * dib.bit_count() + 31) / 32 * 4;
+  const int64_t stride = StrideOf(planes * dib.width(), dib.bit_count());
   const auto usual = static_cast<int64_t>(dib.stride());
   return static_cast<size_t>(std::min(stride, usual) * dib.height());
 }

@@ -239,14 +239,16 @@ bool IsSize(uint32_t size) { return size >= 1 && size <= 32767; }
 
 uint32_t omb_resize(PackedDib** image, uint32_t width, uint32_t height, uint32_t filter) {
   using namespace ombrilo;
-  if (!IsSize(width) || !IsSize(height) || filter < kBox || filter > kLanczos) return 0;
+  if (!IsSize(width) || !IsSize(height)) return 0;
+  if (filter < OMB_RESIZE_BOX || filter > OMB_RESIZE_LANCZOS) return 0;
   const auto source = DibView::Open(image == nullptr ? nullptr : *image);
   if (!source || (!source->indexed() && source->bit_count() != 24)) return 0;
   if (source->pixel_rows() == 0) return 1;
 
   const SourceRows rows(*source);
-  ResizeAxis across(source->width(), static_cast<int32_t>(width), ResizeFilter{filter});
-  ResizeAxis down(source->height(), static_cast<int32_t>(height), ResizeFilter{filter});
+  const auto kind = static_cast<OmbResizeFilter>(filter);
+  ResizeAxis across(source->width(), static_cast<int32_t>(width), kind);
+  ResizeAxis down(source->height(), static_cast<int32_t>(height), kind);
   if (!across || !down) return 0;
   Resizer resizer(rows, across, down);
   if (!resizer) return 0;

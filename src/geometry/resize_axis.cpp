@@ -10,7 +10,7 @@ namespace {
 
 constexpr double kPi = std::numbers::pi;
 
-double Radius(ResizeFilter filter) {
+double Radius(OmbResizeFilter filter) {
   constexpr double kRadius[] = {0, 0.5, 1, 2, 3};
   return kRadius[filter];
 }
@@ -42,17 +42,17 @@ double SinPi(double x) {
 
 double Sinc(double x) { return x == 0 ? 1 : SinPi(x) / (x * kPi); }
 
-double Value(ResizeFilter filter, double x) {
+double Value(OmbResizeFilter filter, double x) {
   const double a = std::fabs(x);
   switch (filter) {
-    case kBox:
+    case OMB_RESIZE_BOX:
       return x > -0.5 && x <= 0.5 ? 1 : 0;
-    case kTriangle:
+    case OMB_RESIZE_TRIANGLE:
       return a < 1 ? 1 - a : 0;
-    case kCubic:
+    case OMB_RESIZE_CUBIC:
       if (a < 1) return (1.5 * a - 2.5) * a * a + 1;
       return a < 2 ? -0.5 * (((a - 5) * a + 8) * a - 4) : 0;
-    case kLanczos:
+    case OMB_RESIZE_LANCZOS:
       return x >= -3 && x < 3 ? Sinc(x) * Sinc(x / 3) : 0;
   }
   return 0;
@@ -74,7 +74,7 @@ simd::TapPair PairOf(int32_t first, int32_t second) {
 
 }  // namespace
 
-ResizeAxis::ResizeAxis(int32_t from, int32_t to, ResizeFilter filter)
+ResizeAxis::ResizeAxis(int32_t from, int32_t to, OmbResizeFilter filter)
     : from_(from),
       to_(to),
       filter_(filter),

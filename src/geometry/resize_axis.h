@@ -9,16 +9,15 @@
 #include <cstdint>
 
 #include "core/buffer.h"
+#include "ombrilo/ombrilo.h"
 #include "rows/row_functions.h"
 
 namespace ombrilo {
 
-enum ResizeFilter : uint32_t { kBox = 1, kTriangle = 2, kCubic = 3, kLanczos = 4 };
-
 class ResizeAxis {
  public:
   // `from` pixels become `to` ones; both are 1 or more. Takes its memory at once.
-  ResizeAxis(int32_t from, int32_t to, ResizeFilter filter);
+  ResizeAxis(int32_t from, int32_t to, OmbResizeFilter filter);
   explicit operator bool() const { return values_ != nullptr; }
 
   int32_t from() const { return from_; }
@@ -35,7 +34,7 @@ class ResizeAxis {
 
  private:
   int32_t from_, to_;
-  ResizeFilter filter_;
+  OmbResizeFilter filter_;
   double step_;     // source pixels per new pixel
   double stretch_;  // of the filter
   double reach_;    // of the stretched filter

@@ -47,7 +47,7 @@ Sampler::Sampler(const DibView& source, uint32_t mode)
       in_place_(source.bit_count() >= 8),
       channels_(source.bit_count() == 24 ? 3 : 1) {
   if (!Paints()) return;
-  if (source.indexed() && mode != kPoint) {
+  if (source.indexed() && mode != OMB_RESAMPLE_POINT) {
     colors_.emplace(!MakeDIBPalette(source)->AllGray());
     ready_ = static_cast<bool>(*colors_);
     if (!ready_) return;
@@ -55,17 +55,17 @@ Sampler::Sampler(const DibView& source, uint32_t mode)
     in_place_ = colors_->identity();
     channels_ = static_cast<int32_t>(colors_->step());
   }
-  if (mode == kBilinear && width() == 1) in_place_ = false;
+  if (mode == OMB_RESAMPLE_BILINEAR && width() == 1) in_place_ = false;
 }
 
 bool Sampler::Paints() const {
   return width() != 0 && height() != 0 && (source_.indexed() || source_.bit_count() == 24) &&
-         mode_ >= kPoint && mode_ <= kBicubic;
+         mode_ >= OMB_RESAMPLE_POINT && mode_ <= OMB_RESAMPLE_BICUBIC;
 }
 
 Span Sampler::Inner(int32_t size) const {
   const int32_t end = size - after() + 1;
-  return {before(), mode_ == kBicubic ? end : std::max(end, 1)};
+  return {before(), mode_ == OMB_RESAMPLE_BICUBIC ? end : std::max(end, 1)};
 }
 
 void Sampler::Decode(int32_t row, int32_t first, int32_t end, uint8_t* to) const {

@@ -17,9 +17,6 @@
 
 namespace ombrilo {
 
-// Any other value writes no pixel.
-enum ResampleMode : uint32_t { kPoint = 1, kBilinear = 2, kBicubic = 3 };
-
 // The numbers from `first` up to `end`: coordinates on an axis of the source, or pixels of a run.
 struct Span {
   int32_t first, end;
@@ -38,7 +35,7 @@ class Sampler {
   // Whether there are pixels to read, and depth and mode are known.
   bool Paints() const;
 
-  ResampleMode mode() const { return static_cast<ResampleMode>(mode_); }
+  uint32_t mode() const { return mode_; }  // one of OmbResampling if Paints()
   int32_t width() const { return source_.width(); }
   int32_t height() const { return source_.height(); }
 
@@ -54,8 +51,8 @@ class Sampler {
   // contract; in mode 3, SampleBicubic() takes them. Empty only in mode 3.
   Span Inner(int32_t size) const;
   // How many neighbours there are before a position and from it on.
-  int32_t before() const { return mode_ == kBicubic ? 1 : 0; }
-  int32_t after() const { return mode_ == kBicubic ? 3 : static_cast<int32_t>(mode_); }
+  int32_t before() const { return mode_ == OMB_RESAMPLE_BICUBIC ? 1 : 0; }
+  int32_t after() const { return mode_ == OMB_RESAMPLE_BICUBIC ? 3 : static_cast<int32_t>(mode_); }
 
   // Decodes columns [first, end) of a source row, and the last one once more: the only column of an
   // image is its own right neighbour. `first` is a multiple of 8.

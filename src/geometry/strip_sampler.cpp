@@ -18,7 +18,7 @@ size_t PlaneOf(int32_t count) {
 }
 
 int PlaneCount(const Sampler& sampler, bool pairs) {
-  if (sampler.mode() == kBicubic) return 2 + 4 + 4 * sampler.channels();
+  if (sampler.mode() == OMB_RESAMPLE_BICUBIC) return 2 + 4 + 4 * sampler.channels();
   return pairs ? 2 + 2 * 2 * sampler.channels() : 2;
 }
 
@@ -28,7 +28,7 @@ StripSampler::StripSampler(Sampler& sampler, int32_t columns, int32_t span, int3
     : sampler_(sampler),
       functions_(simd::Active()),
       inner_rows_(sampler.Inner(sampler.height())),
-      enlarges_(sampler.mode() == kBilinear && height > sampler.height()),
+      enlarges_(sampler.mode() == OMB_RESAMPLE_BILINEAR && height > sampler.height()),
       plane_(PlaneOf(columns)),
       // Up to 7 columns before those that are read, and one after the image's.
       decoded_size_(sampler.in_place() ? 0
@@ -43,7 +43,7 @@ StripSampler::StripSampler(Sampler& sampler, int32_t columns, int32_t span, int3
   };
   offset_ = reinterpret_cast<int32_t*>(next(1));
   fraction_ = next(1);
-  if (sampler.mode() == kBicubic) {
+  if (sampler.mode() == OMB_RESAMPLE_BICUBIC) {
     for (float*& weights : weights_) weights = next(1);
     for (float*& sums : sums_) sums = next(sampler.channels());
   }
@@ -61,7 +61,7 @@ void StripSampler::Begin(int32_t x, const Position* columns, int32_t count) {
   std::fill(std::begin(decoded_row_), std::end(decoded_row_), -1);
   std::fill(std::begin(summed_), std::end(summed_), -1);
   for (int32_t i = 0; i < count; ++i) fraction_[i] = columns[i].fraction;
-  if (sampler_.mode() == kBicubic) {
+  if (sampler_.mode() == OMB_RESAMPLE_BICUBIC) {
     functions_.cubic_weights(fraction_, static_cast<size_t>(count), weights_);
   }
   const Span inner = sampler_.Inner(sampler_.width());
@@ -87,12 +87,12 @@ void StripSampler::Begin(int32_t x, const Position* columns, int32_t count) {
 void StripSampler::Sample(Position position, int32_t y, uint8_t* row) {
   uint8_t* const to = sampler_.in_place() ? row + int64_t{x_} * sampler_.channels() : sampled_;
   switch (sampler_.mode()) {
-    case kPoint:
+    case OMB_RESAMPLE_POINT:
       return Point(position, row, to);
-    case kBilinear:
+    case OMB_RESAMPLE_BILINEAR:
       Bilinear(position, to);
       break;
-    case kBicubic:
+    case OMB_RESAMPLE_BICUBIC:
       Bicubic(position, y, to);
       break;
   }

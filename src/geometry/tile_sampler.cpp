@@ -57,16 +57,16 @@ void TileSampler::Sample(const Positions& at, int32_t x, int32_t y, int32_t coun
   const bool inside = functions_.find_places(area_, at.column, at.row, n, work_->offset);
   if (sampler_.in_place()) ReadAhead(n);
   switch (sampler_.mode()) {
-    case kPoint:
+    case OMB_RESAMPLE_POINT:
       functions_.pick(places_, n, to);
       break;
-    case kBilinear: {
+    case OMB_RESAMPLE_BILINEAR: {
       simd::PixelPlaces places = places_;
       places.bytes -= area_.pitch;
       functions_.bilinear(places, places.base + area_.pitch, at.dx, at.dy, n, to);
       break;
     }
-    case kBicubic:
+    case OMB_RESAMPLE_BICUBIC:
       Bicubic(at, inside, x, y, count, to);
       break;
   }

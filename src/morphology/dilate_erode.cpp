@@ -72,8 +72,8 @@ struct SquareBitsFilter {
     const size_t bytes = (static_cast<size_t>(width) + 7) / 8;
     const int last = (width - 1) % 8;
     const bool one = (row[bytes - 1] << last & 0x80) != 0;
-    const uint8_t behind = static_cast<uint8_t>(0x7F >> last);
-    row[bytes - 1] = static_cast<uint8_t>(one ? row[bytes - 1] | behind : row[bytes - 1] & ~behind);
+    const uint8_t spare = static_cast<uint8_t>(0x7F >> last);
+    row[bytes - 1] = static_cast<uint8_t>(one ? row[bytes - 1] | spare : row[bytes - 1] & ~spare);
     row[bytes] = one ? 0xFF : 0;
   }
   void Combine(uint8_t* const* rows, size_t, size_t count, uint8_t* to) {

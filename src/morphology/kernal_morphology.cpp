@@ -24,10 +24,9 @@ struct ElementFilter {
 int32_t omb_DoKernalMorphDIB(PackedDib* image, int32_t bits, int32_t op, const KERNAL* element,
                              int32_t iterations) {
   using namespace ombrilo;
-  enum Op { kErode, kDilate, kOpen, kClose };
   const auto dib = Dib::Open(image);
   if (!dib || element == nullptr || (element->offsets == nullptr && element->count > 0)) return 0;
-  if ((bits != 8 && bits != 24) || op < kErode || op > kClose) return 0;
+  if ((bits != 8 && bits != 24) || op < OMB_MORPH_ERODE || op > OMB_MORPH_CLOSE) return 0;
 
   // `bits` is believed; the header's bit count only decides how long a row is.
   const PixelRows rows = PixelRows::WithPlanes(*dib, static_cast<uint16_t>(dib->header().width),
@@ -38,10 +37,11 @@ int32_t omb_DoKernalMorphDIB(PackedDib* image, int32_t bits, int32_t op, const K
   Element shape(*element, rows);
   if (!shape) return 0;
   if (shape.empty()) return 1;
-  const bool composed = op == kOpen || op == kClose;
+  const bool composed = op == OMB_MORPH_OPEN || op == OMB_MORPH_CLOSE;
   Neighbourhood frame(rows, shape.reach(), shape.memory(), composed ? 2 : 1);
   if (!frame) return 0;
-  ElementFilter filters[2] = {{&shape, op == kDilate || op == kClose}, {&shape, op == kOpen}};
+  ElementFilter filters[2] = {{&shape, op == OMB_MORPH_DILATE || op == OMB_MORPH_CLOSE},
+                              {&shape, op == OMB_MORPH_OPEN}};
   Pass<ElementFilter> passes[2];
   for (int i = 0; i < 2; ++i) {
     const Border border = Border::Skip(Element::Neutral(filters[i].dilate));

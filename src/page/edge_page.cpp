@@ -7,15 +7,6 @@ namespace ombrilo {
 
 namespace {
 
-enum Mode {
-  kSobelMode = 0,
-  kRobertsMode = 1,
-  kSculptMode = 2,
-  kLaplaceMode = 3,
-  kHorizontalMode = 5,
-  kVerticalMode = 6,
-};
-
 class GradientBase {
  public:
   void Begin(const WindowLayout& layout) { step_ = layout.step; }
@@ -69,27 +60,28 @@ int32_t ReplaceByMagnitude(PackedDib* image) {
 }  // namespace ombrilo
 
 // Arguments after the mode have no effect.
-int32_t omb_EdgePage(PackedDib* image, int32_t size, int32_t p3, int32_t p4, int32_t mode, ...) {
+int32_t omb_EdgePage(PackedDib* image, int32_t size, int32_t passes, int32_t strength, int32_t mode,
+                     ...) {
   using namespace ombrilo;
   const auto convolute = [&](int32_t kernal) {
-    return omb_DoConvoluteDIB(image, &kKernals[kernal], p3, p4);
+    return omb_DoConvoluteDIB(image, &kKernals[kernal], passes, strength);
   };
   switch (mode) {
-    case kSobelMode:
+    case OMB_EDGE_SOBEL:
       return ReplaceByMagnitude<SobelMagnitude>(image);
-    case kRobertsMode:
+    case OMB_EDGE_ROBERTS:
       return ReplaceByMagnitude<RobertsMagnitude>(image);
-    case kSculptMode:  // whatever the size
-      return convolute(kSculpt);
+    case OMB_EDGE_SCULPT:  // whatever the size
+      return convolute(OMB_KERNAL_SCULPT);
   }
   if (size < 0 || size > 2) return 0;
   switch (mode) {
-    case kLaplaceMode:
-      return convolute(kLaplace3x3 + size);
-    case kHorizontalMode:
-      return convolute(kHorzedge3x3 + size);
-    case kVerticalMode:
-      return convolute(kVertedge3x3 + size);
+    case OMB_EDGE_LAPLACE:
+      return convolute(OMB_KERNAL_LAPLACE_3X3 + size);
+    case OMB_EDGE_HORIZONTAL:
+      return convolute(OMB_KERNAL_HORZEDGE_3X3 + size);
+    case OMB_EDGE_VERTICAL:
+      return convolute(OMB_KERNAL_VERTEDGE_3X3 + size);
     default:
       return 0;
   }

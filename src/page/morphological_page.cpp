@@ -13,15 +13,12 @@ namespace ombrilo {
 
 namespace {
 
-enum Shape { kSquare, kCircle, kRow, kColumn };
-enum Mode { kErode, kDilate, kOpen, kClose, kGradient, kLightDetails, kDarkDetails, kClean };
-
 // Half the width of a row of the n-fold shape, by its distance from the middle row. `radius` is
 // that of the shape itself, 1 to 3.
 int64_t HalfWidth(int32_t shape, int64_t radius, int64_t n, int64_t distance) {
-  if (shape == kColumn) return 0;
+  if (shape == OMB_SHAPE_COLUMN) return 0;
   // Circles have full rows up to distance 1, then a pixel less on both sides with each row.
-  return radius * n - (shape == kCircle && distance > n ? distance - n : 0);
+  return radius * n - (shape == OMB_SHAPE_CIRCLE && distance > n ? distance - n : 0);
 }
 
 // Applies one of two elements in a walk, or both.
@@ -46,17 +43,17 @@ class PageFilter {
       (dilate ? maximum_ : minimum_)->Combine(dilate, rows, first, count, extremes);
     };
     switch (mode_) {
-      case kGradient:
+      case OMB_PAGE_GRADIENT:
         maximum_->Combine(true, rows, first, count, to);
         extreme(scratch_);
         return functions.subtract_saturated(scratch_, count, to);
-      case kLightDetails:  // here and below, `to` holds the image
+      case OMB_PAGE_LIGHT:  // here and below, `to` holds the image
         extreme(scratch_);
         return functions.subtract_saturated(scratch_, count, to);
-      case kDarkDetails:
+      case OMB_PAGE_DARK:
         extreme(scratch_);
         return functions.subtract_from(scratch_, count, to);
-      case kClean:
+      case OMB_PAGE_CLEAN:
         extreme(scratch_);
         return functions.divide_by_light(scratch_, count, to);
       default:
@@ -73,23 +70,25 @@ class PageFilter {
 bool Morph(const Dib& dib, int64_t radius, int32_t shape, int64_t n, int32_t mode) {
   const PixelRows rows = PixelRows::Of(dib);
   const auto half_width = [=](int64_t distance) { return HalfWidth(shape, radius, n, distance); };
-  const int64_t reach = shape == kRow ? 0 : radius * n;
+  const int64_t reach = shape == OMB_SHAPE_ROW ? 0 : radius * n;
   Element first(reach, half_width, rows);
   if (!first) return false;
-  const int passes = mode == kErode || mode == kDilate || mode == kGradient ? 1 : 2;
+  const int passes =
+      mode == OMB_PAGE_ERODE || mode == OMB_PAGE_DILATE || mode == OMB_PAGE_GRADIENT ? 1 : 2;
   FilterMemory memory = first.memory();
-  if (mode == kGradient) memory.derived.rows *= 2;
+  if (mode == OMB_PAGE_GRADIENT) memory.derived.rows *= 2;
   memory.scratch.rows = 1;
   Neighbourhood frame(rows, first.reach(), memory, passes);
   if (!frame) return false;
 
   const Border border = Border::Nearest();
-  if (mode == kErode || mode == kDilate) {
-    PageFilter filter(mode, mode == kErode ? &first : nullptr, mode == kErode ? nullptr : &first);
+  if (mode == OMB_PAGE_ERODE || mode == OMB_PAGE_DILATE) {
+    PageFilter filter(mode, mode == OMB_PAGE_ERODE ? &first : nullptr,
+                      mode == OMB_PAGE_ERODE ? nullptr : &first);
     frame.Run(Pass{first.reach(), border, &filter});
     return true;
   }
-  if (mode == kGradient) {
+  if (mode == OMB_PAGE_GRADIENT) {
     Element second(reach, half_width, rows);
     if (!second) return false;
     second.KeepBehind(first);
@@ -97,10 +96,10 @@ bool Morph(const Dib& dib, int64_t radius, int32_t shape, int64_t n, int32_t mod
     frame.Run(Pass{first.reach(), border, &filter});
     return true;
   }
-  const bool opening = mode == kOpen || mode == kLightDetails;
-  PageFilter filters[2] = {
-      {opening ? kErode : kDilate, opening ? &first : nullptr, opening ? nullptr : &first},
-      {mode, opening ? nullptr : &first, opening ? &first : nullptr}};
+  const bool opening = mode == OMB_PAGE_OPEN || mode == OMB_PAGE_LIGHT;
+  PageFilter filters[2] = {{opening ? OMB_PAGE_ERODE : OMB_PAGE_DILATE, opening ? &first : nullptr,
+                            opening ? nullptr : &first},
+                           {mode, opening ? nullptr : &first, opening ? &first : nullptr}};
   const Pass<PageFilter> both[2] = {{first.reach(), border, &filters[0]},
                                     {first.reach(), border, &filters[1]}};
   frame.Run(both, 2);
@@ -114,8 +113,8 @@ bool Morph(const Dib& dib, int64_t radius, int32_t shape, int64_t n, int32_t mod
 int32_t omb_MorphologicalPage(PackedDib* image, int32_t size, int32_t shape, int32_t iterations,
                               int32_t mode) {
   using namespace ombrilo;
-  if (size < 0 || size > 2 || shape < kSquare || shape > kColumn) return 0;
-  if (mode < kErode || mode > kClean) return 0;
+  if (size < 0 || size > 2 || shape < OMB_SHAPE_SQUARE || shape > OMB_SHAPE_COLUMN) return 0;
+  if (mode < OMB_PAGE_ERODE || mode > OMB_PAGE_CLEAN) return 0;
   const auto dib = Dib::Open(image);
   if (!dib || (dib->bit_count() != 8 && dib->bit_count() != 24)) return 0;
   if (iterations < 1 || dib->pixel_rows() == 0) return 1;

@@ -108,8 +108,9 @@ class BlockTone {
         across_(dib.width(), block),
         down_(dib.height(), block),
         columns_(static_cast<size_t>(across_.count)) {
-    const uint64_t blocks =
-        request.curve == kEqualise ? 0 : uint64_t{columns_} * static_cast<uint64_t>(down_.count);
+    const uint64_t blocks = request.curve == OMB_TONE_EQUALIZE
+                                ? 0
+                                : uint64_t{columns_} * static_cast<uint64_t>(down_.count);
     if (blocks > SIZE_MAX / sizeof(ToneLevels)) return;
     tones_ = NewScratchBuffer<ToneLevels>(static_cast<size_t>(blocks));
     weights_ = NewScratchBuffer<uint8_t>(static_cast<size_t>(dib.width()));
@@ -123,7 +124,7 @@ class BlockTone {
   explicit operator bool() const { return tones_ && weights_ && curves_ && pairs_; }
 
   void Run() {
-    if (request_.curve != kEqualise) MeasureBlocks();
+    if (request_.curve != OMB_TONE_EQUALIZE) MeasureBlocks();
     int32_t made = 0;  // rows of curves; a row's blocks are read before a pixel of theirs changes
     for (int32_t y = 0; y < down_.size; ++y) {
       const Place place = down_.Find(y);
@@ -162,15 +163,16 @@ class BlockTone {
   void MakeCurves(int32_t row) {
     uint8_t* curve = Curves(row);
     for (int32_t column = 0; column < across_.count; ++column, curve += 256) {
-      if (request_.curve == kEqualise) {
+      if (request_.curve == OMB_TONE_EQUALIZE) {
         EqualiseCurve(CountBlock(column, row), request_.cut, curve);
       } else {
         const auto [low, high, own_paper] =
             tones_[static_cast<size_t>(row) * columns_ + static_cast<size_t>(column)];
         const int32_t paper = std::max<int32_t>(own_paper, least_paper_);
-        if (request_.curve == kStretch) StretchCurve(std::min(low + 0, high / 2), high, curve);
-        if (request_.curve == kWhiten) WhitenCurve(low, paper, curve);
-        if (request_.curve == kLogarithm) LogarithmCurve(paper, curve);
+        if (request_.curve == OMB_TONE_STRETCH)
+          StretchCurve(std::min(low + 0, high / 2), high, curve);
+        if (request_.curve == OMB_TONE_WHITEN) WhitenCurve(low, paper, curve);
+        if (request_.curve == OMB_TONE_LOGARITHM) LogarithmCurve(paper, curve);
       }
       BlendCurve(request_.strength, curve);
     }
@@ -207,14 +209,14 @@ class BlockTone {
 
 void MakeWholeCurve(const Levels& levels, const Dib& dib, const Request& request, int32_t size,
                     uint8_t* curve) {
-  if (request.curve == kLogarithm) {
+  if (request.curve == OMB_TONE_LOGARITHM) {
     LogarithmCurve(255, curve);
   } else {
     const LevelCounts counts = levels.Count(0, dib.width(), 0, dib.height());
     const ToneLevels tone = MeasureTone(counts, request.cut, size);
-    if (request.curve == kEqualise) EqualiseCurve(counts, request.cut, curve);
-    if (request.curve == kStretch) StretchCurve(tone.low, tone.high, curve);
-    if (request.curve == kWhiten) WhitenCurve(tone.low, tone.paper, curve);
+    if (request.curve == OMB_TONE_EQUALIZE) EqualiseCurve(counts, request.cut, curve);
+    if (request.curve == OMB_TONE_STRETCH) StretchCurve(tone.low, tone.high, curve);
+    if (request.curve == OMB_TONE_WHITEN) WhitenCurve(tone.low, tone.paper, curve);
   }
   BlendCurve(request.strength, curve);
 }
@@ -226,7 +228,7 @@ std::optional<Dib> Open(PackedDib* image) {
   return dib;
 }
 
-bool IsCurve(int32_t curve) { return curve >= kEqualise && curve <= kLogarithm; }
+bool IsCurve(int32_t curve) { return curve >= OMB_TONE_EQUALIZE && curve <= OMB_TONE_LOGARITHM; }
 
 }  // namespace
 

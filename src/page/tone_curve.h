@@ -5,9 +5,6 @@
 
 namespace ombrilo {
 
-// What is enhanced, by number.
-enum ToneCurve : int32_t { kEqualise, kStretch, kWhiten, kLogarithm };
-
 // How often each level occurs, and all of them together.
 struct LevelCounts {
   uint64_t count[256];

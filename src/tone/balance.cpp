@@ -82,8 +82,8 @@ uint32_t omb_balance(PackedDib* image, int32_t red, int32_t green, int32_t blue,
                      uint32_t keepLight) {
   using namespace ombrilo;
   const auto dib = Dib::Open(image);
-  if (!dib || !IsAmount(red) || !IsAmount(green) || !IsAmount(blue) || range > OMB_BALANCE_ALL)
-    return 0;
+  if (!dib || !IsAmount(red) || !IsAmount(green) || !IsAmount(blue)) return 0;
+  if (range > OMB_BALANCE_ALL) return 0;
   if (dib->bit_count() != 8 && dib->bit_count() != 24) return 0;
   if (red == 0 && green == 0 && blue == 0) return 1;
   const Balance balance({blue, green, red}, range, keepLight != 0);

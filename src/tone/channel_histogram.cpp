@@ -15,13 +15,11 @@ namespace ombrilo {
 
 namespace {
 
-constexpr uint32_t kGray = 4;  // behind the three channels
-
 // The counter for pixels of this index; in gray mode its table entry becomes gray.
 uint8_t Measure(const Dib& dib, uint32_t index, uint32_t channel) {
   uint8_t bgr[3];
   ReadColors(dib, index, 1, bgr);
-  if (channel != kGray) return bgr[ChannelByte(channel)];
+  if (channel != OMB_CHANNEL_GRAY) return bgr[ChannelByte(channel)];
   uint8_t gray;
   simd::Active().gray_percent(bgr, 1, &gray);
   simd::Active().spread(&gray, 1, bgr);
@@ -49,7 +47,7 @@ void CountIndexed(const Dib& dib, const PixelRows& image, uint32_t channel, uint
   for (uint32_t i = table_entries; i < colors; ++i) beyond_table |= indices[i];
   // Entries past a short table lie over the pixels. Gray mode writes into them while it counts, and
   // each pixel has to see what the ones before it wrote.
-  if (channel == kGray && beyond_table != 0) {
+  if (channel == OMB_CHANNEL_GRAY && beyond_table != 0) {
     for (int32_t y = 0; y < image.rows_inside(); ++y) {
       for (size_t x = 0; x < width; ++x) {
         ++counters[Measure(dib, GetIndex(image.row(y), image.bit_count, x), channel)];
@@ -68,7 +66,7 @@ void CountTrueColor(const PixelRows& image, uint32_t channel, uint32_t* counters
   Histogram values;
   for (int32_t y = 0; y < image.rows_inside(); ++y) {
     uint8_t* row = image.row(y);
-    if (channel != kGray) {
+    if (channel != OMB_CHANNEL_GRAY) {
       values.Add(row + ChannelByte(channel), width, 3);
       continue;
     }
@@ -98,7 +96,7 @@ int32_t omb_getchannelhistogram(PackedDib* image, int32_t* counters, int32_t cha
 
   const PixelRows cut = PixelRows::Of16Bits(*dib);
   const auto number = static_cast<uint32_t>(channel);
-  if (!IsChannel(number) && number != kGray) {
+  if (!IsChannel(number) && number != OMB_CHANNEL_GRAY) {
     // 1-bit images refuse an unknown channel at their first pixel, the others count nothing.
     return dib->bit_count() != 1 || cut.width == 0 || cut.height == 0;
   }
