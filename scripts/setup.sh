@@ -11,7 +11,7 @@ packages_of() {
     demo) echo lomiri-wallpapers-16.04 ghostscript ;;
     docs) echo doxygen python3 python3-markdown python3-pygments ;;
     test) echo libgtest-dev clang libclang-rt-14-dev clang-format doxygen git python3 \
-      python3-markdown python3-pygments \
+      python3-markdown python3-pygments dpkg-dev \
       fp-compiler mono-mcs mono-runtime libmono-system-core4.0-cil ;;
     arm64) echo g++-aarch64-linux-gnu qemu-user googletest ;;
     x86-32) echo g++-i686-linux-gnu googletest ;;
