@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs the files of examples/ for the shell, Python and JavaScript: examples.sh SOURCE BUILD. Those in
-# Python make the same pixels as those for the shell. What was not built is left out, with a word.
+# Runs the files of examples/ for the shell and Python: examples.sh SOURCE BUILD. Those in Python make
+# the same pixels as those for the shell. What was not built is left out, with a word.
 set -euo pipefail
 source=$(cd "$1" && pwd)
 build=$(cd "$2" && pwd)
@@ -59,13 +59,4 @@ if [ -d "$build/python/installed" ] && python3 -c 'import distributed, PIL'; the
   expect clean/gray16.tif 13x10x1
 else
   echo "without Python, whose packages are not here"
-fi
-
-if [ -d "$build/js/package" ]; then
-  mkdir -p "$work/js/node_modules"
-  ln -s "$build/js/package" "$work/js/node_modules/ombrilo"
-  cp "$source/examples/first_steps.mjs" "$work/js"
-  [ "$(node "$work/js/first_steps.mjs")" = "200 x 150 pixels, the first one 255 255 255" ]
-else
-  echo "without JavaScript, whose package was not built"
 fi

@@ -251,7 +251,7 @@ class Image(Operations):
             result = np.frombuffer(self._pixels(_RGB), np.uint8).reshape(height, width, 3).copy()
         elif bits == 1:
             rows = np.frombuffer(self._pixels(_BIT), np.uint8).reshape(height, -1)
-            result = np.unpackbits(rows, axis=1, count=width).astype(np.bool_)
+            result = np.unpackbits(rows, axis=1, count=width).view(np.bool_)
         else:
             start = lib.find_bits(self._block.address)
             stored = np.frombuffer(
