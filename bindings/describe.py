@@ -96,7 +96,7 @@ SCALARS = {"int32_t": "i32", "uint32_t": "u32", "uint16_t": "u16", "uint64_t": "
 def functions_of(header):
     """Name -> (result, [(type, name), ...], documentation) of every export."""
     found = {}
-    pattern = r"/\*\*((?:(?!\*/).)*)\*/\s*OMB_API\s+([^;]*?)\b(omb_\w+)\(([^;]*?)\);"
+    pattern = r"/\*\*((?:(?!\*/).)*)\*/\s*OMB_API\s+([^;]*?)OMB_CDECL\s+(omb_\w+)\(([^;]*?)\);"
     for comment, result, name, parameters in re.findall(pattern, header, re.S):
         pairs = []
         for text in re.sub(r"\s+", " ", parameters).split(","):

@@ -30,7 +30,7 @@ class Header:
             comment + r'(?:'
             r'typedef struct(?: \w+)? \{(?P<fields>[^}]*)\} (?P<struct>\w+);'
             r'|enum (?P<enum>\w+) \{(?P<values>[^}]*)\};'
-            r'|OMB_API (?P<result>[\w *]*?[ *])(?P<function>\w+)\((?P<parameters>[^()]*)\);)',
+            r'|OMB_API (?P<result>[\w *]*?)OMB_CDECL (?P<function>\w+)\((?P<parameters>[^()]*)\);)',
             re.S)
         for match in pattern.finditer(text):
             doc = plain(match['doc'])

@@ -88,6 +88,13 @@
 #define OMB_API __attribute__((visibility("default")))
 #endif
 
+/** The calling convention: that of C, whatever the compiler's options make the usual one. */
+#if defined(_WIN32) && !defined(_WIN64)
+#define OMB_CDECL __cdecl
+#else
+#define OMB_CDECL
+#endif
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -113,7 +120,7 @@ typedef struct {
  * The version of the library that was loaded, which need not be that of the header:
  * major << 16 | minor << 8 | patch.
  */
-OMB_API uint32_t omb_version(void);
+OMB_API uint32_t OMB_CDECL omb_version(void);
 
 /** @defgroup memory Creating and releasing images
  * For hosts whose language has no malloc() of the library's C runtime. @{ */
@@ -130,10 +137,10 @@ OMB_API uint32_t omb_version(void);
  * @return the image, released with omb_freedib() or free(); null for other values, for blocks of
  *         2 GiB and more, and when memory runs out
  */
-OMB_API PackedDib* omb_newdib(int32_t width, int32_t height, uint16_t bitCount);
+OMB_API PackedDib* OMB_CDECL omb_newdib(int32_t width, int32_t height, uint16_t bitCount);
 
 /** Releases an image with the C runtime's free(). Null is accepted. */
-OMB_API void omb_freedib(PackedDib* dib);
+OMB_API void OMB_CDECL omb_freedib(PackedDib* dib);
 
 /** @} */
 
@@ -142,19 +149,19 @@ OMB_API void omb_freedib(PackedDib* dib);
  * @{ */
 
 /** Width in pixels as stored: a negative biWidth appears as a number above 2^31. */
-OMB_API uint32_t omb_DIBWidth(const PackedDib* dib);
+OMB_API uint32_t OMB_CDECL omb_DIBWidth(const PackedDib* dib);
 
 /** Height in rows as stored: a negative biHeight appears as a number above 2^31. */
-OMB_API uint32_t omb_DIBHeight(const PackedDib* dib);
+OMB_API uint32_t OMB_CDECL omb_DIBHeight(const PackedDib* dib);
 
 /** Bits per pixel as stored. */
-OMB_API uint16_t omb_DIBBitCount(const PackedDib* dib);
+OMB_API uint16_t OMB_CDECL omb_DIBBitCount(const PackedDib* dib);
 
 /**
  * Number of color table entries: biClrUsed with all 32 bits when an information header has one,
  * otherwise 2, 16, 256 for 1, 4 and 8 bits and 0 for other depths.
  */
-OMB_API uint32_t omb_DIBNumColors(const PackedDib* dib);
+OMB_API uint32_t OMB_CDECL omb_DIBNumColors(const PackedDib* dib);
 
 /**
  * Size of the color table in bytes: 4 (information header) or 3 (core header) times the number of
@@ -164,10 +171,10 @@ OMB_API uint32_t omb_DIBNumColors(const PackedDib* dib);
  * - It is computed in 16 bits: for a biClrUsed of 16,384 and more it does not agree with
  *   omb_DIBNumColors().
  */
-OMB_API uint16_t omb_PaletteSize(const PackedDib* dib);
+OMB_API uint16_t OMB_CDECL omb_PaletteSize(const PackedDib* dib);
 
 /** First byte of the pixel rows: the image's address + size field + omb_PaletteSize(). */
-OMB_API uint8_t* omb_FindDIBBits(const PackedDib* dib);
+OMB_API uint8_t* OMB_CDECL omb_FindDIBBits(const PackedDib* dib);
 
 /**
  * Bytes per row of an image with an information header and 1 plane.
@@ -179,7 +186,7 @@ OMB_API uint8_t* omb_FindDIBBits(const PackedDib* dib);
  * - The fields are read at their information header positions whatever the size field says, so the
  *   number means nothing for a core header.
  */
-OMB_API int32_t omb_BytesPerLine(const PackedDib* dib);
+OMB_API int32_t OMB_CDECL omb_BytesPerLine(const PackedDib* dib);
 
 /** @} */
 
@@ -224,8 +231,9 @@ enum OmbPixels {
  *         a size below 1, a stride that is shorter than a row, blocks of 2 GiB and more, and when
  *         memory runs out
  */
-OMB_API PackedDib* omb_frompixels(uint32_t format, int32_t width, int32_t height,
-                                  const void* pixels, intptr_t stride, uint32_t background);
+OMB_API PackedDib* OMB_CDECL omb_frompixels(uint32_t format, int32_t width, int32_t height,
+                                            const void* pixels, intptr_t stride,
+                                            uint32_t background);
 
 /**
  * Writes an image's pixels to an array of omb_DIBWidth() x omb_DIBHeight() pixels.
@@ -242,7 +250,8 @@ OMB_API PackedDib* omb_frompixels(uint32_t format, int32_t width, int32_t height
  * @return 1; 0, with the array untouched, for null, other depths and formats, an image without
  *         pixels, and a stride that is shorter than a row. Takes no memory
  */
-OMB_API uint32_t omb_topixels(const PackedDib* dib, uint32_t format, void* pixels, intptr_t stride);
+OMB_API uint32_t OMB_CDECL omb_topixels(const PackedDib* dib, uint32_t format, void* pixels,
+                                        intptr_t stride);
 
 /**
  * Replaces the first entries of the color table, at any depth that has one. Pixels stay as they
@@ -253,7 +262,7 @@ OMB_API uint32_t omb_topixels(const PackedDib* dib, uint32_t format, void* pixel
  * @param count  how many entries; the others stay
  * @return 1; 0 for null and for more entries than the table has
  */
-OMB_API uint32_t omb_setpalette(PackedDib* dib, const uint8_t* colors, uint32_t count);
+OMB_API uint32_t OMB_CDECL omb_setpalette(PackedDib* dib, const uint8_t* colors, uint32_t count);
 
 /**
  * Stores the resolution, in pixels per metre: 11811 is 300 dpi. 0 means unknown.
@@ -263,7 +272,7 @@ OMB_API uint32_t omb_setpalette(PackedDib* dib, const uint8_t* colors, uint32_t 
  * @param y   vertically, 0 or more
  * @return 1; 0 for null, for negative numbers and for a core header, which has no place for it
  */
-OMB_API uint32_t omb_setresolution(PackedDib* dib, int32_t x, int32_t y);
+OMB_API uint32_t OMB_CDECL omb_setresolution(PackedDib* dib, int32_t x, int32_t y);
 
 /** @} */
 
@@ -278,7 +287,7 @@ OMB_API uint32_t omb_setresolution(PackedDib* dib, int32_t x, int32_t y);
  *
  * Reserved bytes and row padding stay.
  */
-OMB_API uint32_t omb_invert(PackedDib* dib);
+OMB_API uint32_t OMB_CDECL omb_invert(PackedDib* dib);
 
 /**
  * Creates a logical palette from the color table, entry by entry, with all flags 0.
@@ -291,7 +300,7 @@ OMB_API uint32_t omb_invert(PackedDib* dib);
  *
  * It has as many entries as the low 16 bits of omb_DIBNumColors() say.
  */
-OMB_API uintptr_t omb_CreateDIBPalette(const PackedDib* dib);
+OMB_API uintptr_t OMB_CDECL omb_CreateDIBPalette(const PackedDib* dib);
 
 /**
  * Brings a 16- or 32-bit image to 24 bits, so that every other function takes it.
@@ -314,7 +323,7 @@ OMB_API uintptr_t omb_CreateDIBPalette(const PackedDib* dib);
  * - Core headers: these fields are written at their information header positions, so that the bit
  *   count field keeps its value.
  */
-OMB_API uint32_t omb_transformat(PackedDib** image);
+OMB_API uint32_t OMB_CDECL omb_transformat(PackedDib** image);
 
 /**
  * Cuts the image down to a rectangle; pixels and color table are copied exactly.
@@ -326,7 +335,7 @@ OMB_API uint32_t omb_transformat(PackedDib** image);
  *
  * The header keeps everything but the size, biSizeImage too.
  */
-OMB_API uint32_t omb_crop(PackedDib** image, const OmbRect* rectangle);
+OMB_API uint32_t OMB_CDECL omb_crop(PackedDib** image, const OmbRect* rectangle);
 
 /**
  * Copies a rectangle to a new image; pixels and color table are copied exactly, and the copy of an
@@ -340,8 +349,8 @@ OMB_API uint32_t omb_crop(PackedDib** image, const OmbRect* rectangle);
  * @return the address of the new image, which the caller releases; 0 for null, other depths, a
  *         rectangle that leaves the image, and when memory runs out
  */
-OMB_API uintptr_t omb_cpydibrect(const PackedDib* dib, int32_t x, uint32_t y, uint32_t w,
-                                 uint32_t h);
+OMB_API uintptr_t OMB_CDECL omb_cpydibrect(const PackedDib* dib, int32_t x, uint32_t y, uint32_t w,
+                                           uint32_t h);
 
 /** @} */
 
@@ -406,26 +415,26 @@ enum OmbBalanceRange {
  *
  * The pixels are not looked at: an image without a table counts as colorful.
  */
-OMB_API int32_t omb_iscolorful(const PackedDib* dib);
+OMB_API int32_t OMB_CDECL omb_iscolorful(const PackedDib* dib);
 
 /** Whether there is any color to remove: omb_iscolorful(). */
-OMB_API int32_t omb_can_gray(const PackedDib* dib);
+OMB_API int32_t OMB_CDECL omb_can_gray(const PackedDib* dib);
 
 /** Whether the sheet filter takes the depth: 1 at 8 and 24 bits, otherwise and for null 0. */
-OMB_API int32_t omb_can_filtersheet(const PackedDib* dib);
+OMB_API int32_t OMB_CDECL omb_can_filtersheet(const PackedDib* dib);
 
 /** Whether omb_pseudocolor() takes the image: 1 for a table that is all gray, otherwise and for
  * null 0. */
-OMB_API int32_t omb_can_pseudocolor(const PackedDib* dib);
+OMB_API int32_t OMB_CDECL omb_can_pseudocolor(const PackedDib* dib);
 
 /**
  * Whether color balance takes the depth: 0 at 1 and 4 bits and for null, otherwise 1. At 16 and 32
  * bits omb_balance() needs omb_transformat() first.
  */
-OMB_API int32_t omb_can_balance(const PackedDib* dib);
+OMB_API int32_t OMB_CDECL omb_can_balance(const PackedDib* dib);
 
 /** Whether automatic color is on offer: always 1. */
-OMB_API int32_t omb_autoclr(void);
+OMB_API int32_t OMB_CDECL omb_autoclr(void);
 
 /**
  * Counts how often each value of one channel occurs among the pixels.
@@ -446,7 +455,8 @@ OMB_API int32_t omb_autoclr(void);
  *   width says (without planes).
  * - Another channel gives 0 at 1 bit when there is a pixel, and otherwise 1 with all counters 0.
  */
-OMB_API int32_t omb_getchannelhistogram(PackedDib* dib, int32_t* counters, int32_t channel);
+OMB_API int32_t OMB_CDECL omb_getchannelhistogram(PackedDib* dib, int32_t* counters,
+                                                  int32_t channel);
 
 /**
  * Brightness, then contrast, each channel by itself.
@@ -468,7 +478,8 @@ OMB_API int32_t omb_getchannelhistogram(PackedDib* dib, int32_t* counters, int32
  *   0.
  * - Contrast below -127 takes the low 8 bits of the result. The product wraps in signed 32 bits.
  */
-OMB_API uint32_t omb_brightnesscontrast(PackedDib* dib, int32_t brightness, int32_t contrast);
+OMB_API uint32_t OMB_CDECL omb_brightnesscontrast(PackedDib* dib, int32_t brightness,
+                                                  int32_t contrast);
 
 /**
  * Gamma correction: below 1 makes the middle lighter, above 1 darker.
@@ -484,7 +495,7 @@ OMB_API uint32_t omb_brightnesscontrast(PackedDib* dib, int32_t brightness, int3
  * - A 24-bit image with a color table of its own has only that changed.
  * - At the end of the data, bytes of an incomplete pixel are changed, too.
  */
-OMB_API uint32_t omb_gammacorrection(PackedDib* dib, double gamma);
+OMB_API uint32_t OMB_CDECL omb_gammacorrection(PackedDib* dib, double gamma);
 
 /**
  * Stretches each channel between the levels of its own histogram: removes a color cast.
@@ -499,7 +510,7 @@ OMB_API uint32_t omb_gammacorrection(PackedDib* dib, double gamma);
  * those are what changes, too. With the @ref levels "low and high level" L and H, v becomes 0 below
  * L, else 255 above H, else itself where L = H, else (v - L) x 255 / (H - L), truncated.
  */
-OMB_API uint32_t omb_autolevel(PackedDib* dib, double low, double high);
+OMB_API uint32_t OMB_CDECL omb_autolevel(PackedDib* dib, double low, double high);
 
 /**
  * Stretches all channels between one pair of levels: keeps the hues.
@@ -527,7 +538,7 @@ OMB_API uint32_t omb_autolevel(PackedDib* dib, double low, double high);
  *   proper table.
  * - The number of samples is width x height in signed 32 bits that wrap.
  */
-OMB_API uint32_t omb_autocontrast(PackedDib* dib, double low, double high);
+OMB_API uint32_t OMB_CDECL omb_autocontrast(PackedDib* dib, double low, double high);
 
 /**
  * Turns the image gray: (11 blue + 59 green + 30 red) / 100, truncated.
@@ -541,7 +552,7 @@ OMB_API uint32_t omb_autocontrast(PackedDib* dib, double low, double high);
  * values as its pixels. Its header is the old one with bit count 8 and, in an information header,
  * biClrUsed and biClrImportant 0. A negative height gives a block without rows.
  */
-OMB_API uint32_t omb_gray(PackedDib** image);
+OMB_API uint32_t OMB_CDECL omb_gray(PackedDib** image);
 
 /**
  * Shows gray levels as colors: replaces the table of an image whose table is all gray.
@@ -553,7 +564,7 @@ OMB_API uint32_t omb_gray(PackedDib** image);
  *
  * Reserved bytes in the image become 0.
  */
-OMB_API uint32_t omb_pseudocolor(PackedDib* dib, const uint8_t* table);
+OMB_API uint32_t OMB_CDECL omb_pseudocolor(PackedDib* dib, const uint8_t* table);
 
 /**
  * Proposes a threshold for omb_binary(): the median of the pixels' gray values.
@@ -572,7 +583,7 @@ OMB_API uint32_t omb_pseudocolor(PackedDib* dib, const uint8_t* table);
  * @par Limits
  * - The number of pixels is width x height in signed 32 bits that wrap.
  */
-OMB_API int32_t omb_autothreshold(const PackedDib* dib);
+OMB_API int32_t OMB_CDECL omb_autothreshold(const PackedDib* dib);
 
 /**
  * Replaces the image by a 1-bit one: white where a pixel's gray value exceeds the threshold, black
@@ -598,7 +609,7 @@ OMB_API int32_t omb_autothreshold(const PackedDib* dib);
  * - Core headers: at 4 and 8 bits colors are read @ref byte40 "at byte 40".
  * - 1 bit: rows of an image whose table does not have two entries come displaced.
  */
-OMB_API uint32_t omb_binary(PackedDib** image, int32_t threshold);
+OMB_API uint32_t OMB_CDECL omb_binary(PackedDib** image, int32_t threshold);
 
 /**
  * Sets one channel to 0.
@@ -608,7 +619,7 @@ OMB_API uint32_t omb_binary(PackedDib** image, int32_t threshold);
  * @return 1; 0 for null, other depths and other channels
  * @see @ref tone
  */
-OMB_API uint32_t omb_filtercolor(PackedDib* dib, uint32_t channel);
+OMB_API uint32_t OMB_CDECL omb_filtercolor(PackedDib* dib, uint32_t channel);
 
 /**
  * Keeps one channel.
@@ -623,7 +634,7 @@ OMB_API uint32_t omb_filtercolor(PackedDib* dib, uint32_t channel);
  * The 8-bit image has the channel's values as its pixels and a table that is a ramp of that channel
  * alone; its header is as with omb_gray().
  */
-OMB_API uint32_t omb_extractcolor(PackedDib** image, uint32_t channel);
+OMB_API uint32_t OMB_CDECL omb_extractcolor(PackedDib** image, uint32_t channel);
 
 /**
  * Makes the very light and the very dark colors lighter or darker.
@@ -643,8 +654,8 @@ OMB_API uint32_t omb_extractcolor(PackedDib** image, uint32_t channel);
  * - A 24-bit image with a color table of its own has only that changed.
  * - At the end of the data, bytes that do not fill a group of three stay.
  */
-OMB_API uint32_t omb_adjustghms(PackedDib* dib, int32_t highlights, int32_t shadows1,
-                                int32_t shadows2);
+OMB_API uint32_t OMB_CDECL omb_adjustghms(PackedDib* dib, int32_t highlights, int32_t shadows1,
+                                          int32_t shadows2);
 
 /**
  * Computes the smooth tone curve through points, for hosts that draw it.
@@ -676,7 +687,7 @@ OMB_API uint32_t omb_adjustghms(PackedDib* dib, int32_t highlights, int32_t shad
  * B = (m(i) - s(i)) (h(i) - t) - (m(i + 1) - s(i)) t. Levels up to the first point take its y,
  * levels from the last one on take that one's.
  */
-OMB_API uint32_t omb_bestfit(const OmbPoint* points, uint32_t count, uint8_t* curve);
+OMB_API uint32_t OMB_CDECL omb_bestfit(const OmbPoint* points, uint32_t count, uint8_t* curve);
 
 /**
  * Sends each level through the smooth curve of omb_bestfit().
@@ -690,8 +701,8 @@ OMB_API uint32_t omb_bestfit(const OmbPoint* points, uint32_t count, uint8_t* cu
  *
  * With a table that is all gray (omb_iscolorful()) every channel means all, so that it stays gray.
  */
-OMB_API uint32_t omb_curve(PackedDib* dib, const OmbPoint* points, uint32_t count,
-                           uint32_t channel);
+OMB_API uint32_t OMB_CDECL omb_curve(PackedDib* dib, const OmbPoint* points, uint32_t count,
+                                     uint32_t channel);
 
 /**
  * Sends each level through straight lines from point to point. Two points set input and output
@@ -708,8 +719,8 @@ OMB_API uint32_t omb_curve(PackedDib* dib, const OmbPoint* points, uint32_t coun
  * h = x1 - x0: the nearest whole number, halves up. Levels before the first and after the last
  * point take their y.
  */
-OMB_API uint32_t omb_segmentoperation(PackedDib* dib, const OmbPoint* points, uint32_t count,
-                                      uint32_t channel);
+OMB_API uint32_t OMB_CDECL omb_segmentoperation(PackedDib* dib, const OmbPoint* points,
+                                                uint32_t count, uint32_t channel);
 
 /**
  * Sets black and white to two input levels: what a host calls when the sliders under a histogram
@@ -727,7 +738,8 @@ OMB_API uint32_t omb_segmentoperation(PackedDib* dib, const OmbPoint* points, ui
  * - x1 above x2: 255 minus what (x2, x1) gives, a negative.
  * - x1 = x2: levels below become 0, the others 255.
  */
-OMB_API uint32_t omb_x1x2_changed(PackedDib* dib, int32_t x1, int32_t x2, uint32_t channel);
+OMB_API uint32_t OMB_CDECL omb_x1x2_changed(PackedDib* dib, int32_t x1, int32_t x2,
+                                            uint32_t channel);
 
 /**
  * Changes colors by channel, or by hue, saturation and intensity or lightness. When a, b and c are
@@ -775,7 +787,8 @@ OMB_API uint32_t omb_x1x2_changed(PackedDib* dib, int32_t x1, int32_t x2, uint32
  * 6. Red, green, blue are, for k from 0 to 5: high mid low; mid high low; low high mid; low mid
  *    high; mid low high; high low mid.
  */
-OMB_API uint32_t omb_adjustcolor(PackedDib* dib, uint32_t mode, int32_t a, int32_t b, int32_t c);
+OMB_API uint32_t OMB_CDECL omb_adjustcolor(PackedDib* dib, uint32_t mode, int32_t a, int32_t b,
+                                           int32_t c);
 
 /**
  * Color balance: moves dark, middle or light colors from cyan to red, from magenta to green and
@@ -805,8 +818,8 @@ OMB_API uint32_t omb_adjustcolor(PackedDib* dib, uint32_t mode, int32_t a, int32
  *   change; bring it to 24 bits for colors.
  * - 16 and 32 bits, for which omb_can_balance() answers 1, need omb_transformat() first.
  */
-OMB_API uint32_t omb_balance(PackedDib* dib, int32_t red, int32_t green, int32_t blue,
-                             uint32_t range, uint32_t keepLight);
+OMB_API uint32_t OMB_CDECL omb_balance(PackedDib* dib, int32_t red, int32_t green, int32_t blue,
+                                       uint32_t range, uint32_t keepLight);
 
 /** @} */
 
@@ -891,7 +904,8 @@ enum OmbResizeFilter {
  * - Core headers: the width is stored in 32 bits over both size fields, so that the header's height
  *   becomes 0 for widths up to 65,535; the rows are complete.
  */
-OMB_API uint32_t omb_scale(PackedDib** image, uint32_t width, uint32_t height, uint32_t mode);
+OMB_API uint32_t OMB_CDECL omb_scale(PackedDib** image, uint32_t width, uint32_t height,
+                                     uint32_t mode);
 
 /**
  * Brings the image to another size so that it looks right: reduced images show no jagged edges or
@@ -946,7 +960,8 @@ OMB_API uint32_t omb_scale(PackedDib** image, uint32_t width, uint32_t height, u
  * - Beside the new image, memory is taken for the weights and for the source rows in reach of a new
  *   row and 64 more, at the new width.
  */
-OMB_API uint32_t omb_resize(PackedDib** image, uint32_t width, uint32_t height, uint32_t filter);
+OMB_API uint32_t OMB_CDECL omb_resize(PackedDib** image, uint32_t width, uint32_t height,
+                                      uint32_t filter);
 
 /**
  * Turns the image about its center; positive angles turn clockwise.
@@ -980,7 +995,7 @@ OMB_API uint32_t omb_resize(PackedDib** image, uint32_t width, uint32_t height, 
  *   background throughout.
  * - Core headers keep the low 16 bits of the new size; the rows are complete.
  */
-OMB_API uint32_t omb_rotate(PackedDib** image, float degrees, uint32_t mode);
+OMB_API uint32_t OMB_CDECL omb_rotate(PackedDib** image, float degrees, uint32_t mode);
 
 /**
  * Mirrors the image left to right, in place.
@@ -990,7 +1005,7 @@ OMB_API uint32_t omb_rotate(PackedDib** image, float degrees, uint32_t mode);
  *
  * Row padding stays.
  */
-OMB_API uint32_t omb_fliphor(PackedDib* dib);
+OMB_API uint32_t OMB_CDECL omb_fliphor(PackedDib* dib);
 
 /**
  * Mirrors the image top to bottom, in place.
@@ -1000,7 +1015,7 @@ OMB_API uint32_t omb_fliphor(PackedDib* dib);
  *
  * Row padding moves with its row.
  */
-OMB_API uint32_t omb_flipvert(PackedDib* dib);
+OMB_API uint32_t OMB_CDECL omb_flipvert(PackedDib* dib);
 
 /** @} */
 
@@ -1037,21 +1052,22 @@ typedef struct KERNAL {
  * @return the record, released with omb_destroyKERNAL(); null for a negative count and when memory
  *         runs out
  */
-OMB_API KERNAL* omb_newKERNAL(int32_t width, int32_t height, int32_t anchorX, int32_t anchorY,
-                              int32_t count, int32_t bias, const char* name);
+OMB_API KERNAL* OMB_CDECL omb_newKERNAL(int32_t width, int32_t height, int32_t anchorX,
+                                        int32_t anchorY, int32_t count, int32_t bias,
+                                        const char* name);
 
 /** Copies a record, arrays included. Null gives null, and so do a negative count and running out of
  * memory. */
-OMB_API KERNAL* omb_cloneKERNAL(const KERNAL* kernel);
+OMB_API KERNAL* OMB_CDECL omb_cloneKERNAL(const KERNAL* kernel);
 
 /**
  * Sets every field of a record to 0, pointers included, and releases nothing: for records that the
  * caller provides, before they own anything. Null is accepted.
  */
-OMB_API void omb_zeroKERNAL(KERNAL* kernel);
+OMB_API void OMB_CDECL omb_zeroKERNAL(KERNAL* kernel);
 
 /** Releases a record of omb_newKERNAL() or omb_cloneKERNAL() with its arrays. Null is accepted. */
-OMB_API void omb_destroyKERNAL(KERNAL* kernel);
+OMB_API void OMB_CDECL omb_destroyKERNAL(KERNAL* kernel);
 
 /** Numbers of the built-in records, for omb_getKERNAL(). */
 enum OmbKernal {
@@ -1217,7 +1233,7 @@ enum OmbKernal {
  * @param index one of ::OmbKernal
  * @return null for 45 and above
  */
-OMB_API const KERNAL* omb_getKERNAL(uint32_t index);
+OMB_API const KERNAL* OMB_CDECL omb_getKERNAL(uint32_t index);
 
 /** @} */
 
@@ -1308,7 +1324,7 @@ enum OmbConvolution {
  * - Images of 16, 32 or other bits are erased: all their rows become 0. Call omb_transformat()
  *   first.
  */
-OMB_API void omb_convolute(PackedDib* dib, uint32_t type);
+OMB_API void OMB_CDECL omb_convolute(PackedDib* dib, uint32_t type);
 
 /**
  * Convolution with any kernel, one or more times: smooths, sharpens or finds edges in gray pages
@@ -1341,8 +1357,8 @@ OMB_API void omb_convolute(PackedDib* dib, uint32_t type);
  * - A record is refused for its entries alone, before depth, passes and rows are looked at. Odd
  *   anchors and sizes are no reason by themselves, and a count of 0 or less makes all sums 0.
  */
-OMB_API int32_t omb_DoConvoluteDIB(PackedDib* dib, const KERNAL* kernel, int32_t passes,
-                                   int32_t strength);
+OMB_API int32_t OMB_CDECL omb_DoConvoluteDIB(PackedDib* dib, const KERNAL* kernel, int32_t passes,
+                                             int32_t strength);
 
 /**
  * Directions of omb_emboss(). Direction n uses kernel n + 12 of ::OmbConvolution. What is lighter
@@ -1395,7 +1411,7 @@ enum OmbEmboss {
  * @par Limits
  * - Images of 16, 32 or other bits are erased: all their rows become 0, and the result is 1.
  */
-OMB_API uint32_t omb_emboss(PackedDib* dib, uint32_t direction, uint32_t color);
+OMB_API uint32_t OMB_CDECL omb_emboss(PackedDib* dib, uint32_t direction, uint32_t color);
 
 /**
  * Edges, bright on black.
@@ -1411,7 +1427,7 @@ OMB_API uint32_t omb_emboss(PackedDib* dib, uint32_t direction, uint32_t color);
  * @par Limits
  * - Images of 16, 32 or other bits are erased: all their rows become 0.
  */
-OMB_API void omb_sobel(PackedDib* dib);
+OMB_API void OMB_CDECL omb_sobel(PackedDib* dib);
 
 /**
  * Removes specks and noise: the median, channel by channel, of nine pixels that form a plus.
@@ -1425,7 +1441,7 @@ OMB_API void omb_sobel(PackedDib* dib);
  * @par Limits
  * - Images of 16, 32 or other bits are erased: all their rows become 0.
  */
-OMB_API void omb_medianblur(PackedDib* dib);
+OMB_API void OMB_CDECL omb_medianblur(PackedDib* dib);
 
 /**
  * Frosted glass: each pixel becomes a random one of the pixels around it. No two pictures are the
@@ -1438,7 +1454,7 @@ OMB_API void omb_medianblur(PackedDib* dib);
  * This is omb_diffuse_seed() with a seed from the clock; the random numbers of the C library are
  * not touched.
  */
-OMB_API uint32_t omb_diffuse(PackedDib* dib, uint32_t area);
+OMB_API uint32_t OMB_CDECL omb_diffuse(PackedDib* dib, uint32_t area);
 
 /**
  * Frosted glass that can be repeated: the same seed gives the same picture.
@@ -1464,7 +1480,7 @@ OMB_API uint32_t omb_diffuse(PackedDib* dib, uint32_t area);
  * Memory: the rows in reach, `side` at most, and no more than the image has; a byte for each pixel
  * at 1, 4 and 8 bits. 2 GiB of them are refused.
  */
-OMB_API uint32_t omb_diffuse_seed(PackedDib* dib, uint32_t area, uint64_t seed);
+OMB_API uint32_t OMB_CDECL omb_diffuse_seed(PackedDib* dib, uint32_t area, uint64_t seed);
 
 /**
  * Mosaic: every pixel becomes the mean of its block.
@@ -1482,7 +1498,7 @@ OMB_API uint32_t omb_diffuse_seed(PackedDib* dib, uint32_t area, uint64_t seed);
  *
  * Memory: a few rows. The image is read once and written once.
  */
-OMB_API uint32_t omb_granulate(PackedDib* dib, uint32_t width, uint32_t height);
+OMB_API uint32_t OMB_CDECL omb_granulate(PackedDib* dib, uint32_t width, uint32_t height);
 
 /** @} */
 
@@ -1523,7 +1539,7 @@ OMB_API uint32_t omb_granulate(PackedDib* dib, uint32_t width, uint32_t height);
  * and up; omb_erode() moves it back. Positions outside the image are those of the nearest pixel
  * inside.
  */
-OMB_API void omb_dilate(PackedDib* dib);
+OMB_API void OMB_CDECL omb_dilate(PackedDib* dib);
 
 /**
  * Erosion: dark areas grow.
@@ -1534,7 +1550,7 @@ OMB_API void omb_dilate(PackedDib* dib);
  * Each channel becomes the minimum over the 3x3 pixels at columns x to x + 2 and stored rows y to
  * y + 2; otherwise as omb_dilate().
  */
-OMB_API void omb_erode(PackedDib* dib);
+OMB_API void OMB_CDECL omb_erode(PackedDib* dib);
 
 /**
  * Opening: removes light detail smaller than 3x3. An erosion, then a dilation.
@@ -1542,7 +1558,7 @@ OMB_API void omb_erode(PackedDib* dib);
  * @param dib the image; 1, 4, 8 or 24 bits
  * @see @ref steps
  */
-OMB_API void omb_mathopen(PackedDib* dib);
+OMB_API void OMB_CDECL omb_mathopen(PackedDib* dib);
 
 /**
  * Closing: removes dark detail smaller than 3x3. A dilation, then an erosion.
@@ -1550,7 +1566,7 @@ OMB_API void omb_mathopen(PackedDib* dib);
  * @param dib the image; 1, 4, 8 or 24 bits
  * @see @ref steps
  */
-OMB_API void omb_mathclose(PackedDib* dib);
+OMB_API void OMB_CDECL omb_mathclose(PackedDib* dib);
 
 /**
  * Removes light and dark detail smaller than 3x3: an opening, then a closing.
@@ -1558,7 +1574,7 @@ OMB_API void omb_mathclose(PackedDib* dib);
  * @param dib the image; 1, 4, 8 or 24 bits
  * @see @ref steps
  */
-OMB_API void omb_denoise(PackedDib* dib);
+OMB_API void OMB_CDECL omb_denoise(PackedDib* dib);
 
 /**
  * Inner edges: the image minus its erosion, channel by channel.
@@ -1574,14 +1590,14 @@ OMB_API void omb_denoise(PackedDib* dib);
  * - @ref cut "Sizes of 16 bits": pixels that are not reached keep the erosion; the rest of each row
  *   that is reached gets back what it held before the call.
  */
-OMB_API void omb_pickedge(PackedDib* dib);
+OMB_API void OMB_CDECL omb_pickedge(PackedDib* dib);
 
 /**
  * The dilation, exactly as omb_dilate(), under another name.
  *
  * @param dib the image; 1, 4, 8 or 24 bits
  */
-OMB_API void omb_gradientize(PackedDib* dib);
+OMB_API void OMB_CDECL omb_gradientize(PackedDib* dib);
 
 /**
  * Lightens and softens: the opening plus the erosion, channel by channel, at most 255.
@@ -1592,7 +1608,7 @@ OMB_API void omb_gradientize(PackedDib* dib);
  * @par Limits
  * - @ref cut "Sizes of 16 bits": pixels that are not reached keep the opening.
  */
-OMB_API void omb_opencompose(PackedDib* dib);
+OMB_API void OMB_CDECL omb_opencompose(PackedDib* dib);
 
 /**
  * Light detail smaller than 3x3, on black: the image minus its opening, channel by channel, at
@@ -1604,7 +1620,7 @@ OMB_API void omb_opencompose(PackedDib* dib);
  * @par Limits
  * - @ref cut "Sizes of 16 bits": pixels that are not reached keep the opening.
  */
-OMB_API void omb_tophat(PackedDib* dib);
+OMB_API void OMB_CDECL omb_tophat(PackedDib* dib);
 
 /** Operations of omb_DoKernalMorphDIB(). */
 enum OmbMorphology {
@@ -1641,8 +1657,8 @@ enum OmbMorphology {
  *   with planes" that follows from the cut width. Rows that are shorter than their pixels or leave
  *   a signed 32-bit byte count are refused.
  */
-OMB_API int32_t omb_DoKernalMorphDIB(PackedDib* dib, int32_t bits, int32_t op,
-                                     const KERNAL* element, int32_t iterations);
+OMB_API int32_t OMB_CDECL omb_DoKernalMorphDIB(PackedDib* dib, int32_t bits, int32_t op,
+                                               const KERNAL* element, int32_t iterations);
 
 /** @} */
 
@@ -1805,9 +1821,9 @@ enum OmbEdge {
  *   pixels or leave a signed 32-bit byte count are refused. An image without planes (or with 0 as
  *   the bit count at byte 14) does not change: 1.
  */
-OMB_API int32_t omb_EnhancePage(PackedDib* dib, int32_t size, int32_t passes, int32_t strength,
-                                int32_t block, int32_t percentile, int32_t mode, int32_t toneScope,
-                                int32_t toneCurve);
+OMB_API int32_t OMB_CDECL omb_EnhancePage(PackedDib* dib, int32_t size, int32_t passes,
+                                          int32_t strength, int32_t block, int32_t percentile,
+                                          int32_t mode, int32_t toneScope, int32_t toneCurve);
 
 /**
  * Finds edges of a page.
@@ -1846,8 +1862,8 @@ OMB_API int32_t omb_EnhancePage(PackedDib* dib, int32_t size, int32_t passes, in
  *   or leave a signed 32-bit byte count, are refused. An image without planes (or with 0 as the bit
  *   count at byte 14), or too small to have a pixel that changes, stays as it is: 1.
  */
-OMB_API int32_t omb_EdgePage(PackedDib* dib, int32_t size, int32_t passes, int32_t strength,
-                             int32_t mode, ...);
+OMB_API int32_t OMB_CDECL omb_EdgePage(PackedDib* dib, int32_t size, int32_t passes,
+                                       int32_t strength, int32_t mode, ...);
 
 /**
  * Grows, shrinks or takes away ink and specks by their width, or cleans an unevenly lit background.
@@ -1880,8 +1896,8 @@ OMB_API int32_t omb_EdgePage(PackedDib* dib, int32_t size, int32_t passes, int32
  * Memory is taken for the rows in reach. With n iterations and 3, 5 or 7 pixels these are n, 2 n or
  * 3 n on either side (of a row of pixels none), but not more than the image has.
  */
-OMB_API int32_t omb_MorphologicalPage(PackedDib* dib, int32_t size, int32_t shape,
-                                      int32_t iterations, int32_t mode);
+OMB_API int32_t OMB_CDECL omb_MorphologicalPage(PackedDib* dib, int32_t size, int32_t shape,
+                                                int32_t iterations, int32_t mode);
 
 /** @} */
 
@@ -1942,7 +1958,7 @@ OMB_API int32_t omb_MorphologicalPage(PackedDib* dib, int32_t size, int32_t shap
  * - When memory runs out or `bits` is refused, an indexed image may have been replaced by its
  *   24-bit copy; otherwise it is unchanged.
  */
-OMB_API int32_t omb_neuquant(PackedDib** image, int32_t bits);
+OMB_API int32_t OMB_CDECL omb_neuquant(PackedDib** image, int32_t bits);
 
 /**
  * Reduces a 24-bit image to a learned palette and spreads the error of each pixel over its
@@ -1978,7 +1994,7 @@ OMB_API int32_t omb_neuquant(PackedDib** image, int32_t bits);
  * - Core headers: errors are taken to the colors @ref byte40 "at byte 40" of the new block, as they
  *   are with the table written and the rows still 0.
  */
-OMB_API int32_t omb_dither(PackedDib** image, int32_t bits);
+OMB_API int32_t OMB_CDECL omb_dither(PackedDib** image, int32_t bits);
 
 /** @} */
 
@@ -2010,7 +2026,7 @@ struct HWND__;
  * @par Limits
  * - For a short time a bitmap of more than 8 bits takes 64 MiB more than the image.
  */
-OMB_API uintptr_t omb_bmtodib(struct HBITMAP__* bitmap, struct HPALETTE__* palette);
+OMB_API uintptr_t OMB_CDECL omb_bmtodib(struct HBITMAP__* bitmap, struct HPALETTE__* palette);
 
 /**
  * Makes a DIB section of an image: a bitmap that GDI draws, with the image's header and pixels.
@@ -2023,7 +2039,7 @@ OMB_API uintptr_t omb_bmtodib(struct HBITMAP__* bitmap, struct HPALETTE__* palet
  * says; what lies past the block counts as black. Of every row, as many bytes count as planes x
  * width x bits per pixel give; with 1 plane, as it should be, that is all of them.
  */
-OMB_API struct HBITMAP__* omb_DIBToDIBSection(const PackedDib* dib);
+OMB_API struct HBITMAP__* OMB_CDECL omb_DIBToDIBSection(const PackedDib* dib);
 
 /** Parts of a window, for omb_CopyWindowToDIB(). */
 enum OmbWindowPart {
@@ -2041,7 +2057,7 @@ enum OmbWindowPart {
  *
  * Parts outside the screen are cut off: a window half to the left of it gives its right half.
  */
-OMB_API uintptr_t omb_CopyWindowToDIB(struct HWND__* window, uint16_t selector);
+OMB_API uintptr_t OMB_CDECL omb_CopyWindowToDIB(struct HWND__* window, uint16_t selector);
 
 #endif /* _WIN32 */
 
