@@ -17,7 +17,7 @@ packages_of() {
     x86-32) echo g++-i686-linux-gnu googletest ;;
     wasm) echo clang lld wasi-libc libclang-rt-14-dev-wasm32 libc++-14-dev-wasm32 \
       libc++abi-14-dev-wasm32 nodejs googletest ;;
-    windows32) echo g++-mingw-w64-i686-posix googletest ;;
+    windows32) echo g++-mingw-w64-i686-posix googletest python3 ;;
     windows) echo g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth python3 ;;
     python) echo python3 python3-build python3-setuptools python3-wheel python3-pytest \
       python3-numpy python3-pil python3-distributed mypy ;;
