@@ -16,6 +16,7 @@
 #include "errors.h"
 #include "steps/kernels.h"
 #include "support/image.h"
+#include "text.h"
 
 namespace omb {
 namespace {

@@ -147,15 +147,6 @@ Format FormatFor(const fs::path& path, const ApplyOptions& options) {
   return format;
 }
 
-// What a file system that does not tell A from a calls the file.
-std::string Folded(const fs::path& path) {
-  std::string name = Utf8(path);
-  for (char& c : name) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return name;
-}
-
 // One output for each input. Throws where an output would replace another one, or an input.
 std::vector<Job> JobsOf(const std::vector<std::string>& files, const ApplyOptions& options) {
   std::vector<Job> jobs;
@@ -173,7 +164,8 @@ std::vector<Job> JobsOf(const std::vector<std::string>& files, const ApplyOption
     fs::path name = input.stem();
     name += std::string(".") + ExtensionOf(format);
     const fs::path output = PathOf(options.out_dir) / name;
-    const auto [other, is_new] = inputs.emplace(Folded(output), file);
+    // Some file systems do not tell A from a.
+    const auto [other, is_new] = inputs.emplace(Lowercase(Utf8(output)), file);
     if (!is_new) {
       throw UsageError(other->second + " and " + file + " would both become " + Utf8(output));
     }

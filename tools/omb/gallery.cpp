@@ -90,25 +90,15 @@ std::string TimeOf(std::chrono::duration<double, std::milli> time) {
   return text;
 }
 
-// As a shell reads it back.
+// As a shell reads it back, in quotes only if it needs them.
 std::string Quoted(const std::string& word) {
   const char* plain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_./=,:%@+-\\";
-  if (!word.empty() && word.find_first_not_of(plain) == std::string::npos) return word;
-  std::string quoted = "'";
-  for (const char c : word) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return quoted + "'";
+  const bool is_plain = !word.empty() && word.find_first_not_of(plain) == std::string::npos;
+  return is_plain ? word : ShellQuoted(word);
 }
 
 // The images at hand were read by this program or made by the library: their headers are sound.
 ombrilo::DibView ViewOf(const PackedDib* dib) { return ombrilo::DibView::Open(dib).value(); }
-
-Image Copy(const PackedDib* dib) {
-  const ombrilo::DibView view = ViewOf(dib);
-  Image copy(static_cast<PackedDib*>(std::malloc(view.extent())));
-  if (!copy) throw std::bad_alloc();
-  view.Read(0, copy.get(), view.extent());
-  return copy;
-}
 
 bool SameBytes(const PackedDib* a, const PackedDib* b) {
   const ombrilo::DibView first = ViewOf(a), second = ViewOf(b);
@@ -120,10 +110,7 @@ std::string SizeOf(const PackedDib* dib) {
   return std::to_string(omb_DIBWidth(dib)) + " × " + std::to_string(omb_DIBHeight(dib)) + " pixels";
 }
 
-std::string DepthOf(const PackedDib* dib) {
-  const int bits = omb_DIBBitCount(dib);
-  return std::to_string(bits) + (bits == 1 ? " bit" : " bits");
-}
+std::string DepthOf(const PackedDib* dib) { return BitsText(omb_DIBBitCount(dib)); }
 
 // What the picture alone does not tell of a change.
 std::string RemarkOn(const PackedDib* before, const PackedDib* after) {
@@ -167,7 +154,7 @@ OmbRect DetailOf(const PackedDib* dib) {
 
 // A piece of the image in its full size; of 16 and 32 bits in 24.
 Image Piece(const PackedDib* dib, const OmbRect& rectangle) {
-  PackedDib* piece = Copy(dib).release();
+  PackedDib* piece = CopyOf(ViewOf(dib)).release();
   const bool done = omb_transformat(&piece) != 0 && omb_crop(&piece, &rectangle) != 0;
   Image image(piece);
   if (!done) throw std::bad_alloc();
@@ -184,7 +171,7 @@ Exhibit Try(const Step& step, const std::string& text, const PackedDib* input,
   exhibit.summary = step.summary;
   const std::string command = "omb apply " + Quoted(Utf8(file)) + " out.png ";
   exhibit.command = command + Quoted(text);
-  Image image = Copy(input);
+  Image image = CopyOf(ViewOf(input));
   try {
     exhibit.time = TimedRun(text, image);
   } catch (const StepError& error) {

@@ -4,6 +4,7 @@
 
 #include "errors.h"
 #include "steps/steps.h"
+#include "text.h"
 
 namespace omb {
 
@@ -23,13 +24,6 @@ std::string Roff(const std::string& text) {
     }
   }
   return roff;
-}
-
-// A word in single quotes, as shells read it back.
-std::string Quoted(const std::string& text) {
-  std::string quoted = "'";
-  for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return quoted + "'";
 }
 
 std::string Joined(const std::vector<std::string>& words, const char* between) {
@@ -113,7 +107,7 @@ std::string BashCompletion(const std::vector<CommandText>& commands) {
   for (const Step* step : AllSteps()) words.push_back(WordOf(*step));
   out << "# bash completion of omb\n_omb() {\n"
          "  local cur=${COMP_WORDS[COMP_CWORD]} step= steps="
-      << Quoted(Joined(words, " "))
+      << ShellQuoted(Joined(words, " "))
       << "\n  compopt +o nospace\n"
          "  # '=' is a word of its own.\n"
          "  if [[ $cur == = ]]; then\n    step=${COMP_WORDS[COMP_CWORD - 1]} cur=\n"
@@ -123,16 +117,16 @@ std::string BashCompletion(const std::vector<CommandText>& commands) {
   for (const Step* step : AllSteps()) {
     const std::vector<std::string> values = FirstValues(*step);
     if (values.empty()) continue;
-    out << "    " << step->name << ") COMPREPLY=($(compgen -W " << Quoted(Joined(values, " "))
+    out << "    " << step->name << ") COMPREPLY=($(compgen -W " << ShellQuoted(Joined(values, " "))
         << " -- \"$cur\")); return ;;\n";
   }
   out << "    ?*) return ;;\n  esac\n"
          "  if ((COMP_CWORD == 1)); then\n    COMPREPLY=($(compgen -W "
-      << Quoted(Joined(names, " ")) << " -- \"$cur\"))\n    return\n  fi\n"
+      << ShellQuoted(Joined(names, " ")) << " -- \"$cur\"))\n    return\n  fi\n"
       << "  case ${COMP_WORDS[1]} in\n";
   for (const CommandText& command : commands) {
     out << "    " << command.name << ")\n      if [[ $cur == -* ]]; then\n"
-        << "        COMPREPLY=($(compgen -W " << Quoted(Joined(OptionNames(command), " "))
+        << "        COMPREPLY=($(compgen -W " << ShellQuoted(Joined(OptionNames(command), " "))
         << " -- \"$cur\"))\n";
     if (command.name == "list") {
       out << "      else\n        COMPREPLY=($(compgen -W \"kernels ${steps//=/}\" -- \"$cur\"))\n";
@@ -151,7 +145,7 @@ std::string BashCompletion(const std::vector<CommandText>& commands) {
 
 // In the lists of _describe a colon parts a word from its description.
 std::string ZshEntry(const std::string& word, const std::string& help) {
-  return "    " + Quoted(word + ":" + help) + "\n";
+  return "    " + ShellQuoted(word + ":" + help) + "\n";
 }
 
 std::string ZshCompletion(const std::vector<CommandText>& commands) {
@@ -185,23 +179,24 @@ std::string FishCompletion(const std::vector<CommandText>& commands) {
   out << "# fish completion of omb\n";
   for (const CommandText& command : commands) {
     out << "complete -c omb -n __fish_use_subcommand -f -a " << command.name << " -d "
-        << Quoted(command.summary) << "\n";
+        << ShellQuoted(command.summary) << "\n";
     for (const OptionText& option : command.options) {
       out << "complete -c omb -n '__fish_seen_subcommand_from " << command.name << "'";
       for (const std::string& name : option.names) {
         out << (name.starts_with("--") ? " -l " + name.substr(2) : " -s " + name.substr(1));
       }
-      out << (option.argument.empty() ? "" : " -r") << " -d " << Quoted(option.help) << "\n";
+      out << (option.argument.empty() ? "" : " -r") << " -d " << ShellQuoted(option.help) << "\n";
     }
   }
   for (const Step* step : AllSteps()) {
-    const std::string help = " -d " + Quoted(step->summary) + "\n";
-    out << "complete -c omb -n '__fish_seen_subcommand_from apply' -a " << Quoted(WordOf(*step))
-        << help << "complete -c omb -n '__fish_seen_subcommand_from list' -f -a "
-        << Quoted(step->name) << help;
+    const std::string help = " -d " + ShellQuoted(step->summary) + "\n";
+    out << "complete -c omb -n '__fish_seen_subcommand_from apply' -a "
+        << ShellQuoted(WordOf(*step)) << help
+        << "complete -c omb -n '__fish_seen_subcommand_from list' -f -a " << ShellQuoted(step->name)
+        << help;
     for (const std::string& value : FirstValues(*step)) {
       out << "complete -c omb -n '__fish_seen_subcommand_from apply' -a "
-          << Quoted(std::string(step->name) + "=" + value) << "\n";
+          << ShellQuoted(std::string(step->name) + "=" + value) << "\n";
     }
   }
   return out.str();

@@ -6,6 +6,7 @@
 #include "commands.h"
 #include "core/packed_dib.h"
 #include "files/files.h"
+#include "files/pixels_in.h"
 #include "text.h"
 
 namespace omb {
@@ -14,16 +15,15 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-long DotsPerInch(int32_t per_meter) { return std::lround(per_meter * 0.0254); }
-
 void Line(const char* name, const std::string& text) {
   std::printf("  %-11s %s\n", name, text.c_str());
 }
 
 std::string ResolutionOf(const Resolution& r) {
   if (r.x == 0 && r.y == 0) return "not given";
-  return std::to_string(DotsPerInch(r.x)) + " x " + std::to_string(DotsPerInch(r.y)) + " dpi (" +
-         std::to_string(r.x) + " x " + std::to_string(r.y) + " dots per meter)";
+  return std::to_string(std::lround(DotsPerInch(r.x))) + " x " +
+         std::to_string(std::lround(DotsPerInch(r.y))) + " dpi (" + std::to_string(r.x) + " x " +
+         std::to_string(r.y) + " dots per meter)";
 }
 
 uint32_t ColorsOf(const PageInfo& page) {
@@ -38,8 +38,7 @@ std::string ContentOf(const PageInfo& page) {
 void Describe(const PageInfo& page) {
   const uint32_t colors = ColorsOf(page);
   Line("size", std::to_string(page.width) + " x " + std::to_string(page.height) + " pixels");
-  Line("depth",
-       std::to_string(page.bit_count) + (page.bit_count == 1 ? " bit" : " bits") + " per pixel");
+  Line("depth", BitsText(page.bit_count) + " per pixel");
   Line("stored", page.stored);
   Line("colors", colors == 0 ? "no color table" : std::to_string(colors) + " in the color table");
   Line("stride", std::to_string(ombrilo::StrideOf(page.width, page.bit_count)) + " bytes per row");

@@ -12,17 +12,10 @@
 #include "files/temporary_file.h"
 #include "generate.h"
 #include "memory_limit.h"
-#include "ombrilo/ombrilo.h"
 #include "terminal.h"
 #include "text.h"
 
-#define OMB_TEXT_OF(x) #x
-#define OMB_TEXT(x) OMB_TEXT_OF(x)
-
 namespace {
-
-constexpr const char* kVersion = "omb " OMB_TEXT(OMB_VERSION_MAJOR) "." OMB_TEXT(
-    OMB_VERSION_MINOR) "." OMB_TEXT(OMB_VERSION_PATCH);
 
 constexpr const char* kMoreHelp = "'omb --help' tells how to use it\n";
 
@@ -107,7 +100,8 @@ int Main(std::vector<std::string> words) {
   CLI::App app("Image processing on the command line, with the operations of Ombrilo.", "omb");
   app.require_subcommand(1);
   app.allow_windows_style_options(false);
-  app.set_version_flag("-V,--version", kVersion);
+  const std::string version = "omb " + omb::VersionText();
+  app.set_version_flag("-V,--version", version);
 
   app.formatter(std::make_shared<HelpFormatter>("COMMAND ..."));
 
@@ -210,7 +204,7 @@ int Main(std::vector<std::string> words) {
   if (*list) return omb::List(step, json);
   if (*histogram) return omb::ShowHistogram(histogram_options);
   if (*generate) {
-    std::fputs(omb::Generate(what, kVersion, TextsOf(app)).c_str(), stdout);
+    std::fputs(omb::Generate(what, version, TextsOf(app)).c_str(), stdout);
     return 0;
   }
   return omb::Gallery(files);

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "errors.h"
+#include "text.h"
 
 #ifdef _WIN32
 #include <windows.h>
@@ -15,12 +16,12 @@
 namespace omb {
 
 uint64_t ParseMemory(const std::string& text) {
-  constexpr std::string_view kUnits = "KMGT";
+  constexpr std::string_view kUnits = "kmgt";
   uint64_t number = 0;
   const char* last = text.data() + text.size();
   const auto [end, error] = std::from_chars(text.data(), last, number);
   size_t unit = std::string_view::npos;
-  if (end + 1 == last) unit = kUnits.find(static_cast<char>(*end & ~0x20));  // in capitals
+  if (end + 1 == last) unit = kUnits.find(Lowercase(end));
   if (error != std::errc() || unit == std::string_view::npos || number == 0 || number >> 24 != 0) {
     throw UsageError("--memory-limit is a number with K, M, G or T, such as 500M, not '" + text +
                      "'");

@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "ombrilo/ombrilo.h"
+#include "text.h"
 
 namespace omb {
 
@@ -73,10 +73,7 @@ Json JsonOf(const Step& step, const PackedDib* example) {
 std::string StepsJson(const std::vector<const Step*>& steps) {
   const Image example(omb_newdib(640, 480, 24));
   if (!example) throw std::bad_alloc();
-  Json json = {
-      {"version", std::to_string(OMB_VERSION_MAJOR) + "." + std::to_string(OMB_VERSION_MINOR) +
-                      "." + std::to_string(OMB_VERSION_PATCH)},
-      {"steps", Json::array()}};
+  Json json = {{"version", VersionText()}, {"steps", Json::array()}};
   for (const Step* step : steps) json["steps"].push_back(JsonOf(*step, example.get()));
   return json.dump(2);
 }

@@ -1,6 +1,13 @@
 #include "text.h"
 
+#include "ombrilo/ombrilo.h"
+
 namespace omb {
+
+std::string VersionText() {
+  return std::to_string(OMB_VERSION_MAJOR) + "." + std::to_string(OMB_VERSION_MINOR) + "." +
+         std::to_string(OMB_VERSION_PATCH);
+}
 
 std::string Escaped(const std::string& text) {
   std::string escaped;
@@ -24,6 +31,21 @@ std::string Escaped(const std::string& text) {
   }
   return escaped;
 }
+
+std::string ShellQuoted(const std::string& text) {
+  std::string quoted = "'";
+  for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return quoted + "'";
+}
+
+std::string Lowercase(std::string text) {
+  for (char& c : text) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return text;
+}
+
+std::string BitsText(int bits) { return std::to_string(bits) + (bits == 1 ? " bit" : " bits"); }
 
 std::string Utf8(const std::filesystem::path& path) {
   const std::u8string text = path.u8string();

@@ -1,4 +1,4 @@
-// Text for pages and drawings.
+// Words and texts: as people, shells, pages and file systems take them.
 #pragma once
 
 #include <cstdint>
@@ -7,8 +7,20 @@
 
 namespace omb {
 
-// As it stands in HTML and XML.
+// "1.2.3", the version that the program was built from.
+std::string VersionText();
+
+// As HTML and XML write it.
 std::string Escaped(const std::string& text);
+
+// In single quotes, as shells read it back.
+std::string ShellQuoted(const std::string& text);
+
+// ASCII letters in lower case; others stay.
+std::string Lowercase(std::string text);
+
+// "1 bit", "8 bits"
+std::string BitsText(int bits);
 
 // A file name as UTF-8, whatever the file names of this machine are. That is what words of the
 // command line are too.

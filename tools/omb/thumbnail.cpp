@@ -8,19 +8,6 @@
 
 namespace omb {
 
-namespace {
-
-constexpr uint32_t kLanczos = 4;
-
-Image Copy(const ombrilo::DibView& view) {
-  Image copy(static_cast<PackedDib*>(std::malloc(view.extent())));
-  if (!copy) throw std::bad_alloc();
-  view.Read(0, copy.get(), view.extent());
-  return copy;
-}
-
-}  // namespace
-
 Image Thumbnail(const PackedDib* dib, int box_width, int box_height) {
   const ombrilo::DibView view = ViewToWrite(dib);
   const double reduction =
@@ -28,9 +15,10 @@ Image Thumbnail(const PackedDib* dib, int box_width, int box_height) {
   const auto reduced = [=](int size) {
     return static_cast<uint32_t>(std::max(1L, std::lround(size / reduction)));
   };
-  PackedDib* copy = Copy(view).release();
-  const bool done = omb_transformat(&copy) != 0 &&
-                    omb_resize(&copy, reduced(view.width()), reduced(view.height()), kLanczos) != 0;
+  PackedDib* copy = CopyOf(view).release();
+  const bool done =
+      omb_transformat(&copy) != 0 &&
+      omb_resize(&copy, reduced(view.width()), reduced(view.height()), OMB_RESIZE_LANCZOS) != 0;
   Image thumbnail(copy);
   if (!done) throw std::bad_alloc();
   return thumbnail;

@@ -15,6 +15,7 @@
 #include "files/codec.h"
 #include "files/pixels_in.h"
 #include "files/rle.h"
+#include "text.h"
 
 namespace omb {
 
@@ -179,8 +180,7 @@ Layout ReadLayout(Bytes file, const BmpHeader& header) {
   const bool wide = header.image.bit_count == 32;
   const uint32_t all = wide ? 0xFFFFFFFF : 0xFFFF;
   if (!header.masked()) {
-    if (wide) return {{0xFF0000, 0xFF00, 0xFF}, 0};
-    return {{0x7C00, 0x03E0, 0x001F}, 0};
+    return {UsualMasks(header.image.bit_count), 0};
   }
   NeedBytes(file, header.table_at, "color masks");
   const uint8_t* masks = file.data() + header.masks_at();
@@ -234,9 +234,7 @@ Image ConvertPixels(const StoredRows& rows, const BmpHeader& header, const Layou
 
 // The masks that the new image needs; null where its depth's own layout says it all.
 std::optional<Masks> MasksToKeep(const BmpHeader& header, const Masks& masks) {
-  const Masks usual =
-      header.image.bit_count == 32 ? Masks{0xFF0000, 0xFF00, 0xFF} : Masks{0x7C00, 0x03E0, 0x001F};
-  if (!header.direct() || masks == usual) return std::nullopt;
+  if (!header.direct() || masks == UsualMasks(header.image.bit_count)) return std::nullopt;
   return masks;
 }
 
@@ -308,7 +306,7 @@ std::optional<bool> IsGray(Bytes file, const BmpHeader& header) {
 }
 
 std::string StoredOf(const BmpHeader& header) {
-  std::string stored = std::to_string(header.bits) + (header.bits == 1 ? " bit" : " bits");
+  std::string stored = BitsText(header.bits);
   if (IsIndexed(header.image.bit_count)) stored += " of a palette";
   if (header.runs()) stored += ", runs";
   return stored;

@@ -8,11 +8,6 @@ namespace omb {
 
 namespace {
 
-// No byte of a deflate stream stands for more bytes than this.
-constexpr double kMostInflated = 1032;
-// A Huffman-coded block of 8 x 8 pixels takes a bit at least.
-constexpr double kMostPixelsPerByte = 64 * 8;
-
 // Numbers at offsets, in either byte order.
 class Numbers {
  public:
@@ -124,10 +119,8 @@ constexpr size_t kMostPages = 65535;
 
 Resolution ResolutionOf(const TiffDirectory& directory) {
   const uint32_t unit = directory.Value(kUnitTag, 2);
-  if (unit != 2 && unit != 3) return {};
-  const double length = unit == 2 ? kInch : 0.01;
-  return {DotsPerMeter(directory.Fraction(kXResolutionTag), length),
-          DotsPerMeter(directory.Fraction(kYResolutionTag), length)};
+  return ResolutionIn(unit, directory.Fraction(kXResolutionTag),
+                      directory.Fraction(kYResolutionTag));
 }
 
 // What the codecs would show in wrong colors.
@@ -184,8 +177,7 @@ Container ReadPngContainer(Bytes file) {
       c.resolution = {DotsPerMeter(numbers.U32(body), 1), DotsPerMeter(numbers.U32(body + 4), 1)};
     }
     if (type == 0x65584966) {  // eXIf
-      c.exif.assign(kExifMark.begin(), kExifMark.end());
-      c.exif.insert(c.exif.end(), &file[body], &file[body] + size);
+      c.exif = ExifBlock(file.subspan(body, size));
       c.orientation = ReadExif(c.exif).orientation;
     }
     if (type == 0x49454E44) return c;  // IEND
@@ -205,15 +197,12 @@ Container ReadJpegContainer(Bytes file) {
       c.height = numbers.U16(body + 1);
       c.width = numbers.U16(body + 3);
       c.gray = numbers.U8(body + 5) == 1;
-      c.least_size = static_cast<double>(c.width * c.height) / kMostPixelsPerByte;
+      c.least_size = static_cast<double>(c.width * c.height) / double{kMostSamplesPerJpegByte};
     }
     if (marker == 0xFFE0 && size >= 14 && numbers.U32(body) == 0x4A464946) {  // JFIF
-      const uint32_t unit = numbers.U8(body + 7);
-      if (unit == 1 || unit == 2) {
-        const double length = unit == 1 ? kInch : 0.01;
-        c.resolution = {DotsPerMeter(numbers.U16(body + 8), length),
-                        DotsPerMeter(numbers.U16(body + 10), length)};
-      }
+      // JFIF's numbers of units are one less than TIFF's.
+      c.resolution =
+          ResolutionIn(numbers.U8(body + 7) + 1, numbers.U16(body + 8), numbers.U16(body + 10));
     }
     const Bytes data = numbers.Has(body, size - 2) ? file.subspan(body, size - 2) : Bytes();
     if (marker == 0xFFE1 && c.exif.empty() && data.size() > kExifMark.size() &&

@@ -71,11 +71,8 @@ ExifFacts ReadExif(Bytes bytes) {
   const uint32_t orientation = Number(exif, EXIF_IFD_0, EXIF_TAG_ORIENTATION, 1);
   if (orientation >= 1 && orientation <= 8) facts.orientation = static_cast<int>(orientation);
   const uint32_t unit = Number(exif, EXIF_IFD_0, EXIF_TAG_RESOLUTION_UNIT, 2);
-  if (unit == 2 || unit == 3) {
-    const double length = unit == 2 ? kInch : 0.01;
-    facts.resolution = {DotsPerMeter(Fraction(exif, EXIF_TAG_X_RESOLUTION), length),
-                        DotsPerMeter(Fraction(exif, EXIF_TAG_Y_RESOLUTION), length)};
-  }
+  facts.resolution = ResolutionIn(unit, Fraction(exif, EXIF_TAG_X_RESOLUTION),
+                                  Fraction(exif, EXIF_TAG_Y_RESOLUTION));
   return facts;
 }
 

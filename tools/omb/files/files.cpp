@@ -11,6 +11,7 @@
 #include "files/codec.h"
 #include "files/input.h"
 #include "files/temporary_file.h"
+#include "text.h"
 
 namespace omb {
 
@@ -67,16 +68,8 @@ const Codec& CodecOf(Bytes file) {
   throw FileError("it is not a BMP, PNG, JPEG or TIFF file");
 }
 
-// Letters of other alphabets name no format, so ASCII will do.
-std::string Lower(std::string text) {
-  for (char& c : text) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return text;
-}
-
 const Codec* FindName(const std::string& name) {
-  const std::string lower = Lower(name);
+  const std::string lower = Lowercase(name);
   for (const Codec& codec : Codecs()) {
     if (std::ranges::find(codec.names, lower) != codec.names.end()) return &codec;
   }

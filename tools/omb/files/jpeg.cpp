@@ -29,8 +29,6 @@ namespace {
 // Each scan of a progressive file costs a pass over the whole image; honest files have a dozen.
 constexpr int kMaxScans = 200;
 constexpr long kMaxMemory = std::numeric_limits<int32_t>::max();
-// A Huffman-coded block of 8 x 8 pixels takes a bit at least.
-constexpr int64_t kMaxPixelsPerByte = 64 * 8;
 
 constexpr int kExifMarker = JPEG_APP0 + 1, kProfileMarker = JPEG_APP0 + 2;
 
@@ -82,19 +80,13 @@ template <class Work>
   return true;
 }
 
-int32_t Density(int unit, int dots) {
-  if (unit == 1) return DotsPerMeter(dots, kInch);
-  if (unit == 2) return DotsPerMeter(dots, 0.01);
-  return 0;
-}
-
 // Inks over white paper. Adobe's programs store what each ink leaves of the light instead.
 void InksToBgr(const uint8_t* cmyk, size_t pixels, bool inverted, uint8_t* bgr) {
   for (size_t x = 0; x < pixels; ++x, cmyk += 4, bgr += 3) {
     for (int c = 0; c < 3; ++c) {
       const unsigned light = inverted ? cmyk[c] : 255u - cmyk[c];
       const unsigned gray = inverted ? cmyk[3] : 255u - cmyk[3];
-      bgr[2 - c] = static_cast<uint8_t>((light * gray + 127) / 255);
+      bgr[2 - c] = ThroughInks(light, gray);
     }
   }
 }
@@ -149,8 +141,8 @@ class Reader {
     return {decoder_.image_width, decoder_.image_height, static_cast<uint16_t>(gray() ? 8 : 24)};
   }
   Resolution resolution() const {
-    return {Density(decoder_.density_unit, decoder_.X_density),
-            Density(decoder_.density_unit, decoder_.Y_density)};
+    // JFIF's numbers of units are one less than TIFF's.
+    return ResolutionIn(decoder_.density_unit + 1u, decoder_.X_density, decoder_.Y_density);
   }
 
   void ReadRows(const Dib& dib) {
@@ -273,8 +265,8 @@ class Writer {
  private:
   // Whole dots per inch, which is what people set.
   void SetDensity(Resolution resolution) {
-    const double x = resolution.x * kInch + 0.5;
-    const double y = resolution.y * kInch + 0.5;
+    const double x = DotsPerInch(resolution.x) + 0.5;
+    const double y = DotsPerInch(resolution.y) + 0.5;
     if (x < 1 || y < 1 || x >= 65536 || y >= 65536) return;
     encoder_.density_unit = 1;
     encoder_.X_density = static_cast<UINT16>(x);
@@ -312,8 +304,8 @@ Image ReadJpeg(Reading& reading) {
   TurnUpright(reading.info, facts.orientation);
   if (!reading.pixels) return nullptr;
   CheckCompressedSize(size);
-  if (reader.huffman() &&
-      size.width * size.height / kMaxPixelsPerByte > static_cast<int64_t>(reading.file.size())) {
+  if (reader.huffman() && size.width * size.height / kMostSamplesPerJpegByte >
+                              static_cast<int64_t>(reading.file.size())) {
     throw FileError("the file is too short for " + PixelsText(size));
   }
   Image image = NewImage(size, resolution);

@@ -1,6 +1,14 @@
 #include "files/metadata.h"
 
+#include <algorithm>
+
 namespace omb {
+
+std::vector<uint8_t> ExifBlock(Bytes data) {
+  std::vector<uint8_t> block(kExifMark.size() + data.size());
+  std::ranges::copy(data, std::ranges::copy(kExifMark, block.begin()).out);
+  return block;
+}
 
 Bytes ProfileFor(const Metadata& metadata, bool gray, const Remark& remark) {
   constexpr size_t kSpaceAt = 16;  // in the profile's header, which has 128 bytes

@@ -9,6 +9,9 @@ namespace omb {
 
 inline constexpr std::string_view kExifMark("Exif\0\0", 6);
 
+// The block of EXIF data that a file holds without the mark.
+std::vector<uint8_t> ExifBlock(Bytes data);
+
 struct ExifFacts {
   int orientation = 1;  // TIFF's number
   Resolution resolution;

@@ -30,6 +30,12 @@ int32_t DotsPerMeter(double dots, double meters) {
                                                                       : 0;
 }
 
+Resolution ResolutionIn(uint32_t unit, double x, double y) {
+  if (unit != 2 && unit != 3) return {};
+  const double length = unit == 2 ? kInch : 0.01;
+  return {DotsPerMeter(x, length), DotsPerMeter(y, length)};
+}
+
 std::string PixelsText(const ImageSize& size) {
   return std::to_string(size.width) + " x " + std::to_string(size.height) + " pixels";
 }

@@ -15,12 +15,26 @@ inline constexpr double kInch = 0.0254;  // meters
 
 // From a number of dots on a length; 0 when it makes no sense.
 int32_t DotsPerMeter(double dots, double meters);
+inline double DotsPerInch(int32_t per_meter) { return per_meter * kInch; }
+
+// A resolution in dots per unit, by the unit's number in TIFF and EXIF: 2 an inch, 3 a centimeter.
+// Other units give none.
+Resolution ResolutionIn(uint32_t unit, double x, double y);
+
+// No byte of a deflate stream becomes more bytes than this.
+inline constexpr uint32_t kMostInflated = 1032;
+// A Huffman-coded block of 8 x 8 samples takes a bit at least.
+inline constexpr int64_t kMostSamplesPerJpegByte = 8 * 64;
 
 // Masks of the red, green and blue bits in a pixel of 16 or 32 bits.
 struct Masks {
   uint32_t red, green, blue;
   bool operator==(const Masks&) const = default;
 };
+// Those of files that have none.
+constexpr Masks UsualMasks(uint16_t bit_count) {
+  return bit_count == 32 ? Masks{0xFF0000, 0xFF00, 0xFF} : Masks{0x7C00, 0x03E0, 0x001F};
+}
 
 struct ImageSize {
   int64_t width;
@@ -63,6 +77,11 @@ inline constexpr char kDepthRemark[] = "16 bits per channel are reduced to 8";
 // A sample of a color that covers white by alpha / 255.
 inline uint8_t OnWhite(unsigned sample, unsigned alpha) {
   return static_cast<uint8_t>((sample * alpha + 255 * (255 - alpha) + 127) / 255);
+}
+
+// A sample of a color seen through two inks: what each lets through, out of 255.
+inline uint8_t ThroughInks(unsigned light, unsigned gray) {
+  return static_cast<uint8_t>((light * gray + 127) / 255);
 }
 
 // Rounds a sample of 16 bits to 8.

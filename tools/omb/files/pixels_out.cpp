@@ -1,6 +1,8 @@
 #include "files/pixels_out.h"
 
+#include <cstdlib>
 #include <cstring>
+#include <new>
 
 #include "core/bytes.h"
 #include "core/color_table.h"
@@ -21,8 +23,7 @@ Masks MasksOf(const DibView& view) {
     return {view.ReadU32(kInfoHeaderSize), view.ReadU32(kInfoHeaderSize + 4),
             view.ReadU32(kInfoHeaderSize + 8)};
   }
-  if (view.bit_count() == 32) return {0xFF0000, 0xFF00, 0xFF};
-  return {0x7C00, 0x03E0, 0x001F};
+  return UsualMasks(view.bit_count());
 }
 
 void WidenRow(const uint8_t* from, uint16_t bits, size_t pixels, const Channel (&bgr)[3],
@@ -54,6 +55,13 @@ DibView ViewToWrite(const PackedDib* dib) {
     throw FileError("images of " + std::to_string(bits) + " bits cannot be written");
   }
   return *view;
+}
+
+Image CopyOf(const DibView& view) {
+  Image copy(static_cast<PackedDib*>(std::malloc(view.extent())));
+  if (!copy) throw std::bad_alloc();
+  view.Read(0, copy.get(), view.extent());
+  return copy;
 }
 
 Image TrueColor(const PackedDib* dib) {

@@ -13,6 +13,9 @@ namespace omb {
 // The image as it is. Throws FileError for images that have no pixels or no usable header.
 ombrilo::DibView ViewToWrite(const PackedDib* dib);
 
+// The image's bytes in a block of its own. Throws std::bad_alloc.
+Image CopyOf(const ombrilo::DibView& view);
+
 // A copy in 24 bits. Channels of fewer than 8 bits are spread over the whole range, so that white
 // stays white; the library's own conversion moves their bits up. Throws FileError.
 Image TrueColor(const PackedDib* dib);

@@ -13,6 +13,7 @@
 #include "files/metadata.h"
 #include "files/pixels_in.h"
 #include "files/pixels_out.h"
+#include "text.h"
 
 namespace omb {
 
@@ -213,7 +214,7 @@ bool SetColors(const Header& header, const Dib& dib) {
 }
 
 std::string StoredOf(const Header& h) {
-  const std::string bits = std::to_string(h.bit_depth) + (h.bit_depth == 1 ? " bit" : " bits");
+  const std::string bits = BitsText(h.bit_depth);
   if (h.palette()) return bits + " of a palette" + (h.transparency ? " with alpha" : "");
   return bits + (h.color() ? " each of red, green, blue" : " of gray") +
          (h.alpha() || h.transparency ? " with alpha" : "");
@@ -233,8 +234,7 @@ int ReadMetadata(const Header& header, Reading& reading) {
   int orientation = 1;
   if (header.exif_size > 0) {
     std::vector<uint8_t>& exif = reading.metadata.exif;
-    exif.assign(kExifMark.begin(), kExifMark.end());
-    exif.insert(exif.end(), header.exif, header.exif + header.exif_size);
+    exif = ExifBlock({header.exif, header.exif_size});
     orientation = ReadExif(exif).orientation;
   }
   reading.info = {header.width,      header.height,  header.target_bits(), StoredOf(header),
@@ -334,8 +334,7 @@ Image ReadPng(Reading& reading) {
   if (!reading.pixels) return nullptr;
   const ImageSize size = {header.width, header.height, header.target_bits()};
   CheckCompressedSize(size);
-  // No byte of a deflate stream stands for more than 1032.
-  if (header.row_bytes * header.height / 1032 > reading.file.size()) {
+  if (header.row_bytes * header.height / kMostInflated > reading.file.size()) {
     throw FileError("the file is too short for " + PixelsText(size));
   }
   Image image = NewImage(size, header.resolution);

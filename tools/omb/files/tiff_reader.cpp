@@ -30,9 +30,7 @@ Resolution ReadResolution(TIFF* tiff) {
   if (TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &x) == 0) x = 0;
   if (TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &y) == 0) y = 0;
   const uint16_t unit = ShortField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
-  if (unit != RESUNIT_INCH && unit != RESUNIT_CENTIMETER) return {};
-  const double length = unit == RESUNIT_INCH ? kInch : 0.01;
-  return {DotsPerMeter(x, length), DotsPerMeter(y, length)};
+  return ResolutionIn(unit, x, y);
 }
 
 TiffAlpha ReadAlpha(TIFF* tiff) {
@@ -81,15 +79,15 @@ double MostInflated(const TiffDirectory& d) {
       return 4096;
     case COMPRESSION_DEFLATE:
     case COMPRESSION_ADOBE_DEFLATE:
-      return 1032;
+      return kMostInflated;
     case COMPRESSION_JPEG:
     case COMPRESSION_OJPEG:
-      return 512;  // a Huffman-coded block of 8 x 8 samples takes a bit at least
+      return kMostSamplesPerJpegByte;
     case COMPRESSION_CCITTRLE:
     case COMPRESSION_CCITTRLEW:
     case COMPRESSION_CCITTFAX3:
     case COMPRESSION_CCITTFAX4:
-      return d.width;  // so does a row
+      return d.width;  // a row takes a bit at least
     default:
       return 1 << 16;
   }

@@ -6,6 +6,7 @@
 
 #include "core/bytes.h"
 #include "files/pixels_in.h"
+#include "text.h"
 
 namespace omb {
 
@@ -83,7 +84,7 @@ void CheckKind(const TiffDirectory& d) {
 }
 
 std::string StoredOf(const TiffDirectory& d) {
-  std::string stored = std::to_string(d.bits) + (d.bits == 1 ? " bit" : " bits");
+  std::string stored = BitsText(d.bits);
   stored += d.gray()                                 ? " of gray"
             : d.photometric == PHOTOMETRIC_PALETTE   ? " of a palette"
             : d.photometric == PHOTOMETRIC_RGB       ? " each of red, green, blue"
@@ -187,7 +188,7 @@ void TiffSamples::Compose(size_t pixels, uint8_t* to) {
       LabToRgb(from, color);
     } else if (colors == 4) {
       for (size_t c = 0; c < 3; ++c) {
-        color[c] = static_cast<uint8_t>(((255u - from[c]) * (255u - from[3]) + 127) / 255);
+        color[c] = ThroughInks(255u - from[c], 255u - from[3]);
       }
     }
     const unsigned alpha = used_ > colors ? from[colors] : 255;

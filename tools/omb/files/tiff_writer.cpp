@@ -101,8 +101,8 @@ void SetFields(TIFF* tiff, const Picture& picture, Photometric kind) {
   if (kind == Photometric::kPalette) SetPalette(tiff, picture);
   const Resolution resolution = picture.resolution();
   if (resolution.x > 0 && resolution.y > 0) {
-    TIFFSetField(tiff, TIFFTAG_XRESOLUTION, resolution.x * kInch);
-    TIFFSetField(tiff, TIFFTAG_YRESOLUTION, resolution.y * kInch);
+    TIFFSetField(tiff, TIFFTAG_XRESOLUTION, DotsPerInch(resolution.x));
+    TIFFSetField(tiff, TIFFTAG_YRESOLUTION, DotsPerInch(resolution.y));
     TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
   }
 }

@@ -14,6 +14,7 @@
 #include "files/metadata.h"
 #include "files/pixels_in.h"
 #include "files/pixels_out.h"
+#include "text.h"
 
 namespace omb {
 
@@ -123,7 +124,7 @@ bool ReduceGray(const uint8_t* from, size_t pixels, uint8_t* to) {
 bool Inks(const uint8_t* from, size_t pixels, uint8_t* to) {
   for (size_t x = 0; x < pixels; ++x, from += 4, to += 3) {
     for (size_t c = 0; c < 3; ++c) {
-      to[2 - c] = static_cast<uint8_t>(((255u - from[c]) * (255u - from[3]) + 127) / 255);
+      to[2 - c] = ThroughInks(255u - from[c], 255u - from[3]);
     }
   }
   return false;
@@ -194,8 +195,7 @@ class Reader {
     info.width = width;
     info.height = height;
     info.bit_count = container.gray && layout_->bits == 24 ? uint16_t{8} : layout_->bits;
-    info.stored = std::to_string(layout_->stored_bits) +
-                  (layout_->stored_bits == 1 ? " bit" : " bits") + " in the system's codec";
+    info.stored = BitsText(layout_->stored_bits) + " in the system's codec";
     info.resolution = container.resolution;
     if (container.gray) info.gray = true;
     info.exif = !container.exif.empty() || container.exif_lost;
@@ -350,7 +350,7 @@ class Writer {
     CheckWrite(
         frame->SetSize(static_cast<UINT>(picture.width()), static_cast<UINT>(picture.height())));
     const Resolution resolution = picture.resolution();
-    double x = resolution.x * kInch, y = resolution.y * kInch;
+    double x = DotsPerInch(resolution.x), y = DotsPerInch(resolution.y);
     if (whole_dots) x = std::floor(x + 0.5), y = std::floor(y + 0.5);
     if (x > 0 && y > 0) CheckWrite(frame->SetResolution(x, y));
     SetProfile(frame.get(), ProfileFor(metadata, IsGray(form), writing_.remark));

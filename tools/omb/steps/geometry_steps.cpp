@@ -78,7 +78,7 @@ Size NewSizeOf(const PackedDib* dib, const std::string& text) {
   return PixelsOf(ParseSize(text).value(), omb_DIBWidth(dib), omb_DIBHeight(dib));
 }
 
-constexpr uint32_t kArea = 4, kBox = 1;  // a mode of this host's, and the library's filter for it
+constexpr uint32_t kArea = 4;  // a mode of the host, beside those of OmbResampling
 
 bool ScaleStep(Image& image, const Arguments& arguments) {
   const Size size = NewSizeOf(image.get(), arguments.Text(0));
@@ -87,7 +87,7 @@ bool ScaleStep(Image& image, const Arguments& arguments) {
     return true;
   }
   if (arguments.Unsigned(1) == kArea) {
-    Resize(image, size, kBox);
+    Resize(image, size, OMB_RESIZE_BOX);
     return true;
   }
   const bool done = Replace(image, [&](PackedDib** dib) {
@@ -120,9 +120,21 @@ Parameter NewSize() {
   return Text("size", "of the new image", "a size such as 800x600, 800x, x600 or 50%", IsSize);
 }
 
+std::vector<Name> ResamplingNames() {
+  return {{"point", OMB_RESAMPLE_POINT},
+          {"bilinear", OMB_RESAMPLE_BILINEAR},
+          {"bicubic", OMB_RESAMPLE_BICUBIC}};
+}
+
+std::vector<Name> ScalingNames() {
+  std::vector<Name> names = ResamplingNames();
+  names.push_back({"area", kArea});
+  return names;
+}
+
 Parameter Mode() {
   return Choice("mode", "where the new pixels come from: one old pixel, 2 x 2 or 4 x 4",
-                {{"point", 1}, {"bilinear", 2}, {"bicubic", 3}})
+                ResamplingNames())
       .Preset("bicubic");
 }
 
@@ -141,7 +153,7 @@ std::span<const Step> GeometrySteps() {
         Choice(
             "mode",
             "where the new pixels come from: one old pixel, 2 x 2, 4 x 4, or all that they cover",
-            {{"point", 1}, {"bilinear", 2}, {"bicubic", 3}, {"area", kArea}})
+            ScalingNames())
             .Preset("bicubic")},
        Always({"40%,bicubic"}),
        ScaleStep,
@@ -156,7 +168,10 @@ std::span<const Step> GeometrySteps() {
        {1, 4, 8, 24},
        {NewSize(),
         Choice("filter", "box averages, the next two are smooth, lanczos is the sharpest",
-               {{"box", 1}, {"triangle", 2}, {"cubic", 3}, {"lanczos", 4}})
+               {{"box", OMB_RESIZE_BOX},
+                {"triangle", OMB_RESIZE_TRIANGLE},
+                {"cubic", OMB_RESIZE_CUBIC},
+                {"lanczos", OMB_RESIZE_LANCZOS}})
             .Preset("lanczos")},
        Always({"20%"}),
        ResizeStep,

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "steps/parameter.h"
+#include "text.h"
 
 namespace omb {
 

@@ -8,21 +8,15 @@ namespace omb {
 
 namespace {
 
-// The library's numbers for its modes.
-enum Enhancement { kLopass, kHipass, kGauss, kHigauss, kTone, kUnsharp, kMedian = 7, kRank = 8 };
-enum ToneCurve { kEqualize, kStretch, kWhiten, kLogarithm };
-enum ToneScope { kImage, kBlocks };
-enum Edge { kSobel, kRoberts, kSculpt, kLaplace, kHorizontal = 5, kVertical = 6 };
-
 // The library counts sizes from 0, which is 3x3 except for one filter.
 int32_t SizeNumber(int32_t filter, int32_t side) {
-  return (side - (filter == kHigauss ? 5 : 3)) / 2;
+  return (side - (filter == OMB_ENHANCE_HIGAUSS ? 5 : 3)) / 2;
 }
 
 const char* EnhanceConflict(const Arguments& arguments) {
   const int32_t filter = arguments.Integer(0), side = arguments.Integer(1);
-  if (filter == kHigauss && side == 3) return "higauss comes in 5x5, 7x7 and 9x9";
-  if (filter != kHigauss && side == 9) return "only higauss comes in 9x9";
+  if (filter == OMB_ENHANCE_HIGAUSS && side == 3) return "higauss comes in 5x5, 7x7 and 9x9";
+  if (filter != OMB_ENHANCE_HIGAUSS && side == 9) return "only higauss comes in 9x9";
   return nullptr;
 }
 
@@ -38,7 +32,7 @@ bool EnhancepageStep(Image& image, const Arguments& arguments) {
 bool EdgepageStep(Image& image, const Arguments& arguments) {
   const int32_t filter = arguments.Integer(0);
   CheckLevels(image.get());
-  if (filter != kSobel && filter != kRoberts) CheckRows(image.get());
+  if (filter != OMB_EDGE_SOBEL && filter != OMB_EDGE_ROBERTS) CheckRows(image.get());
   return omb_EdgePage(image.get(), SizeNumber(filter, arguments.Integer(1)), arguments.Integer(2),
                       arguments.Integer(3), filter) != 0;
 }
@@ -54,15 +48,15 @@ constexpr int kAutomatic = -1, kWhole = 0;
 // Arguments: the blocks, what is cut off (not for logarithms), and percent.
 template <int32_t kCurve>
 bool ToneStep(Image& image, const Arguments& arguments) {
-  constexpr bool kCuts = kCurve != kLogarithm;
+  constexpr bool kCuts = kCurve != OMB_TONE_LOGARITHM;
   CheckLevels(image.get());
   int32_t block = arguments.Integer(0);
   if (block == kAutomatic) {  // suits pages: a twelfth of the width
     block = std::clamp(static_cast<int32_t>(omb_DIBWidth(image.get()) / 12), 16, 32767);
   }
   return omb_EnhancePage(image.get(), 2, arguments.Integer(kCuts ? 2 : 1),
-                         kCuts ? arguments.Integer(1) : 0, block, 0, kTone,
-                         block == kWhole ? kImage : kBlocks, kCurve) != 0;
+                         kCuts ? arguments.Integer(1) : 0, block, 0, OMB_ENHANCE_TONE,
+                         block == kWhole ? OMB_SCOPE_IMAGE : OMB_SCOPE_BLOCKS, kCurve) != 0;
 }
 
 Parameter Blocks() {
@@ -102,13 +96,13 @@ std::span<const Step> PageSteps() {
        "Smooth, sharpen, or take the median or another rank",
        {8, 24},
        {Choice("filter", "smooth by lopass and gauss, sharpen by the next three, clean by rank",
-               {{"lopass", kLopass},
-                {"gauss", kGauss},
-                {"hipass", kHipass},
-                {"higauss", kHigauss},
-                {"unsharp", kUnsharp},
-                {"median", kMedian},
-                {"rank", kRank}}),
+               {{"lopass", OMB_ENHANCE_LOPASS},
+                {"gauss", OMB_ENHANCE_GAUSS},
+                {"hipass", OMB_ENHANCE_HIPASS},
+                {"higauss", OMB_ENHANCE_HIGAUSS},
+                {"unsharp", OMB_ENHANCE_UNSHARP},
+                {"median", OMB_ENHANCE_MEDIAN},
+                {"rank", OMB_ENHANCE_RANK}}),
         Choice("size", "of the neighbourhood; 9x9 of higauss, which has no 3x3",
                {{"3x3", 3}, {"5x5", 5}, {"7x7", 7}, {"9x9", 9}})
             .Preset("5x5"),
@@ -125,12 +119,12 @@ std::span<const Step> PageSteps() {
        "Find edges",
        {8, 24},
        {Choice("filter", "what to find them with",
-               {{"sobel", kSobel},
-                {"roberts", kRoberts},
-                {"sculpt", kSculpt},
-                {"laplace", kLaplace},
-                {"horizontal", kHorizontal},
-                {"vertical", kVertical}}),
+               {{"sobel", OMB_EDGE_SOBEL},
+                {"roberts", OMB_EDGE_ROBERTS},
+                {"sculpt", OMB_EDGE_SCULPT},
+                {"laplace", OMB_EDGE_LAPLACE},
+                {"horizontal", OMB_EDGE_HORIZONTAL},
+                {"vertical", OMB_EDGE_VERTICAL}}),
         Choice("size", "of laplace, horizontal and vertical", {{"3x3", 3}, {"5x5", 5}, {"7x7", 7}})
             .Preset("3x3"),
         Passes(), Strength("tenths of the effect, except of sobel and roberts")},
@@ -146,17 +140,22 @@ std::span<const Step> PageSteps() {
        {8, 24},
        {Choice("operation",
                "what to do: light and dark give what is thin, clean makes uneven paper white",
-               {{"erode", 0},
-                {"dilate", 1},
-                {"open", 2},
-                {"close", 3},
-                {"gradient", 4},
-                {"light", 5},
-                {"dark", 6},
-                {"clean", 7}}),
-        Choice("size", "of the shape", {{"3", 0}, {"5", 1}, {"7", 2}}).Preset("3"),
+               {{"erode", OMB_PAGE_ERODE},
+                {"dilate", OMB_PAGE_DILATE},
+                {"open", OMB_PAGE_OPEN},
+                {"close", OMB_PAGE_CLOSE},
+                {"gradient", OMB_PAGE_GRADIENT},
+                {"light", OMB_PAGE_LIGHT},
+                {"dark", OMB_PAGE_DARK},
+                {"clean", OMB_PAGE_CLEAN}}),
+        Choice("size", "of the shape",
+               {{"3", OMB_SIZE_3X3}, {"5", OMB_SIZE_5X5}, {"7", OMB_SIZE_7X7}})
+            .Preset("3"),
         Choice("shape", "of the neighbourhood",
-               {{"square", 0}, {"circle", 1}, {"row", 2}, {"column", 3}})
+               {{"square", OMB_SHAPE_SQUARE},
+                {"circle", OMB_SHAPE_CIRCLE},
+                {"row", OMB_SHAPE_ROW},
+                {"column", OMB_SHAPE_COLUMN}})
             .Preset("square"),
         Whole("iterations", "how often; to clean, wider than strokes are", 1, 1000)
             .Usual(1, 20)
@@ -173,7 +172,7 @@ std::span<const Step> PageSteps() {
        {8, 24},
        {Blocks(), Cut(), Percent()},
        Always({"auto", "image"}),
-       ToneStep<kWhiten>,
+       ToneStep<OMB_TONE_WHITEN>,
        "truecolor",
        nullptr,
        kGrayAtEightBits},
@@ -184,7 +183,7 @@ std::span<const Step> PageSteps() {
        {8, 24},
        {Blocks(), Cut(), Percent()},
        Always({"auto"}),
-       ToneStep<kStretch>,
+       ToneStep<OMB_TONE_STRETCH>,
        "truecolor",
        nullptr,
        kGrayAtEightBits},
@@ -199,7 +198,7 @@ std::span<const Step> PageSteps() {
             .Preset("300"),
         Percent()},
        Always({"auto", "image,0"}),
-       ToneStep<kEqualize>,
+       ToneStep<OMB_TONE_EQUALIZE>,
        "truecolor",
        nullptr,
        kGrayAtEightBits},
@@ -210,7 +209,7 @@ std::span<const Step> PageSteps() {
        {8, 24},
        {Blocks(), Percent()},
        Always({"auto"}),
-       ToneStep<kLogarithm>,
+       ToneStep<OMB_TONE_LOGARITHM>,
        "truecolor",
        nullptr,
        kGrayAtEightBits},

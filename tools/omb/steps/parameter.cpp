@@ -5,14 +5,9 @@
 #include <cmath>
 #include <sstream>
 
-namespace omb {
+#include "text.h"
 
-std::string Lowercase(std::string text) {
-  for (char& c : text) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return text;
-}
+namespace omb {
 
 namespace {
 

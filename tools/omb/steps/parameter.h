@@ -9,8 +9,6 @@
 
 namespace omb {
 
-std::string Lowercase(std::string text);  // of ASCII letters
-
 // A named value: "red" for 1.
 struct Name {
   const char* name;

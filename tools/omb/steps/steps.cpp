@@ -8,6 +8,7 @@
 
 #include "errors.h"
 #include "files/pixels_out.h"
+#include "text.h"
 
 namespace omb {
 

@@ -80,7 +80,9 @@ bool AdjustghmsStep(Image& image, const Arguments& arguments) {
 }
 
 Parameter Channel() {
-  return Choice("channel", "which channel", {{"red", 1}, {"green", 2}, {"blue", 3}});
+  return Choice(
+      "channel", "which channel",
+      {{"red", OMB_CHANNEL_RED}, {"green", OMB_CHANNEL_GREEN}, {"blue", OMB_CHANNEL_BLUE}});
 }
 
 std::vector<Parameter> Fractions() {
