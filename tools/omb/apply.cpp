@@ -104,7 +104,7 @@ class Work {
     }
   }
 
-  // The pages that are wanted, of a file that has so many.
+  // The pages that are wanted of a file that has `pages` of them.
   std::pair<size_t, size_t> Range(size_t pages, Format format) const {
     if (options_.page > pages) {
       throw FileError("there is no page " + std::to_string(options_.page) + "; the file has " +
@@ -206,11 +206,11 @@ int ApplyToMany(const ApplyOptions& options) {
         for (size_t i = 1; i < std::min<size_t>(wanted, jobs.size()); ++i)
           helpers.emplace_back(run);
       } catch (const std::system_error&) {
-        // There is no memory for more of them: those that run do the work.
+        // The system gives no more threads: those that run do the work.
       }
       run();
     }
-    // Beside others there may have been too little memory under the limit; alone each gets all.
+    // Next to others a file may have run out of memory under the limit; alone it gets all.
     for (size_t i = 0; options.memory_limit != 0 && wanted > 1 && i < jobs.size(); ++i) {
       if (!failures[i].empty()) failures[i] = work.Do(jobs[i], true);
     }

@@ -1,5 +1,6 @@
 // What omb does, one function for each word after `omb`. Each returns the exit status: 0 for done,
-// 1 when something failed and was told on stderr. Each throws UsageError for a wrong command line.
+// 1 when something failed, which is reported on stderr. Each throws UsageError for a wrong command
+// line.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +13,7 @@ namespace omb {
 struct ApplyOptions {
   // INPUT OUTPUT STEP..., or FILES... when there is an output directory.
   std::vector<std::string> words;
-  // What stood behind `--`: steps. None when there was no `--`.
+  // The words after `--`, which are steps; none if there was no `--`.
   std::optional<std::vector<std::string>> after_dashes;
   std::string out_dir;  // empty for a single file
   std::string format;   // empty: from the extension

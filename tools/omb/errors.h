@@ -1,4 +1,4 @@
-// What can go wrong apart from files: a wrong command line and a step that cannot run.
+// Errors other than those of files: a wrong command line, and a step that cannot run.
 #pragma once
 
 #include <stdexcept>

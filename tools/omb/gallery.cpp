@@ -97,7 +97,7 @@ std::string Quoted(const std::string& word) {
   return is_plain ? word : ShellQuoted(word);
 }
 
-// The images at hand were read by this program or made by the library: their headers are sound.
+// The images here were read by this program or made by the library: their headers are sound.
 ombrilo::DibView ViewOf(const PackedDib* dib) { return ombrilo::DibView::Open(dib).value(); }
 
 bool SameBytes(const PackedDib* a, const PackedDib* b) {
@@ -112,7 +112,7 @@ std::string SizeOf(const PackedDib* dib) {
 
 std::string DepthOf(const PackedDib* dib) { return BitsText(omb_DIBBitCount(dib)); }
 
-// What the picture alone does not tell of a change.
+// What a picture alone does not show of a change.
 std::string RemarkOn(const PackedDib* before, const PackedDib* after) {
   if (SameBytes(before, after)) return "Nothing changes in this image.";
   std::string changes;

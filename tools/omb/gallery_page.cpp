@@ -14,7 +14,7 @@ std::string Picture(const Shown& shown, const std::string& alt) {
          "\" height=\"" + std::to_string(shown.height) + "\" alt=\"" + Escaped(alt) + "\">";
 }
 
-// A command whose lines break behind the parts of a path, and not inside its words.
+// A command whose lines may break after the parts of a path, but not inside words.
 std::string Breakable(const std::string& command) {
   std::string text;
   for (const char c : command) {
@@ -37,14 +37,14 @@ void WriteFrame(std::ostream& out, const Exhibit& exhibit) {
                    : "split")
       << "\">" << Picture(exhibit.after, "after " + exhibit.step) << "<div class=\"before\"></div>";
   if (!resized) {
-    // The keyboard comes to the command below, whose arrow keys move it.
+    // The keyboard reaches it through the command below, whose arrow keys move it.
     out << "<input type=\"range\" value=\"50\" tabindex=\"-1\" aria-label=\"how much of the input "
            "to show\">";
   }
   out << "</div>\n";
 }
 
-// The picture as the style finds it.
+// The picture where the style sheet finds it.
 void WriteStyle(std::ostream& out, const char* selector, const std::string& id,
                 const Shown& shown) {
   out << "#" << id << selector << "{--before:url(" << shown.data_uri << ");--shape:" << shown.width
@@ -75,7 +75,7 @@ std::vector<std::pair<std::string, std::string>> FamiliesOf(const Room& room,
 }
 
 void WriteRoom(std::ostream& out, const Room& room, const std::string& id) {
-  // The input's pictures stand in the page once, however many exhibits show them.
+  // The page holds the input's pictures once, however many exhibits show them.
   out << "<style>";
   WriteStyle(out, "", id, room.before);
   WriteStyle(out, " .detail", id, room.detail);
@@ -102,7 +102,7 @@ std::string PageOf(const std::vector<Room>& rooms) {
     out << "<a href=\"#input" << i << "\">" << Escaped(rooms[i].name) << "</a>";
   }
   out << "<span>";
-  // They lead into the room that is shown.
+  // They lead to the families of the room that is shown.
   for (const auto& [family, anchor] : FamiliesOf(rooms.front(), "input0")) {
     out << "<a class=\"family\" href=\"#" << anchor << "\">" << Escaped(family) << "</a>";
   }

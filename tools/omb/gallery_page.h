@@ -1,4 +1,4 @@
-// The gallery as a page: what it shows, and its writing as HTML.
+// The gallery as an HTML page, and what it shows.
 #pragma once
 
 #include <string>
@@ -20,8 +20,8 @@ struct Exhibit {
   std::string remark;   // "nothing changes in this image"
   std::string refusal;  // why there is no picture; empty when there is one
   enum class Frame {
-    kWhole,    // lies under the input, which a slider uncovers
-    kDetail,   // the same with the room's detail of it
+    kWhole,    // lies under the input; a slider uncovers it
+    kDetail,   // the same, at the place of the room's detail
     kResized,  // has the input in its corner
   };
   Frame frame = Frame::kWhole;
@@ -32,12 +32,12 @@ struct Room {
   std::string name, facts;  // "photo.jpg", "1920 x 1080 pixels, 24 bits"
   Shown before;
   Shown detail;                   // a piece of the input, pixel by pixel
-  std::vector<Exhibit> exhibits;  // those of a family in a row
+  std::vector<Exhibit> exhibits;  // grouped by family
 };
 
 std::string PageOf(const std::vector<Room>& rooms);
 
-// The page's unchanging parts: gallery_template.cpp.
+// The fixed parts of the page: gallery_template.cpp.
 extern const char kPageHead[];  // up to <body>; the style
 extern const char kPageTail[];  // the script and the end
 

@@ -32,7 +32,7 @@ std::string Joined(const std::vector<std::string>& words, const char* between) {
   return text;
 }
 
-// What completes to a step: with '=' where arguments follow in any case.
+// What a step's name completes to: with '=' if it needs arguments.
 std::string WordOf(const Step& step) {
   const bool needed = !step.parameters.empty() && !step.parameters.front().preset;
   return step.name + std::string(needed ? "=" : "");
@@ -143,7 +143,7 @@ std::string BashCompletion(const std::vector<CommandText>& commands) {
   return out.str();
 }
 
-// In the lists of _describe a colon parts a word from its description.
+// In the lists of _describe a colon separates a word from its description.
 std::string ZshEntry(const std::string& word, const std::string& help) {
   return "    " + ShellQuoted(word + ":" + help) + "\n";
 }

@@ -1,4 +1,4 @@
-// Histograms of images, and plots of them for people.
+// Histograms of images, and their plots.
 #pragma once
 
 #include <array>
@@ -31,7 +31,7 @@ bool IsGray(const PackedDib* dib);
 std::vector<Histogram> Measure(const PackedDib* dib, const std::vector<Channel>& channels);
 
 // The scale of a plot. One or two values, such as the white of a page, may dwarf all others: their
-// bars are cut then, so that the others can be seen.
+// bars are then cut, so that the others can be seen.
 struct PlotScale {
   uint64_t top;             // the count that reaches the top
   std::vector<size_t> cut;  // the bars that go beyond

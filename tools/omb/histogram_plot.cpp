@@ -11,7 +11,7 @@ namespace omb {
 
 namespace {
 
-// Sums of neighbouring values: so many bars.
+// Sums of neighbouring values, one for each bar.
 std::vector<uint64_t> Bars(const Histogram& histogram, size_t bars) {
   std::vector<uint64_t> sums(bars, 0);
   for (size_t i = 0; i < 256; ++i) sums[i * bars / 256] += histogram.counts[i];
@@ -74,7 +74,7 @@ std::string TextPlotOf(const Histogram& histogram, size_t bar_count, int rows, b
   static const char* const kEighths[] = {" ", "▁", "▂", "▃", "▄", "▅", "▆", "▇", "█"};
   const std::vector<uint64_t> bars = Bars(histogram, bar_count);
   const PlotScale scale = ScaleFor(bars);
-  std::vector<int> heights;  // in eighths of a row; what occurs at all is seen
+  std::vector<int> heights;  // in eighths of a row; at least 1 for what occurs
   for (const uint64_t bar : bars) {
     const double share = std::min(1.0, static_cast<double>(bar) / static_cast<double>(scale.top));
     heights.push_back(std::max(bar > 0 ? 1 : 0, static_cast<int>(std::lround(share * 8 * rows))));

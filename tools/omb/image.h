@@ -1,4 +1,4 @@
-// An image as the host holds it: an owned packed DIB and the remarks made on the way.
+// An image as the host holds it: a packed DIB that it owns.
 #pragma once
 
 #include <cstdlib>

@@ -100,7 +100,7 @@ int Info(const std::vector<std::string>& files, bool json) {
       status = 1;
     }
   }
-  // A name that is no UTF-8 shows replacement characters.
+  // A name that is not UTF-8 shows replacement characters.
   if (json) std::printf("%s\n", all.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
   return status;
 }

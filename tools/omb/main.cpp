@@ -59,7 +59,7 @@ class HelpFormatter : public CLI::Formatter {
   std::string usage_;
 };
 
-// What the help tells of the commands, for those who write it down elsewhere.
+// The help of the commands, for the man page and the completions.
 std::vector<omb::CommandText> TextsOf(const CLI::App& app) {
   std::vector<omb::CommandText> texts;
   for (const CLI::App* command : app.get_subcommands({})) {
@@ -179,7 +179,7 @@ int Main(std::vector<std::string> words) {
   generate->group("");  // for those who install the program
   generate->add_option("WHAT", what)->required();
 
-  app.footer(kExamples);  // here, or the commands above would take it over
+  app.footer(kExamples);  // last, or the commands above would inherit it
 
   if (words.empty()) throw omb::UsageError("a command is needed", app.help());
   if (words[0] == "help") {
@@ -210,7 +210,7 @@ int Main(std::vector<std::string> words) {
   return omb::Gallery(files);
 }
 
-// What was printed may not have reached its place.
+// Whether all that was printed has arrived.
 bool OutputArrived() {
   errno = 0;
   if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return true;
@@ -226,7 +226,7 @@ void omb::Complain(const std::string& where, const std::string& message) {
 }
 
 #ifdef _WIN32
-// The narrow main() would lose what the system's code page lacks.
+// The narrow main() would lose characters that the system's code page lacks.
 int wmain(int argc, wchar_t** argv) {
 #else
 int main(int argc, char** argv) {

@@ -1,4 +1,4 @@
-// A bound on the memory of the whole program, kept by the system.
+// A limit on the memory of the whole program, enforced by the system.
 #pragma once
 
 #include <cstdint>
@@ -9,8 +9,8 @@ namespace omb {
 // "500M" or "2G" as a number of bytes. Throws UsageError.
 uint64_t ParseMemory(const std::string& text);
 
-// Memory beyond it cannot be had from now on. Throws std::runtime_error where there is no such
-// bound.
+// From now on, allocations beyond it fail. Throws std::runtime_error if the system has no such
+// limit.
 void LimitMemory(uint64_t bytes);
 
 }  // namespace omb

@@ -1,4 +1,4 @@
-// Tells a person at a terminal how far a long job is.
+// Shows a person at a terminal how far a long job has come.
 #pragma once
 
 #include <mutex>
@@ -10,9 +10,9 @@ namespace omb {
 class Progress {
  public:
   explicit Progress(size_t total, bool quiet = false);
-  ~Progress();  // takes the bar away
+  ~Progress();  // removes the bar
 
-  // So many parts more than was thought.
+  // There are this many parts more than expected so far.
   void Expect(size_t more);
 
   // One part, named, is done.

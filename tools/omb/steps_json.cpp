@@ -25,7 +25,7 @@ const char* TypeOf(const Parameter& parameter) {
   }
 }
 
-// A number where the parameter takes numbers and this is none of its names.
+// A number if the parameter takes numbers and the text is not one of its names.
 Json ValueOf(const Parameter& parameter, const std::string& text) {
   const bool whole = parameter.kind == Parameter::Kind::kWhole;
   if (!whole && parameter.kind != Parameter::Kind::kReal) return text;

@@ -7,10 +7,10 @@ namespace omb {
 
 bool IsTerminal(std::FILE* file);
 
-// Columns of the terminal that the file is; 0 when it is none.
+// Columns of the terminal; 0 if the file is not a terminal.
 int TerminalWidth(std::FILE* file);
 
-// Lets a Windows console show UTF-8 and colors; terminals elsewhere do.
+// Lets a Windows console show UTF-8 and colors; other terminals already do.
 void PrepareTerminal();
 
 }  // namespace omb

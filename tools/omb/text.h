@@ -22,8 +22,8 @@ std::string Lowercase(std::string text);
 // "1 bit", "8 bits"
 std::string BitsText(int bits);
 
-// A file name as UTF-8, whatever the file names of this machine are. That is what words of the
-// command line are too.
+// A file name as UTF-8, whatever encoding the file names of the system have. Words of the command
+// line are UTF-8 as well.
 std::string Utf8(const std::filesystem::path& path);
 // The file that a word names.
 std::filesystem::path PathOf(const std::string& word);

@@ -1,5 +1,5 @@
-// The file header that stands before a BMP's bitmap header, and what the largest of these holds
-// beyond the library's.
+// The file header before a BMP's bitmap header, and the fields of the largest bitmap header that
+// the library does not know.
 #pragma once
 
 #include <cstddef>

@@ -37,7 +37,7 @@ struct Layout {
 };
 
 struct BmpHeader {
-  size_t at;      // behind the file header, or 0
+  size_t at;      // after the file header, or 0
   uint32_t size;  // of the header itself
   bool core;
   uint16_t bits;    // of a pixel in the file
@@ -51,7 +51,7 @@ struct BmpHeader {
 
   bool runs() const { return compression == kRle8 || compression == kRle4; }
   bool masked() const { return compression == kBitfields || compression == kAlphaBitfields; }
-  // They stand in and behind a header alike.
+  // At the same place, whether they are in the header or after it.
   size_t masks_at() const { return at + kInfoHeaderSize; }
   bool direct() const { return image.bit_count == 16 || image.bit_count == 32; }
   size_t table_step() const { return core ? 3 : 4; }
@@ -67,7 +67,7 @@ void CheckKind(const BmpHeader& header, uint32_t planes) {
   if (!IsIndexed(bits) && bits != 2 && bits != 24 && !header.direct()) {
     throw FileError("images of " + std::to_string(bits) + " bits per pixel are not supported");
   }
-  // Behind an OS/2 header these numbers mean other methods.
+  // In an OS/2 header these numbers mean other methods.
   const bool masks = header.masked() && header.direct() && header.size != kOs2HeaderSize;
   const bool runs = header.runs() && bits == (header.compression == kRle8 ? 8 : 4);
   if (header.compression != kRgb && !masks && !runs) {
@@ -132,7 +132,7 @@ BmpHeader ReadHeader(Bytes file, size_t at) {
 }
 
 // Old files have fewer colors than the depth implies and say so only by where the pixels begin;
-// others have more than the depth has use for.
+// others have more than the depth can use.
 void ReadTable(Bytes file, const BmpHeader& header, const Dib& dib) {
   const size_t step = header.table_step();
   const size_t room = (header.pixels_at - header.table_at) / step;
@@ -145,7 +145,7 @@ void ReadTable(Bytes file, const BmpHeader& header, const Dib& dib) {
   }
 }
 
-// The rows as they stand in the file, known to be there.
+// The rows as stored in the file, known to be there.
 class StoredRows {
  public:
   StoredRows(Bytes file, const BmpHeader& header)
@@ -212,7 +212,7 @@ bool HasTransparency(const StoredRows& rows, size_t width, bool wide, uint32_t a
   return !opaque && !zero;
 }
 
-// To 24 bits, what neither depth nor masks of the library can hold.
+// Converts pixels that the library's depths and masks cannot hold to 24 bits.
 Image ConvertPixels(const StoredRows& rows, const BmpHeader& header, const Layout& layout) {
   const bool wide = header.image.bit_count == 32;
   Image image = NewImage({header.image.width, header.image.height, 24}, header.resolution);
@@ -232,7 +232,7 @@ Image ConvertPixels(const StoredRows& rows, const BmpHeader& header, const Layou
   return image;
 }
 
-// The masks that the new image needs; null where its depth's own layout says it all.
+// The masks that the new image needs; none if the usual layout of its depth will do.
 std::optional<Masks> MasksToKeep(const BmpHeader& header, const Masks& masks) {
   if (!header.direct() || masks == UsualMasks(header.image.bit_count)) return std::nullopt;
   return masks;

@@ -31,7 +31,7 @@ void WriteBmp(const PackedDib* dib, const Metadata& metadata, const Writing& wri
   const uint32_t colors = ColorsOfDepth(view.bit_count());
   const bool masks = HasMasks(view);
   const size_t rows_size = view.stride() * static_cast<size_t>(view.height());
-  // Masks stand behind a short header, and at the same place inside the long one.
+  // Masks follow a short header, and are at the same place inside the long one.
   const size_t header_size = !profile.empty() ? kVersion5Size
                              : masks          ? kInfoHeaderSize + kMasksSize
                                               : kInfoHeaderSize;

@@ -1,4 +1,4 @@
-// A channel of a pixel of 16 or 32 bits, which a mask picks out.
+// A channel of pixels of 16 or 32 bits, which a mask selects.
 #pragma once
 
 #include <algorithm>

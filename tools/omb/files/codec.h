@@ -12,12 +12,12 @@ namespace omb {
 
 using Bytes = std::span<const uint8_t>;
 
-// What a reader is given, and what it finds beside the image.
+// What a reader is given, and what it finds besides the image.
 struct Reading {
   Bytes file;
   const Remark& remark;
   size_t page = 0;
-  bool pixels = true;  // false: `info` alone is wanted, and the reader gives no image
+  bool pixels = true;  // false: only `info` is wanted, and the reader returns no image
   PageInfo info = {};
   Metadata metadata = {};
 };
@@ -47,7 +47,7 @@ void WriteBmp(const PackedDib* dib, const Metadata& metadata, const Writing& wri
 void WritePng(const PackedDib* dib, const Metadata& metadata, const Writing& writing);
 void WriteJpeg(const PackedDib* dib, const Metadata& metadata, const Writing& writing);
 
-// What WriteOptions::compression names in TIFF files.
+// The names of TIFF compressions in WriteOptions::compression.
 inline constexpr const char* kTiffCompressions[] = {"none",    "packbits", "lzw",
                                                     "deflate", "jpeg",     "g4"};
 
@@ -59,7 +59,7 @@ class TiffPages {
 };
 std::unique_ptr<TiffPages> WriteTiff(const Writing& writing);
 
-// For readers and writers, for each row that is done: tells the thread's watch now and then.
+// Readers and writers call it after each row; it informs the thread's watch now and then.
 void ReportRow(int64_t row, int64_t rows);
 
 }  // namespace omb

@@ -63,7 +63,7 @@ class TiffDirectory {
     return below == 0 ? 0 : numbers_.U32(at) / below;
   }
 
-  // The strips or tiles lie in the file.
+  // Checks that the strips or tiles lie in the file.
   void CheckPlaces(uint32_t places_tag, uint32_t sizes_tag) const {
     const Entry places = Find(places_tag), sizes = Find(sizes_tag);
     for (uint32_t i = 0; i < std::min(places.count, sizes.count); ++i) {
@@ -84,7 +84,7 @@ class TiffDirectory {
   struct Entry {
     uint32_t type = 0, count = 0;
     size_t value_at = 0;
-    // Values stand in the entry itself where they have room.
+    // Values are in the entry itself if they fit.
     size_t Place(size_t size, const Numbers& numbers) const {
       return count * uint64_t{size} <= 4 ? value_at : numbers.U32(value_at);
     }
@@ -95,7 +95,7 @@ class TiffDirectory {
     }
   };
 
-  // A count of 0 where the tag is not there.
+  // A count of 0 if the tag is missing.
   Entry Find(uint32_t tag) const {
     for (size_t i = 0; i < count_; ++i) {
       const size_t at = first_ + 2 + 12 * i;
@@ -146,7 +146,7 @@ ExifFacts ReadExif(Bytes exif) try {
   return {};
 }
 
-// The codecs take no block as it stands.
+// The codecs take no EXIF block as it is.
 std::vector<uint8_t> RenewedExif(Bytes, int32_t, int32_t) { return {}; }
 
 size_t CountTiffPages(Bytes file) {
@@ -210,7 +210,7 @@ Container ReadJpegContainer(Bytes file) {
       c.exif.assign(data.begin(), data.end());
       const ExifFacts facts = ReadExif(c.exif);
       c.orientation = facts.orientation;
-      // What JFIF says has come before it.
+      // What JFIF said comes first.
       if (c.resolution.x == 0) c.resolution = facts.resolution;
     }
     at += 2 + size;

@@ -1,5 +1,5 @@
-// What PNG, JPEG and TIFF files say about themselves, read apart from any codec: enough to refuse
-// what is too large or cut off before a codec sees it.
+// What PNG, JPEG and TIFF files say about themselves, read without a codec: enough to refuse what
+// is too large or cut off before a codec sees it.
 #pragma once
 
 #include "files/codec.h"
@@ -9,7 +9,7 @@ namespace omb {
 
 struct Container {
   int64_t width = 0, height = 0;
-  double least_size = 0;  // bytes that the pixels of an honest file take
+  double least_size = 0;  // bytes that the pixels of an honest file take at least
   bool gray = false;      // neither colors nor a color table
   int orientation = 1;    // TIFF's number
   Resolution resolution;
@@ -17,7 +17,7 @@ struct Container {
   bool wide = false;    // samples of more than 8 bits
   bool jpeg = false;    // JPEG data in a TIFF file
   std::vector<uint8_t> exif;
-  bool exif_lost = false;  // there is EXIF data that is no block
+  bool exif_lost = false;  // there is EXIF data, but not as a block
 };
 
 // Throw FileError where the file is cut off or makes no sense.

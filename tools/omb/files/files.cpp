@@ -95,7 +95,7 @@ const char* TitleOf(Format format) { return CodecOf(format).title; }
 
 namespace {
 
-// What a header at the beginning of a file takes, profiles and the like included.
+// Enough for the header at the beginning of a file, profiles and the like included.
 constexpr size_t kHeadSize = 1 << 20;
 constexpr size_t kSignatureSize = 32;
 
@@ -106,7 +106,7 @@ const Remark& Heard(const Remark& remark) {
   return remark ? remark : ignore;
 }
 
-// Says what ran out where the codecs have no words for it.
+// Says what the memory was for when it runs out.
 template <class Work>
 auto WithMemory(const char* purpose, Work work) try {
   return work();
@@ -145,7 +145,7 @@ struct ImageFile::Parts {
   }
 };
 
-// The signature comes first: what is no image is not read.
+// The signature comes first: a file that is not an image is not read.
 ImageFile::ImageFile(const fs::path& path) : parts_(new Parts{Input(path)}) {
   parts_->input.ReadTo(kSignatureSize);
   parts_->codec = &CodecOf(parts_->input.bytes());
@@ -214,7 +214,7 @@ struct ImageWriter::Parts {
 
   Writing writing() { return {file.output(), options, remark}; }
 
-  // What the codecs say of a full disk is less than what the system said.
+  // The system's message, of a full disk for example, says more than the codecs'.
   template <class Work>
   void Try(Work work) try {
     WithMemory("write", work);

@@ -23,11 +23,11 @@ struct FileError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Hears remarks on a file that could be read: "transparency is composed on white".
+// Receives remarks on a file that could be read: "transparency is composed on white".
 using Remark = std::function<void(const std::string&)>;
 
-// Hears which share of a file is read or written, from 0 to 1. What it throws ends the work, and no
-// file is changed then.
+// Receives the share of a file that has been read or written, from 0 to 1. What it throws ends the
+// work, and then no file is changed.
 using Watch = std::function<void(double share)>;
 
 // Watches what this thread reads and writes for as long as it lives.
@@ -47,13 +47,13 @@ Format FormatOfName(const std::string& name);
 const char* ExtensionOf(Format format);  // "png"
 const char* TitleOf(Format format);      // "PNG"
 
-// Dots per meter; 0 where it is not known.
+// Dots per meter; 0 if unknown.
 struct Resolution {
   int32_t x = 0;
   int32_t y = 0;
 };
 
-// What a file holds beside pixels and passes on to the next one, where that one can hold it.
+// What a file holds besides pixels; it is passed on to results that can hold it.
 struct Metadata {
   std::vector<uint8_t> profile;  // an ICC profile
   std::vector<uint8_t> exif;     // as a JPEG file has it, "Exif" and two zeros first
@@ -66,7 +66,7 @@ struct PageInfo {
   uint16_t bit_count = 0;         // as it is read
   std::string stored;             // "16 bits of gray with alpha"
   Resolution resolution;
-  std::optional<bool> gray;  // whether all colors are; nothing where only the pixels tell
+  std::optional<bool> gray;  // whether all colors are; none if only the pixels tell
   size_t profile = 0;        // bytes of an ICC profile
   bool exif = false;
 };

@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// An uncompressed image of the largest size fits, with everything that stands before it.
+// An uncompressed image of the largest size fits, with everything that comes before it.
 constexpr size_t kLimit = size_t{std::numeric_limits<int32_t>::max()} + (1 << 20);
 
 std::istream& StandardInput() {
@@ -52,7 +52,7 @@ Input::Input(const fs::path& name) : stream_(name == "-" ? StandardInput() : fil
 
 void Input::ReadTo(size_t wanted) {
   while (!ended_ && size_ < wanted) {
-    // In steps where the size is not known, so that memory follows what arrives.
+    // In steps if the size is unknown, so that memory grows with what arrives.
     size_t room = std::max({bytes_.size(), size_ + size_ / 2, size_t{1} << 16});
     if (expected_ != 0) room = expected_ + 1;
     room = std::min(room, wanted);
@@ -62,7 +62,7 @@ void Input::ReadTo(size_t wanted) {
     size_ += static_cast<size_t>(stream_.gcount());
     if (stream_.bad()) throw FileError("the file cannot be read to its end");
     ended_ = !stream_;
-    // A result may take the file's place, which no system does to every open file.
+    // A result may replace the file, which not every system allows while it is open.
     if (ended_ && file_.is_open()) file_.close();
     expected_ = size_ > expected_ ? 0 : expected_;
   }

@@ -17,7 +17,7 @@ class Input {
 
   // Reads on until `size` bytes are there or the file ends. Throws FileError.
   void ReadTo(size_t size);
-  // Everything; files beyond what an image can need are refused.
+  // Reads everything; files larger than any image needs are refused.
   void ReadAll();
   bool ended() const { return ended_; }
   Bytes bytes() const { return {bytes_.data(), size_}; }
@@ -25,7 +25,7 @@ class Input {
  private:
   std::ifstream file_;
   std::istream& stream_;
-  size_t expected_ = 0;  // 0 where it is not known
+  size_t expected_ = 0;  // 0 if unknown
   std::vector<uint8_t> bytes_;
   size_t size_ = 0;
   bool ended_ = false;

@@ -120,7 +120,7 @@ class Reader {
     if (!Run(errors_, read)) Fail();
   }
 
-  // What stands in the file beside the pixels.
+  // What the file holds besides the pixels.
   Metadata metadata() const {
     Metadata metadata;
     if (profile_ != nullptr) metadata.profile.assign(profile_, profile_ + profile_size_);
@@ -179,7 +179,7 @@ class Reader {
   size_t profile_size_ = 0;
 };
 
-// Hands what the encoder gives to an Output.
+// Passes what the encoder produces to an Output.
 struct Destination {
   jpeg_destination_mgr manager;
   Output* out;

@@ -8,7 +8,7 @@ namespace fs = std::filesystem;
 
 #ifdef _WIN32
 fs::path LongPath(const fs::path& path) {
-  constexpr std::wstring_view kPlain = LR"(\\?\)";  // names that stand as they are
+  constexpr std::wstring_view kPlain = LR"(\\?\)";  // names that are taken literally
   if (path.native().starts_with(kPlain)) return path;
   constexpr size_t kSafeLength = 200;  // room for a name of a temporary file
   std::error_code error;

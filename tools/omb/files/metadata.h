@@ -1,4 +1,4 @@
-// What stands beside pixels: EXIF blocks and ICC profiles.
+// What files hold besides pixels: EXIF blocks and ICC profiles.
 #pragma once
 
 #include <string_view>
@@ -24,10 +24,10 @@ ExifFacts ReadExif(Bytes exif);
 // was before. Empty when it cannot be made, or would not fit a JPEG file.
 std::vector<uint8_t> RenewedExif(Bytes exif, int32_t width, int32_t height);
 
-// The profile where it is one for pixels of this kind; otherwise nothing, and a remark.
+// The profile if it is one for pixels of this kind; otherwise nothing, and a remark.
 Bytes ProfileFor(const Metadata& metadata, bool gray, const Remark& remark);
 
-// The block as it is to be written; nothing where there is none, and a remark where it is lost.
+// The block as it is to be written; nothing if there is none, and a remark if it is lost.
 std::vector<uint8_t> ExifFor(const Metadata& metadata, int32_t width, int32_t height,
                              const Remark& remark);
 

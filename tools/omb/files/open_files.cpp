@@ -102,7 +102,7 @@ void SetPermissions(std::FILE* file, fs::perms permissions) {
     return old;
   }();
   if (permissions == fs::perms::unknown) mode = 0666 & ~mask;
-  if (fchmod(fileno(file), mode) != 0) return;  // what the owner alone can read is no harm
+  if (fchmod(fileno(file), mode) != 0) return;  // a file for its owner alone does no harm
 }
 
 bool Synchronize(std::FILE* file) { return fsync(fileno(file)) == 0; }
@@ -116,7 +116,7 @@ void OnSignal(int number) {
   for (const Place& place : places) {
     if (place.state == 2) unlink(place.path);
   }
-  raise(number);  // with the usual effect: the handler was for once
+  raise(number);  // now with the usual effect: a handler runs once
 }
 
 }  // namespace

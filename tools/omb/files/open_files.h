@@ -1,5 +1,5 @@
-// What temporary files need of the system: creation for the owner alone, the way to the disk, and
-// removal by whatever ends the program.
+// What temporary files need from the system: creation for the owner alone, flushing to the disk,
+// and removal when a signal ends the program.
 #pragma once
 
 #include <cstdio>
@@ -9,7 +9,7 @@ namespace omb {
 
 // Opens a new file for writing and reading back. Null when it exists or cannot be made.
 std::FILE* OpenNew(const std::filesystem::path& path);
-// Who may read, write and run it; `unknown` stands for what new files usually get.
+// Who may read, write and run it; `unknown` gives what new files usually get.
 void SetPermissions(std::FILE* file, std::filesystem::perms permissions);
 // False when bytes have not reached the disk.
 bool Synchronize(std::FILE* file);

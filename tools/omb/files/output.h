@@ -17,7 +17,7 @@ class Output {
     Failed();
     return false;
   }
-  // Takes errno, which later calls may lose.
+  // Keeps errno, which later calls may overwrite.
   void Failed() {
     if (!error_) error_ = {errno != 0 ? errno : EIO, std::generic_category()};
   }

@@ -115,7 +115,7 @@ void TurnUpright(PageInfo& info, int orientation) {
 }
 
 void ExpandTwoBits(const uint8_t* from, size_t pixels, uint8_t* to) {
-  // From the right, so that in place no pixel is written over before it was read.
+  // From the right, so that in place no pixel is overwritten before it is read.
   for (size_t i = (pixels + 1) / 2; i-- > 0;) {
     const int pair = from[i / 2] >> (i % 2 == 0 ? 4 : 0) & 15;
     to[i] = static_cast<uint8_t>((pair >> 2) << 4 | (pair & 3));

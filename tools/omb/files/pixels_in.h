@@ -1,5 +1,5 @@
-// What the readers share: new images within the limits, their color tables, and the pixels that no
-// image of the library can hold.
+// What the readers share: new images within the limits, their color tables, and pixels that images
+// of the library cannot hold.
 #pragma once
 
 #include <cstddef>
@@ -45,7 +45,7 @@ struct ImageSize {
 // "30 x 20 pixels"
 std::string PixelsText(const ImageSize& size);
 
-// Throws FileError unless an image of this size is one that the host takes.
+// Throws FileError unless the host takes images of this size.
 void CheckSize(const ImageSize& size);
 // The same for files whose pixels are compressed, where a few bytes can claim to be any size.
 void CheckCompressedSize(const ImageSize& size);
@@ -63,9 +63,9 @@ void SetColor(const ombrilo::Dib& dib, uint32_t index, uint8_t red, uint8_t gree
 // The first `count` entries become a ramp from black to white, or from white to black.
 void SetGrayRamp(const ombrilo::Dib& dib, uint32_t count, bool white_first = false);
 
-// Turns a picture that is stored as TIFF's orientation says. Throws FileError.
+// Turns a picture upright that is stored in one of TIFF's orientations. Throws FileError.
 Image Upright(Image image, int orientation);
-// The same for what a header says. From 5 on, stored rows are columns.
+// The same for what a header says. From orientation 5 on, stored rows are columns.
 void TurnUpright(PageInfo& info, int orientation);
 
 // Rows of 2 bits per pixel become rows of 4. `to` may be `from`.

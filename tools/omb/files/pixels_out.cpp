@@ -115,7 +115,7 @@ void Picture::ColorRow(int32_t y, uint8_t* bgr) const {
     std::memcpy(bgr, row(y), 3 * pixels);
     return;
   }
-  // The indices stand in the last third of the row, where each is read before it is written over.
+  // The indices are in the last third of the row, where each is read before it is overwritten.
   uint8_t* indices = bgr + 2 * pixels;
   UnpackIndices(row(y), bit_count(), pixels, indices);
   for (size_t x = 0; x < pixels; ++x) {

@@ -34,14 +34,14 @@ class Picture {
   const uint8_t* row(int32_t y) const { return view_.row(height() - 1 - y); }
   Resolution resolution() const;
 
-  // The depth's full number of colors, also where the table is shorter: those past it are what the
+  // The depth's full number of colors, even if the table is shorter: those past it are what the
   // library takes there.
   int colors() const { return static_cast<int>(ombrilo::ColorsOfDepth(bit_count())); }
   uint8_t blue(int i) const { return bgr_[3 * static_cast<size_t>(i)]; }
   uint8_t green(int i) const { return bgr_[3 * static_cast<size_t>(i) + 1]; }
   uint8_t red(int i) const { return bgr_[3 * static_cast<size_t>(i) + 2]; }
   bool AllGray() const;
-  // Colors are the even ramp from black to white, or from white to black.
+  // Whether colors are the even ramp from black to white, or from white to black.
   bool GrayRamp(bool white_first = false) const;
 
   // A row as gray levels, where all colors are gray.

@@ -59,7 +59,7 @@ struct RowWork {
   bool transparent = false;  // a pixel was
 };
 
-// 2 bits become 4, and gray or color samples before an alpha lose it over white.
+// 2 bits become 4, and gray or color samples with alpha are composed on white.
 void OnRow(png_structp png, png_row_infop row, png_bytep data) {
   if (row->bit_depth == 2) return ExpandTwoBits(data, row->width, data);
   auto* work = static_cast<RowWork*>(png_get_user_transform_ptr(png));
@@ -101,10 +101,10 @@ struct Header {
   }
 };
 
-// Chunks that nobody asks for. Each can claim to be any size, or become it when it is inflated.
+// Chunks that are not needed. Each can claim to be any size, or reach it when it is inflated.
 constexpr png_byte kUnused[] = "bKGD\0hIST\0iTXt\0oFFs\0pCAL\0sCAL\0sPLT\0tEXt\0tIME\0zTXt";
 constexpr int kUnusedCount = sizeof kUnused / 5;
-// Of a color profile, when it is inflated.
+// The limit of a color profile when it is inflated.
 constexpr png_alloc_size_t kLargestChunk = 4 << 20;
 
 class Reader {
@@ -226,7 +226,7 @@ std::optional<bool> IsGray(const Header& header) {
   return std::all_of(header.colors, header.colors + header.color_count, gray);
 }
 
-// The result is the orientation.
+// Returns the orientation.
 int ReadMetadata(const Header& header, Reading& reading) {
   if (header.profile_size > 0) {
     reading.metadata.profile.assign(header.profile, header.profile + header.profile_size);

@@ -25,7 +25,7 @@ std::string UnpredictableName() {
   return name + ".tmp";
 }
 
-// Where a link leads, also where nothing is yet: the file behind it is replaced and not the link.
+// Where a link leads, even if nothing is there yet: its target is replaced, not the link.
 fs::path Followed(fs::path target) {
   std::error_code error;
   for (int i = 0; i < kMostLinks && fs::is_symlink(target, error); ++i) {
@@ -50,7 +50,7 @@ TemporaryFile::TemporaryFile(const fs::path& target) {
     target_ = Followed(LongPath(target));
     std::error_code error;
     const fs::file_status status = fs::status(target_, error);
-    // Renaming over a device would take it away from everybody.
+    // Renaming over a device would remove it for everybody.
     if (fs::exists(status) && !fs::is_regular_file(status)) {
       throw FileError("cannot be written: it is not a regular file");
     }

@@ -37,7 +37,7 @@ class TemporaryFile {
   size_t listed_ = 0;  // where the signal handlers find it
 };
 
-// From now on a signal that ends the program takes temporary files away first.
+// From now on a signal that ends the program removes temporary files first.
 void RemoveTemporaryFilesOnSignals();
 
 }  // namespace omb

@@ -18,7 +18,7 @@ struct Text {
 
 void Keep(TiffErrors* errors, const char* text) {
   if (errors->any()) return;
-  // Some texts begin with the name of the file, which has none here.
+  // Some texts begin with the name of the file, which is empty here.
   std::strcpy(errors->text, std::strncmp(text, ": ", 2) == 0 ? text + 2 : text);
 }
 
@@ -27,7 +27,7 @@ int OnError(TIFF*, void* user, const char*, const char* format, va_list argument
   return 1;
 }
 
-// The JPEG decoder makes up the pixels that a file lacks, and calls it a warning.
+// The JPEG decoder makes up pixels that a file lacks, and only warns.
 int OnWarning(TIFF*, void* user, const char* module, const char* format, va_list arguments) {
   if (module == nullptr || std::strcmp(module, "JPEGLib") != 0) return 1;
   const Text warning(format, arguments);

@@ -1,5 +1,5 @@
-// libtiff's handle on a file in memory or on one that is being written. Errors come as return
-// values, their text by a handler of the one open file.
+// libtiff's handle on a file in memory or on one that is being written. Errors are return values;
+// their text goes to a handler of that file alone.
 #pragma once
 
 #include <tiffio.h>
@@ -10,7 +10,7 @@
 
 namespace omb {
 
-// No more than this is taken by libtiff at once.
+// libtiff allocates no more than this at once.
 inline constexpr tmsize_t kMaxTiffAllocation = tmsize_t{1} << 30;
 
 struct TiffErrors {
@@ -30,7 +30,7 @@ struct TiffMemory {
   uint64_t position = 0;
 };
 
-// Both must outlive the handle. Null, and a text in `errors`, where it is no TIFF file.
+// Both must outlive the handle. Null, and a text in `errors`, if it is not a TIFF file.
 Tiff OpenTiffMemory(TiffMemory& memory, TiffErrors& errors);
 Tiff OpenTiffOutput(Output& output, TiffErrors& errors);
 

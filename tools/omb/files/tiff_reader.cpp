@@ -1,5 +1,5 @@
-// TIFF files read by libtiff: rows of samples, made pixels by tiff_samples.h. The few kinds whose
-// samples are no colors as they stand go through libtiff's RGBA reader.
+// TIFF files read by libtiff: rows of samples, which tiff_samples.h turns into pixels. The few
+// kinds whose samples cannot be used as colors directly go through libtiff's RGBA reader.
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -93,7 +93,7 @@ double MostInflated(const TiffDirectory& d) {
   }
 }
 
-// Each pixel has a sample of its own at least.
+// Each pixel has at least one sample.
 void CheckFileHolds(const TiffDirectory& d, size_t file_size) {
   if (1.0 * d.width * d.height * d.bits / 8 / MostInflated(d) > static_cast<double>(file_size)) {
     throw FileError("the file is too short for " + PixelsText({d.width, d.height, d.bits}));
@@ -186,7 +186,7 @@ struct EndImage {
   void operator()(TIFFRGBAImage* image) const { TIFFRGBAImageEnd(image); }
 };
 
-// By libtiff's own conversion, of kinds that have no alpha.
+// By libtiff's own conversion, for kinds without alpha.
 Image ReadByRgba(TIFF* tiff, const TiffDirectory& d, const TiffErrors& errors) {
   const ImageSize size = {d.width, d.height, 24};
   CheckCompressedSize(size);

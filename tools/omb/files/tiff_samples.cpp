@@ -195,7 +195,7 @@ void TiffSamples::Compose(size_t pixels, uint8_t* to) {
     transparent_ = transparent_ || alpha != 255;
     for (size_t c = 0; c < channels; ++c) {
       unsigned value = color[channels - 1 - c];
-      // The white behind it is sample 0 where that is white.
+      // The white background is sample 0 if 0 is white.
       if (d.photometric == PHOTOMETRIC_MINISWHITE) value = 255 - value;
       value = d.alpha == TiffAlpha::kMultiplied && colors != 4 ? std::min(value + 255 - alpha, 255u)
                                                                : OnWhite(value, alpha);

@@ -15,19 +15,19 @@ struct TiffDirectory {
   uint32_t width = 0, height = 0;
   uint16_t bits = 1, samples = 1, photometric = 0, orientation = 1, sample_format = 1;
   uint16_t compression = 1;
-  bool planar = false;                       // the samples of a pixel stand apart
-  TiffAlpha alpha = TiffAlpha::kNone;        // the sample behind the colors
+  bool planar = false;                       // the samples of a pixel are in separate planes
+  TiffAlpha alpha = TiffAlpha::kNone;        // the sample after the colors
   uint32_t tile_width = 0, tile_height = 0;  // 0 where rows come in strips
   Resolution resolution;
 
   bool gray() const {
     return photometric == PHOTOMETRIC_MINISWHITE || photometric == PHOTOMETRIC_MINISBLACK;
   }
-  // The samples that a color takes; 0 where they are nothing that is known.
+  // Samples of a color; 0 for kinds that are not known.
   size_t color_samples() const;
 };
 
-// Throws FileError for what can be read but would be wrong.
+// Throws FileError for what can be read but would come out wrong.
 void CheckKind(const TiffDirectory& directory);
 
 // "16 bits each of red, green, blue with alpha"
@@ -37,12 +37,12 @@ using TiffPalette = std::array<std::array<uint8_t, 3>, 256>;
 // Throws FileError.
 TiffPalette ReadPalette(TIFF* tiff, const TiffDirectory& directory, const TiffErrors& errors);
 
-// Brings samples as libtiff gives them to pixels of an image.
+// Turns samples from libtiff into pixels of an image.
 class TiffSamples {
  public:
   TiffSamples(TIFF* tiff, const TiffDirectory& directory, const TiffErrors& errors);
 
-  // Whether samples of this kind are colors as they stand.
+  // Whether samples of this kind can be used as colors directly.
   static bool Takes(const TiffDirectory& directory);
   // Bits of the image's pixels.
   static uint16_t DepthOf(const TiffDirectory& directory);
@@ -52,11 +52,11 @@ class TiffSamples {
   void ToPixels(const uint8_t* const* planes, size_t pixels, uint8_t* to);
 
   bool transparent() const { return transparent_; }  // a pixel was
-  // A sample that is neither color nor alpha.
+  // Whether there is a sample that is neither color nor alpha.
   bool left_out() const;
 
  private:
-  // The samples of a pixel behind each other, in 8 bits.
+  // Stores the samples of each pixel one after the other, in 8 bits.
   void Gather(const uint8_t* const* planes, size_t pixels);
   void Compose(size_t pixels, uint8_t* to);
 

@@ -1,5 +1,5 @@
 // PNG, JPEG and TIFF through the codecs of Windows (the Windows Imaging Component). What the codecs
-// leave open, such as files that end early and what is no resolution, container.h finds out.
+// do not tell, such as that a file ends early or has no resolution, container.h finds out.
 #include <windows.h>
 // After it.
 #include <wincodec.h>
@@ -40,7 +40,7 @@ class Com {
   Interface* object_ = nullptr;
 };
 
-// Every call of the codecs stands between construction and destruction, on any thread.
+// The codecs may be called on a thread only while it has one of these.
 class Codecs {
  public:
   Codecs() : initialized_(SUCCEEDED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) {}
@@ -83,7 +83,7 @@ void MakeFactory(Com<IWICImagingFactory>& factory) {
   if (FAILED(made)) throw FileError("the system has no image codecs: error " + CodeText(made));
 }
 
-// Brings pixels as a codec gives them to those of an image; true when one was transparent.
+// Converts pixels from a codec to those of an image; true when one was transparent.
 using Convert = bool (*)(const uint8_t* from, size_t pixels, uint8_t* to);
 
 template <size_t kBits>
@@ -120,7 +120,7 @@ bool ReduceGray(const uint8_t* from, size_t pixels, uint8_t* to) {
   return false;
 }
 
-// The codecs make 0 no ink, whatever the file says.
+// To the codecs 0 is no ink, whatever the file says.
 bool Inks(const uint8_t* from, size_t pixels, uint8_t* to) {
   for (size_t x = 0; x < pixels; ++x, from += 4, to += 3) {
     for (size_t c = 0; c < 3; ++c) {
@@ -203,7 +203,7 @@ class Reader {
     return info;
   }
 
-  // `gray` makes an image of gray levels where colors are not stored.
+  // With `gray`, colors from the codec become gray levels.
   Image Read(Resolution resolution, bool gray, const Remark& remark) {
     UINT width = 0, height = 0;
     Check(pixels_->GetSize(&width, &height));
@@ -301,7 +301,7 @@ Image Read(Reading& reading, const Container& container, const GUID& format, con
 struct Form {
   GUID format;
   bool palette;
-  bool gray_row;  // rows are gray levels that stand for the colors of the table
+  bool gray_row;  // rows are the gray levels of the table's colors
 };
 
 Form FormOf(const Picture& picture) {
@@ -373,7 +373,7 @@ class Writer {
     CheckWrite(stream_->Stat(&stat, STATFLAG_NONAME));
     CheckWrite(GetHGlobalFromStream(stream_.get(), &block));
     const void* bytes = GlobalLock(block);
-    // What did not reach the disk is found out by the caller.
+    // The caller finds out what did not reach the disk.
     if (bytes != nullptr) writing_.out.Write(bytes, static_cast<size_t>(stat.cbSize.QuadPart));
     GlobalUnlock(block);
   }
@@ -428,7 +428,7 @@ class Writer {
     }
   }
 
-  const Codecs codecs_;  // before what the codecs made
+  const Codecs codecs_;  // outlives what the codecs made
   Writing writing_;
   Com<IWICImagingFactory> factory_;
   Com<IStream> stream_;

@@ -1,4 +1,4 @@
-// Ramps of colors that stand for gray levels: what "pseudocolor=fire" looks like.
+// Color ramps that replace gray levels: what "pseudocolor=fire" looks like.
 #pragma once
 
 #include <cstdint>

@@ -29,7 +29,7 @@ std::string PadLeft(const std::string& text, size_t columns) {
   return std::string(columns - std::min(columns, ColumnsOf(text)), ' ') + text;
 }
 
-// Weights at their places; what stands at one place several times is added up.
+// Weights at their places; several at one place are added up.
 Lines Grid(const KERNAL& kernel) {
   const bool weights = HasWeights(kernel);
   std::map<std::pair<int32_t, int32_t>, int64_t> at;
@@ -40,7 +40,7 @@ Lines Grid(const KERNAL& kernel) {
   for (const auto& [place, weight] : at) width = std::max(width, std::to_string(weight).size());
   Lines lines;
   for (int32_t row = 0; row < kernel.height; ++row) {
-    // Above in the picture is what is stored later.
+    // Rows that are stored later are higher in the picture.
     const int32_t dy = kernel.anchorY - row;
     std::string line;
     for (int32_t dx = -kernel.anchorX; dx < kernel.width - kernel.anchorX; ++dx) {

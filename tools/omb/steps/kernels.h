@@ -14,7 +14,7 @@ const KERNAL* FindKernel(const std::string& text);
 // False for mere shapes.
 bool HasWeights(const KERNAL& kernel);
 
-// All records as they lie on the picture, as many side by side as the columns of the terminal take.
+// All records as they lie on the picture, as many side by side as fit the columns of the terminal.
 std::string DrawKernels(int columns);
 
 }  // namespace omb

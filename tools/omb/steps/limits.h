@@ -10,11 +10,10 @@ namespace omb {
 // into a table of colors.
 void CheckLevels(const PackedDib* dib);
 
-// For steps that know width and height as numbers of 16 bits: throws StepError where these are
-// larger.
+// For steps that use 16 bits of width and height: throws StepError if these are larger.
 void CheckSides(const PackedDib* dib);
 
-// The same for steps that know the row length so, too.
+// The same for steps that also use 16 bits of the row length.
 void CheckRows(const PackedDib* dib);
 
 }  // namespace omb

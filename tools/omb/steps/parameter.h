@@ -1,4 +1,4 @@
-// One argument of a step: what a person may write for it, and the value this stands for.
+// One argument of a step: what a person may write for it, and the value that this means.
 #pragma once
 
 #include <cstdint>
@@ -21,7 +21,7 @@ struct Range {
   double minimum, maximum;
 };
 
-// The value of an argument: its text, and the number that the text stands for unless it is a text.
+// The value of an argument: its text, and the number that it means unless it is a text.
 struct Value {
   std::string text;
   double number = 0;
@@ -61,7 +61,7 @@ Parameter Whole(const char* name, const char* help, double minimum, double maxim
 Parameter Real(const char* name, const char* help, double minimum, double maximum);
 Parameter Choice(const char* name, const char* help, std::vector<Name> values);
 Parameter Color(const char* name, const char* help);
-// A text without commas whose meaning is the step's own matter.
+// A text without commas that only the step interprets.
 Parameter Text(const char* name, const char* help, const char* form,
                bool (*fits)(const std::string&) = nullptr);
 

@@ -51,7 +51,7 @@ std::string WithoutMark(std::string words) {
   throw UsageError(std::string(step.name) + ": " + reason, step.Help());
 }
 
-// The texts at their parameters' places; what is left out is none. "name=value" may stand for any
+// The texts at their parameters' places; none where one is left out. "name=value" may stand for any
 // parameter, in any order.
 std::vector<std::optional<std::string>> ArrangeArguments(const Step& step,
                                                          const std::vector<std::string>& texts) {

@@ -14,7 +14,7 @@ namespace omb {
 
 struct Step {
   const char* name;  // the export's name without omb_
-  // What menus call it, and the menu that it stands in: "&Brightness and contrast", "&Color". The
+  // What menus call it, and the menu that it is in: "&Brightness and contrast", "&Color". The
   // letter behind & chooses it in its menu.
   const char* title;
   const char* family;
@@ -27,7 +27,7 @@ struct Step {
   // Runs the step. False when the library refused; throws StepError where the reason is known. The
   // image is unchanged then.
   bool (*run)(Image& image, const Arguments& arguments);
-  // What brings images to where this step takes them: "gray". For hints and the gallery.
+  // The step that makes images fit for this one: "gray". For hints and the gallery.
   const char* before = nullptr;
   // Why arguments that are right one by one do not go together; null when they do.
   const char* (*conflict)(const Arguments& arguments) = nullptr;
@@ -95,11 +95,11 @@ struct Call {
 
 // Throws UsageError.
 Call ParseCall(const std::string& text);
-// A word that is no step belongs to the one before it where the two make sense: arguments may have
+// A word that is not a step belongs to the one before it if the two make sense: arguments may have
 // blanks ("kernel=unsharp 5x5" that a shell took apart).
 std::vector<Call> ParseCalls(const std::vector<std::string>& texts);
 
-// Runs a step; images of 16 and 32 bits are brought to 24 where it is not for these depths. Throws
+// Runs a step; images of 16 and 32 bits are brought to 24 if it is not for these depths. Throws
 // StepError, the image being unchanged then.
 void RunCall(const Call& call, Image& image);
 

@@ -51,7 +51,7 @@ constexpr int kMedian = -1, kOtsu = -2;
 int32_t ThresholdOf(const PackedDib* dib, int32_t given) {
   if (given == kMedian) return omb_autothreshold(dib);
   if (given != kOtsu) return given;
-  // Above 128 the library takes the threshold itself for light.
+  // Above 128 the library counts the threshold itself as light.
   const int32_t dark = OtsuThreshold(dib);
   return dark < 128 ? dark : dark + 1;
 }
@@ -69,7 +69,7 @@ bool ExtractcolorStep(Image& image, const Arguments& arguments) {
   const bool true_color = omb_DIBBitCount(image.get()) == 24;
   const bool reported =
       Replace(image, [&](PackedDib** dib) { return omb_extractcolor(dib, arguments.Unsigned(0)); });
-  // At 24 bits the library reports 0 also when it is done: the depth tells.
+  // At 24 bits the library returns 0 even when it is done: the depth tells.
   return true_color ? omb_DIBBitCount(image.get()) == 8 : reported;
 }
 
