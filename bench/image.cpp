@@ -93,7 +93,7 @@ void AddImageRows() {
   InPlace("invert, photo", Photo24(), omb_invert,
           WITH_OPENCV(InMat("bitwise_not", Photo24(), [](cv::Mat& m) { cv::bitwise_not(m, m); })),
           Agreement());
-  // A piece of the rows that stand last.
+  // A piece of the rows that are stored last.
   Replacing(
       "crop, photo", Photo24(),
       [](PackedDib** image) {

@@ -1,4 +1,4 @@
-# Run by CPack when the files of all Debian packages stand in folders.
+# Run by CPack when the files of all Debian packages are in folders.
 get_filename_component(source ${CMAKE_CURRENT_LIST_DIR} DIRECTORY)
 file(READ ${source}/LICENSE license)
 string(REGEX REPLACE "^MIT License\n\n(Copyright[^\n]*)\n\n" "" license "${license}")

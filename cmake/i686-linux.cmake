@@ -1,5 +1,5 @@
-# 32-bit x86 Linux programs, cross-built with Debian's g++-i686-linux-gnu. The processor runs them by
-# the loader and the libraries that came with the cross-compiler.
+# 32-bit x86 Linux programs, cross-built with Debian's g++-i686-linux-gnu. They run natively,
+# with the loader and the libraries that came with the cross-compiler.
 include(${CMAKE_CURRENT_LIST_DIR}/debian_cross.cmake)
 use_cross_compiler(Linux i686-linux-gnu)
 set(CMAKE_CROSSCOMPILING_EMULATOR

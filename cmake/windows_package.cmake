@@ -53,8 +53,8 @@ endforeach()
 zip(${stage} ${out}/${name}.zip ${name}/)
 zip(${debug} ${out}/${name}-debug.zip ${name}-debug/)
 
-# The NuGet package is a zip with a description of its own. Of a 32-bit build there is none: the
-# 64-bit one takes the 32-bit DLL along.
+# The NuGet package is a zip with a description of its own. A 32-bit build has none: that of the
+# 64-bit build contains the 32-bit DLL.
 if(ARCHITECTURE STREQUAL "x64")
   set(nuget ${out}/nuget)
   file(COPY ${stage}/include DESTINATION ${nuget}/build/native)

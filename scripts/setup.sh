@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that the given groups of work need, asking apt only for those that are
 # missing: scripts/setup.sh build|demo|test|arm64|... ...
-# With --optional, packages that cannot be had are a message and exit status 3 instead of a failure.
+# With --optional, packages that cannot be installed give a message and exit status 3, not a failure.
 set -euo pipefail
 
 packages_of() {
@@ -21,7 +21,7 @@ packages_of() {
     windows) echo g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth python3 ;;
     python) echo python3 python3-build python3-setuptools python3-wheel python3-pytest \
       python3-numpy python3-pil python3-distributed mypy ;;
-    # Other packages of Node.js than Debian's hold npm.
+    # Node.js packages from elsewhere than Debian contain npm.
     web) echo nodejs "$(command -v npm >/dev/null || echo npm)" chromium fonts-dejavu-core python3 ;;
     fuzz) echo clang libclang-rt-14-dev ;;
     bench) echo libopencv-dev libleptonica-dev libfreeimage-dev ;;

@@ -60,7 +60,7 @@ struct Grid {
   Lines lines;
 };
 
-// Drawings that stand side by side: a line of titles, and below each its grid.
+// Drawings side by side: a line of titles, and below each its grid.
 std::vector<Grid> GridsIn(const Lines& lines) {
   std::vector<Grid> grids;
   for (size_t i = 0; i < lines.size();) {

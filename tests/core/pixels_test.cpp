@@ -24,7 +24,7 @@ TEST(Pixels, UnpackingAndPackingAtEveryDepthAndLength) {
       UnpackIndices(row, static_cast<uint16_t>(bits), indices.size(), indices.data());
       for (int x = 0; x < width; ++x) EXPECT_EQ(indices[x], image.Pixel(x, 0));
 
-      // Only the low bits of an index count, and bits behind the last pixel keep their values.
+      // Only the low bits of an index count, and bits after the last pixel keep their values.
       for (uint8_t& index : indices) index = static_cast<uint8_t>(index | 0xFFu << bits);
       TestImage packed = ImageBuilder(bits, width, 1).Filler(0xFF).Build();
       uint8_t* packed_row = omb_FindDIBBits(packed.get());

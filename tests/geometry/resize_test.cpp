@@ -148,7 +148,7 @@ TEST(Resize, LargerThanWhatIsResizedAtATime) {
 TEST(Resize, BoxesOnAPixelsCenterCountFromTheTopLeft) {
   TestImage image = ImageBuilder(8, 3, 3).Pixels([](int x, int y) { return 16 * y + x; }).Build();
   ASSERT_EQ(omb_resize(image.ref(), 2, 2, 1), 1u);
-  // Of three pixels, the middle one stands on the edge between both new ones: it goes to the first.
+  // Of three pixels, the middle one lies on the edge between both new ones: it goes to the first.
   EXPECT_EQ(image.Pixels(), (std::vector<uint32_t>{9, 10, 33, 34}));
 }
 

@@ -16,7 +16,7 @@ struct BmpFile {
   uint32_t compression = 0;
   std::vector<uint32_t> colors = {};  // 0xRRGGBB
   uint32_t colors_used = 0;
-  std::vector<uint32_t> masks = {};  // inside the header or, after 40 bytes, behind it
+  std::vector<uint32_t> masks = {};  // inside the header or, after 40 bytes, following it
   uint32_t gap = 0;                  // bytes before the pixels
   int64_t pixels_at = -1;            // bfOffBits; below 0: where they are
   // The raw pixel in column x, row y from the top.

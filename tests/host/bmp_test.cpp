@@ -10,7 +10,7 @@ uint32_t ColorCount(int bits) { return bits <= 8 ? 1u << bits : 0; }
 
 uint32_t PixelLimit(int bits) { return bits == 32 ? 0x1000000 : 1u << bits; }
 
-// The image's color table, with black behind the given colors.
+// The image's color table, with black after the given colors.
 void ExpectColors(const TestImage& image, std::vector<uint32_t> colors) {
   colors.resize(ColorCount(image.bit_count()), 0);
   for (size_t i = 0; i < colors.size(); ++i) {
@@ -99,7 +99,7 @@ TEST(BmpFile, RunLengthCompression) {
       // Moves inside a row, to another row and back to no pixel at all; skipped pixels are 0.
       {8, 5, {1, 9, 0, 2, 2, 0, 1, 8, 0, 2, 0, 1, 1, 7, 0, 1}, {"00007", "90080"}},
       {4, 5, {0, 2, 1, 2, 3, 0x45, 0, 1}, {"04540", "00000", "00000"}},
-      // Early ends of row and image; a missing end of image behind the last pixel.
+      // Early ends of row and image; a missing end of image after the last pixel.
       {8, 3, {1, 5, 0, 0, 0, 1}, {"000", "500"}},
       {8, 3, {0, 1}, {"000", "000"}},
       {8, 3, {3, 1, 0, 0, 3, 2}, {"222", "111"}},
@@ -121,7 +121,7 @@ TEST(BmpFile, RunLengthCompression) {
     ExpectPlainHeader(image);
     EXPECT_EQ(image.Rows(), runs.rows);
     ExpectColors(image, file.colors);
-    // An end mark, and moves behind the last pixel.
+    // An end mark, and moves after the last pixel.
     ExpectSafe(file.Bytes(), 8);
   }
 }

@@ -148,7 +148,7 @@ std::vector<fs::path> Samples() {
   return paths;
 }
 
-// What a file of a kind that the host does not write holds stands beside it as a BMP file.
+// What a file of a kind that the host does not write should give is a BMP file next to it.
 void ExpectSample(const fs::path& path) {
   const std::string stem = path.stem().string();
   const std::string extension = path.extension().string().substr(1);
@@ -352,7 +352,7 @@ TEST(Files, DamagedSamplesAreRefusedOrRead) {
     const std::vector<uint8_t> file = Load(path);
     if (file.size() > 550) continue;
     SCOPED_TRACE(path.filename().string());
-    // What stands behind the pixels of a TIFF may be missing.
+    // What follows the pixels of a TIFF may be missing.
     ExpectSafe(file, path.extension() == ".tif" ? file.size() : 0);
   }
 }

@@ -139,7 +139,7 @@ TEST(Tables, ExamplesRunAtEveryDepthTheyPromise) {
   }
 }
 
-// What the library would refuse or spoil is said before it is called.
+// What the library would refuse or spoil is reported before it is called.
 TEST(Limits, AreExplained) {
   using ombrilo::test::ImageBuilder;
   const struct {
@@ -225,7 +225,7 @@ TEST(Calls, BytesThatAreNoGrayLevelsAreNotFiltered) {
   }
 }
 
-// Noise on paper and ink: what is parted is the two, wherever they lie.
+// Noise on paper and ink: the threshold separates these two, wherever they lie.
 TEST(Calls, OtsuPartsPaperFromInk) {
   for (const int shift : {0, 90, 160}) {
     for (const int bits : {8, 24}) {
@@ -267,7 +267,7 @@ TEST(Tables, TitlesAreWordsWithALetterOfTheirOwn) {
         << step->title << ": the letter is another one's in its menu";
     families.insert(step->family);
   }
-  // File, Edit, View and Help stand beside them.
+  // File, Edit, View and Help are beside them.
   letters = {"f", "e", "v", "h"};
   for (const std::string& family : families) {
     EXPECT_TRUE(letters.insert(letter(family)).second) << family;

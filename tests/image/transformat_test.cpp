@@ -29,7 +29,7 @@ TEST(Transformat, DefaultLayouts) {
   }
 }
 
-// The masks stand behind the header, where a table of three entries lies or the pixels themselves.
+// The masks follow the header, where a table of three entries is, or the pixels themselves.
 TestImage Bitfields(int bits, uint32_t red, uint32_t green, uint32_t blue, uint32_t pixel) {
   return ImageBuilder(bits, 3, 2)
       .Colors({0, 0, 0})

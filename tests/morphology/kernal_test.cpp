@@ -41,7 +41,7 @@ TEST(Kernal, NewCloneZeroDestroy) {
   for (int i = 0; i < 4; ++i) made->offsets[i] = 10 + i;
   for (int i = 0; i < 2; ++i) made->weights[i] = 20 + i;
   KERNAL* copy = omb_cloneKERNAL(made);
-  omb_destroyKERNAL(made);  // the copy stands alone
+  omb_destroyKERNAL(made);  // the copy does not need it
   int32_t offsets[] = {10, 11, 12, 13}, weights[] = {20, 21};
   char name[] = "mine ";
   EXPECT_EQ(DigestOf(*copy), DigestOf({5, 4, 3, 2, 2, -9, offsets, name, weights}));

@@ -4,7 +4,7 @@
 //   TestImage photo = ImageBuilder(24, 5, 4).Pixels([](int x, int y) { return Rgb(x, y, 7);
 //   }).Build();
 //
-// Pixel values are color table indices, 0xRRGGBB at 24 bits and the raw word at 16 and 32 bits.
+// Pixel values are color table indices, 0xRRGGBB at 24 bits and the raw value at 16 and 32 bits.
 // Columns count from the left and rows from the top of the picture.
 #pragma once
 

@@ -42,8 +42,8 @@ struct Geometry {
 // A neighbour of a byte, in pixels: 0 outside the block, -1 outside the image.
 using Neighbour = std::function<int(int dx, int dy)>;
 
-// The block after `passes` over all bytes whose pixels have so many others on each side; each byte
-// in the block becomes `value` of what was there before the pass.
+// The block after `passes` over all bytes whose pixels have this many others on each side; each
+// byte in the block becomes `value` of what was there before the pass.
 struct Margins {
   int64_t before, after, left, right;
 };

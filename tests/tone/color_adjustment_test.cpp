@@ -16,7 +16,7 @@ using Color = std::array<int, 3>;
 
 int Limited(int value) { return std::clamp(value, 0, 255); }
 
-// Modes 3 and 4. Each product and quotient is a statement, lest two be taken together.
+// Modes 3 and 4. Each product and quotient is a statement, so that no two are fused.
 Color Turned(const Color& bgr, bool lightness, int a, int b, int p) {
   const auto [blue, green, red] = bgr;
   const int max = std::max({blue, green, red}), min = std::min({blue, green, red});
@@ -213,7 +213,7 @@ TEST(Balance, EachColorByItself) {
   }
 }
 
-// Indices go to the nearest of 256 colors, some of which are behind a short table.
+// Indices go to the nearest of 256 colors, some of which are beyond a short table.
 TEST(Balance, IndicesGoToTheNearestEntry) {
   constexpr Color kAmounts = {-60, 20, 80};
   for (const int count : {256, 7}) {

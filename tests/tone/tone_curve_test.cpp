@@ -13,7 +13,7 @@ namespace {
 using Curve = std::array<uint8_t, 256>;
 using Points = std::vector<OmbPoint>;
 
-// Piece by piece, from slopes that are written down once for all.
+// Piece by piece, from slopes that are computed once.
 Curve Smooth(const Points& points) {
   const size_t last = points.size() - 1;
   std::vector<double> h, d, s, m(points.size());
@@ -42,7 +42,7 @@ Curve Smooth(const Points& points) {
   for (int v = 0; v < 256; ++v) {
     auto& to = curve[static_cast<size_t>(v)];
     size_t i = 0;
-    while (i <= last && points[i].x <= v) ++i;  // the first point behind the level
+    while (i <= last && points[i].x <= v) ++i;  // the first point after the level
     to = static_cast<uint8_t>(points[i == 0 ? 0 : i - 1].y);
     if (i == 0 || i > last) continue;
     --i;

@@ -1,5 +1,5 @@
-// Calls on several threads do not meet: together they give what each gives alone. The thread
-// sanitizer runs this file by itself.
+// Calls on several threads do not affect each other: together they give what each gives alone. The
+// thread sanitizer runs this file by itself.
 #include <gtest/gtest.h>
 
 #include <array>
