@@ -83,7 +83,9 @@ def build():
 
 
 def tests_pass():
-    return run(str(BUILD / "ombrilo_tests"), "--gtest_fail_fast", "--gtest_brief=1", timeout=TIMEOUT) == 0
+    """First those that see most faults soonest."""
+    return all(run(str(BUILD / "ombrilo_tests"), f"--gtest_filter={tests}", "--gtest_fail_fast",
+                   "--gtest_brief=1", timeout=TIMEOUT) == 0 for tests in ("Sameness*", "-Sameness*"))
 
 
 def main():
