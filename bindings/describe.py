@@ -126,10 +126,14 @@ def ramps_of(source):
             for name, stops in re.findall(r'\{"(\w+)",\s*\{([^}]*)\}\}', source)}
 
 
-def enumeration_of(documentation, parameter, enumerations):
+def enumeration_of(function, parameter, functions, enumerations):
     """Value -> constant, of the enumeration that the documentation names for a parameter."""
-    text = re.search(rf"@param +{parameter}\b((?:(?!\n@).)*)", documentation, re.S)
-    named = re.search(r"::(Omb\w+)", text[1]) if text else None
+    text = re.search(rf"@param +{parameter}\b((?:(?!\n@).)*)", functions[function][2], re.S)
+    if text is None:
+        return {}
+    if same := re.search(r"as (omb_\w+)\(\) takes it", text[1]):
+        return enumeration_of(same[1], parameter, functions, enumerations)
+    named = re.search(r"::(Omb\w+)", text[1])
     members = enumerations.get(named[1], {}) if named else {}
     return {str(value): constant for constant, (value, _) in members.items()}
 
@@ -151,7 +155,7 @@ def operation_of(step, functions, enumerations):
             if kind not in SCALARS:
                 return None
         argument = dict(argument, type=SCALARS.get(kind, "pointer"))
-        if constants := enumeration_of(doc, c_name, enumerations):
+        if constants := enumeration_of(function, c_name, functions, enumerations):
             argument["enumeration"] = constants
         arguments.append(argument)
     if rest:

@@ -1,37 +1,32 @@
 // The page: steps and their controls, the picture before and after. The work is the worker's.
-import { codeIn } from "./code.js";
+import { codeIn, textOf } from "./code.js";
+import { parseStep } from "./ombrilo/arguments.js";
+import { pointEditor } from "./points.js";
 import { drawSample } from "./samples.js";
 
 const $ = (id) => document.getElementById(id);
 const before = $("before").getContext("2d", { willReadFrequently: true });
-const after = $("after").getContext("2d");
+const after = $("after").getContext("bitmaprenderer");
 const worker = new Worker(new URL("worker.js", import.meta.url), { type: "module" });
+
+const LARGEST = 1e8; // pixels: several copies of a picture have to fit the module's memory
 
 let operations = new Map();
 let kernels = [];
 let steps = []; // {operation, values, on, node}
 let language = "omb";
 let calls = [];
-let lastId = 0;
+let fileName = "ombrilo";
 let busy = false;
 let waiting = false;
 
 // --- Steps as text and as arguments
 
-// What a parameter begins with: its default, or what the step's first example shows.
-function startOf(operation, index) {
-  const parameter = operation.parameters[index];
-  if (parameter.default !== undefined) return parameter.default;
-  const example = operation.examples[0].split("=").slice(1).join("=").split(",")[index];
-  const number = Number(example);
-  return parameter.type === "integer" || parameter.type === "number"
-    ? (Number.isNaN(number) ? parameter.values?.find((v) => v.name === example)?.name ?? 0 : number)
-    : example;
-}
-
-function textOf({ operation, values }) {
-  const words = operation.parameters.map((p) => values[p.name]);
-  return words.length ? `${operation.name}=${words.join(",")}` : operation.name;
+// The operation of a step's text, and a value for each of its parameters.
+function stepOf(text) {
+  const { operation, given } = parseStep(text);
+  const values = operation.parameters.map((p) => [p.name, given[p.name] ?? p.default]);
+  return { operation, values: Object.fromEntries(values) };
 }
 
 function active() {
@@ -40,23 +35,71 @@ function active() {
 
 // --- Work, one chain at a time and always the newest
 
-function request() {
-  if ("empty" in $("stage").dataset) return;
-  if (busy) {
-    waiting = true;
-    return;
-  }
-  busy = true;
-  $("view").setAttribute("aria-busy", "true");
-  lastId += 1;
-  worker.postMessage({ id: lastId, steps: active().map(textOf) });
+const answers = new Map(); // id -> {resolve, reject}
+let lastId = 0;
+
+function ask(question) {
+  return new Promise((resolve, reject) => {
+    answers.set(++lastId, { resolve, reject });
+    worker.postMessage({ ...question, id: lastId });
+  });
 }
 
-function changed() {
+async function request() {
+  if ("empty" in $("stage").dataset) return;
+  waiting = busy;
+  if (busy) return;
+  busy = true;
+  $("view").setAttribute("aria-busy", "true");
+  try {
+    showResult(await ask({ steps: active().map(textOf) }));
+  } catch (error) {
+    $("status").textContent = `That did not work: ${error.message}`;
+  }
+  busy = false;
+  $("view").setAttribute("aria-busy", "false");
+  if (waiting) request();
+}
+
+// --- The chain's history
+
+let past = [];
+let future = [];
+let current = [];
+let lastChange = { key: "", time: 0 };
+
+function show() {
   history.replaceState(null, "", "#" + active().map(textOf).map(encodeURIComponent).join(";"));
+  $("undo").disabled = past.length === 0;
+  $("redo").disabled = future.length === 0;
   request();
   showCode();
 }
+
+// Changes with the same key that follow each other at once, as a slider makes them, are one.
+function changed(key = "") {
+  const time = performance.now();
+  if (key === "" || key !== lastChange.key || time - lastChange.time > 1000) past.push(current);
+  lastChange = { key, time };
+  future = [];
+  current = steps.map(({ operation, values, on }) => ({ operation, values: { ...values }, on }));
+  show();
+}
+
+function travel(from, to) {
+  if (from.length === 0) return;
+  to.push(current);
+  current = from.pop();
+  lastChange = { key: "", time: 0 };
+  steps = [];
+  $("steps").replaceChildren();
+  for (const step of current) addStep(step, step.on);
+  show();
+}
+const undo = () => travel(past, future);
+const redo = () => travel(future, past);
+$("undo").addEventListener("click", undo);
+$("redo").addEventListener("click", redo);
 
 function setPicture() {
   const { width, height } = before.canvas;
@@ -67,9 +110,9 @@ function setPicture() {
   request();
 }
 
-function showResult({ pixels, width, height, bits, time, failed, histogram, calls: given }) {
+function showResult({ bitmap, width, height, bits, time, failed, histogram, calls: given }) {
   Object.assign(after.canvas, { width, height });
-  after.putImageData(new ImageData(pixels, width, height), 0, 0);
+  after.transferFromImageBitmap(bitmap);
   const size = `${width} × ${height} pixels, ${bits} ${bits === 1 ? "bit" : "bits"}`;
   $("status").textContent = `${size} · ${time < 10 ? time.toFixed(1) : Math.round(time)} ms`;
   active().forEach((step, i) => {
@@ -107,14 +150,13 @@ function drawHistogram(channels) {
 worker.addEventListener("message", ({ data }) => {
   if (data.ready) {
     start(data);
-    return;
-  }
-  busy = false;
-  $("view").setAttribute("aria-busy", "false");
-  showResult(data);
-  if (waiting) {
-    waiting = false;
-    request();
+  } else if (data.id === undefined) {
+    $("status").textContent = `The picture could not be taken: ${data.error}`;
+  } else {
+    const { resolve, reject } = answers.get(data.id);
+    answers.delete(data.id);
+    if (data.error) reject(new Error(data.error));
+    else resolve(data);
   }
 });
 worker.addEventListener("error", (event) => {
@@ -123,90 +165,111 @@ worker.addEventListener("error", (event) => {
 
 // --- Controls
 
-function control(step, parameter) {
-  const { values } = step;
-  const set = (value) => {
-    values[parameter.name] = value;
-    changed();
-  };
-  const field = document.createElement("div");
-  field.className = "field";
-  const label = document.createElement("label");
-  label.textContent = parameter.name;
-  label.title = parameter.help;
-  const id = `p${Math.random().toString(36).slice(2)}`;
-  label.htmlFor = id;
-  field.append(label);
+function selectOf(options, value, changed) {
+  const select = document.createElement("select");
+  for (const option of options) select.add(new Option(option));
+  select.value = value;
+  select.addEventListener("change", () => changed(select.value));
+  return select;
+}
 
-  const names = parameter.values?.map((v) => v.name) ?? [];
-  const isKernel = parameter.type === "text" && parameter.name !== "size";
-  const percent = parameter.type === "text" && parameter.name === "size";
-  const manyNames = names.length > 2;
-  if (parameter.type === "choice" || isKernel || manyNames) {
-    const select = document.createElement("select");
-    for (const name of isKernel ? kernels : names) select.add(new Option(name));
-    select.id = id;
-    select.value = values[parameter.name];
-    select.addEventListener("change", () => set(select.value));
-    field.append(select);
-    return field;
+// A slider over the usual part of the range, and a number for all of it.
+function numberControl(parameter, id, value, set) {
+  const percent = parameter.type === "text";
+  const whole = percent || parameter.type === "integer";
+  const [least, most] = percent ? [1, 400] : [parameter.minimum, parameter.maximum];
+  let [low, high] = percent ? [5, 200] : parameter.usual ?? [least, most];
+  if (high > 1e6) {
+    const { width, height } = before.canvas;
+    high = parameter.name === "area" ? 400 : /height|bottom|top|y/.test(parameter.name) ? height : width;
   }
-  if (parameter.type === "color") {
-    const input = Object.assign(document.createElement("input"), { type: "color", id });
-    input.value = values[parameter.name];
-    input.addEventListener("input", () => set(input.value));
-    field.append(input);
-    return field;
-  }
-  // A slider over the usual part of the range, and a number for all of it.
-  const whole = parameter.type === "integer" || percent;
-  let [low, high] = percent ? [1, 400] : [parameter.minimum, parameter.maximum];
-  const fixed = [low, high];
-  const { width, height } = before.canvas;
-  if (high > 1e6) high = /height|bottom|top|y/.test(parameter.name) ? height : width;
-  if (parameter.name === "degrees") [low, high] = [-180, 180];
-  if (parameter.name === "gamma") [low, high] = [0.1, 4];
-  if (percent) [low, high] = [5, 200];
-  if (high === 1000) high = parameter.name === "strength" ? 40 : 10;
   const slider = Object.assign(document.createElement("input"), {
     type: "range", id, min: low, max: high,
     step: whole ? 1 : high - low <= 1 ? 0.005 : high - low <= 5 ? 0.01 : 0.1,
   });
   const number = Object.assign(document.createElement("input"), {
-    type: "number", min: fixed[0], max: fixed[1], step: whole ? 1 : "any",
+    type: "number", min: least, max: most, step: whole ? 1 : "any",
   });
   number.setAttribute("aria-label", `${parameter.name}, as a number`);
-  const show = (value) => {
-    slider.value = number.value = String(value).replace("%", "");
-    if (Number.isNaN(parseFloat(value))) number.placeholder = value;
+  slider.value = number.value = String(value).replace("%", "");
+  for (const [input, other] of [[slider, number], [number, slider]]) {
+    input.addEventListener("input", () => {
+      other.value = input.value;
+      if (input.value !== "") set(percent ? `${input.value}%` : Number(input.value));
+    });
+  }
+  return [slider, number];
+}
+
+function control(step, parameter) {
+  const { values, operation } = step;
+  const id = `p${Math.random().toString(36).slice(2)}`;
+  const set = (value) => {
+    values[parameter.name] = value;
+    changed(id);
   };
-  show(values[parameter.name]);
-  const take = (text) => {
-    if (text === "" || Number.isNaN(Number(text))) return;
-    set(percent ? `${text}%` : Number(text));
-  };
-  slider.addEventListener("input", () => {
-    number.value = slider.value;
-    take(slider.value);
+  const field = document.createElement("div");
+  field.className = "field";
+  const label = Object.assign(document.createElement("label"), {
+    textContent: parameter.name, title: parameter.help, htmlFor: id,
   });
-  number.addEventListener("input", () => {
-    slider.value = number.value;
-    take(number.value);
-  });
-  field.append(slider, number);
+  field.append(label);
+
+  const value = values[parameter.name];
+  const names = parameter.values?.map((v) => v.name) ?? [];
+  if (parameter.name === "points") {
+    const curveOf = async (points) => operation.name === "curve"
+      ? (await ask({ points })).curve
+      : linesOf(points);
+    field.append(pointEditor(id, value, curveOf, set));
+  } else if (parameter.type === "color") {
+    const input = Object.assign(document.createElement("input"), { type: "color", id, value });
+    input.addEventListener("input", () => set(input.value));
+    field.append(input);
+  } else if (parameter.type === "choice" || names.length > 2) {
+    field.append(Object.assign(selectOf(names, value, set), { id }));
+  } else if (parameter.type === "text" && parameter.name !== "size") {
+    field.append(Object.assign(selectOf(kernels, value, set), { id }));
+  } else if (names.length === 0) {
+    field.append(...numberControl(parameter, id, value, set));
+  } else {
+    // A name, or a number, whose controls show when it is chosen.
+    const [low, high] = parameter.usual ?? [parameter.minimum, Math.min(255, parameter.maximum)];
+    const middle = Math.round((low + high) / 2);
+    const named = names.includes(value);
+    const numbers = numberControl(parameter, `${id}n`, named ? middle : value, set);
+    const display = (shown) => numbers.forEach((n) => (n.hidden = !shown));
+    const select = selectOf([...names, "number"], named ? value : "number", (name) => {
+      display(name === "number");
+      set(name === "number" ? Number(numbers[1].value) : name);
+    });
+    display(!named);
+    numbers[0].setAttribute("aria-label", parameter.name);
+    field.append(Object.assign(select, { id }), ...numbers);
+  }
   return field;
 }
 
-function addStep(name, values = {}) {
-  const operation = operations.get(name);
-  const step = { operation, values: {}, on: true };
-  operation.parameters.forEach((parameter, i) => {
-    step.values[parameter.name] = values[parameter.name] ?? startOf(operation, i);
+// What omb_segmentoperation() makes of each level, to draw it.
+function linesOf(text) {
+  const points = parseStep(`segmentoperation=${text}`).given.points
+    .split("/").map((p) => p.split(":").map(Number));
+  return Array.from({ length: 256 }, (_, v) => {
+    const next = points.findIndex(([x]) => x >= v);
+    if (next <= 0) return next === 0 ? points[0][1] : points.at(-1)[1];
+    const [[x0, y0], [x1, y1]] = [points[next - 1], points[next]];
+    return y0 + ((y1 - y0) * (v - x0)) / (x1 - x0);
   });
+}
+
+function addStep({ operation, values }, on = true) {
+  const { name } = operation;
+  const step = { operation, values: { ...values }, on };
   step.node = document.createElement("li");
   const head = document.createElement("div");
   head.className = "head";
-  const toggle = Object.assign(document.createElement("input"), { type: "checkbox", checked: true });
+  const toggle = Object.assign(document.createElement("input"), { type: "checkbox", checked: on });
+  step.node.classList.toggle("off", !on);
   toggle.setAttribute("aria-label", `Use ${name}`);
   toggle.addEventListener("change", () => {
     step.on = toggle.checked;
@@ -231,10 +294,12 @@ function addStep(name, values = {}) {
     changed();
   };
   for (const [text, meaning, action] of [
-    ["↑", "earlier", () => move(-1)], ["↓", "later", () => move(1)], ["✕", "away", remove],
+    ["↑", `Move ${name} up`, () => move(-1)], ["↓", `Move ${name} down`, () => move(1)],
+    ["✕", `Remove ${name}`, remove],
   ]) {
     const button = Object.assign(document.createElement("button"), { type: "button", textContent: text });
-    button.setAttribute("aria-label", `Move ${name} ${meaning}`);
+    button.title = meaning;
+    button.setAttribute("aria-label", meaning);
     button.addEventListener("click", () => {
       action();
       if (button.isConnected) button.focus();
@@ -248,14 +313,12 @@ function addStep(name, values = {}) {
   step.node.append(head, summary, ...operation.parameters.map((p) => control(step, p)), note);
   steps.push(step);
   $("steps").append(step.node);
-  changed();
 }
 
 // --- Code
 
 function showCode() {
-  const shown = active().map((step) => ({ ...step, name: step.operation.name, text: textOf(step) }));
-  $("code").textContent = codeIn(language, shown, calls);
+  $("code").textContent = codeIn(language, active(), calls);
   for (const tab of document.querySelectorAll("[role=tab]")) {
     const selected = tab.id === `tab-${language}`;
     tab.setAttribute("aria-selected", selected);
@@ -293,11 +356,16 @@ $("copy").addEventListener("click", async () => {
 async function take(file) {
   try {
     const picture = await createImageBitmap(file);
+    if (picture.width * picture.height > LARGEST) {
+      $("status").textContent = `${file.name} is too large for this page: 100 megapixels at most.`;
+      return;
+    }
     Object.assign(before.canvas, { width: picture.width, height: picture.height });
     before.fillStyle = "#fff";
     before.fillRect(0, 0, picture.width, picture.height);
     before.drawImage(picture, 0, 0);
     picture.close();
+    fileName = (file.name ?? "pasted").replace(/\.[^.]*$/, "") + "-ombrilo";
     setPicture();
   } catch {
     $("status").textContent = `${file.name ?? "This"} is not a picture that this browser reads.`;
@@ -309,6 +377,7 @@ $("file").addEventListener("change", () => $("file").files[0] && take($("file").
 for (const button of document.querySelectorAll("[data-sample]")) {
   button.addEventListener("click", () => {
     drawSample(button.dataset.sample, before);
+    fileName = button.dataset.sample;
     setPicture();
   });
 }
@@ -329,7 +398,7 @@ addEventListener("paste", (event) => {
 $("save").addEventListener("click", () => {
   after.canvas.toBlob((blob) => {
     const link = Object.assign(document.createElement("a"), {
-      href: URL.createObjectURL(blob), download: "ombrilo.png",
+      href: URL.createObjectURL(blob), download: `${fileName}.png`,
     });
     link.click();
     setTimeout(() => URL.revokeObjectURL(link.href), 10000);
@@ -343,16 +412,22 @@ function divide(part) {
 $("divider").addEventListener("input", () => divide($("divider").value / 1000));
 
 addEventListener("keydown", (event) => {
+  const key = event.key.toLowerCase();
+  if ((event.ctrlKey || event.metaKey) && (key === "z" || key === "y") && event.target.type !== "text") {
+    event.preventDefault();
+    if (key === "y" || event.shiftKey) redo();
+    else undo();
+  }
   if (event.ctrlKey || event.metaKey || event.altKey) return;
   if (event.target.closest("input:not([type=range]):not([type=checkbox]), select, textarea")) return;
-  if (event.key === "a") {
+  if (key === "a") {
     event.preventDefault();
     $("add").focus();
     $("add").showPicker?.();
   }
-  if (event.key === "b") divide(1);
-  if (event.key === "o") $("open").click();
-  if (event.key === "s" && !$("save").disabled) $("save").click();
+  if (key === "b") divide(1);
+  if (key === "o") $("open").click();
+  if (key === "s" && !$("save").disabled) $("save").click();
 });
 addEventListener("keyup", (event) => event.key === "b" && divide($("divider").value / 1000));
 matchMedia("(prefers-color-scheme: dark)").addEventListener("change", request);
@@ -370,22 +445,22 @@ function start(data) {
     $("add").append(group);
   }
   $("add").addEventListener("change", () => {
-    if ($("add").value) addStep($("add").value);
+    if (!$("add").value) return;
+    // Its first example, which can be seen.
+    addStep(stepOf(operations.get($("add").value).examples[0]));
     $("add").value = "";
+    changed();
+    steps.at(-1).node.scrollIntoView({ block: "nearest" });
   });
-  for (const text of location.hash.slice(1).split(";").filter(Boolean).map(decodeURIComponent)) {
-    const [name, ...rest] = text.split("=");
-    const operation = operations.get(name);
-    if (!operation) continue;
-    const words = rest.join("=").split(",");
-    const values = {};
-    operation.parameters.forEach((p, i) => {
-      if (!words[i]) return;
-      const numeric = (p.type === "integer" || p.type === "number") && !Number.isNaN(Number(words[i]));
-      values[p.name] = numeric ? Number(words[i]) : words[i];
-    });
-    addStep(name, values);
+  for (const text of location.hash.slice(1).split(";").filter(Boolean)) {
+    try {
+      addStep(stepOf(decodeURIComponent(text)));
+    } catch {
+      // An address that somebody changed.
+    }
   }
+  changed();
+  past = [];
+  $("undo").disabled = true;
   document.documentElement.dataset.ready = "";
-  showCode();
 }

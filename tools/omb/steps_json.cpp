@@ -44,6 +44,7 @@ Json JsonOf(const Parameter& parameter) {
         whole ? Json(static_cast<int64_t>(parameter.minimum)) : Json(parameter.minimum);
     json["maximum"] =
         whole ? Json(static_cast<int64_t>(parameter.maximum)) : Json(parameter.maximum);
+    if (parameter.usual) json["usual"] = {parameter.usual->minimum, parameter.usual->maximum};
   }
   if (!parameter.names.empty()) {
     json["values"] = Json::array();

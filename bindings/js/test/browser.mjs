@@ -75,9 +75,9 @@ try {
   await page.waitForFunction(() => document.getElementById("after").width > 900);
   await settled(page);
   const command = await page.textContent("#code");
-  assert.match(command, /omb apply in.png out.png \\\n {2}gray \\\n {2}brightnesscontrast=20,40 \\\n {2}rotate=2,bicubic/);
+  assert.match(command, /omb apply in.png out.png \\\n {2}gray \\\n {2}brightnesscontrast=20,40 \\\n {2}rotate=2,bilinear$/);
   const contents = { python: "image.rotate(degrees=2", js: "image.rotate({ degrees: 2",
-    c: "omb_rotate(&dib, 2, OMB_RESAMPLE_BICUBIC);", cpp: "image.rotate(2, OMB_RESAMPLE_BICUBIC);" };
+    c: "omb_rotate(&dib, 2, OMB_RESAMPLE_BILINEAR);", cpp: "image.rotate(2, OMB_RESAMPLE_BILINEAR);" };
   for (const [tab, text] of Object.entries(contents)) {
     await page.click(`#tab-${tab}`);
     assert.ok((await page.textContent("#code")).includes(text), tab);
@@ -87,15 +87,33 @@ try {
     const { load } = await import("./ombrilo/index.js");
     const { Image } = await load();
     const [source, result] = ["before", "after"].map((id) => {
-      const canvas = document.getElementById(id);
-      return canvas.getContext("2d").getImageData(0, 0, canvas.width, canvas.height);
+      const { width, height } = document.getElementById(id);
+      const copy = new OffscreenCanvas(width, height).getContext("2d");
+      copy.drawImage(document.getElementById(id), 0, 0);
+      return copy.getImageData(0, 0, width, height);
     });
     const expected = Image.fromImageData(source).apply(...chain).toImageData();
     return expected.width === result.width &&
       expected.data.every((byte, i) => byte === result.data[i]);
-  }, ["gray", "brightnesscontrast=20,40", "rotate=2,bicubic"]);
+  }, ["gray", "brightnesscontrast=20,40", "rotate=2,bilinear"]);
   assert.ok(same, "the picture is the package's");
   await page.screenshot({ path: join(shots, "1280.png") });
+
+  // A curve is drawn, taken back, and drawn again.
+  await page.selectOption("#add", "curve");
+  const curve = page.locator(".points canvas");
+  await curve.scrollIntoViewIfNeeded();
+  const box = await curve.boundingBox();
+  await page.mouse.click(box.x + box.width / 2, box.y + box.height / 4);
+  const drawn = await page.inputValue(".points input");
+  assert.match(drawn, /^0:0\/64:40\/12[78]:19\d\/192:215\/255:255$/);
+  await page.keyboard.press("Control+z");
+  assert.equal(await page.inputValue(".points input"), "0:0/64:40/192:215/255:255");
+  await page.keyboard.press("Control+Shift+z");
+  assert.equal(await page.inputValue(".points input"), drawn);
+  await page.click("#undo");
+  await page.click("#undo");
+  assert.equal(await page.locator("#steps li").count(), 3);
 
   // What fails says so at its step; the page answers while the worker is at work.
   await page.selectOption("#add", "crop");
@@ -120,7 +138,7 @@ try {
 
   // A phone in the dark, from an address that holds the chain.
   const phone = await open({ viewport: { width: 390, height: 844 }, colorScheme: "dark",
-    hash: "#gray;pseudocolor%3Dfire", isMobile: true, hasTouch: true });
+    hash: "#gray;pseudocolor%3Dfire;no%3Dsuch", isMobile: true, hasTouch: true });
   await phone.page.click("[data-sample=photo]");
   await settled(phone.page);
   assert.equal(await phone.page.locator("#steps li").count(), 2);

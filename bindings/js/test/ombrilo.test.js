@@ -3,11 +3,12 @@ import assert from "node:assert/strict";
 import { execFileSync } from "node:child_process";
 import { mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
 import { tmpdir } from "node:os";
-import { join } from "node:path";
+import { dirname, join } from "node:path";
 import { test } from "node:test";
-import { pathToFileURL } from "node:url";
+import { fileURLToPath, pathToFileURL } from "node:url";
 
 const { load, OmbriloError } = await import(pathToFileURL(join(process.env.PACKAGE, "index.js")));
+const { parseStep } = await import(pathToFileURL(join(process.env.PACKAGE, "arguments.js")));
 const { Image, bestfit, kernels, operations } = await load();
 
 function noise(width, height, channels = 4) {
@@ -116,7 +117,29 @@ function readBmp(path) {
   return Uint8ClampedArray.from(rows);
 }
 
-test("every operation gives what omb gives", () => {
+// The code that the playground shows, as a program of functions with a number: main() runs all of them
+// on the pixels of standard input and writes what they give.
+function programOf(codes, sizes, isCpp) {
+  const functions = codes.map((code, i) => `static void step${i}(void) {
+    const size_t result_stride = 4 * ${sizes[i][0]};
+    ${code.replace(/#include.*/, "")}
+    fwrite(result, result_stride, ${sizes[i][1]}, stdout);
+  }`);
+  return `#include <stdio.h>
+    #include <ombrilo/ombrilo.${isCpp ? "hpp" : "h"}>
+    enum { width = 640, height = 480, stride = 4 * width };
+    static uint8_t pixels[stride * height], result[8 * stride * height];
+    ${functions.join("\n")}
+    int main(void) {
+      if (fread(pixels, 1, sizeof pixels, stdin) != sizeof pixels) return 1;
+      ${codes.map((_, i) => `step${i}();`).join(" ")}
+      return 0;
+    }`;
+}
+
+test("every operation gives what omb gives, and so does the code that the playground shows", async () => {
+  const { callOf, codeIn } = await import(
+    pathToFileURL(join(process.env.PACKAGE, "..", "playground", "code.js")));
   const folder = mkdtempSync(join(tmpdir(), "ombrilo-"));
   const [width, height] = [640, 480];
   const rgb = noise(width, height, 3);
@@ -133,18 +156,58 @@ test("every operation gives what omb gives", () => {
   for (let i = 0; i < bgr.length; i += 3) [bgr[i], bgr[i + 2]] = [bgr[i + 2], bgr[i]];
   writeFileSync(join(folder, "in.bmp"), Buffer.concat([head, bgr]));
   const first = Image.fromPixels(rgb, width, height, { format: "rgb" });
+  const build = dirname(process.env.OMB);
+  const env = { ...process.env, PATH: `${build}:${process.env.PATH}` };
   const { steps } = JSON.parse(execFileSync(process.env.OMB, ["list", "--json"]));
   assert.deepEqual(operations.map((o) => o.name), steps.map((s) => s.name));
+
+  const codes = { c: [], cpp: [] };
+  const sizes = [];
+  const expected = [];
   for (const operation of operations) {
     for (const example of operation.examples) {
-      if (operation.name === "diffuse") continue; // never the same twice
-      const before = operation.depths.includes(24) ? [] : ["gray"];
-      const out = join(folder, "out.bmp");
-      execFileSync(process.env.OMB, ["apply", join(folder, "in.bmp"), out, ...before, example]);
-      const image = first.copy().apply(...before, example);
-      assert.ok(Buffer.from(image.toPixels("rgb")).equals(Buffer.from(readBmp(out))), example);
+      const image = first.copy();
+      const chain = [];
+      const calls = [];
+      for (const text of [...(operation.depths.includes(24) ? [] : ["gray"]), example]) {
+        const parsed = parseStep(text);
+        const values = Object.fromEntries(parsed.operation.parameters.map(
+          (p) => [p.name, parsed.given[p.name] ?? p.default]));
+        chain.push({ operation: parsed.operation, values });
+        calls.push(callOf(text, image));
+        image.apply(text);
+      }
+      const command = codeIn("omb", chain, calls).replaceAll(".png", ".bmp");
+      execFileSync("sh", ["-ec", command], { cwd: folder, env });
+      const out = readBmp(join(folder, "out.bmp"));
+      assert.ok(Buffer.from(image.toPixels("rgb")).equals(Buffer.from(out)), command);
+      for (const language of ["c", "cpp"]) codes[language].push(codeIn(language, chain, calls));
+      sizes.push([image.width, image.height]);
+      expected.push(Buffer.from(image.toPixels()));
+      if (process.env.PYTHON_PACKAGE) {
+        const python = codeIn("python", chain, calls).replaceAll(".png", ".bmp");
+        execFileSync("/usr/bin/python3", ["-c", python],
+          { cwd: folder, env: { ...env, PYTHONPATH: process.env.PYTHON_PACKAGE } });
+        const again = execFileSync(process.env.OMB, ["apply", "-q", "out.bmp", "again.bmp", "truecolor"],
+          { cwd: folder });
+        assert.ok(Buffer.from(out).equals(Buffer.from(readBmp(join(folder, "again.bmp")))), python + again);
+      }
       image.release();
     }
+  }
+  const include = fileURLToPath(new URL("../../../include", import.meta.url));
+  for (const [language, compiler] of [["c", ["cc", "-std=c99"]], ["cpp", ["c++", "-std=c++17"]]]) {
+    const source = join(folder, `steps.${language}`);
+    writeFileSync(source, programOf(codes[language], sizes, language === "cpp"));
+    const [program, ...options] = compiler;
+    execFileSync(program, [...options, "-Wall", "-Wextra", "-Werror", `-I${include}`, source,
+      join(build, "libombrilo.a"), "-lm", "-o", join(folder, language)]);
+    const result = execFileSync(join(folder, language), { input: first.toPixels(), maxBuffer: 1e9 });
+    let at = 0;
+    expected.forEach((pixels, i) => {
+      const given = result.subarray(at, (at += pixels.length));
+      assert.ok(given.equals(pixels), codes[language][i]);
+    });
   }
   rmSync(folder, { recursive: true });
 });
