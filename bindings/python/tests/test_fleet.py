@@ -92,8 +92,21 @@ def test_a_killed_worker_loses_nothing(tmp_path, cluster):
     text, _ = run.communicate(timeout=100)
     assert run.returncode == 0 and f"0 done, {COUNT} were finished, 0 failed" in text
     assert not (out / "failures.csv").exists()
+    # A result of other steps, left by a run with --again that was stopped.
+    since = (out / "fleet.json").stat().st_mtime
+    os.utime(folder / "4.bmp", (since - 10, since - 10))
+    os.utime(out / "4.png", (since - 5, since - 5))
+    run = fleet("--format", "png", pattern, str(out), *STEPS)
+    assert f"1 done, {COUNT - 1} were finished, 0 failed" in run.communicate(timeout=100)[0]
     other = fleet("--format", "png", pattern, str(out), "invert", stderr=subprocess.PIPE)
     assert "holds results of" in other.communicate(timeout=100)[1] and other.returncode == 1
+
+
+def test_results_are_no_inputs(tmp_path):
+    ombrilo.Image(5, 4).save(tmp_path / "a.bmp")
+    for expected in ("1 done, 0 were finished", "0 done, 1 were finished"):
+        run = fleet(str(tmp_path / "**" / "*.bmp"), str(tmp_path / "out"), "gray")
+        assert expected in run.communicate(timeout=100)[0]
 
 
 def test_names_that_collide_are_refused(tmp_path):

@@ -45,8 +45,10 @@ def run(omb: str, source: str, target: str, steps: list[str]) -> str | None:
 
 
 def files_of(pattern: str, out: str, format: str | None) -> dict[str, str]:
-    """Input -> output for every file; folders below the pattern's fixed part are kept."""
+    """Input -> output for every file; folders below the pattern's fixed part are kept. Files in the
+    output folder are results, whatever the pattern says."""
     fixed = pathlib.Path(*_until_magic(pathlib.Path(pattern).parts[:-1]))
+    results = os.path.join(os.path.abspath(out), "")
     jobs: dict[str, str] = {}
     seen: dict[str, str] = {}
     for name in sorted(glob.glob(pattern, recursive=True)):
@@ -60,6 +62,8 @@ def files_of(pattern: str, out: str, format: str | None) -> dict[str, str]:
             raise SystemExit(f"fleet: {seen[target]} and {name} would both become {target}")
         if target == source:
             raise SystemExit(f"fleet: {name} would be replaced by its own result")
+        if source.startswith(results):
+            continue
         seen[target] = name
         jobs[source] = target
     return jobs
@@ -72,15 +76,16 @@ def _until_magic(parts: tuple[str, ...]) -> Iterator[str]:
         yield part
 
 
-def is_finished(source: str, target: str) -> bool:
+def is_finished(source: str, target: str, since: float) -> bool:
     try:
-        return os.path.getmtime(target) >= os.path.getmtime(source)
+        return os.path.getmtime(target) >= max(os.path.getmtime(source), since)
     except OSError:
         return False
 
 
-def check_journal(out: pathlib.Path, steps: list[str], again: bool) -> None:
-    """Finished files count only if the same steps made them."""
+def begin(out: pathlib.Path, steps: list[str], again: bool) -> float:
+    """Since when results are those of these steps: the time of the journal, by the clock of the file
+    system that holds the results, too."""
     journal = out / JOURNAL
     if journal.exists() and not again:
         before = json.loads(journal.read_text())["steps"]
@@ -88,9 +93,11 @@ def check_journal(out: pathlib.Path, steps: list[str], again: bool) -> None:
             raise SystemExit(
                 f"fleet: {out} holds results of '{' '.join(before)}'; take another folder, or "
                 "--again to do all files anew")
-    partial = journal.with_suffix(".new")
-    partial.write_text(json.dumps({"steps": steps}))
-    os.replace(partial, journal)
+    else:
+        partial = journal.with_suffix(".new")
+        partial.write_text(json.dumps({"steps": steps}))
+        os.replace(partial, journal)
+    return os.path.getmtime(journal)
 
 
 def do_all(client: Any, jobs: dict[str, str], omb: str, steps: list[str]) -> dict[str, str]:
@@ -147,8 +154,8 @@ def main(words: list[str] | None = None) -> int:
         raise SystemExit(f"fleet: no file is called {options.files}")
     out = pathlib.Path(options.out)
     out.mkdir(parents=True, exist_ok=True)
-    check_journal(out, options.steps, options.again)
-    todo = {s: t for s, t in jobs.items() if options.again or not is_finished(s, t)}
+    since = begin(out, options.steps, options.again)
+    todo = {s: t for s, t in jobs.items() if options.again or not is_finished(s, t, since)}
 
     failures: dict[str, str] = {}
     if todo:
