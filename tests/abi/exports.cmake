@@ -62,7 +62,7 @@ if(OBJDUMP)
   return()
 endif()
 
-# What stands between these lines of the header is there on Windows alone.
+# What is between these lines of the header is there on Windows alone.
 string(REGEX REPLACE ".*\n#if defined\\(_WIN32\\)\n\nstruct HBITMAP__(.*)#endif /\\* _WIN32 \\*/.*"
   "\\1" windows_only "${header}")
 string(REGEX MATCHALL "\nOMB_API [^(]*" windows_only "${windows_only}")

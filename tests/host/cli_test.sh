@@ -145,7 +145,7 @@ expect 2 'compression of TIFF is' apply --compression zip same.bmp plain.tif
 expect 2 'no choice of compression in BMP' apply --compression lzw same.bmp plain.bmp
 expect 0 '' apply --quality 10 same.bmp low.jpg
 
-# A program that ends early leaves no file behind; what did not arrive is told.
+# A program that ends early leaves no file behind; what did not arrive is reported.
 if [ "$OSTYPE" != cygwin ] && [ ${#omb[@]} = 1 ]; then
   "${omb[@]}" apply same.bmp large.bmp scale=1000x1000
   rm after.txt

@@ -1,5 +1,5 @@
 // TIFF files of kinds that the host does not write, made byte by byte, against what their samples
-// stand for. What Windows' codecs make of them is their own matter.
+// mean. What Windows' codecs make of them is their own matter.
 #include "host/files.h"
 
 namespace ombrilo::test {

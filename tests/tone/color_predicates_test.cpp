@@ -29,5 +29,19 @@ TEST(ColorPredicates, OnlyTheAnnouncedTableDecides) {
   }
 }
 
+TEST(ColorPredicates, DepthsThatOperationsAreFor) {
+  for (const int bits : {1, 4, 8, 16, 24, 32}) {
+    for (const uint32_t size_field : {40u, 12u}) {
+      const TestImage image = ImageBuilder(bits, 3, 1).CoreHeader(size_field).Build();
+      EXPECT_EQ(omb_can_filtersheet(image.get()), bits == 8 || bits == 24);
+      EXPECT_EQ(omb_can_balance(image.get()), bits != 1 && bits != 4);
+    }
+  }
+  for (const auto can : {omb_can_filtersheet, omb_can_balance, omb_can_pseudocolor, omb_can_gray}) {
+    EXPECT_EQ(can(nullptr), 0);
+  }
+  EXPECT_EQ(omb_autoclr(), 1);
+}
+
 }  // namespace
 }  // namespace ombrilo::test

@@ -166,6 +166,34 @@ TEST(PointOperations, TrueColorImagesWithATable) {
   }
 }
 
+// Only the table changes: its colors, and the reserved bytes to 0.
+TEST(PointOperations, PseudocolorReplacesGrayTables) {
+  for (const int bits : {1, 4, 8, 24}) {
+    const int full = bits == 24 ? 5 : 1 << bits;
+    for (const int colors : {full, -full, 1, 259}) {  // below 0: core header
+      if (bits == 24 && colors < 0) continue;         // has no table
+      std::vector<uint32_t> table(static_cast<size_t>(std::abs(colors)));
+      for (size_t i = 0; i < table.size(); ++i) table[i] = 0x010101 * (i * 37 & 255);
+      ImageBuilder builder(bits, 37, 3);
+      builder.Pixels(Noise(1u << bits, 2)).Filler(0xA5).CoreHeader(colors < 0 ? 12 : 40);
+      TestImage image = builder.Colors(table).Build();
+      std::vector<uint8_t> given;
+      for (uint32_t& color : table) {
+        color = Noise(1 << 24, 3)(static_cast<int>(given.size()), 0);
+        for (const int shift : {0, 8, 16}) given.push_back(static_cast<uint8_t>(color >> shift));
+        given.push_back(0x5A);
+      }
+      TestImage expected = builder.Colors(table).Build();
+      for (size_t i = 0; colors > 0 && i < table.size(); ++i) expected.raw()[43 + 4 * i] = 0;
+      EXPECT_EQ(omb_pseudocolor(image.get(), nullptr), 0u);
+      EXPECT_EQ(omb_pseudocolor(image.get(), given.data()), 1u);
+      EXPECT_EQ(image.Bytes(), expected.Bytes()) << bits << ", " << colors;
+      EXPECT_EQ(omb_pseudocolor(image.get(), given.data()), 0u);  // not gray any more
+      EXPECT_EQ(image.Bytes(), expected.Bytes());
+    }
+  }
+}
+
 TEST(PointOperations, NothingToDo) {
   TestImage dot = ImageBuilder(24, 1, 1).Pixels([](int, int) { return 0x0180FFu; }).Build();
   omb_gammacorrection(dot.get(), std::nan(""));

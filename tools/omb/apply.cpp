@@ -241,7 +241,7 @@ int ApplyToOne(const ApplyOptions& options) {
     throw UsageError(words[1] + ": " + error.what());
   }
   if (job.output == "-" && IsTerminal(stdout)) {
-    throw UsageError("standard output is a terminal; lead it to a file or a program");
+    throw UsageError("standard output is a terminal; redirect it to a file or a program");
   }
   std::string failure;
   {

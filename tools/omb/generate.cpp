@@ -83,14 +83,14 @@ std::string ManPage(const std::string& version, const std::vector<CommandText>& 
     }
     if (!command.footer.empty()) out << ".PP\n" << Roff(command.footer);
   }
-  out << ".SH STEPS\nArguments stand after '=' in this order, or as name=value in any. From the "
+  out << ".SH STEPS\nArguments follow '=' in this order, or as name=value in any. From the "
          "bracket on they can be left out.\n";
   std::string family;
   for (const Step* step : AllSteps()) {
     if (step->Family() != family) out << ".SS " << (family = step->Family()) << "\n";
     WriteStep(out, *step);
   }
-  out << ".SH EXIT STATUS\n0 when all is done, 1 when something failed and was told on standard "
+  out << ".SH EXIT STATUS\n0 when all is done, 1 when something failed, as reported on standard "
          "error, 2 for a wrong command line.\n.SH EXAMPLES\n.nf\n"
       << Roff(
              "omb apply scan.png clean.tif crop=10,10,200,300 enhancepage=median,3x3 binary\n"

@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr const char* kMoreHelp = "'omb --help' tells how to use it\n";
+constexpr const char* kMoreHelp = "'omb --help' shows how to use it\n";
 
 constexpr const char* kExamples =
     "Examples:\n"
@@ -28,16 +28,16 @@ constexpr const char* kExamples =
     "  omb gallery photo.jpg pages/   then open pages/index.html\n"
     "\n"
     "'omb COMMAND --help' tells more about a command, 'omb list' shows the steps.\n"
-    "Files are BMP, PNG, JPEG or TIFF, as far as this build has them.\n";
+    "Files are BMP, PNG, JPEG or TIFF.\n";
 
 constexpr const char* kApplyHelp =
     "Each STEP is a name, with arguments after '=' where it takes some: invert, crop=0,0,99,99.\n"
     "They run in order; without any, the file is only converted. 'omb list' shows them all.\n"
     "\n"
-    "Of a TIFF file with several pages all are done. '-' is standard input or output.\n"
+    "All pages of a TIFF file are processed. '-' is standard input or output.\n"
     "\n"
-    "With many files, one that fails does not stop the others; the failures are told at the end,\n"
-    "and the exit status is 1 then.\n";
+    "With many files, one that fails does not stop the others; failures are reported at the end,\n"
+    "and the exit status is then 1.\n";
 
 constexpr const char* kHistogramHelp =
     "Without a channel, gray images show gray, others red, green and blue.\n";
@@ -139,7 +139,7 @@ int Main(std::vector<std::string> words) {
 
   std::vector<std::string> files;
   CLI::App* info =
-      AddCommand(app, "info", "Tell what images are: size, depth, colors", "info [--json] FILE...");
+      AddCommand(app, "info", "Describe images: size, depth, colors", "info [--json] FILE...");
   info->add_option("FILE", files)->required();
   bool json = false;
   info->add_flag("--json", json, "For programs");

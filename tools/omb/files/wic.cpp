@@ -451,7 +451,7 @@ uint8_t TiffCompression(const Picture& picture, const Form& form, const Metadata
   if (*wanted == "lzw") return WICTiffCompressionLZW;
   if (*wanted == "deflate") return WICTiffCompressionZIP;
   if (*wanted == "g4" && bilevel) return WICTiffCompressionCCITT4;
-  throw FileError(*wanted + " compression is not to be had of the system's codec for images of " +
+  throw FileError(*wanted + " compression is not available from the system's codec for images of " +
                   std::to_string(picture.bit_count()) + " bits");
 }
 

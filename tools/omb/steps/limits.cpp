@@ -8,14 +8,15 @@ void CheckLevels(const PackedDib* dib) {
   if (omb_DIBBitCount(dib) != 8) return;
   if (omb_iscolorful(dib) != 0) {
     throw StepError(
-        "the image is colorful, and at 8 bits its bytes are no colors; try truecolor first");
+        "the image is colorful, and at 8 bits its bytes are not colors; try truecolor first");
   }
   const uint32_t count = omb_DIBNumColors(dib);
   const uint32_t step = count == 0 ? 0 : static_cast<uint32_t>(omb_PaletteSize(dib)) / count;
   const uint8_t* entry = omb_FindDIBBits(dib) - omb_PaletteSize(dib);
   for (uint32_t i = 0; i < count; ++i, entry += step) {
     if (*entry != i) {
-      throw StepError("its bytes are no gray levels from black to white; try truecolor, then gray");
+      throw StepError(
+          "its bytes are not gray levels from black to white; try truecolor, then gray");
     }
   }
 }
