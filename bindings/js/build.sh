@@ -25,3 +25,5 @@ clang++ --target=wasm32-wasi -O2 -mexec-model=reactor -nodefaultlibs "${exports[
 # The playground with the package inside, for any server of files.
 cp -r "$root/site/playground" "$build/js/playground"
 cp -r "$package" "$build/js/playground/ombrilo"
+# Node.js takes its files for modules by this alone.
+echo '{"private": true, "type": "module"}' >"$build/js/playground/package.json"

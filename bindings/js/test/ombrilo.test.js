@@ -9,7 +9,7 @@ import { fileURLToPath, pathToFileURL } from "node:url";
 
 const { load, OmbriloError } = await import(pathToFileURL(join(process.env.PACKAGE, "index.js")));
 const { parseStep } = await import(pathToFileURL(join(process.env.PACKAGE, "arguments.js")));
-const { Image, bestfit, kernels, operations } = await load();
+const { Image, bestfit, kernels, operations, version } = await load();
 
 function noise(width, height, channels = 4) {
   let seed = 7;
@@ -68,7 +68,8 @@ test("memory is released", () => {
   }
 });
 
-test("palettes, histograms and kernels", () => {
+test("palettes, histograms, kernels and the version", () => {
+  assert.equal(version, JSON.parse(readFileSync(join(process.env.PACKAGE, "package.json"))).version);
   const image = Image.fromPixels(noise(40, 30), 40, 30).neuquant({ bits: 4 });
   assert.equal(image.palette.length, 16);
   image.palette = [[1, 2, 3]];
