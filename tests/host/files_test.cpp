@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <span>
 
 #include "core/bytes.h"
 #include "host/files.h"
@@ -347,6 +348,38 @@ TEST(Files, AFailureLeavesTheOldFileAndNothingElse) {
 }
 
 #ifndef _WIN32
+// A watch hears how far a reader and a writer are, and stops them. The codecs of other systems than
+// Windows tell nothing.
+TEST(Files, AreWatchedAndStopped) {
+  const TestImage image = Noisy(24, 40, 300, {}).Build();
+  struct Stop {};
+  for (const Format format : std::span(kAll).first(kOnWindows ? 4 : 1)) {
+    const Directory directory;
+    const fs::path file = directory / "old";
+    omb::WriteImage(file, format, image.get());
+    const std::vector<uint8_t> old = Load(file);
+    const auto write = [&] { omb::WriteImage(file, format, image.get()); };
+    const auto read = [&] { omb::ReadImage(file, {}); };
+    for (const std::function<void()>& work : {std::function<void()>(write), {read}}) {
+      double last = 0;
+      {
+        const omb::Watching watching([&](double share) {
+          EXPECT_GE(share, last);
+          last = share;
+        });
+        work();
+      }
+      EXPECT_EQ(last, 1) << omb::TitleOf(format);
+      const omb::Watching watching([](double share) {
+        if (share > 0.3) throw Stop();
+      });
+      EXPECT_THROW(work(), Stop) << omb::TitleOf(format);
+      EXPECT_EQ(Load(file), old);
+      EXPECT_EQ(directory.Count(), 1u);
+    }
+  }
+}
+
 TEST(Files, DamagedSamplesAreRefusedOrRead) {
   for (const fs::path& path : Samples()) {
     const std::vector<uint8_t> file = Load(path);

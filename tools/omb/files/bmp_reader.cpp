@@ -228,6 +228,7 @@ Image ConvertPixels(const StoredRows& rows, const BmpHeader& header, const Layou
       to[1] = OnWhite(green.Of(pixel), cover);
       to[2] = OnWhite(red.Of(pixel), cover);
     }
+    ReportRow(static_cast<int64_t>(y), dib.height());
   }
   return image;
 }
@@ -269,6 +270,7 @@ Image ReadStored(Bytes file, const BmpHeader& header, const Remark& remark) {
     } else {
       std::memcpy(to, rows[y], rows.size());
     }
+    ReportRow(static_cast<int64_t>(y), dib.height());
   }
   return image;
 }

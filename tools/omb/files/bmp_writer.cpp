@@ -67,7 +67,10 @@ void WriteBmp(const PackedDib* dib, const Metadata& metadata, const Writing& wri
   }
   // Whether the bytes arrive is asked when the file is closed.
   writing.out.Write(head.data(), head.size());
-  writing.out.Write(view.rows(), rows_size);
+  for (int32_t y = 0; y < view.height(); ++y) {
+    writing.out.Write(view.row(y), view.stride());
+    ReportRow(y, view.height());
+  }
   writing.out.Write(profile.data(), profile.size());
 }
 

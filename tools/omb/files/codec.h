@@ -61,5 +61,7 @@ std::unique_ptr<TiffPages> WriteTiff(const Writing& writing);
 
 // Readers and writers call it after each row; it informs the thread's watch now and then.
 void ReportRow(int64_t row, int64_t rows);
+// Between pieces of what comes before the first row.
+void ReportWait();
 
 }  // namespace omb

@@ -26,8 +26,8 @@ struct FileError : std::runtime_error {
 // Receives remarks on a file that could be read: "transparency is composed on white".
 using Remark = std::function<void(const std::string&)>;
 
-// Receives the share of a file that has been read or written, from 0 to 1. What it throws ends the
-// work, and then no file is changed.
+// Receives the share of a file that has been read or written, from 0 to 1: of BMP files, on Windows
+// of all. What it throws ends the work, and then no file is changed.
 using Watch = std::function<void(double share)>;
 
 // Watches what this thread reads and writes for as long as it lives.

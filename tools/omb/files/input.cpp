@@ -6,6 +6,7 @@
 #include <limits>
 #include <system_error>
 
+#include "files/codec.h"
 #include "files/long_path.h"
 
 #ifdef _WIN32
@@ -21,6 +22,8 @@ namespace {
 
 // An uncompressed image of the largest size fits, with everything that comes before it.
 constexpr size_t kLimit = size_t{std::numeric_limits<int32_t>::max()} + (1 << 20);
+
+constexpr size_t kPiece = size_t{4} << 20;  // read at once
 
 std::istream& StandardInput() {
 #ifdef _WIN32
@@ -57,8 +60,10 @@ void Input::ReadTo(size_t wanted) {
     if (expected_ != 0) room = expected_ + 1;
     room = std::min(room, wanted);
     if (bytes_.size() < room) bytes_.resize(room);
+    const size_t piece = std::min(bytes_.size() - size_, kPiece);
     stream_.read(reinterpret_cast<char*>(bytes_.data() + size_),
-                 static_cast<std::streamsize>(bytes_.size() - size_));
+                 static_cast<std::streamsize>(piece));
+    ReportWait();
     size_ += static_cast<size_t>(stream_.gcount());
     if (stream_.bad()) throw FileError("the file cannot be read to its end");
     ended_ = !stream_;

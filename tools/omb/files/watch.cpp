@@ -12,6 +12,10 @@ Watching::Watching(Watch watch) { watch_of_thread = std::move(watch); }
 
 Watching::~Watching() { watch_of_thread = nullptr; }
 
+void ReportWait() {
+  if (watch_of_thread) watch_of_thread(0);
+}
+
 void ReportRow(int64_t row, int64_t rows) {
   constexpr int64_t kReports = 200;
   if (!watch_of_thread || row * kReports / rows == (row + 1) * kReports / rows) return;
