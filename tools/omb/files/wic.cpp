@@ -8,12 +8,12 @@
 #include <cstring>
 #include <vector>
 
-#include "core/bytes.h"
 #include "files/codec.h"
 #include "files/container.h"
 #include "files/metadata.h"
 #include "files/pixels_in.h"
 #include "files/pixels_out.h"
+#include "files/wic_layout.h"
 #include "text.h"
 
 namespace omb {
@@ -82,80 +82,6 @@ void MakeFactory(Com<IWICImagingFactory>& factory) {
                        IID_IWICImagingFactory, reinterpret_cast<void**>(factory.out()));
   if (FAILED(made)) throw FileError("the system has no image codecs: error " + CodeText(made));
 }
-
-// Converts pixels from a codec to those of an image; true when one was transparent.
-using Convert = bool (*)(const uint8_t* from, size_t pixels, uint8_t* to);
-
-template <size_t kBits>
-bool CopyBits(const uint8_t* from, size_t pixels, uint8_t* to) {
-  std::memcpy(to, from, (pixels * kBits + 7) / 8);
-  return false;
-}
-
-bool ExpandPairs(const uint8_t* from, size_t pixels, uint8_t* to) {
-  ExpandTwoBits(from, pixels, to);
-  return false;
-}
-
-// Samples of 8 or 16 bits in the order of `kRed`, `kGreen`, `kBlue` among `kSamples`, the last of
-// which is alpha where there are more than three.
-template <size_t kSamples, size_t kBytes, size_t kRed>
-bool Colors(const uint8_t* from, size_t pixels, uint8_t* to) {
-  bool transparent = false;
-  const auto sample = [&](size_t i) -> unsigned {
-    return kBytes == 1 ? from[i] : ReduceSample(LoadU16(from + 2 * i));
-  };
-  for (size_t x = 0; x < pixels; ++x, from += kSamples * kBytes, to += 3) {
-    const unsigned alpha = kSamples > 3 ? sample(kSamples - 1) : 255;
-    transparent = transparent || alpha != 255;
-    to[0] = OnWhite(sample(2 - kRed), alpha);
-    to[1] = OnWhite(sample(1), alpha);
-    to[2] = OnWhite(sample(kRed), alpha);
-  }
-  return transparent;
-}
-
-bool ReduceGray(const uint8_t* from, size_t pixels, uint8_t* to) {
-  for (size_t x = 0; x < pixels; ++x) to[x] = ReduceSample(LoadU16(from + 2 * x));
-  return false;
-}
-
-// To the codecs 0 is no ink, whatever the file says.
-bool Inks(const uint8_t* from, size_t pixels, uint8_t* to) {
-  for (size_t x = 0; x < pixels; ++x, from += 4, to += 3) {
-    for (size_t c = 0; c < 3; ++c) {
-      to[2 - c] = ThroughInks(255u - from[c], 255u - from[3]);
-    }
-  }
-  return false;
-}
-
-struct Layout {
-  const GUID& format;
-  uint16_t stored_bits;
-  uint16_t bits;
-  Convert convert;
-  uint32_t grays;  // in the color table; 0 where the file has one, or the pixels are colors
-};
-
-const Layout kLayouts[] = {
-    {GUID_WICPixelFormatBlackWhite, 1, 1, CopyBits<1>, 2},
-    {GUID_WICPixelFormat1bppIndexed, 1, 1, CopyBits<1>, 0},
-    {GUID_WICPixelFormat2bppGray, 2, 4, ExpandPairs, 4},
-    {GUID_WICPixelFormat2bppIndexed, 2, 4, ExpandPairs, 0},
-    {GUID_WICPixelFormat4bppGray, 4, 4, CopyBits<4>, 16},
-    {GUID_WICPixelFormat4bppIndexed, 4, 4, CopyBits<4>, 0},
-    {GUID_WICPixelFormat8bppGray, 8, 8, CopyBits<8>, 256},
-    {GUID_WICPixelFormat8bppIndexed, 8, 8, CopyBits<8>, 0},
-    {GUID_WICPixelFormat16bppGray, 16, 8, ReduceGray, 256},
-    {GUID_WICPixelFormat24bppBGR, 24, 24, CopyBits<24>, 0},
-    {GUID_WICPixelFormat24bppRGB, 24, 24, Colors<3, 1, 0>, 0},
-    {GUID_WICPixelFormat48bppRGB, 48, 24, Colors<3, 2, 0>, 0},
-    {GUID_WICPixelFormat64bppRGBA, 64, 24, Colors<4, 2, 0>, 0},
-    {GUID_WICPixelFormat32bppCMYK, 32, 24, Inks, 0},
-    // Last: what all others are converted to.
-    {GUID_WICPixelFormat32bppBGRA, 32, 24, Colors<4, 1, 2>, 0},
-};
 
 class Reader {
  public:
@@ -240,15 +166,12 @@ class Reader {
   void FindLayout() {
     GUID format;
     Check(frame_->GetPixelFormat(&format));
-    for (const Layout& layout : kLayouts) {
-      layout_ = &layout;
-      if (layout.format == format) {
-        Check(
-            frame_->QueryInterface(IID_IWICBitmapSource, reinterpret_cast<void**>(pixels_.out())));
-        return;
-      }
+    layout_ = &LayoutFor(format);
+    if (layout_->format != format) {
+      Check(WICConvertBitmapSource(layout_->format, frame_.get(), pixels_.out()));
+      return;
     }
-    Check(WICConvertBitmapSource(layout_->format, frame_.get(), pixels_.out()));
+    Check(frame_->QueryInterface(IID_IWICBitmapSource, reinterpret_cast<void**>(pixels_.out())));
   }
 
   // True when a color was transparent.
@@ -275,7 +198,7 @@ class Reader {
   Com<IWICBitmapDecoder> decoder_;
   Com<IWICBitmapFrameDecode> frame_;
   Com<IWICBitmapSource> pixels_;
-  const Layout* layout_ = nullptr;
+  const WicLayout* layout_ = nullptr;
 };
 
 Image Read(Reading& reading, const Container& container, const GUID& format, const char* title) {
