@@ -15,11 +15,19 @@ namespace {
 constexpr int kReach = 9;  // levels beside a point that still take hold of it
 constexpr COLORREF kCurve = RGB(0x20, 0x6F, 0xD6);
 
+omb::Histogram SumOf(const std::vector<omb::Histogram>& histograms) {
+  omb::Histogram sum = {};
+  for (const omb::Histogram& histogram : histograms) {
+    for (size_t i = 0; i < sum.counts.size(); ++i) sum.counts[i] += histogram.counts[i];
+  }
+  return sum;
+}
+
 }  // namespace
 
-CurveEditor::CurveEditor(HWND parent, RECT where, std::vector<omb::Histogram> histograms,
+CurveEditor::CurveEditor(HWND parent, RECT where, const std::vector<omb::Histogram>& histograms,
                          Events events)
-    : histograms_(std::move(histograms)), events_(std::move(events)) {
+    : histogram_(SumOf(histograms)), events_(std::move(events)) {
   Create(L"OmbviewCurve", WS_CHILD | WS_VISIBLE | WS_BORDER, 0, parent);
   MoveWindow(handle(), where.left, where.top, where.right - where.left, where.bottom - where.top,
              FALSE);
@@ -39,15 +47,30 @@ void CurveEditor::ShowLevels(const std::optional<std::array<uint8_t, 256>>& curv
   Repaint();
 }
 
-int CurveEditor::X(int level) const { return MulDiv(level, ClientRect().right - 1, 255); }
+// With room for the points at its corners.
+RECT CurveEditor::Plot() const {
+  RECT plot = ClientRect();
+  InflateRect(&plot, -Scaled(6), -Scaled(6));
+  return plot;
+}
 
-int CurveEditor::Y(int level) const { return MulDiv(255 - level, ClientRect().bottom - 1, 255); }
+int CurveEditor::X(int level) const {
+  const RECT plot = Plot();
+  return plot.left + MulDiv(level, plot.right - plot.left - 1, 255);
+}
+
+int CurveEditor::Y(int level) const {
+  const RECT plot = Plot();
+  return plot.top + MulDiv(255 - level, plot.bottom - plot.top - 1, 255);
+}
 
 CurvePoint CurveEditor::PlaceOf(LPARAM lparam) const {
-  const RECT area = ClientRect();
-  return {
-      std::clamp(MulDiv(GET_X_LPARAM(lparam), 255, std::max(1L, area.right - 1)), 0, 255),
-      std::clamp(255 - MulDiv(GET_Y_LPARAM(lparam), 255, std::max(1L, area.bottom - 1)), 0, 255)};
+  const RECT plot = Plot();
+  const auto level = [](int at, LONG size) {
+    return std::clamp(MulDiv(at, 255, std::max<LONG>(1, size - 1)), 0, 255);
+  };
+  return {level(GET_X_LPARAM(lparam) - plot.left, plot.right - plot.left),
+          level(plot.bottom - 1 - GET_Y_LPARAM(lparam), plot.bottom - plot.top)};
 }
 
 void CurveEditor::Press(CurvePoint place) {
@@ -77,14 +100,14 @@ void CurveEditor::Remove(CurvePoint place) {
 }
 
 void CurveEditor::Paint(Painting& painting) {
-  const RECT area = ClientRect();
+  const RECT plot = Plot();
   const Theme& theme = CurrentTheme();
-  painting.Fill(area, theme.plot);
-  if (!histograms_.empty()) PlotBars(painting, area, histograms_.front(), theme.line);
-  for (int quarter = 1; quarter < 4; ++quarter) {
-    const int level = quarter * 64;
-    painting.Line(X(level), 0, X(level), area.bottom, theme.line);
-    painting.Line(0, Y(level), area.right, Y(level), theme.line);
+  painting.Fill(ClientRect(), theme.plot);
+  PlotBars(painting, plot, histogram_, theme.line);
+  for (int quarter = 0; quarter <= 4; ++quarter) {
+    const int level = std::min(quarter * 64, 255);
+    painting.Line(X(level), plot.top, X(level), plot.bottom, theme.line);
+    painting.Line(plot.left, Y(level), plot.right, Y(level), theme.line);
   }
   painting.Line(X(0), Y(0), X(255), Y(255), theme.line);
   const int width = Scaled(2);
@@ -93,8 +116,11 @@ void CurveEditor::Paint(Painting& painting) {
     painting.Line(X(i - 1), Y((*curve_)[at - 1]), X(i), Y((*curve_)[at]), kCurve, width);
   }
   if (levels_) {
-    painting.Line(X((*levels_)[0]), 0, X((*levels_)[0]), area.bottom, RGB(0, 0, 0), width);
-    painting.Line(X((*levels_)[1]), 0, X((*levels_)[1]), area.bottom, RGB(0xE0, 0xA0, 0x20), width);
+    const auto line = [&](int level, COLORREF color) {
+      painting.Line(X(level), plot.top, X(level), plot.bottom, color, width);
+    };
+    line((*levels_)[0], theme.bar_text);
+    line((*levels_)[1], RGB(0xE0, 0xA0, 0x20));
   }
   if (!points_) return;
   const int r = Scaled(4);

@@ -21,7 +21,9 @@ class CurveEditor : public Window {
     std::function<void(int which, int level)> level;
   };
 
-  CurveEditor(HWND parent, RECT where, std::vector<omb::Histogram> histograms, Events events);
+  // Behind the curve stands how often each level occurs in all channels.
+  CurveEditor(HWND parent, RECT where, const std::vector<omb::Histogram>& histograms,
+              Events events);
 
   // What to show: the curve that the step makes, and what of it can be dragged.
   void Show(const std::optional<std::array<uint8_t, 256>>& curve,
@@ -32,13 +34,14 @@ class CurveEditor : public Window {
   void Paint(Painting& painting) override;
   LRESULT OnMessage(UINT message, WPARAM wparam, LPARAM lparam) override;
   CurvePoint PlaceOf(LPARAM lparam) const;
+  RECT Plot() const;
   int X(int level) const;
   int Y(int level) const;
   void Press(CurvePoint place);
   void Drag(CurvePoint place);
   void Remove(CurvePoint place);
 
-  std::vector<omb::Histogram> histograms_;
+  omb::Histogram histogram_;
   Events events_;
   std::optional<std::array<uint8_t, 256>> curve_;
   std::optional<CurvePoints> points_;

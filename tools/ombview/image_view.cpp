@@ -85,6 +85,14 @@ void ImageView::Moved() {
   }
   Repaint();
   events_.moved();
+  POINT pointer = {};
+  if (pointed_ && GetCursorPos(&pointer) && ScreenToClient(handle(), &pointer)) {
+    PointAt({pointer.x, pointer.y});
+  }
+}
+
+void ImageView::PointAt(Point at) {
+  events_.pointed(has_image_ ? viewport_.PixelAt(at) : std::nullopt);
 }
 
 void ImageView::Scroll(int bar, int request) {
@@ -214,10 +222,12 @@ LRESULT ImageView::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
       TRACKMOUSEEVENT leaving = {sizeof leaving, TME_LEAVE, handle(), 0};
       TrackMouseEvent(&leaving);
       if (drag_ != Drag::kNone) OnDrag(PointOf(lparam));
-      events_.pointed(has_image_ ? viewport_.PixelAt(PointOf(lparam)) : std::nullopt);
+      pointed_ = true;
+      PointAt(PointOf(lparam));
       return 0;
     }
     case WM_MOUSELEAVE:
+      pointed_ = false;
       events_.pointed({});
       return 0;
     case WM_SETCURSOR:

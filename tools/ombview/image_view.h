@@ -54,10 +54,12 @@ class ImageView : public Window {
   void OnWheel(UINT message, WPARAM wparam, LPARAM lparam);
   void OnPress(Point at, bool selects);
   void OnDrag(Point at);
+  void PointAt(Point at);
 
   Events events_;
   Viewport viewport_;
   bool has_image_ = false;
+  bool pointed_ = false;  // the pointer is over the view
   Rendering rendering_;
   std::wstring complaint_;
 

@@ -409,7 +409,9 @@ LRESULT MainWindow::OnMessage(UINT message, WPARAM wparam, LPARAM lparam) {
       if (!CurrentTheme().dark) break;
       return ChooseByLetter(reinterpret_cast<HMENU>(lparam), static_cast<wchar_t>(LOWORD(wparam)));
     case WM_NCPAINT:
-    case WM_NCACTIVATE: {
+    case WM_NCACTIVATE:
+    case WM_SETTEXT:
+    case WM_EXITMENULOOP: {
       const LRESULT result = Window::OnMessage(message, wparam, lparam);
       PaintRestOfMenuBar(handle());
       return result;

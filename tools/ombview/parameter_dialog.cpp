@@ -9,6 +9,7 @@
 #include "curve_editor.h"
 #include "errors.h"
 #include "slider.h"
+#include "theme.h"
 #include "wide.h"
 #include "window.h"
 
@@ -77,6 +78,12 @@ class ParameterDialog {
       case WM_HSCROLL:
         self->OnSlider(reinterpret_cast<HWND>(lparam));
         return TRUE;
+      case WM_CTLCOLORDLG:
+      case WM_CTLCOLORSTATIC:
+      case WM_CTLCOLOREDIT:
+      case WM_CTLCOLORLISTBOX:
+      case WM_CTLCOLORBTN:
+        return reinterpret_cast<INT_PTR>(ColorControl(message, reinterpret_cast<HDC>(wparam)));
       case WM_NOTIFY:
         self->OnNotify(*reinterpret_cast<const NMHDR*>(lparam));
         return TRUE;
@@ -232,6 +239,7 @@ class ParameterDialog {
     Add(WC_BUTTONW, L"Cancel", WS_TABSTOP, {kRight - button, top_, kRight, top_ + kRow}, IDCANCEL);
     top_ += kRow + kGap;
     Place();
+    ApplyThemeToDialog(dialog_);
     // Selected as a whole: what is typed takes the place of what was there.
     const HWND first = GetDlgItem(dialog_, kFirstParameter);
     SetFocus(first);

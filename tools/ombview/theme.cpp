@@ -1,5 +1,7 @@
 #include "theme.h"
 
+#include <commctrl.h>
+
 namespace ombview {
 
 namespace {
@@ -31,6 +33,13 @@ bool SystemIsDark() {
   return light == 0;
 }
 
+// By name: versions of Windows without dark windows may lack the function.
+template <class Pointer>
+Pointer Function(const wchar_t* library, const char* name) {
+  return reinterpret_cast<Pointer>(
+      reinterpret_cast<void*>(GetProcAddress(LoadLibraryW(library), name)));
+}
+
 }  // namespace
 
 const Theme& CurrentTheme() { return *theme; }
@@ -43,13 +52,42 @@ bool UpdateTheme() {
 }
 
 void ApplyTheme(HWND window) {
-  // By name: versions of Windows without dark titles may lack the library.
   using SetAttribute = HRESULT(WINAPI*)(HWND, DWORD, const void*, DWORD);
-  static const auto set = reinterpret_cast<SetAttribute>(reinterpret_cast<void*>(
-      GetProcAddress(LoadLibraryW(L"dwmapi.dll"), "DwmSetWindowAttribute")));
+  static const auto set = Function<SetAttribute>(L"dwmapi.dll", "DwmSetWindowAttribute");
   constexpr DWORD kDarkFrame = 20;  // DWMWA_USE_IMMERSIVE_DARK_MODE
   const BOOL dark = theme->dark;
   if (set != nullptr) set(window, kDarkFrame, &dark, sizeof dark);
+}
+
+void ApplyThemeToDialog(HWND dialog) {
+  ApplyTheme(dialog);
+  if (!theme->dark) return;
+  EnumChildWindows(
+      dialog,
+      [](HWND control, LPARAM) -> BOOL {
+        using SetTheme = HRESULT(WINAPI*)(HWND, const wchar_t*, const wchar_t*);
+        static const auto set = Function<SetTheme>(L"uxtheme.dll", "SetWindowTheme");
+        wchar_t name[40] = {};
+        GetClassNameW(control, name, ARRAYSIZE(name));
+        const bool list = lstrcmpiW(name, WC_COMBOBOXW) == 0;
+        if (set != nullptr) set(control, list ? L"DarkMode_CFD" : L"DarkMode_Explorer", nullptr);
+        if (lstrcmpiW(name, WC_LISTVIEWW) == 0) {
+          ListView_SetBkColor(control, theme->plot);
+          ListView_SetTextBkColor(control, theme->plot);
+          ListView_SetTextColor(control, theme->bar_text);
+        }
+        return TRUE;
+      },
+      0);
+}
+
+HBRUSH ColorControl(UINT message, HDC dc) {
+  if (!theme->dark) return nullptr;
+  static const HBRUSH bar = CreateSolidBrush(kDark.bar), plot = CreateSolidBrush(kDark.plot);
+  const bool field = message == WM_CTLCOLOREDIT || message == WM_CTLCOLORLISTBOX;
+  SetTextColor(dc, theme->bar_text);
+  SetBkColor(dc, field ? theme->plot : theme->bar);
+  return field ? plot : bar;
 }
 
 }  // namespace ombview

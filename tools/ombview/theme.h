@@ -18,4 +18,9 @@ bool UpdateTheme();
 // The frame and title of a window of the program.
 void ApplyTheme(HWND window);
 
+// Dialogs: after their controls are made, and as their answer to WM_CTLCOLOR…; null leaves it to
+// the system.
+void ApplyThemeToDialog(HWND dialog);
+HBRUSH ColorControl(UINT message, HDC dc);
+
 }  // namespace ombview
