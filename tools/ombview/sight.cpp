@@ -50,6 +50,8 @@ void Sight::ShowBefore(const SharedImage& before) {
 }
 
 void Sight::Measure(const SharedImage& image) {
+  if (image == measured_) return;
+  measured_ = image;
   if (!image) {
     worker_.Drop(kCounts);
     return histogram_.Show({});

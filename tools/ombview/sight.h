@@ -24,7 +24,7 @@ class Sight {
   void Show(const SharedImage& image, const std::optional<omb::Call>& step = {});
   // The image as it was before, in its place.
   void ShowBefore(const SharedImage& before);
-  // How often its values occur; null: of nothing.
+  // How often its values occur, counted once for each image; null: of nothing.
   void Measure(const SharedImage& image);
 
   void RunFollowups() { worker_.RunFollowups(); }
@@ -37,6 +37,7 @@ class Sight {
 
   ImageView& view_;
   HistogramPane& histogram_;
+  SharedImage measured_;
   Worker worker_;  // the last member: its work ends before what it uses
 };
 
