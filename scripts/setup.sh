@@ -21,7 +21,7 @@ packages_of() {
     windows) echo g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth python3 ;;
     python) echo python3 python3-build python3-setuptools python3-wheel python3-pytest \
       python3-numpy python3-pil python3-distributed mypy ;;
-# Node.js packages from elsewhere than Debian contain npm.
+    # Node.js packages from elsewhere than Debian contain npm.
     web) echo nodejs "$(command -v npm >/dev/null || echo npm)" chromium fonts-dejavu-core python3 ;;
     package) echo dpkg-dev lintian git ;;
     fuzz) echo clang libclang-rt-14-dev ;;
