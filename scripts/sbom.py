@@ -42,7 +42,7 @@ def package(name, version, license, **more):
 def main():
     version, folder = sys.argv[1], pathlib.Path(sys.argv[2])
     time = datetime.datetime.fromtimestamp(int(os.environ["SOURCE_DATE_EPOCH"]), datetime.timezone.utc)
-    files = sorted(p for p in folder.iterdir() if not p.name.endswith(".spdx.json"))
+    files = sorted(p for p in folder.iterdir() if p.is_file() and not p.name.endswith(".spdx.json"))
     packages, relations, sums = [], [], hashlib.sha256()
     for path in files:
         digest = hashlib.sha256(path.read_bytes()).hexdigest()
@@ -51,12 +51,14 @@ def main():
                                 checksums=[{"algorithm": "SHA256", "checksumValue": digest}]))
         relations.append(("SPDXRef-DOCUMENT", "DESCRIBES", packages[-1]["SPDXID"]))
     for debian, (name, license, held_by, how) in PARTS.items():
+        holders = [path.name for path in files if held_by.fullmatch(path.name)]
+        if not holders:
+            continue
         installed = subprocess.check_output(["dpkg-query", "-W", "-f", "${Version}", debian], text=True)
         part = package(name, installed, license, sourceInfo=f"Debian's {debian} {installed}",
                        supplier="Organization: Debian")
         packages.append(part)
-        relations += [(identifier(path.name), how, part["SPDXID"]) for path in files
-                      if held_by.fullmatch(path.name)]
+        relations += [(identifier(holder), how, part["SPDXID"]) for holder in holders]
     json.dump({
         "spdxVersion": "SPDX-2.3", "dataLicense": "CC0-1.0", "SPDXID": "SPDXRef-DOCUMENT",
         "name": f"ombrilo-{version}",

@@ -17,6 +17,19 @@ done
 cd "$work/one"
 sha256sum -- *.deb >../sums
 (cd ../two && sha256sum --quiet -c ../sums) || { echo "two packages of one build differ"; exit 1; }
+# The list of contents names every package once, by a digest that is its own, and refers to nothing else.
+SOURCE_DATE_EPOCH=1700000000 /usr/bin/python3 "$source/scripts/sbom.py" 1.2.3 . >../sbom.spdx.json
+/usr/bin/python3 - ../sbom.spdx.json ../sums <<'PYTHON'
+import json, re, sys
+document = json.load(open(sys.argv[1]))
+ids = [p["SPDXID"] for p in document["packages"]] + [document["SPDXID"]]
+assert len(set(ids)) == len(ids) and all(re.fullmatch(r"SPDXRef-[A-Za-z0-9.-]+", i) for i in ids), ids
+digests = {p["name"]: p["checksums"][0]["checksumValue"] for p in document["packages"] if "checksums" in p}
+assert digests == {name: digest for digest, name in map(str.split, open(sys.argv[2]))}, digests
+links = document["relationships"]
+assert all({r["spdxElementId"], r["relatedSpdxElement"]} <= set(ids) for r in links), links
+assert {r["relationshipType"] for r in links} == {"DESCRIBES", "STATIC_LINK", "DYNAMIC_LINK"}
+PYTHON
 if command -v lintian >/dev/null; then
   lintian --fail-on error --tag-display-limit 0 -- *.deb
 fi
