@@ -115,7 +115,7 @@ class Site:
             if section == "Start" and self.playground:
                 nav += f'<li><a href="{href("playground.html")}">Playground</a></li>\n'
             nav += "</ul>\n"
-        if "shown/" in body:
+        if place == "operations/index.html" or re.search("shown/(input-photo|thumb|palette)", body):
             body += CREDIT
         body = re.sub(r"<table[ >].*?</table>", r'<div class="wide">\g<0></div>', body, flags=re.S)
         page = self.template.replace("{title}", html.escape(re.sub("[`]", "", title)))
