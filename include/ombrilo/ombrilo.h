@@ -1333,7 +1333,8 @@ OMB_API void OMB_CDECL omb_convolute(PackedDib* dib, uint32_t type);
  * @param dib      the image; 8 bits (the bytes are the levels) or 24 bits (each channel); other
  *                 depths do not change
  * @param kernel   a built-in record or one of your own
- * @param passes   how often; 0 or less leaves the image unchanged
+ * @param passes   how often; 0 or less leaves the image unchanged. Each pass takes as long as the
+ *                 first; after one that changes no byte there are no more
  * @param strength the share of the result in tenths: 10 is all of it, more overshoots
  * @return 1; 0 for null, for a record with an entry outside the extent that it describes, for rows
  *         that do not fit (see Limits) and when memory runs out
@@ -1638,7 +1639,8 @@ enum OmbMorphology {
  * @param op         one of ::OmbMorphology: 0 erode, 1 dilate, 2 open, 3 close
  * @param element    only its count and offsets matter; count 0 or less changes nothing
  * @param iterations how often erosion or dilation is repeated; an opening or closing repeats its
- *                   first step that often, then its second. 0 or less leaves the image unchanged
+ *                   first step that often, then its second, and each ends early after a pass that
+ *                   changes no byte. 0 or less leaves the image unchanged
  * @return 1; 0 for null, other bits and ops, rows that do not fit (see Limits), no planes, and when
  *         memory runs out
  * @see @ref kernels
@@ -1752,7 +1754,8 @@ enum OmbEdge {
  *
  * @param dib        the image; 8 or 24 bits, rank order also others
  * @param size       one of ::OmbPageSize: 0 to 2
- * @param passes     how often; below 1 the image is unchanged. Tone: percent of the effect
+ * @param passes     how often, ending early after a pass that changes no byte; below 1 the image is
+ *                   unchanged. Tone: percent of the effect
  * @param strength   the share of a convolution in tenths, as in omb_DoConvoluteDIB(). Tone: what
  *                   the curve cuts off
  * @param block      of tone by blocks: their width and height, 16 to 32,767 pixels

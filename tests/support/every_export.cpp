@@ -253,8 +253,14 @@ std::unique_ptr<KERNAL, decltype(&omb_destroyKERNAL)> DrawKernal(Draw& draw) {
   const int32_t width = draw.Whole(1, 9), height = draw.Whole(1, 9);
   const int32_t anchor_x = draw.Whole(0, std::max(width, 1) - 1);
   const int32_t anchor_y = draw.Whole(0, std::max(height, 1) - 1);
+  const auto fit = [](int32_t side) { return std::clamp(side, 1, 9); };
   KERNAL* kernal =
-      omb_newKERNAL(width, height, anchor_x, anchor_y, count, draw.Whole(-20, 20), "drawn");
+      omb_newKERNAL(fit(width), fit(height), 0, 0, count, draw.Whole(-20, 20), "drawn");
+  if (kernal != nullptr) {
+    // A host can write what omb_newKERNAL() would refuse.
+    kernal->width = width, kernal->height = height;
+    kernal->anchorX = anchor_x, kernal->anchorY = anchor_y;
+  }
   for (int32_t i = 0; kernal != nullptr && i < count; ++i) {
     kernal->offsets[2 * i] = draw.Whole(-4, 4);
     kernal->offsets[2 * i + 1] = draw.Whole(-4, 4);
