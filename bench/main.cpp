@@ -1,6 +1,6 @@
-// The benchmark program: ombrilo_bench [--report] [--seconds=S] [--rows=NAME] [WORD...] measures
-// the rows whose names contain one of the words, with --rows by these row functions, and with
-// --report writes docs/performance.md.
+// The benchmark program: ombrilo_bench [--seconds=S] [--rows=NAME] [--save=FILE] [--report
+// [--beside=FILE]] [WORD...] measures the rows whose names contain one of the words, with --rows by
+// these row functions, and with --report writes docs/performance.md, beside what another run saved.
 #include <time.h>
 
 #include <algorithm>
@@ -107,12 +107,17 @@ int main(int argc, char** argv) {
   cv::ocl::setUseOpenCL(false);
 #endif
   bool report = false;
+  std::string save, beside;
   double seconds = 0.3;
   std::vector<std::string> words;
   for (int i = 1; i < argc; ++i) {
     const std::string argument = argv[i];
     if (argument == "--report") {
       report = true;
+    } else if (argument.starts_with("--save=")) {
+      save = argument.substr(7);
+    } else if (argument.starts_with("--beside=")) {
+      beside = argument.substr(9);
     } else if (argument.starts_with("--seconds=")) {
       seconds = std::atof(argument.c_str() + argument.find('=') + 1);
     } else if (argument.starts_with("--rows=")) {
@@ -152,5 +157,6 @@ int main(int argc, char** argv) {
     measured.push_back(std::exchange(row, {}));
     measured.back().Forget();
   }
-  return report && !WriteReport(measured) ? 1 : 0;
+  if (!save.empty() && !SaveRun(measured, save)) return 1;
+  return report && !WriteReport(std::move(measured), beside) ? 1 : 0;
 }

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "rows/row_functions.h"
 #include "run.h"
 
 namespace ombrilo::bench {
@@ -40,29 +41,44 @@ std::string Machine() {
   return text;
 }
 
-std::string Table(const std::vector<Row>& rows) {
-  std::string text =
-      "| row | ns per pixel | peer | its ns per pixel | ratio | of memcpy |\n"
-      "|---|---:|---|---:|---:|---:|\n";
+// How many rows are ahead with these row functions, and by how much.
+std::string Summary(const std::vector<Row>& rows, const std::string& set, double Row::*ratio) {
   double logarithms = 0;
   int count = 0, ahead = 0;
   for (const Row& row : rows) {
-    text += Format("| %s | %.3f |", row.name.c_str(), row.time);
-    if (row.ratio > 0) {
-      text += Format(" %s | %.3f | %.2f |", row.peer.name.c_str(), row.time * row.ratio, row.ratio);
-      logarithms += std::log(row.ratio);
-      ++count;
-      ahead += row.ratio > 1;
-    } else {
-      text += " | | |";
-    }
+    if (row.*ratio <= 0) continue;
+    logarithms += std::log(row.*ratio);
+    ++count;
+    ahead += row.*ratio > 1;
+  }
+  return Format("- %s: %d of %d rows are ahead of their peer; geometric mean %.2f\n", set.c_str(),
+                ahead, count, std::exp(logarithms / std::max(count, 1)));
+}
+
+std::string Cells(double time, double ratio) {
+  return Format(" %.3f |", time) + (ratio > 0 ? Format(" %.2f |", ratio) : " |");
+}
+
+// `beside` names the row functions of the other run; empty for none.
+std::string Table(const std::vector<Row>& rows, const std::string& beside) {
+  const std::string own = simd::Active().name;
+  std::string text = Machine() + ".\n\n";
+  std::string head = "| row | peer |", line = "|---|---|";
+  if (!beside.empty()) {
+    text += Summary(rows, beside, &Row::beside_ratio);
+    head += " " + beside + ": ns per pixel | peer / ours |";
+    line += "---:|---:|";
+  }
+  text += Summary(rows, own, &Row::ratio) + "\n![Ratios](performance.svg)\n\n";
+  text += head + " " + own + ": ns per pixel | peer / ours | of memcpy |\n";
+  text += line + "---:|---:|---:|\n";
+  for (const Row& row : rows) {
+    text += "| " + row.name + " | " + (row.ratio > 0 ? row.peer.name : "") + " |";
+    if (!beside.empty()) text += Cells(row.beside_time, row.beside_ratio);
+    text += Cells(row.time, row.ratio);
     text += row.share > 0 ? Format(" %.0f %% |\n", 100 * row.share) : " |\n";
   }
-  return Format(
-             "%s.\n\n%d of %d rows are ahead of their peer; the geometric mean of the ratios is "
-             "%.2f.\n\n![Ratios](performance.svg)\n\n",
-             Machine().c_str(), ahead, count, std::exp(logarithms / std::max(count, 1))) +
-         text;
+  return text;
 }
 
 // Ratios as bars on a logarithmic scale.
@@ -100,7 +116,14 @@ std::string Chart(const std::vector<Row>& rows) {
 
 }  // namespace
 
-bool WriteReport(const std::vector<Row>& rows) {
+bool SaveRun(const std::vector<Row>& rows, const std::string& path) {
+  std::ofstream file(path);
+  file << simd::Active().name << '\n';
+  for (const Row& row : rows) file << row.time << ' ' << row.ratio << ' ' << row.name << '\n';
+  return static_cast<bool>(file.flush());
+}
+
+bool WriteReport(std::vector<Row> rows, const std::string& beside) {
   const std::string path = "docs/performance.md";
   const std::string first = "<!-- measured -->\n", last = "<!-- /measured -->";
   std::ifstream old(path);
@@ -110,7 +133,18 @@ bool WriteReport(const std::vector<Row>& rows) {
     std::fprintf(stderr, "%s: run from the source folder\n", path.c_str());
     return false;
   }
-  text.replace(from + first.size(), to - from - first.size(), Table(rows));
+  std::string set, name;
+  if (!beside.empty()) {
+    std::ifstream run(beside);
+    if (!std::getline(run, set)) return std::fprintf(stderr, "%s: no run\n", beside.c_str()), false;
+    double time, ratio;
+    while (run >> time >> ratio && std::getline(run >> std::ws, name)) {
+      for (Row& row : rows) {
+        if (row.name == name) row.beside_time = time, row.beside_ratio = ratio;
+      }
+    }
+  }
+  text.replace(from + first.size(), to - from - first.size(), Table(rows, set));
   std::ofstream(path) << text;
   std::ofstream("docs/performance.svg") << Chart(rows);
   return true;

@@ -18,6 +18,7 @@ struct Row {
   double time = 0;   // nanoseconds of processor time for a pixel
   double ratio = 0;  // the peer's time to ours
   double share = 0;  // the time of a memcpy that moves as many bytes to ours
+  double beside_time = 0, beside_ratio = 0;  // those of another run
 
   // Lets go of the images.
   void Forget() {
@@ -27,7 +28,11 @@ struct Row {
 
 void Add(Row row);
 
+// Keeps the rows of a run in a file, for a report of two runs.
+bool SaveRun(const std::vector<Row>& rows, const std::string& path);
+
 // Puts the rows into docs/performance.md, between its marks, and draws docs/performance.svg.
-bool WriteReport(const std::vector<Row>& rows);
+// `beside` is a run with narrower row functions that was saved; empty for none.
+bool WriteReport(std::vector<Row> rows, const std::string& beside);
 
 }  // namespace ombrilo::bench
