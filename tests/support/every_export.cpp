@@ -34,6 +34,22 @@ struct Real {
   double low, high;
   double From(Draw& draw) const { return draw.Real(low, high); }
 };
+struct Fixed {
+  int32_t value;
+  int32_t From(Draw&) const { return value; }
+};
+struct Times {  // of a factor
+  int32_t low, high;
+  uint64_t factor;
+  uint64_t From(Draw& draw) const { return static_cast<uint64_t>(draw.Whole(low, high)) * factor; }
+};
+template <int32_t... kValues>
+struct OneOf {
+  int32_t From(Draw& draw) const {
+    constexpr int32_t kAll[] = {kValues...};
+    return kAll[draw.Byte() % std::size(kAll)];
+  }
+};
 // Few passes: each takes its time.
 struct Passes {
   int32_t From(Draw& draw) const { return std::min(draw.Whole(0, 3), 3); }
@@ -57,6 +73,13 @@ uint64_t With(PackedDib** image, Draw& draw, Digest&) {
   } else {
     return static_cast<uint64_t>(std::apply(call, parameters));
   }
+}
+
+// Bytes that rise by a drawn step.
+std::vector<uint8_t> Steps(Draw& draw, size_t count) {
+  std::vector<uint8_t> bytes(count);
+  for (uint8_t step = draw.Byte(), value = 0; uint8_t & byte : bytes) byte = value += step;
+  return bytes;
 }
 
 uint64_t FindDIBBits(PackedDib** image, Draw&, Digest& digest) {
@@ -129,13 +152,10 @@ uint64_t FromPixels(PackedDib**, Draw& draw, Digest& digest) {
   // Other sizes than these come with a stride that refuses them.
   const bool meant = width <= 50 && height <= 50;
   const intptr_t stride = meant ? 200 + draw.Byte() % 10 : 0;
-  std::vector<uint8_t> pixels(size_t{50} * 210);
-  for (uint8_t step = draw.Byte(), value = 0; uint8_t & byte : pixels) byte = value += step;
-  PackedDib* dib = omb_frompixels(format, width, height, pixels.data(), stride, 0xC08040);
-  if (dib != nullptr) digest.AddImage(dib);
-  const bool made = dib != nullptr;
-  omb_freedib(dib);
-  return made;
+  const std::vector<uint8_t> pixels = Steps(draw, size_t{50} * 210);
+  const TestImage made(omb_frompixels(format, width, height, pixels.data(), stride, 0xC08040));
+  if (made.get() != nullptr) digest.AddImage(made.get());
+  return made.get() != nullptr;
 }
 
 uint64_t ToPixels(PackedDib** image, Draw& draw, Digest& digest) {
@@ -152,8 +172,7 @@ uint64_t ToPixels(PackedDib** image, Draw& draw, Digest& digest) {
 }
 
 uint64_t SetPalette(PackedDib** image, Draw& draw, Digest&) {
-  std::vector<uint8_t> colors(size_t{4} * 65536);
-  for (uint8_t step = draw.Byte(), value = 0; uint8_t & byte : colors) byte = value += step;
+  const std::vector<uint8_t> colors = Steps(draw, size_t{4} * 65536);
   return omb_setpalette(*image, colors.data(), static_cast<uint32_t>(draw.Whole(0, 20)));
 }
 
@@ -167,9 +186,7 @@ uint64_t Histogram(PackedDib** image, Draw& draw, Digest& digest) {
 
 uint64_t Pseudocolor(PackedDib** image, Draw& draw, Digest&) {
   // As many entries as a header can announce.
-  std::vector<uint8_t> table(size_t{4} * 65536);
-  for (uint8_t step = draw.Byte(), value = 0; uint8_t & byte : table) byte = value += step;
-  return omb_pseudocolor(*image, table.data());
+  return omb_pseudocolor(*image, Steps(draw, size_t{4} * 65536).data());
 }
 
 // Up to seven points of a tone curve.
@@ -300,17 +317,9 @@ uint64_t EnhancePage(PackedDib** image, Draw& draw, Digest&) {
   const int32_t size = draw.Whole(0, 2), passes = Passes().From(draw), strength = draw.Whole(0, 20);
   const int32_t percentile = draw.Whole(0, 100), mode = draw.Whole(0, 8);
   const int32_t block = draw.Whole(0, 9), scope = draw.Whole(0, 3), curve = draw.Whole(0, 9);
-  if (mode == 4 && (scope == 0 || scope == 1)) return 0;  // EnhanceTone() draws better
+  if (mode == 4 && (scope == 0 || scope == 1)) return 0;  // "tone" draws better
   return static_cast<uint64_t>(
       omb_EnhancePage(*image, size, passes, strength, block, percentile, mode, scope, curve));
-}
-
-uint64_t EnhanceTone(PackedDib** image, Draw& draw, Digest&) {
-  const int32_t size = draw.Whole(-1, 9), percent = draw.Whole(0, 120);
-  const int32_t strength = draw.Whole(-2, 900), block = draw.Whole(15, 40);
-  const int32_t scope = draw.Whole(0, 1), curve = draw.Whole(0, 3);
-  return static_cast<uint64_t>(
-      omb_EnhancePage(*image, size, percent, strength, block, 0, 4, scope, curve));
 }
 
 constexpr Export kExports[] = {
@@ -360,19 +369,11 @@ constexpr Export kExports[] = {
     {"omb_newKERNAL, omb_cloneKERNAL, omb_zeroKERNAL, omb_destroyKERNAL, omb_getKERNAL", Records},
     {"omb_convolute", With<omb_convolute, Whole{1, 39}>},
     {"omb_DoConvoluteDIB", ConvoluteKernal},
-    {"omb_emboss",
-     [](PackedDib** image, Draw& draw, Digest&) -> uint64_t {
-       const auto direction = static_cast<uint32_t>(draw.Whole(0, 27));
-       return omb_emboss(*image, direction, static_cast<uint32_t>(draw.Whole(0, 0xFFFF)) * 199);
-     }},
+    {"omb_emboss", With<omb_emboss, Whole{0, 27}, Times{0, 0xFFFF, 199}>},
     {"omb_sobel", With<omb_sobel>},
     {"omb_medianblur", With<omb_medianblur>},
     {"omb_diffuse", DiffuseByClock},
-    {"omb_diffuse_seed",
-     [](PackedDib** image, Draw& draw, Digest&) -> uint64_t {
-       const auto area = static_cast<uint32_t>(draw.Whole(2, 60));
-       return omb_diffuse_seed(*image, area, static_cast<uint64_t>(draw.Whole(0, 0xFFFF)) << 20);
-     }},
+    {"omb_diffuse_seed", With<omb_diffuse_seed, Whole{2, 60}, Times{0, 0xFFFF, 1 << 20}>},
     {"omb_granulate", With<omb_granulate, Whole{1, 12}, Whole{1, 12}>},
     {"omb_dilate", With<omb_dilate>},
     {"omb_erode", With<omb_erode>},
@@ -385,20 +386,13 @@ constexpr Export kExports[] = {
     {"omb_tophat", With<omb_tophat>},
     {"omb_DoKernalMorphDIB", MorphKernal},
     {"omb_EnhancePage", EnhancePage},
-    {"omb_EnhancePage, tone", EnhanceTone},
+    {"omb_EnhancePage, tone", With<omb_EnhancePage, Whole{-1, 9}, Whole{0, 120}, Whole{-2, 900},
+                                   Whole{15, 40}, Fixed{0}, Fixed{4}, Whole{0, 1}, Whole{0, 3}>},
     {"omb_EdgePage", With<omb_EdgePage, Whole{0, 2}, Passes{}, Whole{0, 20}, Whole{0, 6}>},
     {"omb_MorphologicalPage",
      With<omb_MorphologicalPage, Whole{0, 2}, Whole{0, 3}, Passes{}, Whole{0, 7}>},
-    {"omb_neuquant",
-     [](PackedDib** image, Draw& draw, Digest&) -> uint64_t {
-       constexpr int32_t kBits[] = {1, 4, 8, 24, 2};
-       return static_cast<uint64_t>(omb_neuquant(image, kBits[draw.Byte() % 5]));
-     }},
-    {"omb_dither",
-     [](PackedDib** image, Draw& draw, Digest&) -> uint64_t {
-       constexpr int32_t kBits[] = {1, 2, 4, 8, 24};
-       return static_cast<uint64_t>(omb_dither(image, kBits[draw.Byte() % 5]));
-     }},
+    {"omb_neuquant", With<omb_neuquant, OneOf<1, 4, 8, 24, 2>{}>},
+    {"omb_dither", With<omb_dither, OneOf<1, 2, 4, 8, 24>{}>},
     {"omb_frompixels", FromPixels},
     {"omb_topixels", ToPixels},
     {"omb_setpalette", SetPalette},

@@ -42,10 +42,7 @@ Naive::Naive(const TestImage& image)
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x) {
       const uint32_t value = image.Pixel(x, height - 1 - y);
-      pixels.push_back(bits < 24
-                           ? palette[value]
-                           : Bgr{static_cast<int>(value & 255), static_cast<int>(value >> 8 & 255),
-                                 static_cast<int>(value >> 16)});
+      pixels.push_back(bits < 24 ? palette[value] : BgrOf(value));
     }
   }
 }

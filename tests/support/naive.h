@@ -12,6 +12,12 @@ namespace ombrilo::test {
 
 using Bgr = std::array<int, 3>;
 
+constexpr Bgr BgrOf(uint32_t rgb) {
+  return {static_cast<int>(rgb & 255), static_cast<int>(rgb >> 8 & 255),
+          static_cast<int>(rgb >> 16 & 255)};
+}
+constexpr uint32_t RgbOf(const Bgr& bgr) { return Rgb(bgr[2], bgr[1], bgr[0]); }
+
 // The lowest index of the entries that are nearest to the color.
 int Nearest(const std::vector<Bgr>& palette, const Bgr& color);
 

@@ -11,13 +11,10 @@
 namespace ombrilo::test {
 namespace {
 
-// Blue, green, red.
-using Color = std::array<int, 3>;
-
 int Limited(int value) { return std::clamp(value, 0, 255); }
 
 // Modes 3 and 4. Each product and quotient is a statement, so that no two are fused.
-Color Turned(const Color& bgr, bool lightness, int a, int b, int p) {
+Bgr Turned(const Bgr& bgr, bool lightness, int a, int b, int p) {
   const auto [blue, green, red] = bgr;
   const int max = std::max({blue, green, red}), min = std::min({blue, green, red});
   float low = static_cast<float>(min), mid = low, high = low;
@@ -73,11 +70,11 @@ Color Turned(const Color& bgr, bool lightness, int a, int b, int p) {
     return Limited(static_cast<int>(part + 0.5f));
   };
   const int l = mixed(low), m = mixed(mid), g = mixed(high);
-  const Color sides[] = {{l, m, g}, {l, g, m}, {m, g, l}, {g, m, l}, {g, l, m}, {m, l, g}};
+  const Bgr sides[] = {{l, m, g}, {l, g, m}, {m, g, l}, {g, m, l}, {g, l, m}, {m, l, g}};
   return sides[k];
 }
 
-Color Adjusted(const Color& bgr, int mode, int a, int b, int c) {
+Bgr Adjusted(const Bgr& bgr, int mode, int a, int b, int c) {
   const auto [blue, green, red] = bgr;
   if (mode == 1) return {Limited(blue + c), Limited(green + b), Limited(red + a)};
   if (mode == 2) {
@@ -87,10 +84,10 @@ Color Adjusted(const Color& bgr, int mode, int a, int b, int c) {
   return Turned(bgr, mode == 4, a, b, c);
 }
 
-int LightOf(const Color& bgr) { return (299 * bgr[2] + 587 * bgr[1] + 114 * bgr[0] + 500) / 1000; }
+int LightOf(const Bgr& bgr) { return (299 * bgr[2] + 587 * bgr[1] + 114 * bgr[0] + 500) / 1000; }
 
-Color Balanced(const Color& bgr, const Color& amounts, int range, bool keep) {
-  Color to;
+Bgr Balanced(const Bgr& bgr, const Bgr& amounts, int range, bool keep) {
+  Bgr to;
   for (size_t c = 0; c < 3; ++c) {
     const int v = bgr[c], dark = std::max(255 - 2 * v, 0), light = std::max(2 * v - 255, 0);
     const int weights[] = {dark, 255 - dark - light, light, 255};
@@ -115,7 +112,7 @@ uint32_t Cube(int x, int y) {
 }
 
 void ExpectColors(const std::function<uint32_t(PackedDib*)>& call,
-                  const std::function<Color(const Color&)>& reference, const std::string& name) {
+                  const std::function<Bgr(const Bgr&)>& reference, const std::string& name) {
   ImageBuilder builder(24, 169, 39);
   TestImage image =
       builder.Pixels([](int x, int y) { return y < 13 ? Cube(x, y) : Noise(1 << 24, 77)(x, y); })
@@ -124,11 +121,7 @@ void ExpectColors(const std::function<uint32_t(PackedDib*)>& call,
           .Build();
   const TestImage before = image.Clone();
   EXPECT_EQ(call(image.get()), 1u) << name;
-  builder.Pixels([&](int x, int y) {
-    const uint32_t rgb = before.Pixel(x, y);
-    const Color to = reference({int(rgb & 255), int(rgb >> 8 & 255), int(rgb >> 16)});
-    return Rgb(to[2], to[1], to[0]);
-  });
+  builder.Pixels([&](int x, int y) { return RgbOf(reference(BgrOf(before.Pixel(x, y)))); });
   EXPECT_EQ(image.Bytes(), builder.Build().Bytes()) << name;
 }
 
@@ -143,7 +136,7 @@ TEST(AdjustColor, EachColorByItself) {
     const int mode = adjustment[0], a = adjustment[1], b = adjustment[2], c = adjustment[3];
     const auto number = static_cast<uint32_t>(mode);
     ExpectColors([&](PackedDib* dib) { return omb_adjustcolor(dib, number, a, b, c); },
-                 [&](const Color& bgr) { return Adjusted(bgr, mode, a, b, c); },
+                 [&](const Bgr& bgr) { return Adjusted(bgr, mode, a, b, c); },
                  testing::PrintToString(std::array{mode, a, b, c}));
   }
   // A whole turn changes no color, in either direction.
@@ -166,9 +159,7 @@ TEST(AdjustColor, TablesChangeInPlaceOfPixels) {
       TestImage image = builder.Build();
       EXPECT_EQ(omb_adjustcolor(image.get(), OMB_ADJUST_HSL, 50, 20, 10), 1u);
       for (uint32_t& rgb : colors) {
-        const Color bgr = {int(rgb & 255), int(rgb >> 8 & 255), int(rgb >> 16)};
-        const Color to = Adjusted(bgr, OMB_ADJUST_HSL, 50, 20, 10);
-        rgb = Rgb(to[2], to[1], to[0]);
+        rgb = RgbOf(Adjusted(BgrOf(rgb), OMB_ADJUST_HSL, 50, 20, 10));
       }
       EXPECT_EQ(image.Bytes(), builder.Colors(colors).Build().Bytes()) << bits;
     }
@@ -197,14 +188,14 @@ TEST(AdjustColor, RefusalsAndNothingToDo) {
 }
 
 TEST(Balance, EachColorByItself) {
-  constexpr Color kAmounts[] = {{100, -100, 33}, {-1, 2, 99}, {-100, -100, 100}, {0, 0, -7}};
-  for (const Color& amounts : kAmounts) {
+  constexpr Bgr kAmounts[] = {{100, -100, 33}, {-1, 2, 99}, {-100, -100, 100}, {0, 0, -7}};
+  for (const Bgr& amounts : kAmounts) {
     const int blue = amounts[0], green = amounts[1], red = amounts[2];
     for (uint32_t range = 0; range < 4; ++range) {
       for (const uint32_t keep : {0u, 1u, 0x80000000u}) {
         ExpectColors(
             [&](PackedDib* dib) { return omb_balance(dib, red, green, blue, range, keep); },
-            [&](const Color& bgr) {
+            [&](const Bgr& bgr) {
               return Balanced(bgr, amounts, static_cast<int>(range), keep != 0);
             },
             testing::PrintToString(amounts) + std::to_string(range));
@@ -215,7 +206,7 @@ TEST(Balance, EachColorByItself) {
 
 // Indices go to the nearest of 256 colors, some of which are beyond a short table.
 TEST(Balance, IndicesGoToTheNearestEntry) {
-  constexpr Color kAmounts = {-60, 20, 80};
+  constexpr Bgr kAmounts = {-60, 20, 80};
   for (const int count : {256, 7}) {
     for (const bool gray : {true, false}) {
       const TestImage image = ImageBuilder(8, 67, 9)

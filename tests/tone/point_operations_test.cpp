@@ -4,16 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
-#include "support/image.h"
+#include "support/naive.h"
 
 namespace ombrilo::test {
 namespace {
-
-// Blue, green, red.
-using Color = std::array<int, 3>;
 
 int Toned(int value, int brightness, int contrast) {
   value = std::clamp(value + std::clamp(brightness, -300, 300), 0, 255);
@@ -29,7 +25,7 @@ int Gamma(int value, double gamma) {
   return static_cast<int>(std::min(power + 0.5, 255.0));
 }
 
-Color Lit(Color color, int highlights, int shadows1, int shadows2) {
+Bgr Lit(Bgr color, int highlights, int shadows1, int shadows2) {
   int step = 0;
   for (const int amount : {highlights, shadows1, shadows2}) {
     const int sum = color[0] + color[1] + color[2];
@@ -44,14 +40,14 @@ Color Lit(Color color, int highlights, int shadows1, int shadows2) {
 struct Operation {
   std::string name;
   std::function<uint32_t(PackedDib*)> call;
-  std::function<Color(Color)> reference;
+  std::function<Bgr(Bgr)> reference;
   bool at_24_bits = true;  // in place there, too
 };
 
 std::vector<Operation> Operations() {
   std::vector<Operation> all;
-  all.push_back({"invert", omb_invert, [](Color v) {
-                   return Color{255 - v[0], 255 - v[1], 255 - v[2]};
+  all.push_back({"invert", omb_invert, [](Bgr v) {
+                   return Bgr{255 - v[0], 255 - v[1], 255 - v[2]};
                  }});
   constexpr int kTones[][2] = {{40, 0},  {-40, 0},   {300, 0},  {INT32_MIN, 0}, {0, 0},
                                {0, 50},  {0, 127},   {0, 128},  {0, 255},       {0, INT32_MAX},
@@ -60,14 +56,14 @@ std::vector<Operation> Operations() {
   for (const auto& tone : kTones) {
     const int b = tone[0], c = tone[1];
     all.push_back({"tone", [=](PackedDib* p) { return omb_brightnesscontrast(p, b, c); },
-                   [=](Color v) {
-                     return Color{Toned(v[0], b, c), Toned(v[1], b, c), Toned(v[2], b, c)};
+                   [=](Bgr v) {
+                     return Bgr{Toned(v[0], b, c), Toned(v[1], b, c), Toned(v[2], b, c)};
                    }});
   }
   for (const double g : {0.45, 2.0, 1.0001, -1.0}) {  // 0 to the -1 is infinity
     all.push_back({"gamma", [=](PackedDib* p) { return omb_gammacorrection(p, g); },
-                   [=](Color v) {
-                     return Color{Gamma(v[0], g), Gamma(v[1], g), Gamma(v[2], g)};
+                   [=](Bgr v) {
+                     return Bgr{Gamma(v[0], g), Gamma(v[1], g), Gamma(v[2], g)};
                    }});
   }
   constexpr int kLights[][3] = {{-10, 0, 0},   {30, 20, 0}, {0, 20, 20},
@@ -75,27 +71,27 @@ std::vector<Operation> Operations() {
   for (const auto& l : kLights) {
     const int h = l[0], s1 = l[1], s2 = l[2];
     all.push_back({"lights", [=](PackedDib* p) { return omb_adjustghms(p, h, s1, s2); },
-                   [=](Color v) { return Lit(v, h, s1, s2); }});
+                   [=](Bgr v) { return Lit(v, h, s1, s2); }});
   }
   for (const size_t c : {0u, 1u, 2u}) {
     all.push_back({"filter",
                    [=](PackedDib* p) { return omb_filtercolor(p, 3 - static_cast<uint32_t>(c)); },
-                   [=](Color v) { return v[c] = 0, v; }});
+                   [=](Bgr v) { return v[c] = 0, v; }});
     const auto extract = [=](PackedDib* p) {
       return omb_extractcolor(&p, 3 - static_cast<uint32_t>(c));
     };
     all.push_back({"extract", extract,
-                   [=](Color v) {
-                     Color kept = {};
+                   [=](Bgr v) {
+                     Bgr kept = {};
                      kept[c] = v[c];
                      return kept;
                    },
                    false});
   }
   all.push_back({"gray", [](PackedDib* p) { return omb_gray(&p); },
-                 [](Color v) {
+                 [](Bgr v) {
                    const int gray = (11 * v[0] + 59 * v[1] + 30 * v[2]) / 100;
-                   return Color{gray, gray, gray};
+                   return Bgr{gray, gray, gray};
                  },
                  false});
   return all;
@@ -108,10 +104,7 @@ uint32_t Scene(int x, int y) {
   return x % 3 == 0 ? noise & 0x7F7F7F : x % 3 == 1 ? noise | 0x808080 : noise;
 }
 
-uint32_t Sent(const Operation& op, uint32_t rgb) {
-  const Color to = op.reference({int(rgb & 255), int(rgb >> 8 & 255), int(rgb >> 16)});
-  return Rgb(to[2], to[1], to[0]);
-}
+uint32_t Sent(const Operation& op, uint32_t rgb) { return RgbOf(op.reference(BgrOf(rgb))); }
 
 TEST(PointOperations, ChangePixelsOfTrueColorImages) {
   for (const Operation& op : Operations()) {
