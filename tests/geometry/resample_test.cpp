@@ -6,7 +6,6 @@
 #include <cstring>
 #include <limits>
 
-#include "rows/row_functions.h"
 #include "support/naive.h"
 
 namespace ombrilo::test {
@@ -186,14 +185,11 @@ TestImage Make(const Kind& kind, int width, int height) {
 // Runs an operation at every level and compares with the reference.
 template <class Operation>
 void ExpectEverywhere(const TestImage& source, const Picture& expected, Operation&& operation) {
-  for (auto level = simd::Supported(); *level != nullptr; ++level) {
-    simd::Use(*level);
+  AtEveryLevel([&] {
     TestImage image = source.Clone();
     ASSERT_EQ(operation(image.ref()), 1u);
-    ASSERT_EQ(Read(image, expected.width, expected.height).pixels, expected.pixels)
-        << (*level)->name;
-  }
-  simd::Use(nullptr);
+    ASSERT_EQ(Read(image, expected.width, expected.height).pixels, expected.pixels);
+  });
 }
 
 TEST(Scale, EqualsTheReferenceAtEveryDepthSizeAndMode) {

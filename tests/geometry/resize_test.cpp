@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "core/bytes.h"
-#include "rows/row_functions.h"
 #include "support/naive.h"
 
 namespace ombrilo::test {
@@ -109,17 +108,14 @@ std::vector<uint8_t> Resized(const TestImage& image, int width, int height, uint
 
 void Expect(const TestImage& image, int width, int height, uint32_t filter) {
   const std::vector<uint8_t> expected = Resized(image, width, height, filter);
-  for (auto level = simd::Supported(); *level != nullptr; ++level) {
-    SCOPED_TRACE(testing::Message()
-                 << (*level)->name << ", to " << width << " x " << height << ", filter " << filter);
-    simd::Use(*level);
+  SCOPED_TRACE(testing::Message() << "to " << width << " x " << height << ", filter " << filter);
+  AtEveryLevel([&] {
     TestImage copy = image.Clone();
     EXPECT_EQ(
         omb_resize(copy.ref(), static_cast<uint32_t>(width), static_cast<uint32_t>(height), filter),
         1u);
     EXPECT_EQ(copy.Bytes(), expected);
-  }
-  simd::Use(nullptr);
+  });
 }
 
 TEST(Resize, IsTheWeightedSumOfRowsAndColumns) {

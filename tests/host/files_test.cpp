@@ -307,17 +307,6 @@ TEST(Files, NamesSayFormats) {
   }
 }
 
-TEST(Files, TheContentsAndNotTheNameSayWhatIsRead) {
-  const Directory directory;
-  const fs::path path = directory / fs::path(u8"Bild ä.png");
-  const TestImage image = Noisy(8, 5, 4, GrayRamp(256)).Build();
-  omb::WriteImage(path, Format::kBmp, image.get());
-  const TestImage again(omb::ReadImage(path, nullptr).release());
-  EXPECT_EQ(again.Pixels(), image.Pixels());
-  EXPECT_THROW(omb::ReadImage(directory / "missing.bmp", nullptr), omb::FileError);
-  EXPECT_THROW(omb::ReadImage(directory / "", nullptr), omb::FileError);
-}
-
 TEST(Files, AFailureLeavesTheOldFileAndNothingElse) {
   const Directory directory;
   const fs::path path = directory / "old.bmp";

@@ -61,12 +61,7 @@ TEST(Crop, PiecesAtEveryDepthAndHeaderKind) {
         ExpectPiece(bits, size_field, p);
       }
     }
-  }
-}
-
-// Pieces that end where the block does.
-TEST(Crop, LastPixelsOfRowsWithoutPadding) {
-  for (const int bits : {1, 4, 8, 24}) {
+    // Rows without padding: pieces that end where the block does.
     for (const int width : {32, 64, 128}) {
       for (const int x : {1, 3, 8, 17, width - 1}) {
         ExpectPiece(bits, 40, {x, 0, width - x, kHeight}, width);

@@ -28,7 +28,5 @@ TEST(NewDib, RefusesWhatCannotBe) {
   EXPECT_EQ(omb_newdib(5, 3, 8), nullptr);
 }
 
-TEST(NewDib, FreeAcceptsNull) { omb_freedib(nullptr); }
-
 }  // namespace
 }  // namespace ombrilo::test

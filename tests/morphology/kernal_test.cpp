@@ -25,22 +25,13 @@ uint32_t DigestOf(const KERNAL& kernal) {
   return static_cast<uint32_t>(digest.value());
 }
 
-TEST(Kernal, BuiltInRecordsAreCloned) {
-  for (uint32_t i = 0; i < 45; ++i) {
-    const KERNAL* record = omb_getKERNAL(i);
-    KERNAL* clone = omb_cloneKERNAL(record);
-    EXPECT_EQ(DigestOf(*clone), DigestOf(*record)) << record->name;
-    EXPECT_NE(clone->weights, record->weights);
-    omb_destroyKERNAL(clone);
-  }
-}
-
 TEST(Kernal, NewCloneZeroDestroy) {
   KERNAL* made = omb_newKERNAL(5, 4, 3, 2, 2, -9, "mine ");
   ASSERT_NE(made, nullptr);
   for (int i = 0; i < 4; ++i) made->offsets[i] = 10 + i;
   for (int i = 0; i < 2; ++i) made->weights[i] = 20 + i;
   KERNAL* copy = omb_cloneKERNAL(made);
+  EXPECT_NE(copy->weights, made->weights);
   omb_destroyKERNAL(made);  // the copy does not need it
   int32_t offsets[] = {10, 11, 12, 13}, weights[] = {20, 21};
   char name[] = "mine ";

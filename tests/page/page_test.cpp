@@ -73,7 +73,8 @@ void ForPages(const std::function<void(const TestImage&)>& test) {
 TEST(EnhancePage, RankOrderSortsEverySquare) {
   ForPages([](const TestImage& image) {
     for (int size = 0; size <= 2; ++size) {
-      for (const int percentile : {0, 3, 50, 64, 99, 100}) {
+      // Every rank of nine, and the ends.
+      for (const int percentile : {0, 3, 13, 25, 38, 50, 64, 75, 88, 99, 100}) {
         const int passes = percentile == 64 ? 2 : 1;
         Expect(image, NaiveRank(image, size + 1, passes, percentile), [&](PackedDib* dib) {
           return omb_EnhancePage(dib, size, passes, 1, 2, percentile, 8, 9, 9);

@@ -6,9 +6,8 @@
 
 #include "core/packed_dib.h"
 #include "quantize/published_network.h"
-#include "rows/row_functions.h"
 #include "support/failing_memory.h"
-#include "support/image.h"
+#include "support/naive.h"
 
 namespace ombrilo::test {
 namespace {
@@ -68,11 +67,9 @@ void ExpectPublished(const TestImage& image, std::initializer_list<int> depths =
     for (const bool dither : {false, true}) {
       if (dither && bits == 1) continue;  // whose rows overlap
       const std::vector<int> expected = Expected(image, network, dither);
-      for (auto level = simd::Supported(); *level != nullptr; ++level) {
-        simd::Use(*level);
-        SCOPED_TRACE(testing::Message()
-                     << image.width() << " x " << image.height() << " to " << bits
-                     << " bits, dithered: " << dither << ", level " << (*level)->name);
+      SCOPED_TRACE(testing::Message() << image.width() << " x " << image.height() << " to " << bits
+                                      << " bits, dithered: " << dither);
+      AtEveryLevel([&] {
         TestImage actual = image.Clone();
         ASSERT_EQ((dither ? omb_dither : omb_neuquant)(actual.ref(), bits), 1);
         for (int i = 0; i < 1 << bits; ++i) {
@@ -85,8 +82,7 @@ void ExpectPublished(const TestImage& image, std::initializer_list<int> depths =
           indices.push_back(static_cast<int>(actual.Pixel(i % image.width(), row)));
         }
         ASSERT_EQ(indices, expected);
-      }
-      simd::Use(nullptr);
+      });
     }
   }
 }

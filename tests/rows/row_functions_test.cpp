@@ -8,8 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
-#include <cmath>
+#include <cstdlib>
 #include <fstream>
 #include <functional>
 #include <memory>
@@ -281,36 +280,6 @@ TEST(RowFunctions, SearchBySumsWithTurns) {
     lists.used = 256;
     (*level)->find_by_sums(lists, colors.data(), 3, kCount, found.data());
     EXPECT_EQ(found, expected) << (*level)->name;
-  }
-}
-
-// A network of minima and maxima that orders all zeros and ones orders everything; where columns
-// are sorted first, only the number of ones in each column counts.
-TEST(RowFunctions, RanksOfZerosAndOnes) {
-  for (const size_t size : {3, 5}) {
-    std::vector<uint8_t> rows[5];
-    std::vector<size_t> ones(size), sums;
-    while (ones.back() <= size) {
-      for (size_t x = 0; x < size; ++x) {
-        for (size_t y = 0; y < size; ++y) {
-          rows[y].push_back((y + sums.size()) % size < ones[x]);  // the ones are around the end
-        }
-      }
-      sums.push_back(std::accumulate(ones.begin(), ones.end(), size_t{0}));
-      ++ones[0];
-      for (size_t x = 0; x + 1 < size && ones[x] > size; ++x) ones[x] = 0, ++ones[x + 1];
-    }
-    const uint8_t* from[5];
-    for (size_t y = 0; y < size; ++y) from[y] = rows[y].data() + size / 2;
-    for (auto level = simd::Supported(); *level != nullptr; ++level) {
-      for (size_t rank = size == 3 ? 0 : 12; rank < (size == 3 ? 9 : 13); ++rank) {
-        std::vector<uint8_t> to(rows[0].size() - (size - 1));
-        (*level)->rank_of_columns(from, size, 1, rank, to.size(), to.data());
-        for (size_t i = 0; i < sums.size(); ++i) {
-          ASSERT_EQ(to[i * size], sums[i] + rank >= size * size) << (*level)->name << ", " << i;
-        }
-      }
-    }
   }
 }
 

@@ -132,16 +132,23 @@ void ForVariedImages(const std::function<void(const TestImage&)>& test) {
   }
 }
 
-void ExpectAtEveryLevel(const TestImage& image, const std::vector<uint8_t>& expected,
-                        const std::function<void(PackedDib*)>& operation) {
+void AtEveryLevel(const std::function<void()>& test) {
   for (auto level = simd::Supported(); *level != nullptr; ++level) {
     SCOPED_TRACE((*level)->name);
     simd::Use(*level);
+    test();
+    if (testing::Test::HasFatalFailure()) break;
+  }
+  simd::Use(nullptr);
+}
+
+void ExpectAtEveryLevel(const TestImage& image, const std::vector<uint8_t>& expected,
+                        const std::function<void(PackedDib*)>& operation) {
+  AtEveryLevel([&] {
     TestImage copy = image.Clone();
     operation(copy.get());
     EXPECT_EQ(copy.Bytes(), expected);
-  }
-  simd::Use(nullptr);
+  });
 }
 
 }  // namespace ombrilo::test

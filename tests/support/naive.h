@@ -61,6 +61,9 @@ std::vector<uint8_t> NaiveBytes(const TestImage& image, const Geometry& geometry
 // sizes that are smaller than a neighbourhood, degenerate, and around vector lengths.
 void ForVariedImages(const std::function<void(const TestImage&)>& test);
 
+// Once at every instruction level.
+void AtEveryLevel(const std::function<void()>& test);
+
 // Applies `operation` to a copy of the image at every instruction level; the copy's bytes must be
 // `expected`.
 void ExpectAtEveryLevel(const TestImage& image, const std::vector<uint8_t>& expected,
