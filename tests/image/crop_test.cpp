@@ -53,8 +53,15 @@ void ExpectPiece(int bits, uint32_t size_field, const Piece& p, int width = kWid
 }
 
 TEST(Crop, PiecesAtEveryDepthAndHeaderKind) {
-  constexpr Piece kPieces[] = {{0, 0, kWidth, kHeight}, {3, 1, 9, 2}, {1, 5, 20, 1}, {0, 2, 1, 3},
-                               {20, 0, 1, 6},           {7, 3, 8, 3}, {5, 0, 16, 1}};
+  constexpr Piece kPieces[] = {{0, 0, kWidth, kHeight},
+                               {3, 1, 9, 2},
+                               {1, 5, 20, 1},
+                               {0, 2, 1, 3},
+                               {20, 0, 1, 6},
+                               {7, 3, 8, 3},
+                               {5, 0, 16, 1},
+                               {6, 0, 3, 2},
+                               {7, 1, 14, 3}};
   for (const int bits : {1, 4, 8, 24}) {
     for (const uint32_t size_field : {40u, 12u, 20u}) {
       for (const Piece& p : kPieces) {
