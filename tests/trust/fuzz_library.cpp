@@ -19,7 +19,7 @@ bool IsSmall(const PackedDib* dib) {
 void FuzzLibrary(std::span<const uint8_t> bytes) {
   Draw draw(bytes, Draw::kAny);
   const simd::RowFunctions* const* level = simd::Supported();
-  for (int wider = draw.Byte() % 3; wider > 0 && level[1] != nullptr; --wider) ++level;
+  for (int wider = draw.Byte() % 4; wider > 0 && level[1] != nullptr; --wider) ++level;
   simd::Use(*level);
   // The operations come before the image, whose bytes may take all that is left.
   const uint8_t choices[] = {draw.Byte(), draw.Byte(), draw.Byte()};
