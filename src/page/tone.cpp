@@ -169,8 +169,9 @@ class BlockTone {
         const auto [low, high, own_paper] =
             tones_[static_cast<size_t>(row) * columns_ + static_cast<size_t>(column)];
         const int32_t paper = std::max<int32_t>(own_paper, least_paper_);
-        if (request_.curve == OMB_TONE_STRETCH)
-          StretchCurve(std::min(low + 0, high / 2), high, curve);
+        if (request_.curve == OMB_TONE_STRETCH) {
+          StretchCurve(std::min<int32_t>(low, high / 2), high, curve);
+        }
         if (request_.curve == OMB_TONE_WHITEN) WhitenCurve(low, paper, curve);
         if (request_.curve == OMB_TONE_LOGARITHM) LogarithmCurve(paper, curve);
       }
