@@ -31,7 +31,7 @@ TEST(Transformat, DefaultLayouts) {
 
 // The masks follow the header, where a table of three entries is, or the pixels themselves.
 TestImage Bitfields(int bits, uint32_t red, uint32_t green, uint32_t blue, uint32_t pixel) {
-  return ImageBuilder(bits, 3, 2)
+  return ImageBuilder(bits, 1100, 2)
       .Colors({0, 0, 0})
       .Pixels([=](int, int) { return pixel; })
       .Field(16, 3)

@@ -88,13 +88,6 @@ TEST(Safety, FailedAllocationsChangeNothingAndLeakNothing) {
 }
 
 TEST(Safety, NullImagesAreRefused) {
-  // Those that have no result, have nothing to refuse or need no image.
-  const std::string others =
-      "omb_version, omb_brightnesscontrast, omb_adjustghms, omb_autoclr, omb_newdib, omb_freedib, "
-      "omb_frompixels, omb_newKERNAL, omb_cloneKERNAL, omb_zeroKERNAL, omb_destroyKERNAL, "
-      "omb_getKERNAL, "
-      "omb_convolute, omb_sobel, omb_medianblur, omb_dilate, omb_erode, omb_mathopen, "
-      "omb_mathclose, omb_denoise, omb_pickedge, omb_gradientize, omb_opencompose, omb_tophat";
   const std::vector<uint8_t> bytes = RandomBytes(2, 400);
   for (const Export& operation : EveryExport()) {
     TestImage none;

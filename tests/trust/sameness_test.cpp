@@ -162,12 +162,12 @@ TEST(Sameness, EveryWidthGivesTheSameAtEveryInstructionSet) {
   widths.insert(widths.end(), {191, 192, 193, 255, 256, 257, 383, 384, 385, 511, 513, 767, 769,
                                1023, 1024, 1025, 2000, 2001});
   for (const int width : widths) {
-    for (const int depth : {1, 4, 8, 24}) {
+    for (const int depth : kDepths) {
       Images images;
       ImageBuilder builder(depth, width, width < 600 ? 4 : 1);
       if (depth <= 8)
         builder.Colors(width % 2 == 0 ? GrayRamp(1 << depth) : VariedColors(1 << depth, 3));
-      images.push_back(builder.Pixels(Noise(1u << depth, 6)).Build());
+      images.push_back(builder.Pixels(Noise(depth == 32 ? ~0u : 1u << depth, 6)).Build());
       for (const Export& operation : EveryExport()) {
         std::string plain;
         for (auto level = simd::Supported(); *level != nullptr; ++level) {
