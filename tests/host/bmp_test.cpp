@@ -1,10 +1,67 @@
 // Every kind of BMP file against what its bytes were made from.
 #include "core/bytes.h"
-#include "host/bmp_file.h"
 #include "host/files.h"
 
 namespace ombrilo::test {
 namespace {
+
+constexpr uint32_t kTestXPels = 11811;
+constexpr uint32_t kTestYPels = 2835;
+
+// Made byte by byte, apart from the host's own writer.
+struct BmpFile {
+  int bits = 24;
+  int width = 1;
+  int height = 1;
+  uint32_t header_size = 40;
+  bool top_down = false;
+  uint32_t compression = 0;
+  std::vector<uint32_t> colors = {};  // 0xRRGGBB
+  uint32_t colors_used = 0;
+  std::vector<uint32_t> masks = {};  // inside the header or, after 40 bytes, following it
+  uint32_t gap = 0;                  // bytes before the pixels
+  int64_t pixels_at = -1;            // bfOffBits; below 0: where they are
+  // The raw pixel in column x, row y from the top.
+  std::function<uint32_t(int x, int y)> pixel = [](int, int) { return 0u; };
+  std::vector<uint8_t> data = {};  // instead of pixels when not empty
+
+  std::vector<uint8_t> Bytes() const;
+};
+
+std::vector<uint8_t> BmpFile::Bytes() const {
+  std::vector<uint8_t> bytes = {'B', 'M', 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+  const auto put = [&](auto value, int count) {
+    for (int i = 0; i < count; ++i) bytes.push_back(static_cast<uint8_t>(value >> 8 * i));
+  };
+  const bool core = header_size == 12;
+  put(header_size, 4);
+  put(width, core ? 2 : 4);
+  put(top_down ? -height : height, core ? 2 : 4);
+  put(1, 2);
+  put(bits, 2);
+  if (!core) {
+    put(compression, 4);
+    put(0x12345678, 4);  // biSizeImage, which nobody believes
+    put(kTestXPels, 4);
+    put(kTestYPels, 4);
+    put(colors_used, 4);
+    put(0, 4);
+    for (const uint32_t mask : masks) put(mask, 4);
+    if (bytes.size() < 14 + header_size || header_size < 40) bytes.resize(14 + header_size, 0);
+  }
+  for (const uint32_t color : colors) put(color, core ? 3 : 4);
+  bytes.resize(bytes.size() + gap, 0xEE);
+  const auto at = static_cast<uint32_t>(pixels_at < 0 ? bytes.size() : pixels_at);
+  for (size_t i = 0; i < 4; ++i) bytes[10 + i] = static_cast<uint8_t>(at >> 8 * i);
+  bytes.insert(bytes.end(), data.begin(), data.end());
+  if (!data.empty()) return bytes;
+  ImageBuilder rows(bits, width, height);
+  rows.Colors({}).Pixels([&](int x, int y) { return pixel(x, top_down ? height - 1 - y : y); });
+  const TestImage packed = rows.Build();
+  const uint8_t* begin = packed.raw() + 40;
+  bytes.insert(bytes.end(), begin, begin + omb_BytesPerLine(packed.get()) * height);
+  return bytes;
+}
 
 uint32_t ColorCount(int bits) { return bits <= 8 ? 1u << bits : 0; }
 

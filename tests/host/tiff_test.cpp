@@ -1,5 +1,7 @@
-// TIFF files of kinds that the host does not write, made byte by byte, against what their samples
-// mean. What Windows' codecs make of them is their own matter.
+// TIFF files of kinds that the host does not write, against what their samples mean. What Windows'
+// codecs make of them is their own matter.
+#include <tiffio.h>
+
 #include "host/files.h"
 
 namespace ombrilo::test {
@@ -8,71 +10,40 @@ namespace {
 struct TiffFile {
   uint16_t width = 1, height = 1, bits = 8, samples = 1, photometric = 1;
   std::vector<uint8_t> data;
-  int alpha = -1;  // the first extra sample's kind; below 0: there is none
+  int16_t alpha = -1;  // the first extra sample's kind; below 0: there is none
   uint16_t compression = 1, orientation = 1, planar = 1, format = 1;
   std::vector<uint16_t> colors = {};
   uint16_t tile = 0;  // the side of the one tile
 
   std::vector<uint8_t> Bytes() const {
-    std::vector<uint8_t> file;
-    const auto put = [&](uint32_t value, int count) {
-      for (int i = 0; i < count; ++i) file.push_back(static_cast<uint8_t>(value >> 8 * i));
-    };
-    put(0x002A4949, 4);  // "II", 42
-    put(0, 4);
-    const size_t data_at = file.size();
-    file.insert(file.end(), data.begin(), data.end());
-    const auto list_at = static_cast<uint32_t>(file.size());
-    // Depths, formats, places and sizes of planes, where they are several.
-    for (int i = 0; i < samples; ++i) put(bits, 2);
-    const auto formats_at = static_cast<uint32_t>(file.size());
-    for (int i = 0; i < samples; ++i) put(format, 2);
-    const uint32_t planes = planar == 2 ? samples : 1;
-    const auto part = static_cast<uint32_t>(data.size()) / planes;
-    const auto places_at = static_cast<uint32_t>(file.size());
-    for (uint32_t i = 0; i < planes; ++i) put(static_cast<uint32_t>(data_at) + i * part, 4);
-    const auto sizes_at = static_cast<uint32_t>(file.size());
-    for (uint32_t i = 0; i < planes; ++i) put(part, 4);
-    const auto colors_at = static_cast<uint32_t>(file.size());
-    for (const uint16_t color : colors) put(color, 2);
-    const auto directory_at = static_cast<uint32_t>(file.size());
-    for (size_t i = 0; i < 4; ++i) file[4 + i] = static_cast<uint8_t>(directory_at >> 8 * i);
-
-    uint16_t count = 0;
-    put(0, 2);
-    const auto entry = [&](uint16_t tag, uint16_t type, uint32_t n, uint32_t value) {
-      put(tag, 2);
-      put(type, 2);
-      put(n, 4);
-      put(value, 4);
-      ++count;
-    };
-    const auto shorts = [&](uint16_t tag, uint16_t value, uint32_t at) {
-      entry(tag, 3, samples, samples == 1 ? value : samples == 2 ? value * 0x10001u : at);
-    };
-    entry(256, 3, 1, width);
-    entry(257, 3, 1, height);
-    shorts(258, bits, list_at);
-    entry(259, 3, 1, compression);
-    entry(262, 3, 1, photometric);
-    if (tile == 0) entry(273, 4, planes, planes == 1 ? static_cast<uint32_t>(data_at) : places_at);
-    entry(274, 3, 1, orientation);
-    entry(277, 3, 1, samples);
-    if (tile == 0) entry(278, 3, 1, height);
-    if (tile == 0) entry(279, 4, planes, planes == 1 ? part : sizes_at);
-    entry(284, 3, 1, planar);
-    if (!colors.empty()) entry(320, 3, static_cast<uint32_t>(colors.size()), colors_at);
-    if (tile != 0) {
-      entry(322, 3, 1, tile);
-      entry(323, 3, 1, tile);
-      entry(324, 4, 1, static_cast<uint32_t>(data_at));
-      entry(325, 4, 1, part);
+    const Directory directory;
+    const auto path = directory / "image";
+    TIFF* tiff = TIFFOpen(path.c_str(), "w");
+    const std::pair<uint32_t, int> fields[] = {
+        {TIFFTAG_IMAGEWIDTH, width},
+        {TIFFTAG_IMAGELENGTH, height},
+        {TIFFTAG_BITSPERSAMPLE, bits},
+        {TIFFTAG_SAMPLESPERPIXEL, samples},
+        {TIFFTAG_COMPRESSION, compression},
+        {TIFFTAG_PHOTOMETRIC, photometric},
+        {TIFFTAG_ORIENTATION, orientation},
+        {TIFFTAG_PLANARCONFIG, planar},
+        {TIFFTAG_SAMPLEFORMAT, format},
+        {tile == 0 ? TIFFTAG_ROWSPERSTRIP : TIFFTAG_TILEWIDTH, tile == 0 ? height : tile}};
+    for (const auto& [tag, value] : fields) TIFFSetField(tiff, tag, value);
+    if (tile != 0) TIFFSetField(tiff, TIFFTAG_TILELENGTH, tile);
+    if (alpha >= 0) TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &alpha);
+    if (!colors.empty())
+      TIFFSetField(tiff, TIFFTAG_COLORMAP, &colors[0], &colors[256], &colors[512]);
+    std::vector<uint8_t> pixels = data;
+    const uint32_t parts = planar == 2 ? samples : 1;
+    const size_t size = data.size() / parts;
+    for (uint32_t i = 0; i < parts; ++i) {
+      const auto write = tile == 0 ? TIFFWriteRawStrip : TIFFWriteRawTile;
+      write(tiff, i, &pixels[i * size], static_cast<tmsize_t>(size));
     }
-    if (alpha >= 0) entry(338, 3, 1, static_cast<uint32_t>(alpha));
-    shorts(339, format, formats_at);
-    put(0, 4);
-    file[directory_at] = static_cast<uint8_t>(count);
-    return file;
+    TIFFClose(tiff);
+    return Load(path);
   }
 };
 

@@ -401,6 +401,14 @@ constexpr Export kExports[] = {
 
 }  // namespace
 
+std::vector<uint8_t> RandomBytes(uint32_t seed, size_t count) {
+  std::vector<uint8_t> bytes(count);
+  for (uint8_t& byte : bytes) {
+    byte = static_cast<uint8_t>((seed = seed * 1664525 + 1013904223) >> 24);
+  }
+  return bytes;
+}
+
 uint8_t Draw::Byte() {
   if (bytes_.empty()) return 0;
   const uint8_t byte = bytes_.front();

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include "support/image.h"
 
@@ -28,6 +29,9 @@ class Draw {
   std::span<const uint8_t> bytes_;
   Values values_;
 };
+
+// Bytes to draw from, the same for the same seed.
+std::vector<uint8_t> RandomBytes(uint32_t seed, size_t count);
 
 // A checksum (Fowler, Noll and Vo's FNV-1a).
 class Digest {

@@ -14,13 +14,6 @@
 namespace ombrilo::test {
 namespace {
 
-std::vector<uint8_t> RandomBytes(uint32_t seed, size_t count) {
-  std::vector<uint8_t> bytes(count);
-  for (uint8_t& byte : bytes)
-    byte = static_cast<uint8_t>((seed = seed * 1664525 + 1013904223) >> 24);
-  return bytes;
-}
-
 TestImage SmallImage(int depth, bool core) {
   ImageBuilder builder(depth, 21, 13);
   if (core) builder.CoreHeader();

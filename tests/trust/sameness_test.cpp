@@ -20,14 +20,6 @@ using Strings = std::vector<std::string>;
 
 constexpr int kDepths[] = {1, 4, 8, 16, 24, 32};
 
-// The parameters of one call.
-std::array<uint8_t, 400> Parameters(uint32_t seed) {
-  std::array<uint8_t, 400> bytes;
-  for (uint8_t& byte : bytes)
-    byte = static_cast<uint8_t>((seed = seed * 1664525 + 1013904223) >> 24);
-  return bytes;
-}
-
 Images UsualImages(int depth) {
   Images images;
   const uint32_t values = depth == 32 ? 0xFFFFFFFF : 1u << depth;
@@ -96,7 +88,7 @@ std::string Checksum(const Export& operation, const Images& images,
   for (const TestImage& image : images) {
     for (const uint32_t seed : seeds) {
       TestImage copy = image.Clone();
-      const auto bytes = Parameters(seed);
+      const auto bytes = RandomBytes(seed, 400);
       Draw draw(bytes, Draw::kMeant);
       digest.Add(operation.call(copy.ref(), draw, digest));
       digest.AddImage(copy.get());
