@@ -244,7 +244,7 @@ TEST(Contract, ExamplesOfThePictures) {
   EXPECT_EQ(TestImage(block).Bytes().size(), 1072u);
 
   const auto gray = [](int width, int height, std::function<uint32_t(int, int)> level) {
-    return ImageBuilder(8, width, height).Colors(GrayRamp(256)).Pixels(std::move(level)).Build();
+    return ImageBuilder(8, width, height).Pixels(std::move(level)).Build();
   };
   const Kernal above(1, 3, 0, 1, 0, {{0, 1, 1}});
   TestImage image = gray(1, 4, [](int, int y) { return 10u * static_cast<uint32_t>(y); });

@@ -6,6 +6,7 @@
 
 #include "support/kernals.h"
 #include "support/naive.h"
+#include "support/untouched.h"
 
 namespace ombrilo::test {
 namespace {
@@ -121,8 +122,7 @@ TEST(KernalConvolution, DivisionTruncatesForEveryDivisor) {
 }
 
 TEST(KernalConvolution, RefusalsAndNothingToDo) {
-  TestImage image = ImageBuilder(8, 8, 8).Pixels(Noise(256, 41)).Build();
-  const std::vector<uint8_t> before = image.Bytes();
+  const Untouched image(8);
   const auto call = [&](const KERNAL* kernel, int passes = 1) {
     return omb_DoConvoluteDIB(image.get(), kernel, passes, 10);
   };
@@ -141,7 +141,6 @@ TEST(KernalConvolution, RefusalsAndNothingToDo) {
   EXPECT_EQ(call(large.get()), 0);
   const Kernal huge(INT32_MAX, INT32_MAX, 0, INT32_MAX - 1, 0, {{1 << 30, 1 << 30, 1}});
   EXPECT_EQ(call(huge.get()), 1);  // no pixel has room for it
-  EXPECT_EQ(image.Bytes(), before);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "support/failing_memory.h"
 #include "support/naive.h"
+#include "support/untouched.h"
 
 namespace ombrilo::test {
 namespace {
@@ -132,14 +133,11 @@ TEST(Granulate, LargeBlocks) {
 
 TEST(NoiseFilters, Refusals) {
   for (const int bits : {1, 8, 24, 32}) {
-    TestImage image = ImageBuilder(bits, 9, 4).Pixels(Noise(2, 1)).Build();
-    const std::vector<uint8_t> before = image.Bytes();
+    const Untouched image(bits);
     EXPECT_EQ(omb_granulate(image.get(), 0, 3) | omb_granulate(image.get(), 3, 0), 0u);
     EXPECT_EQ(omb_diffuse(image.get(), 1) | omb_diffuse_seed(image.get(), 82, 0), 0u);
-    if (bits == 32) {
-      EXPECT_EQ(omb_granulate(image.get(), 2, 2) | omb_diffuse(image.get(), 9), 0u);
-    }
-    EXPECT_EQ(image.Bytes(), before);
+    if (bits != 32) continue;
+    EXPECT_EQ(omb_granulate(image.get(), 2, 2) | omb_diffuse(image.get(), 9), 0u);
   }
 }
 

@@ -8,6 +8,7 @@
 #include "filters/numbered_kernels.h"
 #include "support/failing_memory.h"
 #include "support/naive.h"
+#include "support/untouched.h"
 
 namespace ombrilo::test {
 namespace {
@@ -69,11 +70,9 @@ TEST(Emboss, AgreesWithTheReference) {
 }
 
 TEST(NumberedFilters, NumbersOutsideTheTablesDoNothing) {
-  TestImage image = ImageBuilder(24, 9, 9).Pixels(Noise(1 << 24, 7)).Build();
-  const std::vector<uint8_t> before = image.Bytes();
+  const Untouched image(24);
   for (const uint32_t type : {0u, 40u, 0xFFFFFFFFu}) omb_convolute(image.get(), type);
   EXPECT_EQ(omb_emboss(image.get(), 28, 0), 0u);
-  EXPECT_EQ(image.Bytes(), before);
 }
 
 TEST(Sobel, AgreesWithTheReference) {

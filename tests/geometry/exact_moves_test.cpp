@@ -6,7 +6,7 @@
 #include "core/packed_dib.h"
 #include "rows/row_functions.h"
 #include "support/failing_memory.h"
-#include "support/image.h"
+#include "support/untouched.h"
 
 namespace ombrilo::test {
 namespace {
@@ -73,13 +73,10 @@ TEST(RightAngles, MovePixelsExactlyAndZeroThePadding) {
 
 TEST(RightAngles, Refusals) {
   for (const float degrees : {90.0f, 180.0f, 270.0f}) {
-    TestImage deep = NoisyImage(16, false, 5, 4);
-    TestImage negative = ImageBuilder(8, 4, 2).Field(8, 0xFFFFFFFE).Build();
-    TestImage narrow = ImageBuilder(8, 4, 2).Field(4, 0xFFFFFFFE).Build();
-    for (TestImage* image : {&deep, &negative, &narrow}) {
-      const PackedDib* const address = image->get();
+    Untouched deep(16), negative(ImageBuilder(8, 4, 2).Field(8, 0xFFFFFFFE).Build()),
+        narrow(ImageBuilder(8, 4, 2).Field(4, 0xFFFFFFFE).Build());
+    for (Untouched* image : {&deep, &negative, &narrow}) {
       EXPECT_EQ(omb_rotate(image->ref(), degrees, 1), 0u);
-      EXPECT_EQ(image->get(), address);
     }
     for (const auto& [w, h] : {std::pair{0, 3}, {4, 0}}) {
       TestImage empty = ImageBuilder(8, w, h).Build();

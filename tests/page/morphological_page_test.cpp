@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "support/naive.h"
+#include "support/untouched.h"
 
 namespace ombrilo::test {
 namespace {
@@ -114,8 +115,7 @@ TEST(MorphologicalPage, IsKernelDrivenMorphologyThatReachesFar) {
 }
 
 TEST(MorphologicalPage, RefusesAndLeavesAlone) {
-  TestImage image = ImageBuilder(24, 9, 8).Pixels(Noise(1 << 24, 4)).Build();
-  const std::vector<uint8_t> before = image.Bytes();
+  const Untouched image(24, 40, 20);
   for (const int bad : {-1, 8}) {
     for (const int n : {0, 1}) {
       EXPECT_EQ(omb_MorphologicalPage(image.get(), bad, 0, n, 0), 0);
@@ -127,7 +127,6 @@ TEST(MorphologicalPage, RefusesAndLeavesAlone) {
   EXPECT_EQ(omb_MorphologicalPage(image.get(), 0, 4, 1, 0), 0);
   EXPECT_EQ(omb_MorphologicalPage(nullptr, 0, 0, 1, 0), 0);
   EXPECT_EQ(omb_MorphologicalPage(image.get(), 2, 0, 0, 7), 1);
-  EXPECT_EQ(image.Bytes(), before);
   for (const int bits : {1, 4, 16, 32}) {
     TestImage other = ImageBuilder(bits, 9, 8).Build();
     EXPECT_EQ(omb_MorphologicalPage(other.get(), 0, 0, 0, 0), 0);

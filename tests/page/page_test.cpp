@@ -9,6 +9,7 @@
 #include "morphology/kernal.h"
 #include "rows/row_functions.h"
 #include "support/naive.h"
+#include "support/untouched.h"
 
 namespace ombrilo::test {
 namespace {
@@ -125,8 +126,7 @@ TEST(PageFilters, HandOverToTheNamedKernels) {
 }
 
 TEST(PageFilters, RefuseUnknownSelections) {
-  TestImage image = ImageBuilder(24, 15, 14).Pixels(Noise(1u << 24, 4)).Build();
-  const std::vector<uint8_t> before = image.Bytes();
+  const Untouched image(24, 40, 20);
   const auto enhance = [&](int size, int passes, int percentile, int mode, int scope) {
     return omb_EnhancePage(image.get(), size, passes, 10, 0, percentile, mode, scope, 0);
   };
@@ -147,7 +147,6 @@ TEST(PageFilters, RefuseUnknownSelections) {
     EXPECT_EQ(enhance(0, 0, percentile, 8, 0), 0);
   }
   for (const int passes : {0, -5}) EXPECT_EQ(enhance(2, passes, 50, 7, 0), 1);
-  EXPECT_EQ(image.Bytes(), before);
 }
 
 TEST(EdgePage, GradientMagnitudes) {

@@ -8,6 +8,7 @@
 #include "quantize/published_network.h"
 #include "support/failing_memory.h"
 #include "support/naive.h"
+#include "support/untouched.h"
 
 namespace ombrilo::test {
 namespace {
@@ -108,10 +109,8 @@ TEST(Quantize, RefusesWhatItDoesNotTake) {
     constexpr int kCases[][2] = {{24, 0},  {24, -1}, {24, 3}, {24, 5}, {24, 16}, {24, 24},
                                  {24, 32}, {16, 8},  {32, 8}, {2, 8},  {8, 8},   {1, 1}};
     for (const auto& [depth, bits] : kCases) {
-      TestImage image = ImageBuilder(depth, 9, 4).Filler(3).Build();
-      const std::vector<uint8_t> before = image.Bytes();
+      Untouched image(depth);
       EXPECT_EQ(operation(image.ref(), bits), 0) << depth << " to " << bits;
-      EXPECT_EQ(image.Bytes(), before);
     }
   }
   // At 24 bits, the bits of a row no longer fit a signed 32-bit count.

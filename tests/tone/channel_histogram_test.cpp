@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "support/image.h"
+#include "support/untouched.h"
 
 namespace ombrilo::test {
 namespace {
@@ -70,13 +70,11 @@ TEST(ChannelHistogram, RefusalsAndUnknownChannels) {
                                {4, 0, 5, 1}, {8, -1, 5, 1}, {24, 5, 5, 1},
                                {2, 1, 5, 0}, {16, 1, 5, 0}, {32, 4, 5, 0}};
   for (const auto& [bits, channel, width, result] : kCases) {
-    TestImage image = ImageBuilder(bits, width, 2).Pixels(Noise(2, 1)).Build();
-    const std::vector<uint8_t> before = image.Bytes();
+    const Untouched image(ImageBuilder(bits, width, 2).Pixels(Noise(2, 1)).Build());
     EXPECT_EQ(omb_getchannelhistogram(image.get(), nullptr, channel), 0);
     Counters cleared(256, 7);
     EXPECT_EQ(omb_getchannelhistogram(image.get(), cleared.data(), channel), result) << bits;
     EXPECT_EQ(cleared, zero);
-    EXPECT_EQ(image.Bytes(), before);
   }
 }
 
