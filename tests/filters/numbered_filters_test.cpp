@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <numeric>
 #include <string>
 
 #include "filters/numbered_kernels.h"
@@ -13,12 +14,11 @@
 namespace ombrilo::test {
 namespace {
 
-std::vector<uint8_t> Convoluted(const TestImage& image, uint32_t type, uint32_t color) {
+// Every channel by itself, from its own neighbours; 0 where `half` pixels on a side are missing.
+std::vector<uint8_t> Filtered(
+    const TestImage& image, int half,
+    const std::function<int(size_t channel, const Neighbour& at)>& filter) {
   const Naive source(image);
-  const int32_t* weights = kNumberedKernel[type - 1].weights;
-  const int half = kNumberedKernel[type - 1].half, size = 2 * half + 1;
-  int divisor = 0;
-  for (int i = 0; i < size * size; ++i) divisor += weights[i];
   return NaiveResult(
       image, true,
       [&](int x, int y) {
@@ -26,17 +26,23 @@ std::vector<uint8_t> Convoluted(const TestImage& image, uint32_t type, uint32_t 
       },
       [&](int x, int y) {
         Bgr result;
-        for (int c = 0; c < 3; ++c) {
-          int sum = 0;
-          for (int i = 0; i < size * size; ++i) {
-            sum += weights[i] * source.At(x - half + i % size, y - half + i / size)[size_t(c)];
-          }
-          if (divisor != 0) sum /= divisor;
-          sum += static_cast<int>(color >> (16 - 8 * c) & 255);
-          result[size_t(c)] = std::clamp(sum, 0, 255);
+        for (size_t c = 0; c < 3; ++c) {
+          result[c] = filter(c, [&](int dx, int dy) { return source.At(x + dx, y + dy)[c]; });
         }
         return result;
       });
+}
+
+std::vector<uint8_t> Convoluted(const TestImage& image, uint32_t type, uint32_t color) {
+  const int32_t* weights = kNumberedKernel[type - 1].weights;
+  const int half = kNumberedKernel[type - 1].half, size = 2 * half + 1;
+  const int divisor = std::accumulate(weights, weights + size * size, 0);
+  return Filtered(image, half, [&](size_t c, const Neighbour& at) {
+    int sum = 0;
+    for (int i = 0; i < size * size; ++i) sum += weights[i] * at(i % size - half, i / size - half);
+    if (divisor != 0) sum /= divisor;
+    return std::clamp(sum + static_cast<int>(color >> (16 - 8 * c) & 255), 0, 255);
+  });
 }
 
 TEST(Convolute, EveryKernelAgreesWithTheReference) {
@@ -77,49 +83,26 @@ TEST(NumberedFilters, NumbersOutsideTheTablesDoNothing) {
 
 TEST(Sobel, AgreesWithTheReference) {
   ForVariedImages([](const TestImage& image) {
-    const Naive source(image);
-    const auto expected = NaiveResult(
-        image, true,
-        [&](int x, int y) {
-          return x >= 1 && y >= 1 && x < source.width - 1 && y < source.height - 1;
-        },
-        [&](int x, int y) {
-          Bgr result;
-          for (size_t c = 0; c < 3; ++c) {
-            int s[9];
-            for (int i = 0; i < 9; ++i) s[i] = source.At(x - 1 + i % 3, y - 1 + i / 3)[c];
-            result[c] = std::max({std::abs(((s[0] + s[1] + s[2]) - (s[6] + s[7] + s[8])) / 3),
-                                  std::abs(((s[0] + s[3] + s[6]) - (s[2] + s[5] + s[8])) / 3),
-                                  std::abs(((s[0] + s[1] + s[3]) - (s[5] + s[7] + s[8])) / 3),
-                                  std::abs(((s[1] + s[2] + s[5]) - (s[3] + s[6] + s[7])) / 3)});
-          }
-          return result;
-        });
+    const auto expected = Filtered(image, 1, [](size_t, const Neighbour& at) {
+      int s[9];
+      for (int i = 0; i < 9; ++i) s[i] = at(i % 3 - 1, i / 3 - 1);
+      return std::max({std::abs(((s[0] + s[1] + s[2]) - (s[6] + s[7] + s[8])) / 3),
+                       std::abs(((s[0] + s[3] + s[6]) - (s[2] + s[5] + s[8])) / 3),
+                       std::abs(((s[0] + s[1] + s[3]) - (s[5] + s[7] + s[8])) / 3),
+                       std::abs(((s[1] + s[2] + s[5]) - (s[3] + s[6] + s[7])) / 3)});
+    });
     ExpectAtEveryLevel(image, expected, omb_sobel);
   });
 }
 
 TEST(MedianBlur, AgreesWithTheReference) {
   ForVariedImages([](const TestImage& image) {
-    const Naive source(image);
-    const auto expected = NaiveResult(
-        image, true,
-        [&](int x, int y) {
-          return x >= 3 && y >= 3 && x < source.width - 3 && y < source.height - 3;
-        },
-        [&](int x, int y) {
-          Bgr result;
-          for (size_t c = 0; c < 3; ++c) {
-            std::vector<int> samples = {source.At(x, y)[c]};
-            for (const int d : {-2, -1, 1, 2}) {
-              samples.push_back(source.At(x + d, y)[c]);
-              samples.push_back(source.At(x, y + d)[c]);
-            }
-            std::sort(samples.begin(), samples.end());
-            result[c] = samples[4];
-          }
-          return result;
-        });
+    const auto expected = Filtered(image, 3, [](size_t, const Neighbour& at) {
+      int samples[] = {at(0, 0),  at(-2, 0), at(-1, 0), at(1, 0), at(2, 0),
+                       at(0, -2), at(0, -1), at(0, 1),  at(0, 2)};
+      std::sort(std::begin(samples), std::end(samples));
+      return samples[4];
+    });
     ExpectAtEveryLevel(image, expected, omb_medianblur);
   });
 }

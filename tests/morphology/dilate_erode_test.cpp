@@ -10,12 +10,6 @@ namespace {
 
 constexpr auto kAll = [](int, int) { return true; };
 
-TestImage WithBytes(const TestImage& image, const std::vector<uint8_t>& bytes) {
-  TestImage copy = image.Clone();
-  std::copy(bytes.begin(), bytes.end(), copy.raw());
-  return copy;
-}
-
 // The image after a dilation (erosion), the slow way.
 TestImage Squared(const TestImage& image, bool dilate) {
   const Naive source(image);

@@ -22,11 +22,8 @@ std::vector<uint8_t> Reference(const TestImage& image, const Geometry& geometry,
       return extreme == (dilate ? 0 : 255) ? p(0, 0) : extreme;
     });
   };
-  std::vector<uint8_t> block = primitive(image, op == 1 || op == 3);
-  if (op < 2) return block;
-  const TestImage first = image.Clone();
-  std::copy(block.begin(), block.end(), first.raw());
-  return primitive(first, op == 2);
+  const std::vector<uint8_t> block = primitive(image, op == 1 || op == 3);
+  return op < 2 ? block : primitive(WithBytes(image, block), op == 2);
 }
 
 void Expect(const TestImage& image, int width, int height, int stride, int bits,

@@ -43,12 +43,6 @@ std::vector<uint8_t> Repeated(const TestImage& image, int size, int shape, bool 
   });
 }
 
-TestImage With(const TestImage& image, const std::vector<uint8_t>& bytes) {
-  TestImage other = image.Clone();
-  std::copy(bytes.begin(), bytes.end(), other.raw());
-  return other;
-}
-
 TEST(MorphologicalPage, EveryModeShapeAndSize) {
   int turn = 0;
   for (const int bits : {8, 24}) {
@@ -61,8 +55,8 @@ TEST(MorphologicalPage, EveryModeShapeAndSize) {
           const int size = ++turn % 3, n = 1 + turn / 3 % 3;
           const auto eroded = Repeated(image, size, shape, false, n);
           const auto dilated = Repeated(image, size, shape, true, n);
-          const auto opened = Repeated(With(image, eroded), size, shape, true, n);
-          const auto closed = Repeated(With(image, dilated), size, shape, false, n);
+          const auto opened = Repeated(WithBytes(image, eroded), size, shape, true, n);
+          const auto closed = Repeated(WithBytes(image, dilated), size, shape, false, n);
           for (int mode = 0; mode < 8; ++mode) {
             std::vector<uint8_t> expected = image.Bytes();
             for (size_t i = 0; i < expected.size(); ++i) {

@@ -13,7 +13,6 @@ struct State {
   bool watching = false;
   int countdown = 0;  // the allocation that fails, counted down; 0 when none will
   bool failed = false;
-  int allocations = 0;
   int held = 0;
   long long bytes = 0, peak = 0;
 };
@@ -23,7 +22,6 @@ State state;
 
 bool Refuse() {
   if (!state.watching) return false;
-  ++state.allocations;
   if (state.countdown == 0 || --state.countdown != 0) return false;
   state.failed = true;
   return true;
@@ -114,7 +112,6 @@ void MemoryWatch::Stop() {
   stopped_ = true;
   state.watching = false;
   failed_ = state.failed;
-  allocations_ = state.allocations;
   held_ = state.held;
   peak_ = static_cast<size_t>(state.peak);
 }

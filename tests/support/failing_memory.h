@@ -19,14 +19,12 @@ class MemoryWatch {
   ~MemoryWatch() { Stop(); }
   void Stop();
   bool failed() const { return failed_; }
-  int allocations() const { return allocations_; }
   int still_held() const { return held_; }
   // The most bytes that were held at any time.
   size_t peak_bytes() const { return peak_; }
 
  private:
   bool failed_ = false;
-  int allocations_ = 0;
   int held_ = 0;
   size_t peak_ = 0;
   bool stopped_ = false;

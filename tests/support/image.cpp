@@ -121,17 +121,6 @@ ImageBuilder& ImageBuilder::Pixels(std::function<uint32_t(int, int)> value) {
   return *this;
 }
 
-ImageBuilder& ImageBuilder::Rows(std::initializer_list<const char*> rows) {
-  std::vector<std::string> copy(rows.begin(), rows.end());
-  value_ = [copy](int x, int y) {
-    const char c = copy[static_cast<size_t>(y)][static_cast<size_t>(x)];
-    return c == '.'   ? 0u
-           : c == '#' ? 1u
-                      : static_cast<uint32_t>(std::stoi(std::string(1, c), nullptr, 16));
-  };
-  return *this;
-}
-
 ImageBuilder& ImageBuilder::Filler(uint8_t byte) {
   filler_ = byte;
   return *this;

@@ -1,6 +1,5 @@
 // Images for tests: built readably, held in blocks that end exactly where their extent ends.
 //
-//   TestImage image = ImageBuilder(1, 3, 2).Rows({"#.#", ".#."}).Build();
 //   TestImage photo = ImageBuilder(24, 5, 4).Pixels([](int x, int y) { return Rgb(x, y, 7);
 //   }).Build();
 //
@@ -10,7 +9,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -66,7 +64,6 @@ class ImageBuilder {
   // when it is not the depth's full number.
   ImageBuilder& Colors(std::vector<uint32_t> rgb);
   ImageBuilder& Pixels(std::function<uint32_t(int x, int y)> value);
-  ImageBuilder& Rows(std::initializer_list<const char*> rows);
   // The bytes that fill reserved bytes of color table entries and the padding of rows.
   ImageBuilder& Filler(uint8_t byte);
   // Writes a 32-bit field of the finished header, for headers that lie.

@@ -30,6 +30,12 @@ int Nearest(const std::vector<Bgr>& palette, const Bgr& color) {
   return answer;
 }
 
+TestImage WithBytes(const TestImage& image, const std::vector<uint8_t>& bytes) {
+  TestImage copy = image.Clone();
+  std::copy(bytes.begin(), bytes.end(), copy.raw());
+  return copy;
+}
+
 Naive::Naive(const TestImage& image)
     : bits(image.bit_count()), width(image.width()), height(image.height()) {
   const std::vector<uint8_t> bytes = image.Bytes();

@@ -21,6 +21,9 @@ constexpr uint32_t RgbOf(const Bgr& bgr) { return Rgb(bgr[2], bgr[1], bgr[0]); }
 // The lowest index of the entries that are nearest to the color.
 int Nearest(const std::vector<Bgr>& palette, const Bgr& color);
 
+// A copy of the image with other bytes.
+TestImage WithBytes(const TestImage& image, const std::vector<uint8_t>& bytes);
+
 // The colors of an image of 1, 4, 8 or 24 bits.
 struct Naive {
   explicit Naive(const TestImage& image);
