@@ -6,6 +6,7 @@
 #include <span>
 
 #include "core/bytes.h"
+#include "files/metadata.h"
 #include "host/files.h"
 
 namespace ombrilo::test {
@@ -221,7 +222,6 @@ TEST(Files, PhotographsStandUpright) {
       EXPECT_NEAR(color >> 8 & 255, 10.0 * row, 12);
     }
     // What is written says that it is upright.
-    if (kOnWindows) continue;
     for (const Format format : {Format::kJpeg, Format::kPng}) {
       omb::Metadata again;
       const TestImage copy =
@@ -229,6 +229,42 @@ TEST(Files, PhotographsStandUpright) {
       EXPECT_EQ(copy.width(), image.width());
       EXPECT_EQ(again.exif.size(), metadata.exif.size());
     }
+  }
+}
+
+TEST(Files, ExifDataAreThoseOfTheResult) {
+  for (const bool big_endian : {false, true}) {
+    std::vector<uint8_t> exif(omb::kExifMark.begin(), omb::kExifMark.end());
+    const auto number = [&](uint32_t value, int bytes) {
+      for (int i = 0; i < bytes; ++i) {
+        exif.push_back(static_cast<uint8_t>(value >> 8 * (big_endian ? bytes - 1 - i : i)));
+      }
+    };
+    const auto entry = [&](uint32_t tag, bool is_short, uint32_t value) {
+      number(tag, 2), number(is_short ? 3 : 4, 2), number(1, 4);
+      number(value, is_short ? 2 : 4), number(0, is_short ? 2 : 0);
+    };
+    number(big_endian ? 0x4D4D : 0x4949, 2);
+    number(42, 2), number(8, 4);
+    // Orientation and further data, whose directory is at 38; a thumbnail, whose one is at 68.
+    number(2, 2), entry(0x112, true, 6), entry(0x8769, false, 38), number(68, 4);
+    number(2, 2), entry(0xA002, false, 4000), entry(0xA003, true, 3000), number(0, 4);
+    number(3, 2), entry(0x103, true, 6), entry(0x201, false, 110), entry(0x202, false, 4);
+    number(0, 4);
+    number(0xFFD8, 2), number(0xFFD9, 2);
+    ASSERT_EQ(omb::ReadExif(exif).orientation, 6);
+
+    const std::vector<uint8_t> renewed = omb::RenewedExif(exif, 600, 800);
+    EXPECT_EQ(omb::ReadExif(renewed).orientation, 1);
+    EXPECT_EQ(std::search(renewed.begin(), renewed.end(), exif.end() - 4, exif.end()),
+              renewed.end());
+    const size_t width = omb::kExifMark.size() + 38 + 2 + 8, height = width + 12;
+    const auto at = [&](size_t place) {
+      return big_endian ? renewed[place] << 8 | renewed[place + 1]
+                        : renewed[place] | renewed[place + 1] << 8;
+    };
+    EXPECT_EQ(at(width + (big_endian ? 2 : 0)), 600);
+    EXPECT_EQ(at(height), 800);
   }
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "files/metadata.h"
+#include "files/segments.h"
 
 namespace omb {
 
@@ -19,6 +20,13 @@ class Numbers {
   // Whether `count` bytes from `at` are there.
   bool Has(uint64_t at, uint64_t count) const {
     return at <= bytes_.size() && count <= bytes_.size() - at;
+  }
+  // Writes where Number() would read.
+  void Store(std::span<uint8_t> bytes, size_t at, size_t count, uint32_t value) const {
+    if (!Has(at, count)) throw FileError("the file ends early");
+    for (size_t i = 0; i < count; ++i, value >>= 8) {
+      bytes[at + (big_endian_ ? count - 1 - i : i)] = static_cast<uint8_t>(value);
+    }
   }
 
  private:
@@ -43,12 +51,22 @@ class TiffDirectory {
     Open(numbers_.U32(4));
   }
 
+  // Another directory of the same file.
+  TiffDirectory At(size_t at) const {
+    TiffDirectory other = *this;
+    other.Open(at);
+    return other;
+  }
+
   // Goes to the next page's directory; false when there is none.
   bool Next() {
-    const uint32_t next = numbers_.U32(first_ + 2 + 12 * count_);
+    const uint32_t next = numbers_.U32(next_at());
     if (next != 0) Open(next);
     return next != 0;
   }
+
+  // The place of the next directory is missing from some EXIF blocks.
+  bool SaysNext() const { return numbers_.Has(next_at(), 4); }
 
   uint32_t Value(uint32_t tag, uint32_t otherwise) const {
     const Entry entry = Find(tag);
@@ -63,23 +81,36 @@ class TiffDirectory {
     return below == 0 ? 0 : numbers_.U32(at) / below;
   }
 
-  // Checks that the strips or tiles lie in the file.
-  void CheckPlaces(uint32_t places_tag, uint32_t sizes_tag) const {
+  // Visits offset and size of each strip, tile or thumbnail; all must lie in the file.
+  template <class Visit>
+  void VisitPlaces(uint32_t places_tag, uint32_t sizes_tag, Visit visit) const {
     const Entry places = Find(places_tag), sizes = Find(sizes_tag);
     for (uint32_t i = 0; i < std::min(places.count, sizes.count); ++i) {
-      if (!numbers_.Has(places.Value(i, numbers_), sizes.Value(i, numbers_))) {
-        throw FileError("the file ends early");
-      }
+      const uint32_t place = places.Value(i, numbers_), size = sizes.Value(i, numbers_);
+      if (!numbers_.Has(place, size)) throw FileError("the file ends early");
+      visit(place, size);
     }
   }
+  void CheckPlaces(uint32_t places_tag, uint32_t sizes_tag) const {
+    VisitPlaces(places_tag, sizes_tag, [](uint32_t, uint32_t) {});
+  }
+
+  // Changes a number where there is one. `bytes` are those that the directory was opened on.
+  void Set(std::span<uint8_t> bytes, uint32_t tag, uint32_t value) const {
+    const Entry entry = Find(tag);
+    if (entry.count != 1 || (entry.type != 3 && entry.type != 4)) return;
+    numbers_.Store(bytes, entry.value_at, entry.type == 3 ? 2 : 4, value);
+  }
+  // Makes the directory the last one.
+  void CutOff(std::span<uint8_t> bytes) const { numbers_.Store(bytes, next_at(), 4, 0); }
 
  private:
   void Open(size_t at) {
     first_ = at;
     count_ = numbers_.U16(first_);
-    // The place of the next directory is missing from some EXIF blocks.
     if (!numbers_.Has(first_ + 2, 12 * count_)) throw FileError("the file ends early");
   }
+  size_t next_at() const { return first_ + 2 + 12 * count_; }
 
   struct Entry {
     uint32_t type = 0, count = 0;
@@ -113,7 +144,8 @@ constexpr uint32_t kWidthTag = 256, kHeightTag = 257, kBitsTag = 258, kCompressi
                    kPhotometricTag = 262, kStripsTag = 273, kOrientationTag = 274,
                    kSamplesTag = 277, kStripSizesTag = 279, kXResolutionTag = 282,
                    kYResolutionTag = 283, kUnitTag = 296, kTilesTag = 324, kTileSizesTag = 325,
-                   kSampleFormatTag = 339, kExifTag = 34665;
+                   kSampleFormatTag = 339, kThumbnailTag = 513, kThumbnailSizeTag = 514,
+                   kExifTag = 34665, kExifWidthTag = 40962, kExifHeightTag = 40963;
 
 constexpr size_t kMostPages = 65535;
 
@@ -146,8 +178,30 @@ ExifFacts ReadExif(Bytes exif) try {
   return {};
 }
 
-// The codecs take no EXIF block as it is.
-std::vector<uint8_t> RenewedExif(Bytes, int32_t, int32_t) { return {}; }
+std::vector<uint8_t> RenewedExif(Bytes exif, int32_t width, int32_t height) try {
+  if (exif.size() <= kExifMark.size()) return {};
+  std::vector<uint8_t> block(exif.begin(), exif.end());
+  const std::span bytes = std::span(block).subspan(kExifMark.size());
+  const TiffDirectory directory(bytes);
+  directory.Set(bytes, kOrientationTag, 1);
+  if (const uint32_t at = directory.Value(kExifTag, 0); at != 0) {
+    const TiffDirectory details = directory.At(at);
+    details.Set(bytes, kExifWidthTag, static_cast<uint32_t>(width));
+    details.Set(bytes, kExifHeightTag, static_cast<uint32_t>(height));
+  }
+  TiffDirectory thumbnail = directory;
+  if (directory.SaysNext() && thumbnail.Next()) {
+    const auto clear = [&](uint32_t at, uint32_t size) {
+      std::ranges::fill(bytes.subspan(at, size), uint8_t{0});
+    };
+    thumbnail.VisitPlaces(kThumbnailTag, kThumbnailSizeTag, clear);
+    thumbnail.VisitPlaces(kStripsTag, kStripSizesTag, clear);
+    directory.CutOff(bytes);
+  }
+  return block;
+} catch (const FileError&) {
+  return {};
+}
 
 size_t CountTiffPages(Bytes file) {
   TiffDirectory directory(file);
@@ -187,6 +241,7 @@ Container ReadPngContainer(Bytes file) {
 Container ReadJpegContainer(Bytes file) {
   const Numbers numbers(file, true);
   Container c;
+  std::vector<Bytes> profile;  // its pieces, whose numbers begin at 1
   for (size_t at = 2;;) {
     while (numbers.U8(at) == 0xFF && numbers.U8(at + 1) == 0xFF) ++at;
     const uint32_t marker = numbers.U16(at), size = numbers.U16(at + 2);
@@ -213,6 +268,12 @@ Container ReadJpegContainer(Bytes file) {
       // What JFIF said comes first.
       if (c.resolution.x == 0) c.resolution = facts.resolution;
     }
+    if (marker == 0xFFE2 && data.size() > kProfilePieceAt &&
+        std::equal(kProfileMark.begin(), kProfileMark.end(), data.begin())) {
+      const size_t index = data[kProfileMark.size()];
+      profile.resize(data[kProfileMark.size() + 1]);
+      if (index >= 1 && index <= profile.size()) profile[index - 1] = data.subspan(kProfilePieceAt);
+    }
     at += 2 + size;
     if (marker == 0xFFDA) {  // scans, up to the end of the image
       static constexpr uint8_t kEnd[] = {0xFF, 0xD9};
@@ -222,6 +283,11 @@ Container ReadJpegContainer(Bytes file) {
         throw FileError("the file ends early");
       }
       if (c.width == 0) throw FileError("damaged JPEG data");
+      if (std::ranges::none_of(profile, &Bytes::empty)) {
+        for (const Bytes piece : profile) {
+          c.profile.insert(c.profile.end(), piece.begin(), piece.end());
+        }
+      }
       return c;
     }
   }

@@ -13,9 +13,10 @@ struct Container {
   bool gray = false;      // neither colors nor a color table
   int orientation = 1;    // TIFF's number
   Resolution resolution;
-  std::string refusal;  // why the pixels would come out wrong; empty when they do not
-  bool wide = false;    // samples of more than 8 bits
-  bool jpeg = false;    // JPEG data in a TIFF file
+  std::string refusal;           // why the pixels would come out wrong; empty when they do not
+  bool wide = false;             // samples of more than 8 bits
+  bool jpeg = false;             // JPEG data in a TIFF file
+  std::vector<uint8_t> profile;  // of JPEG files
   std::vector<uint8_t> exif;
   bool exif_lost = false;  // there is EXIF data, but not as a block
 };

@@ -11,8 +11,6 @@ namespace omb {
 
 namespace {
 
-constexpr size_t kMostInJpeg = 65533;
-
 struct FreeExif {
   void operator()(ExifData* data) const { exif_data_unref(data); }
 };
@@ -90,7 +88,7 @@ std::vector<uint8_t> RenewedExif(Bytes bytes, int32_t width, int32_t height) {
   unsigned size = 0;
   exif_data_save_data(exif.get(), &saved, &size);
   const std::unique_ptr<unsigned char, decltype(&std::free)> owner(saved, std::free);
-  if (saved == nullptr || size > kMostInJpeg) return {};
+  if (saved == nullptr) return {};
   return {saved, saved + size};
 }
 

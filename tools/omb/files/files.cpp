@@ -198,9 +198,9 @@ Image DecodeImage(Bytes file, const Remark& remark, Metadata* metadata) {
   return image;
 }
 
-Image ReadImage(const fs::path& path, const Remark& remark) {
+Image ReadImage(const fs::path& path, const Remark& remark, Metadata* metadata) {
   ImageFile file(path);
-  Image image = file.Read(0, remark);
+  Image image = file.Read(0, remark, metadata);
   if (file.pages() > 1) Heard(remark)("it has several pages; the first one is read");
   return image;
 }
@@ -248,9 +248,10 @@ void ImageWriter::Commit() {
   });
 }
 
-void WriteImage(const fs::path& path, Format format, const PackedDib* dib) {
-  ImageWriter writer(path, format, {}, {});
-  writer.Add(dib, {});
+void WriteImage(const fs::path& path, Format format, const PackedDib* dib, const Metadata& metadata,
+                const Remark& remark) {
+  ImageWriter writer(path, format, {}, remark);
+  writer.Add(dib, metadata);
   writer.Commit();
 }
 

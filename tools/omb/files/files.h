@@ -95,7 +95,8 @@ class ImageFile {
 };
 
 // The first page, with a remark where there are more.
-Image ReadImage(const std::filesystem::path& path, const Remark& remark);
+Image ReadImage(const std::filesystem::path& path, const Remark& remark,
+                Metadata* metadata = nullptr);
 
 struct WriteOptions {
   int quality = 92;                        // of JPEG data, 1 to 100
@@ -121,7 +122,8 @@ class ImageWriter {
   std::unique_ptr<Parts> parts_;
 };
 
-// Writes one image, without remarks.
-void WriteImage(const std::filesystem::path& path, Format format, const PackedDib* dib);
+// Writes one image.
+void WriteImage(const std::filesystem::path& path, Format format, const PackedDib* dib,
+                const Metadata& metadata = {}, const Remark& remark = {});
 
 }  // namespace omb

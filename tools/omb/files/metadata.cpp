@@ -27,8 +27,9 @@ std::vector<uint8_t> ExifFor(const Metadata& metadata, int32_t width, int32_t he
                              const Remark& remark) {
   if (metadata.exif.empty()) return {};
   std::vector<uint8_t> exif = RenewedExif(metadata.exif, width, height);
-  if (exif.empty()) remark(kExifRemark);
-  return exif;
+  if (!exif.empty() && exif.size() <= kMostExif) return exif;
+  remark(kExifRemark);
+  return {};
 }
 
 }  // namespace omb

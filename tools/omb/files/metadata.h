@@ -21,7 +21,7 @@ struct ExifFacts {
 ExifFacts ReadExif(Bytes exif);
 
 // The block for an upright picture of this size: orientation 1, no thumbnail of what the picture
-// was before. Empty when it cannot be made, or would not fit a JPEG file.
+// was before. Empty when it cannot be made.
 std::vector<uint8_t> RenewedExif(Bytes exif, int32_t width, int32_t height);
 
 // The profile if it is one for pixels of this kind; otherwise nothing, and a remark.
@@ -31,6 +31,7 @@ Bytes ProfileFor(const Metadata& metadata, bool gray, const Remark& remark);
 std::vector<uint8_t> ExifFor(const Metadata& metadata, int32_t width, int32_t height,
                              const Remark& remark);
 
+inline constexpr size_t kMostExif = 65533;  // bytes that fit a segment of a JPEG file
 inline constexpr char kExifRemark[] = "its EXIF data is not kept";
 
 }  // namespace omb

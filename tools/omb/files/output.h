@@ -12,6 +12,7 @@ class Output {
   explicit Output(std::FILE* stream) : stream_(stream) {}
 
   bool Write(const void* bytes, size_t size) {
+    if (size == 0) return true;
     errno = 0;
     if (std::fwrite(bytes, 1, size, stream_) == size) return true;
     Failed();

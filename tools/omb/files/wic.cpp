@@ -13,6 +13,7 @@
 #include "files/metadata.h"
 #include "files/pixels_in.h"
 #include "files/pixels_out.h"
+#include "files/segments.h"
 #include "files/wic_layout.h"
 #include "text.h"
 
@@ -211,7 +212,8 @@ Image Read(Reading& reading, const Container& container, const GUID& format, con
   const Codecs codecs;
   Reader reader(reading.file, reading.page, format, title);
   reading.info = reader.Info(container);
-  reading.metadata = {reader.Profile(), container.exif, container.jpeg};
+  const bool found = !container.profile.empty();
+  reading.metadata = {found ? container.profile : reader.Profile(), container.exif, container.jpeg};
   reading.info.profile = reading.metadata.profile.size();
   if (!reading.pixels) return nullptr;
   if (container.exif_lost) reading.remark(kExifRemark);
@@ -226,6 +228,10 @@ struct Form {
   bool palette;
   bool gray_row;  // rows are the gray levels of the table's colors
 };
+
+bool IsGray(const Form& form) {
+  return !form.palette && form.format != GUID_WICPixelFormat24bppBGR;
+}
 
 Form FormOf(const Picture& picture) {
   if (!picture.indexed()) return {GUID_WICPixelFormat24bppBGR, false, false};
@@ -263,7 +269,7 @@ class Writer {
 
   // `set_options` gets the page's IPropertyBag2.
   template <class SetOptions>
-  void Add(const Picture& picture, const Metadata& metadata, const Form& form, bool whole_dots,
+  void Add(const Picture& picture, Bytes profile, const Form& form, bool whole_dots,
            SetOptions set_options) {
     Com<IWICBitmapFrameEncode> frame;
     Com<IPropertyBag2> options;
@@ -276,8 +282,7 @@ class Writer {
     double x = DotsPerInch(resolution.x), y = DotsPerInch(resolution.y);
     if (whole_dots) x = std::floor(x + 0.5), y = std::floor(y + 0.5);
     if (x > 0 && y > 0) CheckWrite(frame->SetResolution(x, y));
-    SetProfile(frame.get(), ProfileFor(metadata, IsGray(form), writing_.remark));
-    if (!metadata.exif.empty()) writing_.remark(kExifRemark);
+    SetProfile(frame.get(), profile);
     if (form.palette) SetPalette(frame.get(), picture);
     GUID format = form.format;
     CheckWrite(frame->SetPixelFormat(&format));
@@ -289,23 +294,27 @@ class Writer {
     CheckWrite(frame->Commit());
   }
 
-  void Save() {
+  // `insertion` gives what the codec's file lacks.
+  template <class Insert>
+  void Save(Insert insertion) {
     CheckWrite(encoder_->Commit());
     HGLOBAL block = nullptr;
     STATSTG stat;
     CheckWrite(stream_->Stat(&stat, STATFLAG_NONAME));
     CheckWrite(GetHGlobalFromStream(stream_.get(), &block));
-    const void* bytes = GlobalLock(block);
+    const Bytes file(static_cast<const uint8_t*>(GlobalLock(block)),
+                     static_cast<size_t>(stat.cbSize.QuadPart));
     // The caller finds out what did not reach the disk.
-    if (bytes != nullptr) writing_.out.Write(bytes, static_cast<size_t>(stat.cbSize.QuadPart));
+    if (file.data() != nullptr) {
+      const Insertion more = insertion(file);
+      writing_.out.Write(file.data(), more.at);
+      writing_.out.Write(more.bytes.data(), more.bytes.size());
+      writing_.out.Write(file.data() + more.at, file.size() - more.at);
+    }
     GlobalUnlock(block);
   }
 
  private:
-  static bool IsGray(const Form& form) {
-    return !form.palette && form.format != GUID_WICPixelFormat24bppBGR;
-  }
-
   void SetProfile(IWICBitmapFrameEncode* frame, Bytes profile) {
     if (profile.empty()) return;
     Com<IWICColorContext> context;
@@ -378,6 +387,11 @@ uint8_t TiffCompression(const Picture& picture, const Form& form, const Metadata
                   std::to_string(picture.bit_count()) + " bits");
 }
 
+std::vector<uint8_t> ExifOf(const Picture& picture, const Metadata& metadata,
+                            const Writing& writing) {
+  return ExifFor(metadata, picture.width(), picture.height(), writing.remark);
+}
+
 class Pages : public TiffPages {
  public:
   explicit Pages(const Writing& writing)
@@ -386,15 +400,19 @@ class Pages : public TiffPages {
   void Add(const PackedDib* dib, const Metadata& metadata) override {
     const Picture picture(dib);
     const Form form = FormOf(picture);
+    if (!metadata.exif.empty()) writing_.remark(kExifRemark);
     VARIANT compression = {};
     compression.vt = VT_UI1;
     compression.bVal = TiffCompression(picture, form, metadata, writing_);
-    writer_.Add(picture, metadata, form, false, [&](IPropertyBag2* options) {
+    const Bytes profile = ProfileFor(metadata, IsGray(form), writing_.remark);
+    writer_.Add(picture, profile, form, false, [&](IPropertyBag2* options) {
       SetOption(options, L"TiffCompressionMethod", compression);
     });
   }
 
-  void Finish() override { writer_.Save(); }
+  void Finish() override {
+    writer_.Save([](Bytes) { return Insertion(); });
+  }
 
  private:
   Writing writing_;
@@ -422,8 +440,9 @@ void WritePng(const PackedDib* dib, const Metadata& metadata, const Writing& wri
   if (writing.options.compression) {
     writing.remark("the compression of PNG is left to the system's codec");
   }
-  writer.Add(picture, metadata, FormOf(picture), false, kNoOptions);
-  writer.Save();
+  const Form form = FormOf(picture);
+  writer.Add(picture, ProfileFor(metadata, IsGray(form), writing.remark), form, false, kNoOptions);
+  writer.Save([&](Bytes) { return PngChunk(ExifOf(picture, metadata, writing)); });
 }
 
 void WriteJpeg(const PackedDib* dib, const Metadata& metadata, const Writing& writing) {
@@ -432,9 +451,12 @@ void WriteJpeg(const PackedDib* dib, const Metadata& metadata, const Writing& wr
   VARIANT quality = {};
   quality.vt = VT_R4;
   quality.fltVal = static_cast<float>(writing.options.quality) / 100;
-  writer.Add(picture, metadata, JpegFormOf(picture), true,
+  const Form form = JpegFormOf(picture);
+  const Bytes profile = ProfileFor(metadata, IsGray(form), writing.remark);
+  writer.Add(picture, {}, form, true,
              [&](IPropertyBag2* options) { SetOption(options, L"ImageQuality", quality); });
-  writer.Save();
+  writer.Save(
+      [&](Bytes file) { return JpegSegments(file, ExifOf(picture, metadata, writing), profile); });
 }
 
 std::unique_ptr<TiffPages> WriteTiff(const Writing& writing) {
