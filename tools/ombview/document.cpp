@@ -18,16 +18,17 @@ size_t SizeOf(const PackedDib* dib) {
 
 }  // namespace
 
-void Document::Open(omb::Image image, const std::filesystem::path& file) {
-  Push({std::move(image), "Opening", file, true});
+void Document::Open(omb::Image image, omb::Metadata metadata, const std::filesystem::path& file) {
+  auto shared = std::make_shared<const omb::Metadata>(std::move(metadata));
+  Push({std::move(image), std::move(shared), "Opening", file, true});
 }
 
 void Document::Put(omb::Image image, std::string deed) {
-  Push({std::move(image), std::move(deed), {}, false});
+  Push({std::move(image), std::make_shared<const omb::Metadata>(), std::move(deed), {}, false});
 }
 
 void Document::Change(omb::Image image, std::string deed) {
-  Push({std::move(image), std::move(deed), file(), false});
+  Push({std::move(image), metadata(), std::move(deed), file(), false});
 }
 
 void Document::MarkSaved(const std::filesystem::path& file) {

@@ -15,6 +15,7 @@ namespace ombview {
 
 // Images are never changed once they are here, so that any thread may read one that it holds.
 using SharedImage = std::shared_ptr<const PackedDib>;
+using SharedMetadata = std::shared_ptr<const omb::Metadata>;
 
 // Opening a file, pasting and capturing are deeds like every operation: they can be undone.
 class Document {
@@ -22,8 +23,9 @@ class Document {
   // The oldest images are forgotten when all of them take more than so many bytes.
   explicit Document(size_t history_bytes = size_t{1} << 30) : history_bytes_(history_bytes) {}
 
-  // The image that a deed gave: of a file, of nothing that has a name, or of the image before.
-  void Open(omb::Image image, const std::filesystem::path& file);
+  // The image that a deed gave: of a file, of nothing that has a name, or of the image before,
+  // whose profile and EXIF data it keeps.
+  void Open(omb::Image image, omb::Metadata metadata, const std::filesystem::path& file);
   void Put(omb::Image image, std::string deed);
   void Change(omb::Image image, std::string deed);
   // The image is in this file now.
@@ -34,6 +36,8 @@ class Document {
 
   // Null as long as there is none.
   SharedImage image() const { return empty() ? nullptr : now().image; }
+  // What is to be written with the image; null where there is no image.
+  SharedMetadata metadata() const { return empty() ? nullptr : now().metadata; }
   // The image before the last deed; null when there is none.
   SharedImage before() const { return undo() == nullptr ? nullptr : states_[current_ - 2].image; }
   // The file that the image is in or comes from; empty for others.
@@ -47,6 +51,7 @@ class Document {
  private:
   struct State {
     SharedImage image;
+    SharedMetadata metadata;
     std::string deed;  // what made it of the one before
     std::filesystem::path file;
     bool saved;

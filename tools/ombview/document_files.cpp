@@ -45,9 +45,10 @@ void DocumentFiles::OpenNow(const std::vector<std::filesystem::path>& files) {
   if (files.empty()) return;
   jobs_.Start("Opening", [=, this, file = files[0]](Progress& progress, const omb::Remark& remark) {
     const omb::Watching watching([&](double share) { progress.Report(share); });
-    const auto image = std::make_shared<omb::Image>(omb::ReadImage(file, remark));
+    const auto metadata = std::make_shared<omb::Metadata>();
+    const auto image = std::make_shared<omb::Image>(omb::ReadImage(file, remark, metadata.get()));
     return [=, this] {
-      document_.Open(std::move(*image), file);
+      document_.Open(std::move(*image), std::move(*metadata), file);
       Remember(file);
     };
   });
@@ -68,11 +69,11 @@ void DocumentFiles::SaveAs(Jobs::Finish then) {
 }
 
 void DocumentFiles::SaveTo(const std::filesystem::path& file, Jobs::Finish then) {
-  const SharedImage image = document_.image();
   jobs_.StartSaving(
-      [=, this](Progress& progress, const omb::Remark&) {
+      [=, this, image = document_.image(), metadata = document_.metadata()](
+          Progress& progress, const omb::Remark& remark) {
         const omb::Watching watching([&](double share) { progress.Report(share); });
-        omb::WriteImage(file, omb::FormatOfPath(file), image.get());
+        omb::WriteImage(file, omb::FormatOfPath(file), image.get(), *metadata, remark);
         return [=, this] {
           document_.MarkSaved(file);
           Remember(file);
