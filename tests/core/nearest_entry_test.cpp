@@ -2,20 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include "rows/row_functions.h"
+#include "core/packed_dib.h"
 #include "support/naive.h"
 
 namespace ombrilo::test {
 namespace {
-
-Palette PaletteOf(const std::vector<uint32_t>& rgb) {
-  Palette palette = {};
-  palette.count = static_cast<int>(rgb.size());
-  for (size_t i = 0; i < rgb.size(); ++i) {
-    for (int c = 0; c < 3; ++c) palette.bgr[i][c] = static_cast<uint8_t>(rgb[i] >> 8 * c);
-  }
-  return palette;
-}
 
 // Palettes that try the search: ties everywhere, crowds in one cell, corners only, one color.
 std::vector<std::vector<uint32_t>> Palettes() {
@@ -46,12 +37,10 @@ TEST(NearestEntry, EqualsThePlainSearchAtEveryLevel) {
     for (const int shift : {8, 16, 24}) colors.push_back(static_cast<uint8_t>(color >> shift));
   }
   for (const std::vector<uint32_t>& table : Palettes()) {
-    const Palette palette = PaletteOf(table);
-    std::vector<Bgr> entries;
-    for (int i = 0; i < palette.count; ++i) {
-      const uint8_t* bgr = palette.bgr[i];
-      entries.push_back({bgr[0], bgr[1], bgr[2]});
-    }
+    const int bits = table.size() == 2 ? 1 : table.size() == 16 ? 4 : 8;
+    const TestImage image = ImageBuilder(bits, 1, 1).Colors(table).Build();
+    const Palette palette = *MakeDIBPalette(*DibView::Open(image.get()));
+    const std::vector<Bgr> entries = Naive(image).palette;
     std::vector<uint8_t> expected, found(kCount);
     for (size_t i = 0; i < 3 * kCount; i += 3) {
       expected.push_back(
@@ -59,15 +48,13 @@ TEST(NearestEntry, EqualsThePlainSearchAtEveryLevel) {
     }
     NearestEntry nearest;
     ASSERT_TRUE(nearest);
-    for (int level = 0; simd::Supported()[level] != nullptr; ++level) {
-      simd::Use(simd::Supported()[level]);
+    AtEveryLevel([&] {
       nearest.Learn(palette);
       nearest.Find(colors.data(), 3, kCount, found.data());
-      ASSERT_EQ(found, expected) << table.size() << " entries, level " << level;
+      ASSERT_EQ(found, expected) << table.size() << " entries";
       ASSERT_EQ(nearest.Find(colors[0], colors[1], colors[2]), expected[0]);
-    }
+    });
   }
-  simd::Use(nullptr);
 }
 
 }  // namespace

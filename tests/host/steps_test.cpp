@@ -1,9 +1,10 @@
-// Arguments of steps, and the tables of all steps.
+// Arguments of steps, the tables of all steps, and the pictures that show them.
 #include "steps/steps.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <fstream>
 #include <functional>
@@ -17,6 +18,7 @@
 #include "steps/kernels.h"
 #include "support/image.h"
 #include "text.h"
+#include "thumbnail.h"
 
 namespace omb {
 namespace {
@@ -269,6 +271,8 @@ TEST(Tables, ArgumentsReachTheLibrary) {
     std::function<void(PackedDib*)> expected;
   } cases[] = {
       {"brightnesscontrast=20,40", [](auto* dib) { omb_brightnesscontrast(dib, 20, 40); }},
+      {"brightnesscontrast=contrast=40,brightness=20",
+       [](auto* dib) { omb_brightnesscontrast(dib, 20, 40); }},
       {"autolevel=.1,.8", [](auto* dib) { omb_autolevel(dib, .1, .8); }},
       {"filtercolor=green", [](auto* dib) { omb_filtercolor(dib, 2); }},
       {"adjustghms=50,-20,9", [](auto* dib) { omb_adjustghms(dib, 50, -20, 9); }},
@@ -385,6 +389,24 @@ TEST(Calls, RectanglesAreCheckedAgainstTheImage) {
        {"crop=0,0,4,4", "cpydibrect=0,2,4,4", "cpydibrect=2147483647,0,2147483647,1"}) {
     EXPECT_THROW(RunCall(ParseCall(outside), image), StepError) << outside;
     EXPECT_EQ(omb_DIBWidth(image.get()), 4u) << outside;
+  }
+}
+
+TEST(Thumbnail, FitsTheBoxAndIsResizedAtEveryDepth) {
+  for (const int bits : {1, 4, 8, 16, 24, 32}) {
+    for (const auto& [w, h, box_w, box_h, new_w, new_h] :
+         {std::array{9, 4, 9, 9, 9, 4}, {37, 23, 10, 10, 10, 6}, {50, 3, 7, 7, 7, 1}}) {
+      ImageBuilder builder(bits, w, h);
+      if (bits <= 8) builder.Colors(VariedColors(1 << bits, 3));
+      const TestImage image = builder.Pixels(Noise(bits < 32 ? 1u << bits : 0xFFFFFFFF, 5)).Build();
+      TestImage expected = image.Clone();
+      ASSERT_EQ(omb_transformat(expected.ref()), 1u);
+      ASSERT_EQ(
+          omb_resize(expected.ref(), static_cast<uint32_t>(new_w), static_cast<uint32_t>(new_h), 4),
+          1u);
+      TestImage small(Thumbnail(image.get(), box_w, box_h).release());
+      EXPECT_EQ(small.Bytes(), expected.Bytes()) << bits << " bits, " << w << " x " << h;
+    }
   }
 }
 

@@ -12,9 +12,8 @@ constexpr int kWidth = 21, kHeight = 6;
 
 TestImage Source(int bits, uint32_t size_field, int width = kWidth) {
   ImageBuilder builder(bits, width, kHeight);
-  if (bits <= 8) builder.Colors(VariedColors(1 << bits, 3));
-  builder.Pixels(Noise(bits == 24 ? 1u << 24 : 1u << bits, 4)).Filler(0xFF);
-  if (size_field != 40) builder.CoreHeader(size_field);
+  builder.Colors(VariedColors(bits <= 8 ? 1 << bits : 0, 3)).CoreHeader(size_field);
+  builder.Pixels(Noise(1u << bits, 4)).Filler(0xFF);
   if (size_field == 40) builder.Field(20, 777);
   return builder.Build();
 }

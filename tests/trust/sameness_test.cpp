@@ -37,11 +37,7 @@ Images UsualImages(int depth) {
       if (core) builder.CoreHeader();
       if (depth <= 8)
         builder.Colors(height == 9 ? GrayRamp(1 << depth) : VariedColors(1 << depth, 3));
-      if (width == 70) {
-        builder.Pixels(slope);
-      } else {
-        builder.Pixels(Noise(values, static_cast<uint32_t>(width)));
-      }
+      builder.Pixels(width == 70 ? slope : Noise(values, static_cast<uint32_t>(width)));
       images.push_back(builder.Build());
     }
   }

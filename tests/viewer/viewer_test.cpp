@@ -159,9 +159,7 @@ class Viewer {
 };
 
 omb::Image After(const PackedDib* image, const char* step) {
-  omb::Image result = ombview::CopyOf(image);
-  omb::RunCall(omb::ParseCall(step), result);
-  return result;
+  return ombview::After(image, omb::ParseCall(step));
 }
 
 std::vector<uint32_t> ColorsOf(const fs::path& file) {
