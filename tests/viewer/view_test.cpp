@@ -98,13 +98,29 @@ TEST(Document, KnowsWhatIsInWhichFile) {
   document.Undo();
   EXPECT_EQ(document.file(), "a.bmp");
   EXPECT_FALSE(document.changed());
-  document.Open(Noisy(8), "c.bmp");
+  document.Open(Noisy(8), {}, "c.bmp");
   EXPECT_EQ(document.file(), "c.bmp");
   EXPECT_FALSE(document.changed());
   EXPECT_EQ(Ways(document), "Opening/-");
 }
 
 // As the reader of BMP files does, whose tests know all kinds.
+TEST(Document, KeepsWhatItsFileHoldsBesidesPixels) {
+  const std::vector<uint8_t> profile = {1, 2}, exif = {3, 4, 5};
+  const auto keeps = [&](const Document& document) {
+    return document.metadata()->profile == profile && document.metadata()->exif == exif;
+  };
+  Document document;
+  document.Open(Noisy(24), {profile, exif}, "a.jpg");
+  Apply(document, "scale=50%");
+  EXPECT_TRUE(keeps(document));
+  // Pixels from elsewhere have nothing of it.
+  document.Put(Noisy(24), "paste");
+  EXPECT_TRUE(document.metadata()->profile.empty() && document.metadata()->exif.empty());
+  document.Undo();
+  EXPECT_TRUE(keeps(document));
+}
+
 TEST(Document, TakesPackedDibs) {
   const TestImage image = ImageBuilder(8, 5, 4).Colors({1, 2, 3}).Pixels(Noise(3, 1)).Build();
   std::vector<uint8_t> bytes = image.Bytes();
