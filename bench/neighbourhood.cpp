@@ -184,7 +184,7 @@ void AddNeighbourhoodRows() {
 #endif
 
   for (const auto& [input, image] : {std::pair{"photo", Photo24()}, {"page 8", Page8()}}) {
-    for (const auto& block : {std::pair{20, 4}, {4, 4}}) {
+    for (const auto& block : {std::pair{20, 4}, {4, 4}, {2, 2}}) {
       const int width = block.first, height = block.second;  // for Clang 14's lambdas
       InPlace(
           "granulate " + std::to_string(width) + "x" + std::to_string(height) + ", " + input, image,
