@@ -41,9 +41,8 @@ Geometry Plain(const TestImage& image) {
 
 void Expect(const TestImage& image, const Geometry& geometry, const KERNAL& kernel, int passes,
             int32_t strength) {
-  ExpectAtEveryLevel(
-      image, Reference(image, geometry, kernel, passes, strength),
-      [&](PackedDib* dib) { EXPECT_EQ(omb_DoConvoluteDIB(dib, &kernel, passes, strength), 1); });
+  ExpectAtEveryLevel(image, Reference(image, geometry, kernel, passes, strength),
+                     omb_DoConvoluteDIB, &kernel, passes, strength);
 }
 
 TEST(KernalConvolution, BuiltInRecordsAgreeWithTheReference) {

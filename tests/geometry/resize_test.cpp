@@ -110,13 +110,8 @@ std::vector<uint8_t> Resized(const TestImage& image, int width, int height, uint
 void Expect(const TestImage& image, int width, int height, uint32_t filter) {
   const std::vector<uint8_t> expected = Resized(image, width, height, filter);
   SCOPED_TRACE(testing::Message() << "to " << width << " x " << height << ", filter " << filter);
-  AtEveryLevel([&] {
-    TestImage copy = image.Clone();
-    EXPECT_EQ(
-        omb_resize(copy.ref(), static_cast<uint32_t>(width), static_cast<uint32_t>(height), filter),
-        1u);
-    EXPECT_EQ(copy.Bytes(), expected);
-  });
+  ExpectAtEveryLevel(image, expected, omb_resize, static_cast<uint32_t>(width),
+                     static_cast<uint32_t>(height), filter);
 }
 
 TEST(Resize, IsTheWeightedSumOfRowsAndColumns) {

@@ -31,9 +31,8 @@ void Expect(const TestImage& image, int width, int height, int stride, int bits,
   const Geometry g = {width, height, stride, bits / 8};
   for (int op = 0; op < 4; ++op) {
     SCOPED_TRACE(testing::Message() << element.name << ", bits " << bits << ", op " << op);
-    ExpectAtEveryLevel(image, Reference(image, g, op, element, iterations), [&](PackedDib* dib) {
-      EXPECT_EQ(omb_DoKernalMorphDIB(dib, bits, op, &element, iterations), 1);
-    });
+    ExpectAtEveryLevel(image, Reference(image, g, op, element, iterations), omb_DoKernalMorphDIB,
+                       bits, op, &element, iterations);
   }
 }
 

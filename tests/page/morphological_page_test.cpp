@@ -80,9 +80,7 @@ TEST(MorphologicalPage, EveryModeShapeAndSize) {
             SCOPED_TRACE(testing::Message()
                          << bits << " bits, " << width << " x " << height << ", size " << size
                          << ", shape " << shape << ", n " << n << ", mode " << mode);
-            ExpectAtEveryLevel(image, expected, [&](PackedDib* dib) {
-              EXPECT_EQ(omb_MorphologicalPage(dib, size, shape, n, mode), 1);
-            });
+            ExpectAtEveryLevel(image, expected, omb_MorphologicalPage, size, shape, n, mode);
           }
         }
       }

@@ -51,11 +51,6 @@ std::vector<uint8_t> NaiveRoberts(const TestImage& image) {
   });
 }
 
-void Expect(const TestImage& image, const std::vector<uint8_t>& expected,
-            const std::function<int32_t(PackedDib*)>& operation) {
-  ExpectAtEveryLevel(image, expected, [&](PackedDib* dib) { EXPECT_EQ(operation(dib), 1); });
-}
-
 // Depths, and sizes around neighbourhoods and vectors.
 void ForPages(const std::function<void(const TestImage&)>& test) {
   for (const int bits : {1, 4, 8, 16, 24, 32}) {
@@ -77,12 +72,11 @@ TEST(EnhancePage, RankOrderSortsEverySquare) {
       // Every rank of nine, and the ends.
       for (const int percentile : {0, 3, 13, 25, 38, 50, 64, 75, 88, 99, 100}) {
         const int passes = percentile == 64 ? 2 : 1;
-        Expect(image, NaiveRank(image, size + 1, passes, percentile), [&](PackedDib* dib) {
-          return omb_EnhancePage(dib, size, passes, 1, 2, percentile, 8, 9, 9);
-        });
+        ExpectAtEveryLevel(image, NaiveRank(image, size + 1, passes, percentile), omb_EnhancePage,
+                           size, passes, 1, 2, percentile, 8, 9, 9);
       }
-      Expect(image, NaiveRank(image, size + 1, 3, 50),
-             [&](PackedDib* dib) { return omb_EnhancePage(dib, size, 3, 0, 0, -7, 7, 0, 0); });
+      ExpectAtEveryLevel(image, NaiveRank(image, size + 1, 3, 50), omb_EnhancePage, size, 3, 0, 0,
+                         -7, 7, 0, 0);
     }
   });
 }
@@ -151,9 +145,8 @@ TEST(PageFilters, RefuseUnknownSelections) {
 
 TEST(EdgePage, GradientMagnitudes) {
   ForPages([](const TestImage& image) {
-    Expect(image, NaiveSobel(image), [](PackedDib* dib) { return omb_EdgePage(dib, 77, 0, 0, 0); });
-    Expect(image, NaiveRoberts(image),
-           [](PackedDib* dib) { return omb_EdgePage(dib, -77, 0, 0, 1); });
+    ExpectAtEveryLevel(image, NaiveSobel(image), omb_EdgePage, 77, 0, 0, 0);
+    ExpectAtEveryLevel(image, NaiveRoberts(image), omb_EdgePage, -77, 0, 0, 1);
   });
 }
 

@@ -196,11 +196,8 @@ TEST(PageTone, CurvesOfTheImageAndOfBlocks) {
             SCOPED_TRACE(testing::Message()
                          << bits << " bits, " << width << " x " << height << ", curve " << curve
                          << ", block " << block << ", strength " << tone.strength);
-            ExpectAtEveryLevel(image, Toned(image, tone), [&](PackedDib* dib) {
-              EXPECT_EQ(omb_EnhancePage(dib, tone.size, tone.percent, tone.strength, block, 0, 4,
-                                        block == 0 ? 0 : 1, curve),
-                        1);
-            });
+            ExpectAtEveryLevel(image, Toned(image, tone), omb_EnhancePage, tone.size, tone.percent,
+                               tone.strength, block, 0, 4, block == 0 ? 0 : 1, curve);
           }
         }
       }

@@ -1,7 +1,5 @@
 #include "support/naive.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 
 #include "rows/row_functions.h"
@@ -146,15 +144,6 @@ void AtEveryLevel(const std::function<void()>& test) {
     if (testing::Test::HasFatalFailure()) break;
   }
   simd::Use(nullptr);
-}
-
-void ExpectAtEveryLevel(const TestImage& image, const std::vector<uint8_t>& expected,
-                        const std::function<void(PackedDib*)>& operation) {
-  AtEveryLevel([&] {
-    TestImage copy = image.Clone();
-    operation(copy.get());
-    EXPECT_EQ(copy.Bytes(), expected);
-  });
 }
 
 }  // namespace ombrilo::test

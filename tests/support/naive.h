@@ -2,8 +2,11 @@
 // walks, pixel access and nearest-entry search. Rows count as they are stored: bottom row first.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <array>
 #include <functional>
+#include <type_traits>
 #include <vector>
 
 #include "support/image.h"
@@ -67,9 +70,23 @@ void ForVariedImages(const std::function<void(const TestImage&)>& test);
 // Once at every instruction level.
 void AtEveryLevel(const std::function<void()>& test);
 
-// Applies `operation` to a copy of the image at every instruction level; the copy's bytes must be
+// Calls a function with a copy of the image, or with the address of one, and these arguments at
+// every instruction level: its result, where it has one, must be 1, and the copy's bytes
 // `expected`.
+template <class Function, class... Arguments>
 void ExpectAtEveryLevel(const TestImage& image, const std::vector<uint8_t>& expected,
-                        const std::function<void(PackedDib*)>& operation);
+                        Function function, Arguments... arguments) {
+  AtEveryLevel([&] {
+    TestImage copy = image.Clone();
+    if constexpr (std::is_invocable_v<Function, PackedDib**, Arguments...>) {
+      EXPECT_TRUE(function(copy.ref(), arguments...) == 1);
+    } else if constexpr (std::is_void_v<std::invoke_result_t<Function, PackedDib*, Arguments...>>) {
+      function(copy.get(), arguments...);
+    } else {
+      EXPECT_TRUE(function(copy.get(), arguments...) == 1);
+    }
+    EXPECT_EQ(copy.Bytes(), expected);
+  });
+}
 
 }  // namespace ombrilo::test

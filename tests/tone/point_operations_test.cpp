@@ -354,11 +354,10 @@ TEST(Balance, IndicesGoToTheNearestEntry) {
       const auto result = [&](int x, int y) {
         return Balanced(naive.At(x, y), kAmounts, OMB_BALANCE_MIDTONES, true);
       };
-      ExpectAtEveryLevel(
-          image,
-          NaiveResult(
-              image, false, [](int, int) { return true; }, result),
-          [](PackedDib* dib) { EXPECT_EQ(omb_balance(dib, 80, 20, -60, 1, 1), 1u); });
+      ExpectAtEveryLevel(image,
+                         NaiveResult(
+                             image, false, [](int, int) { return true; }, result),
+                         omb_balance, 80, 20, -60, 1u, 1u);
     }
   }
 }
