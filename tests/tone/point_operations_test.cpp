@@ -224,7 +224,7 @@ std::vector<Operation> Operations() {
     }
   }
   // Their places tell those of one name apart.
-  for (size_t i = 0; i < all.size(); ++i) all[i].name += " " + std::to_string(i);
+  for (size_t i = 0; i < all.size(); ++i) all[i].name.append(" ").append(std::to_string(i));
   return all;
 }
 
