@@ -10,6 +10,7 @@
 #include "ombview/choice_pictures.h"
 #include "ombview/document.h"
 #include "ombview/preview.h"
+#include "ombview/print_layout.h"
 #include "ombview/recent_files.h"
 #include "ombview/slider.h"
 #include "ombview/tone_curve.h"
@@ -211,6 +212,52 @@ TEST(Renderings, ReducedPartsAgreeWithTheWhole) {
   ASSERT_EQ(part.width(), 80);
   for (const Point at : {Point{0, 0}, {79, 59}, {40, 20}}) {
     EXPECT_EQ(part.Pixel(at.x, at.y), whole.Pixel(at.x + 100, at.y + 30));
+  }
+}
+
+// Images so large that they are reduced in several strips.
+TEST(Renderings, AreReducedInStrips) {
+  for (const int bits : {1, 8, 16, 24}) {
+    const TestImage image = ImageBuilder(bits, 1600, 1400)
+                                .Colors(GrayRamp(bits > 8 ? 0 : 1 << bits))
+                                .Pixels([](int x, int y) { return unsigned(x * y) >> 6; })
+                                .Build();
+    TestImage whole(ombview::CopyOf(image.get()).release());
+    if (bits == 16) {
+      ASSERT_EQ(omb_transformat(whole.ref()), 1u);
+    }
+    ASSERT_EQ(omb_resize(whole.ref(), 400, 350, OMB_RESIZE_BOX), 1u);
+    const TestImage shown(ombview::Render(image.get(), ViewportOf(1600, 1400, 400, 350)).release());
+    EXPECT_EQ(shown.Colors(), whole.Colors()) << bits;
+  }
+  const TestImage slope = ImageBuilder(24, 1500, 1333)
+                              .Pixels([](int, int y) { return Rgb(y / 6, y / 6, y / 6); })
+                              .Build();
+  const TestImage shown(ombview::Render(slope.get(), ViewportOf(1500, 1333, 999, 777)).release());
+  for (int y = 0; y < shown.height(); ++y) {
+    EXPECT_NEAR(shown.Pixel(5, y) & 255, (y + .5) * 1333 / shown.height() / 6, 1.1) << y;
+  }
+}
+
+TEST(Pages, HoldAnImageInTheirMiddle) {
+  struct Case {
+    ombview::Paper paper;
+    ombview::Point image;
+    ombview::Rect place;
+  };
+  const ombview::Paper a4 = {{4960, 7016}, {96, 98, 4864, 6914}, {600, 600}};
+  const Case cases[] = {
+      {a4, {1000, 1000}, {240, 1268, 4720, 5748}},  // margins on both sides
+      {a4, {100, 1000}, {2153, 240, 2807, 6776}},   // above and below
+      {a4, {1, 100000}, {2479, 240, 2480, 6776}},   // one dot at least
+      // What the printer does not reach below is left free above.
+      {{{1000, 500}, {0, 0, 1000, 400}, {100, 100}}, {30, 10}, {50, 100, 950, 400}},
+      {{{1000, 500}, {0, 0, 1000, 500}, {100, 50}}, {10, 10}, {40, 20, 960, 480}},
+  };
+  for (const Case& c : cases) {
+    const ombview::Rect place = ombview::PlaceOn(c.paper, c.image.x, c.image.y);
+    EXPECT_EQ(place, c.place) << place.left << " " << place.top << " " << place.right << " "
+                              << place.bottom;
   }
 }
 

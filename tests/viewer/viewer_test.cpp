@@ -15,6 +15,7 @@
 #include "ombview/commands.h"
 #include "ombview/document.h"
 #include "ombview/parameter_dialog.h"
+#include "ombview/printing.h"
 #include "ombview/rendering.h"
 #include "support/image.h"
 
@@ -185,6 +186,48 @@ std::vector<uint8_t> BytesOnClipboard() {
   GlobalUnlock(block);
   CloseClipboard();
   return copy;
+}
+
+// A page of white paper, drawn on.
+TestImage Print(const PackedDib* image, const ombview::Paper& paper) {
+  const ombview::Rect& part = paper.printable;
+  TestImage page = ImageBuilder(24, part.width(), part.height()).Pixels(Noise(1, 1)).Build();
+  omb_invert(page.get());
+  const HDC dc = CreateCompatibleDC(nullptr);
+  const HBITMAP bitmap = omb_DIBToDIBSection(page.get());
+  const HGDIOBJ previous = SelectObject(dc, bitmap);
+  ombview::DrawOnPage(dc, paper, image, [](double) {});
+  SelectObject(dc, previous);
+  DeleteDC(dc);
+  TestImage drawn(reinterpret_cast<PackedDib*>(omb_bmtodib(bitmap, nullptr)));
+  DeleteObject(bitmap);
+  return drawn;
+}
+
+TEST(Printing, ReducesAndEnlargesInTheMiddleOfThePage) {
+  const ombview::Paper paper = {{480, 330}, {10, 20, 460, 320}, {100, 100}};
+  // 400 x 250 dots are between the margins of 40.
+  const TestImage large = ImageBuilder(24, 1600, 1000)
+                              .Pixels([](int x, int y) { return Rgb(x / 7, y / 5, x * y / 9000); })
+                              .Build();
+  TestImage reduced(ombview::CopyOf(large.get()).release());
+  omb_resize(reduced.ref(), 400, 250, OMB_RESIZE_BOX);
+  // Enlarging may mix neighbours, so four fields are looked at apart from their edges.
+  const auto field = [](int x, int y) { return (x < 8 ? 3u : 5u) << (y < 5 ? 0 : 1); };
+  const TestImage small = ImageBuilder(4, 16, 10).Colors(VariedColors(16, 2)).Pixels(field).Build();
+  const TestImage page = Print(large.get(), paper), other = Print(small.get(), paper);
+  for (int y = 0; y < page.height(); ++y) {
+    for (int x = 0; x < page.width(); ++x) {
+      const int column = x - 30, row = y - 20;
+      const bool beside = column < 0 || row < 0 || column >= 400 || row >= 250;
+      ASSERT_EQ(page.Pixel(x, y), beside ? 0xFFFFFF : reduced.Pixel(column, row)) << x << " " << y;
+      if (beside ||
+          (column % 200 >= 40 && column % 200 < 160 && row % 125 >= 40 && row % 125 < 85)) {
+        ASSERT_EQ(other.Pixel(x, y),
+                  beside ? 0xFFFFFF : small.Color(static_cast<int>(field(column / 25, row / 25))));
+      }
+    }
+  }
 }
 
 class ViewerTest : public testing::Test {

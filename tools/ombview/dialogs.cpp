@@ -3,8 +3,6 @@
 #include <commctrl.h>
 #include <commdlg.h>
 
-#include <algorithm>
-
 namespace ombview {
 
 namespace {
@@ -98,41 +96,6 @@ void ShowAbout(HWND owner) {
       L"Shows images and works on them with every operation of the Ombrilo library.\n\n"
       L"Reads BMP, PNG, JPEG and TIFF. MIT License.";
   TaskDialogIndirect(&dialog, nullptr, nullptr, nullptr);
-}
-
-HDC AskForPrinter(HWND owner) {
-  PRINTDLGW dialog = {};
-  dialog.lStructSize = sizeof dialog;
-  dialog.hwndOwner = owner;
-  dialog.Flags = PD_RETURNDC | PD_NOPAGENUMS | PD_NOSELECTION | PD_USEDEVMODECOPIESANDCOLLATE;
-  const BOOL chosen = PrintDlgW(&dialog);
-  for (const HGLOBAL block : {dialog.hDevMode, dialog.hDevNames}) {
-    if (block != nullptr) GlobalFree(block);
-  }
-  return chosen ? dialog.hDC : nullptr;
-}
-
-bool PrintImage(HDC printer, const PackedDib* image, const std::wstring& name) {
-  DOCINFOW document = {};
-  document.cbSize = sizeof document;
-  document.lpszDocName = name.c_str();
-  if (StartDocW(printer, &document) <= 0 || StartPage(printer) <= 0) return false;
-  const double width = omb_DIBWidth(image), height = omb_DIBHeight(image);
-  const int page_width = GetDeviceCaps(printer, HORZRES);
-  const int page_height = GetDeviceCaps(printer, VERTRES);
-  // A printer's dots need not be square.
-  const double across = GetDeviceCaps(printer, LOGPIXELSX),
-               down = GetDeviceCaps(printer, LOGPIXELSY);
-  const double inches = std::min(page_width / across / width, page_height / down / height);
-  const int w = static_cast<int>(inches * across * width);
-  const int h = static_cast<int>(inches * down * height);
-  SetStretchBltMode(printer, HALFTONE);
-  const int done =
-      StretchDIBits(printer, (page_width - w) / 2, (page_height - h) / 2, w, h, 0, 0,
-                    static_cast<int>(width), static_cast<int>(height), omb_FindDIBBits(image),
-                    reinterpret_cast<const BITMAPINFO*>(image), DIB_RGB_COLORS, SRCCOPY);
-  const bool ended = EndPage(printer) > 0 && EndDoc(printer) > 0;
-  return done != 0 && done != static_cast<int>(GDI_ERROR) && ended;
 }
 
 }  // namespace ombview

@@ -4,11 +4,8 @@
 #include <windows.h>
 
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <vector>
-
-#include "image.h"
 
 namespace ombview {
 
@@ -21,11 +18,5 @@ std::filesystem::path AskForName(HWND owner, const std::filesystem::path& propos
 // What shall become of an image that is in no file: IDYES to save it, IDNO to let it go, IDCANCEL.
 int AskToSave(HWND owner, const std::filesystem::path& file);
 void ShowAbout(HWND owner);
-
-// The printer that a person chooses: its device context, which is the caller's to delete. Null when
-// it was cancelled.
-HDC AskForPrinter(HWND owner);
-// Fills a page, keeping the proportions. False when the printer refuses.
-bool PrintImage(HDC printer, const PackedDib* image, const std::wstring& name);
 
 }  // namespace ombview

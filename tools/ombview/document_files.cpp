@@ -2,9 +2,8 @@
 
 #include <shellapi.h>
 
-#include <stdexcept>
-
 #include "dialogs.h"
+#include "printing.h"
 #include "settings.h"
 
 namespace ombview {
@@ -88,14 +87,13 @@ void DocumentFiles::Remember(const std::filesystem::path& file) {
 }
 
 void DocumentFiles::Print() {
-  const HDC printer = AskForPrinter(owner_);
-  if (printer == nullptr) return;
   const SharedImage image = document_.image();
+  const Printer printer = AskForPrinter(owner_, image.get());
+  if (!printer) return;
   const std::wstring name = document_.file().filename().wstring();
-  jobs_.Start("Printing", [=](Progress&, const omb::Remark&) {
-    const bool done = PrintImage(printer, image.get(), name.empty() ? kTitle : name);
-    DeleteDC(printer);
-    if (!done) throw std::runtime_error("the printer does not take the image");
+  jobs_.Start("Printing", [=](Progress& progress, const omb::Remark&) {
+    PrintImage(printer.get(), image.get(), name.empty() ? kTitle : name,
+               [&](double share) { progress.Report(share); });
     return [] {};
   });
 }

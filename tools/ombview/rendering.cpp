@@ -1,5 +1,7 @@
 #include "rendering.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -13,6 +15,31 @@
 namespace ombview {
 
 namespace {
+
+constexpr int64_t kStripPixels = 1'000'000;  // of the image that is reduced
+
+// An image with the header and the colors of another one, and so many rows, which are to be filled.
+// Null when memory ran out.
+omb::Image LikeIt(const ombrilo::DibView& image, int32_t rows) {
+  const size_t head = image.prefix_size();
+  omb::Image result(
+      static_cast<PackedDib*>(std::malloc(head + image.stride() * static_cast<size_t>(rows))));
+  if (!result) return nullptr;
+  auto* bytes = reinterpret_cast<uint8_t*>(result.get());
+  std::memcpy(bytes, image.block(), head);
+  std::memcpy(bytes + ombrilo::kInfoHeight, &rows, sizeof rows);
+  return result;
+}
+
+// Rows of an image of 16 or 32 bits as an image of its own, brought to 24 bits.
+omb::Image TrueColorRows(const PackedDib* image, int top, int bottom) {
+  const auto view = ombrilo::DibView::Open(image);
+  omb::Image rows = view ? LikeIt(*view, bottom - top) : nullptr;
+  if (!rows) return nullptr;
+  std::memcpy(omb_FindDIBBits(rows.get()), view->row(view->height() - bottom),
+              view->stride() * static_cast<size_t>(bottom - top));
+  return omb::Replace(rows, omb_transformat) ? std::move(rows) : nullptr;
+}
 
 // Each pixel as a square of zoom x zoom.
 omb::Image Enlarge(const PackedDib* image, const Viewport& viewport) {
@@ -51,28 +78,50 @@ omb::Image Enlarge(const PackedDib* image, const Viewport& viewport) {
 omb::Image Render(const PackedDib* image, const Viewport& viewport) {
   if (viewport.zoom() >= 1) return Enlarge(image, viewport);
   const Rect seen = viewport.VisibleScaled();
-  omb::Image piece = PieceOf(image, viewport.VisiblePixels());
-  if (!piece || !omb::Replace(piece, [&](PackedDib** dib) {
-        return omb_resize(dib, static_cast<uint32_t>(seen.width()),
-                          static_cast<uint32_t>(seen.height()), OMB_RESIZE_BOX);
-      })) {
-    throw std::bad_alloc();
+  const Point size = {seen.width(), seen.height()};
+  omb::Image result;
+  Reduce(image, viewport.VisiblePixels(), size, [&](const PackedDib* strip, int top) {
+    const auto rows = ombrilo::DibView::Open(strip);
+    if (!result) result = LikeIt(*rows, size.y);  // all strips are of the same kind
+    if (!result) throw std::bad_alloc();
+    const size_t bytes = rows->stride() * static_cast<size_t>(rows->height());
+    const int below = size.y - top - rows->height();
+    std::memcpy(omb_FindDIBBits(result.get()) + rows->stride() * static_cast<size_t>(below),
+                rows->rows(), bytes);
+  });
+  return result;
+}
+
+void Reduce(const PackedDib* image, const Rect& pixels, Point size, const TakeStrip& take) {
+  const auto row_of = [&](int y) {
+    return pixels.top + static_cast<int>(int64_t{y} * pixels.height() / size.y);
+  };
+  const int64_t rows = kStripPixels * size.y / (int64_t{pixels.width()} * pixels.height());
+  for (int top = 0; top < size.y;) {
+    const int bottom =
+        static_cast<int>(std::min<int64_t>(top + std::max<int64_t>(1, rows), size.y));
+    omb::Image strip = PieceOf(image, {pixels.left, row_of(top), pixels.right, row_of(bottom)});
+    if (!strip || !omb::Replace(strip, [&](PackedDib** dib) {
+          return omb_resize(dib, static_cast<uint32_t>(size.x), static_cast<uint32_t>(bottom - top),
+                            OMB_RESIZE_BOX);
+        })) {
+      throw std::bad_alloc();
+    }
+    take(strip.get(), top);
+    top = bottom;
   }
-  return piece;
 }
 
 omb::Image PieceOf(const PackedDib* image, const Rect& pixels) {
-  const auto piece = [&](const PackedDib* dib) {
+  const auto piece = [&](const PackedDib* dib, int top) {
     return omb::Image(reinterpret_cast<PackedDib*>(omb_cpydibrect(
-        dib, pixels.left, static_cast<uint32_t>(pixels.top), static_cast<uint32_t>(pixels.width()),
+        dib, pixels.left, static_cast<uint32_t>(top), static_cast<uint32_t>(pixels.width()),
         static_cast<uint32_t>(pixels.height()))));
   };
   const int bits = omb_DIBBitCount(image);
-  if (bits != 16 && bits != 32) return piece(image);
-  PackedDib* copy = CopyOf(image).release();
-  const bool done = omb_transformat(&copy) != 0;
-  const omb::Image true_color(copy);
-  return done ? piece(true_color.get()) : nullptr;
+  if (bits != 16 && bits != 32) return piece(image, pixels.top);
+  const omb::Image rows = TrueColorRows(image, pixels.top, pixels.bottom);
+  return rows ? piece(rows.get(), 0) : nullptr;
 }
 
 std::string ValueAt(const PackedDib* image, Point pixel) {
