@@ -395,7 +395,7 @@ TEST(Calls, RectanglesAreCheckedAgainstTheImage) {
 TEST(Thumbnail, FitsTheBoxAndIsResizedAtEveryDepth) {
   for (const int bits : {1, 4, 8, 16, 24, 32}) {
     for (const auto& [w, h, box_w, box_h, new_w, new_h] :
-         {std::array{9, 4, 9, 9, 9, 4}, {37, 23, 10, 10, 10, 6}, {50, 3, 7, 7, 7, 1}}) {
+         {std::array{9, 4, 9, 9, 9, 4}, {37, 25, 10, 10, 10, 7}, {50, 3, 7, 7, 7, 1}}) {
       ImageBuilder builder(bits, w, h);
       if (bits <= 8) builder.Colors(VariedColors(1 << bits, 3));
       const TestImage image = builder.Pixels(Noise(bits < 32 ? 1u << bits : 0xFFFFFFFF, 5)).Build();

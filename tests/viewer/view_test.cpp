@@ -70,6 +70,8 @@ TEST(Document, GoesBackAndForth) {
   // What is done now takes the place of what was undone.
   Apply(document, "fliphor");
   EXPECT_EQ(Ways(document), "fliphor/-");
+  EXPECT_TRUE(document.Undo());
+  EXPECT_EQ(Shown(document).Bytes(), images[1]);
 }
 
 TEST(Document, ForgetsTheOldestImagesFirst) {
