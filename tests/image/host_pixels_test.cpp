@@ -71,8 +71,10 @@ TEST(FromPixels, EveryFormatInEitherDirection) {
         const auto noise = Noise(256, 5);
         for (int y = 0; y < 3; ++y) {
           for (size_t i = 0; i < array.row; ++i) {
+            // The middle row is opaque, but for its end.
+            const bool opaque = y == 1 && i % 4 == 3 && i + 50 < array.row;
             array.top[y * array.stride + static_cast<intptr_t>(i)] =
-                static_cast<uint8_t>(noise(static_cast<int>(i), y));
+                static_cast<uint8_t>(opaque ? 255 : noise(static_cast<int>(i), y));
           }
         }
         const TestImage image(
