@@ -29,10 +29,7 @@ std::vector<std::pair<int, int>> Shape(int size, int shape) {
 }
 
 std::vector<uint8_t> Repeated(const TestImage& image, int size, int shape, bool dilate, int times) {
-  const int step = image.bit_count() / 8;
-  const Geometry geometry = {image.width(), image.height(), (image.width() * step + 3) / 4 * 4,
-                             step};
-  return NaiveBytes(image, geometry, {}, times, [&](const Neighbour& at) {
+  return NaiveBytes(image, image.bit_count() / 8, {}, times, [&](const Neighbour& at) {
     int extreme = at(0, 0);
     for (const auto& [dx, dy] : Shape(size, shape)) {
       const int value = at(dx, dy);

@@ -18,10 +18,8 @@ namespace {
 std::vector<uint8_t> Naive(const TestImage& image, const Margins& band, bool rank, int passes,
                            const std::function<int(const Neighbour&)>& value) {
   const int step = image.bit_count() == 24 ? 3 : 1;
-  const int stride = (image.width() * image.bit_count() + 31) / 32 * 4;
-  const int width = step == 1 ? std::min(image.width(), stride) : image.width();
   if (!rank && step == 1 && image.bit_count() != 8) return image.Bytes();
-  return NaiveBytes(image, {width, image.height(), stride, step}, band, passes, value);
+  return NaiveBytes(image, step, band, passes, value);
 }
 
 std::vector<uint8_t> NaiveRank(const TestImage& image, int r, int passes, int percentile) {

@@ -78,22 +78,24 @@ std::vector<uint8_t> NaiveResult(const TestImage& image, bool zeroed,
   return bytes;
 }
 
-std::vector<uint8_t> NaiveBytes(const TestImage& image, const Geometry& g, const Margins& margins,
+std::vector<uint8_t> NaiveBytes(const TestImage& image, int step, const Margins& margins,
                                 int passes, const std::function<int(const Neighbour&)>& value) {
   std::vector<uint8_t> block = image.Bytes();
-  const int64_t start = omb_FindDIBBits(image.get()) - image.raw();
+  const int64_t start = omb_FindDIBBits(image.get()) - image.raw(), height = image.height();
+  const int64_t stride = (image.width() * image.bit_count() + 31) / 32 * 4;
+  const int64_t width = std::min<int64_t>(image.width(), stride / step);
   for (int pass = 0; pass < passes; ++pass) {
     const std::vector<uint8_t> before = block;
-    for (int64_t y = std::max<int64_t>(margins.before, 0); y < g.height; ++y) {
-      for (int64_t x = std::max<int64_t>(margins.left, 0); x < g.width; ++x) {
-        if (y >= g.height - margins.after || x >= g.width - margins.right) continue;
-        for (int c = 0; c < g.step; ++c) {
+    for (int64_t y = std::max<int64_t>(margins.before, 0); y < height; ++y) {
+      for (int64_t x = std::max<int64_t>(margins.left, 0); x < width; ++x) {
+        if (y >= height - margins.after || x >= width - margins.right) continue;
+        for (int c = 0; c < step; ++c) {
           const auto at = [&](int64_t column, int64_t row) {
-            return static_cast<size_t>(start + row * g.stride + column * g.step + c);
+            return static_cast<size_t>(start + row * stride + column * step + c);
           };
           const int result = value([&](int dx, int dy) {
             const int64_t column = x + dx, row = y + dy;
-            if (column < 0 || column >= g.width || row < 0 || row >= g.height) return -1;
+            if (column < 0 || column >= width || row < 0 || row >= height) return -1;
             return at(column, row) < before.size() ? int{before[at(column, row)]} : 0;
           });
           if (at(x, y) < block.size()) block[at(x, y)] = static_cast<uint8_t>(result);

@@ -45,23 +45,17 @@ std::vector<uint8_t> NaiveResult(const TestImage& image, bool zeroed,
                                  const std::function<bool(int x, int y)>& computed,
                                  const std::function<Bgr(int x, int y)>& result);
 
-// What kernels see: pixels of `step` bytes in rows `stride` bytes apart, whatever the header says.
-struct Geometry {
-  int64_t width, height, stride;
-  int step;
-};
-
 // A neighbour of a byte, in pixels: 0 outside the block, -1 outside the image.
 using Neighbour = std::function<int(int dx, int dy)>;
 
-// The block after `passes` over all bytes whose pixels have this many others on each side; each
-// byte in the block becomes `value` of what was there before the pass.
+// The block, seen as pixels of `step` bytes, after `passes` over all bytes whose pixels have this
+// many others on each side; each byte in the block becomes `value` of what was there before the
+// pass.
 struct Margins {
   int64_t before, after, left, right;
 };
-std::vector<uint8_t> NaiveBytes(const TestImage& image, const Geometry& geometry,
-                                const Margins& margins, int passes,
-                                const std::function<int(const Neighbour&)>& value);
+std::vector<uint8_t> NaiveBytes(const TestImage& image, int step, const Margins& margins,
+                                int passes, const std::function<int(const Neighbour&)>& value);
 
 // An image of noise: both header kinds, depths 1, 4, 8 and 24, gray, colored and short tables, and
 // sizes that are smaller than a neighbourhood, degenerate, and around vector lengths.
