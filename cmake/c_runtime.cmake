@@ -7,7 +7,11 @@ set_property(CACHE OMBRILO_C_RUNTIME PROPERTY STRINGS ucrt msvcrt "")
 
 # For programs without C++'s library, which is built for one C runtime alone.
 function(use_c_runtime target)
-  if(NOT OMBRILO_C_RUNTIME OR NOT CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  if(NOT OMBRILO_C_RUNTIME OR MSVC)
+    return()
+  endif()
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    target_link_libraries(${target} PRIVATE ${OMBRILO_C_RUNTIME})
     return()
   endif()
   # GCC names the runtime in its specs, not in an option. They contain what CMake takes for

@@ -1,0 +1,22 @@
+# 64-bit Windows, cross-built with Clang and lld on Debian's headers and libraries of MinGW-w64. Clang
+# does not find those by itself where they are called posix.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+file(GLOB gcc /usr/lib/gcc/x86_64-w64-mingw32/*-posix)
+set(headers /usr/x86_64-w64-mingw32/include)
+foreach(language C CXX)
+  set(CMAKE_${language}_COMPILER clang)
+  set(CMAKE_${language}_COMPILER_TARGET x86_64-w64-windows-gnu)
+  set(CMAKE_${language}_FLAGS_INIT "-nostdlibinc -Wno-unused-command-line-argument")
+endforeach()
+set(CMAKE_CXX_COMPILER clang++)
+string(APPEND CMAKE_C_FLAGS_INIT " -isystem ${headers}")
+string(APPEND CMAKE_CXX_FLAGS_INIT " -isystem ${gcc}/include/c++ \
+-isystem ${gcc}/include/c++/x86_64-w64-mingw32 -isystem ${headers}")
+set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-fuse-ld=lld -L${gcc}")
+set(CMAKE_SHARED_LINKER_FLAGS_INIT "-fuse-ld=lld -L${gcc}")
+set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
