@@ -9,11 +9,7 @@
 
 namespace ombrilo {
 
-namespace {
-
-constexpr size_t kRun = 1024;  // pixels that are indices in between; whole bytes at any depth
-
-}  // namespace
+namespace {}  // namespace
 
 void IndexedColors::Snapshot(const DibView& dib, bool split) {
   const Palette palette = *MakeDIBPalette(dib);

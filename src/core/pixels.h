@@ -8,6 +8,10 @@
 
 namespace ombrilo {
 
+// The pixels whose indices or colors are held at a time: they stay in the first-level cache. A
+// multiple of 8, so that runs are whole bytes at any depth.
+inline constexpr size_t kRun = 1024;
+
 // Unpacks a 1-, 4- or 8-bit row to one index per byte. Reads only the bytes that hold the pixels.
 void UnpackIndices(const uint8_t* row, uint16_t bit_count, size_t pixels, uint8_t* indices);
 
@@ -27,10 +31,9 @@ uint8_t GetIndex(const uint8_t* row, uint16_t bit_count, size_t column);
 void SetIndex(uint8_t* row, uint16_t bit_count, size_t column, uint8_t index);
 
 // Calls use(first, indices, count) for the pixels of a 1-, 4- or 8-bit row, run by run, one index
-// per byte in a buffer that `use` may change. Runs start at whole bytes of the row.
+// per byte in a buffer that `use` may change.
 template <class Use>
 void ForEachIndexRun(const uint8_t* row, uint16_t bit_count, size_t pixels, Use&& use) {
-  constexpr size_t kRun = 1024;
   uint8_t indices[kRun];
   for (size_t first = 0; first < pixels; first += kRun) {
     const size_t count = std::min(kRun, pixels - first);

@@ -68,16 +68,15 @@ class Diffusion {
       const uint32_t needed = std::min(scatter_.height, y + after_ + 1);
       for (; copied < needed; ++copied) Copy(copied);
       scatter_.y = y;
-      for (uint32_t x = 0; x < scatter_.width; x += std::min(kRun, scatter_.width - x)) {
+      for (uint32_t x = 0; x < scatter_.width; x += std::min<uint32_t>(kRun, scatter_.width - x)) {
         scatter_.x = x;
-        Pick(std::min(kRun, scatter_.width - x));
+        Pick(std::min<uint32_t>(kRun, scatter_.width - x));
       }
     }
   }
 
  private:
-  static constexpr uint32_t kRun = 1024;  // pixels; whole bytes at any depth
-  static constexpr size_t kSlack = 4;     // pixels of three bytes are read as four
+  static constexpr size_t kSlack = 4;  // pixels of three bytes are read as four
 
   void Copy(uint32_t y) const {
     const uint8_t* const from = dib_.row(static_cast<int32_t>(y));

@@ -13,7 +13,6 @@ namespace ombrilo {
 
 namespace {
 
-constexpr size_t kRun = 1024;          // pixels that are converted at a time; whole bytes of bits
 constexpr uint32_t kHalf = 128 * 100;  // gray 128, before it is divided by 100
 
 // Converts blue, green, red to any format.

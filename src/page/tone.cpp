@@ -12,6 +12,7 @@
 
 #include "core/buffer.h"
 #include "core/packed_dib.h"
+#include "core/pixels.h"
 #include "page/tone_curve.h"
 #include "rows/row_functions.h"
 #include "tone/histogram.h"
@@ -20,7 +21,6 @@ namespace ombrilo {
 
 namespace {
 
-constexpr size_t kRun = 1024;       // pixels whose levels are computed at a time
 constexpr int32_t kPaperReach = 2;  // in blocks
 
 // The levels of an image: its bytes, or the luminances at 24 bits.

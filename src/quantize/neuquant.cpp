@@ -24,7 +24,6 @@ void ExpandTo24Bits(const DibView& source, const Dib& copy) {
 }
 
 void MapPixels(const DibView& source, PaletteNetwork& network, uint16_t bit_count, uint8_t* to) {
-  constexpr size_t kRun = 1024;
   uint8_t indices[kRun];
   const size_t width = static_cast<size_t>(source.width());
   const auto stride = static_cast<size_t>(StrideOf(source.width(), bit_count));

@@ -4,6 +4,8 @@
 #include <cstring>
 #include <utility>
 
+#include "core/pixels.h"
+
 namespace ombrilo {
 
 namespace {
@@ -81,7 +83,6 @@ void PaletteNetwork::Learn(const DibView& image) {
 }
 
 void PaletteNetwork::LearnCycles(const uint8_t* picture, size_t length) {
-  constexpr int32_t kRun = 1024;
   uint8_t run[3 * kRun];
   Neurons& neurons = state_[0].neurons;
   const auto samples = static_cast<int32_t>(length / (3 * kSamplingFactor));
@@ -92,8 +93,8 @@ void PaletteNetwork::LearnCycles(const uint8_t* picture, size_t length) {
   for (int32_t done = 0; done < samples; done += cycle) {
     SetRates(alpha, radius, neurons);
     const int32_t end = std::min(cycle, samples - done);
-    for (int32_t first = 0; first < end; first += kRun) {
-      const int32_t count = std::min(kRun, end - first);
+    for (int32_t first = 0; first < end; first += int32_t{kRun}) {
+      const int32_t count = std::min(int32_t{kRun}, end - first);
       for (int32_t i = 0; i < count; ++i) sampler.Next(run + 3 * i);
       simd::Active().learn(run, static_cast<size_t>(count), neurons);
     }

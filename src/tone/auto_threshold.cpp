@@ -3,6 +3,7 @@
 
 #include "core/color_table.h"
 #include "core/packed_dib.h"
+#include "core/pixels.h"
 #include "rows/row_functions.h"
 #include "tone/histogram.h"
 
@@ -26,9 +27,9 @@ Histogram GrayLevels(const DibView& dib) {
   }
   for (int32_t y = 0; y < dib.pixel_rows(); ++y) {
     const size_t width = static_cast<size_t>(dib.width());
-    uint8_t gray[1024];
-    for (size_t x = 0; x < width; x += sizeof gray) {
-      const size_t count = std::min(sizeof gray, width - x);
+    uint8_t gray[kRun];
+    for (size_t x = 0; x < width; x += kRun) {
+      const size_t count = std::min(kRun, width - x);
       convert(dib.row(y) + 3 * x, count, gray);
       levels.Add(gray, count);
     }

@@ -5,6 +5,7 @@
 #include "core/colors_in_place.h"
 #include "core/nearest_entry.h"
 #include "core/palette.h"
+#include "core/pixels.h"
 #include "rows/row_functions.h"
 
 namespace ombrilo {
@@ -43,7 +44,6 @@ class Balance {
   void Change(uint8_t* bgr, size_t colors) const {
     const simd::RowFunctions& rows = simd::Active();
     if (!keep_light_) return rows.apply_channel_tables(bgr, colors, tables_[0]);
-    constexpr size_t kRun = 1024;
     uint8_t luminance[kRun];
     for (; colors != 0; bgr += 3 * std::min(colors, kRun), colors -= std::min(colors, kRun)) {
       const size_t count = std::min(colors, kRun);

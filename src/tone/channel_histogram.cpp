@@ -70,9 +70,9 @@ void CountTrueColor(const PixelRows& image, uint32_t channel, uint32_t* counters
       values.Add(row + ChannelByte(channel), width, 3);
       continue;
     }
-    uint8_t gray[1024];
-    for (size_t x = 0; x < width; x += sizeof gray) {
-      const size_t count = std::min(sizeof gray, width - x);
+    uint8_t gray[kRun];
+    for (size_t x = 0; x < width; x += kRun) {
+      const size_t count = std::min(kRun, width - x);
       simd::Active().gray_percent(row + 3 * x, count, gray);
       simd::Active().spread(gray, count, row + 3 * x);
       values.Add(gray, count);
