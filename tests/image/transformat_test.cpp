@@ -79,7 +79,7 @@ TEST(Transformat, RefusesRowsThatCannotBeHonoured) {
 
 TEST(Transformat, OtherDepthsAreRefused) {
   for (const int bits : {2, 12, 48}) {
-    Untouched image(bits);
+    Untouched image(ImageBuilder(bits, 3, 2).Build());
     EXPECT_EQ(omb_transformat(image.ref()), 0u);
   }
 }
