@@ -317,8 +317,12 @@ TEST(Previews, BeginWithArgumentsThatAStepTakes) {
       EXPECT_EQ(picture.width() * 100 + picture.height(), 3232) << step->name;
     }
   }
-  const auto& levels = omb::StepNamed("brightnesscontrast");
-  EXPECT_EQ(ombview::FirstArguments(levels, image.get()).Integer(0), 0);
+  for (const char* step : {"brightnesscontrast", "x1x2_changed", "curve"}) {
+    const omb::Call idle = {omb::FindStep(step),
+                            ombview::FirstArguments(omb::StepNamed(step), image.get())};
+    const omb::Image same = ombview::After(image.get(), idle);
+    EXPECT_EQ(TestImage(ombview::CopyOf(same.get()).release()).Bytes(), image.Bytes()) << step;
+  }
 }
 
 TEST(Sliders, GoWhereTheValueIs) {

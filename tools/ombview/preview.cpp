@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <sstream>
+#include <string_view>
+#include <utility>
 
 #include "document.h"
 #include "errors.h"
@@ -13,6 +15,10 @@ namespace {
 
 constexpr int64_t kQuick = 4'000'000;  // pixels that are filtered while a slider moves
 constexpr int kMargin = 16;            // pixels around what is seen, which filters read
+
+// Arguments other than 0 that change nothing.
+constexpr std::pair<std::string_view, const char*> kIdle[] = {
+    {"points", "0:0/255:255"}, {"black", "0"}, {"white", "255"}};
 
 int64_t PixelsOf(const Rect& rect) { return int64_t{rect.width()} * rect.height(); }
 
@@ -99,7 +105,9 @@ omb::Arguments FirstArguments(const omb::Step& step, const PackedDib* image) {
     std::getline(example, value, ',');
     if (parameter.preset) value = *parameter.preset;
     if (number && parameter.minimum < 0 && parameter.Parse("0")) value = "0";
-    if (std::string(parameter.name) == "points") value = "0:0/255:255";
+    for (const auto& [name, idle] : kIdle) {
+      if (name == parameter.name) value = idle;
+    }
     text += (i == 0 ? "=" : ",") + value;
   }
   try {
