@@ -39,7 +39,7 @@ void Apply(Document& document, const char* step) {
 
 // "undo/redo" as the menus say it.
 std::string Ways(const Document& document) {
-  const auto text = [](const std::string* deed) { return deed == nullptr ? "-" : *deed; };
+  const auto text = [](const std::string* action) { return action == nullptr ? "-" : *action; };
   return text(document.undo()) + "/" + text(document.redo());
 }
 
@@ -79,7 +79,7 @@ TEST(Document, ForgetsTheOldestImagesFirst) {
   for (int i = 0; i < 6; ++i) document.Put(Noisy(24), std::to_string(i));
   EXPECT_TRUE(document.Undo() && document.Undo());
   EXPECT_FALSE(document.Undo());
-  // However large: the last deed can be undone.
+  // However large: the last action can be undone.
   document.Put(Noisy(24, 100), "large");
   EXPECT_EQ(Ways(document), "large/-");
   EXPECT_TRUE(document.Undo());

@@ -15,10 +15,10 @@ struct OpenWindow {
   std::wstring title;
 };
 
-// What can be captured: visible windows with a title, the topmost first, but for one's own.
+// What can be captured: visible windows with a title, the topmost first, except `own`.
 std::vector<OpenWindow> OpenWindows(HWND own);
 
-// A window as the screen shows it. It comes to the front first; null when that is all it does.
+// Brings a window to the front and copies it from the screen. Null if nothing of it is there.
 omb::Image Capture(HWND window);
 
 }  // namespace ombview

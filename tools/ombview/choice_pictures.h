@@ -1,4 +1,4 @@
-// Choices by picture: what each would make of a piece of the image. It knows no windows.
+// Choices by picture: what each would make of a piece of the image. Portable.
 #pragma once
 
 #include <string>

@@ -21,7 +21,7 @@ class CurveEditor : public Window {
     std::function<void(int which, int level)> level;
   };
 
-  // Behind the curve stands how often each level occurs in all channels.
+  // The histogram of all channels is drawn behind the curve.
   CurveEditor(HWND parent, RECT where, const std::vector<omb::Histogram>& histograms,
               Events events);
 

@@ -15,7 +15,7 @@ void MeasureMenuItem(HWND window, MEASUREITEMSTRUCT& item);
 void DrawMenuItem(const DRAWITEMSTRUCT& item);
 LRESULT ChooseByLetter(HMENU menu, wchar_t letter);
 
-// What lies to the right of the last item, after the frame was painted.
+// Paints the menu bar to the right of the last item; for after the frame was painted.
 void PaintRestOfMenuBar(HWND window);
 
 }  // namespace ombview

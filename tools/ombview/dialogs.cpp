@@ -43,7 +43,7 @@ std::vector<std::filesystem::path> AskForFiles(HWND owner) {
   dialog.lpstrFilter = kImages;
   dialog.Flags |= OFN_FILEMUSTEXIST | OFN_ALLOWMULTISELECT;
   if (!GetOpenFileNameW(&dialog)) return {};
-  // One file, or a folder and the names in it, each behind a zero.
+  // One file, or a folder and the names in it, each after a zero.
   std::vector<std::filesystem::path> files;
   const std::filesystem::path first = name.c_str();
   const wchar_t* next = name.c_str() + first.native().size() + 1;

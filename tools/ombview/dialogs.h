@@ -15,7 +15,7 @@ inline constexpr const wchar_t* kTitle = L"Ombrilo";
 std::vector<std::filesystem::path> AskForFiles(HWND owner);
 // The name of a file to save; empty when it was cancelled.
 std::filesystem::path AskForName(HWND owner, const std::filesystem::path& proposal);
-// What shall become of an image that is in no file: IDYES to save it, IDNO to let it go, IDCANCEL.
+// What to do with unsaved changes: IDYES to save it, IDNO to let it go, IDCANCEL.
 int AskToSave(HWND owner, const std::filesystem::path& file);
 void ShowAbout(HWND owner);
 

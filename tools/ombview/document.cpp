@@ -23,12 +23,12 @@ void Document::Open(omb::Image image, omb::Metadata metadata, const std::filesys
   Push({std::move(image), std::move(shared), "Opening", file, true});
 }
 
-void Document::Put(omb::Image image, std::string deed) {
-  Push({std::move(image), std::make_shared<const omb::Metadata>(), std::move(deed), {}, false});
+void Document::Put(omb::Image image, std::string action) {
+  Push({std::move(image), std::make_shared<const omb::Metadata>(), std::move(action), {}, false});
 }
 
-void Document::Change(omb::Image image, std::string deed) {
-  Push({std::move(image), metadata(), std::move(deed), file(), false});
+void Document::Change(omb::Image image, std::string action) {
+  Push({std::move(image), metadata(), std::move(action), file(), false});
 }
 
 void Document::MarkSaved(const std::filesystem::path& file) {
@@ -50,13 +50,13 @@ bool Document::Redo() {
 }
 
 const std::string* Document::redo() const {
-  return current_ < states_.size() ? &states_[current_].deed : nullptr;
+  return current_ < states_.size() ? &states_[current_].action : nullptr;
 }
 
 void Document::Push(State state) {
   states_.erase(states_.begin() + static_cast<std::ptrdiff_t>(current_), states_.end());
   states_.push_back(std::move(state));
-  // The newest two stay in any case: the last deed can always be undone.
+  // The newest two stay in any case: the last action can always be undone.
   size_t bytes = 0;
   size_t kept = 0;
   for (; kept < states_.size(); ++kept) {

@@ -1,5 +1,4 @@
-// An image that is being worked on, with the way back through all that was done to it. It knows
-// nothing of windows.
+// An image that is being worked on, with the way back through all that was done to it. Portable.
 #pragma once
 
 #include <filesystem>
@@ -17,42 +16,42 @@ namespace ombview {
 using SharedImage = std::shared_ptr<const PackedDib>;
 using SharedMetadata = std::shared_ptr<const omb::Metadata>;
 
-// Opening a file, pasting and capturing are deeds like every operation: they can be undone.
+// Opening a file, pasting and capturing are actions like every operation: they can be undone.
 class Document {
  public:
-  // The oldest images are forgotten when all of them take more than so many bytes.
+  // The oldest images are forgotten when all together take more than `history_bytes`.
   explicit Document(size_t history_bytes = size_t{1} << 30) : history_bytes_(history_bytes) {}
 
-  // The image that a deed gave: of a file, of nothing that has a name, or of the image before,
-  // whose profile and EXIF data it keeps.
+  // Add an image: one from a file, one without a name, or what became of the current image, whose
+  // profile and EXIF data it keeps.
   void Open(omb::Image image, omb::Metadata metadata, const std::filesystem::path& file);
-  void Put(omb::Image image, std::string deed);
-  void Change(omb::Image image, std::string deed);
+  void Put(omb::Image image, std::string action);
+  void Change(omb::Image image, std::string action);
   // The image is in this file now.
   void MarkSaved(const std::filesystem::path& file);
 
   bool Undo();
   bool Redo();
 
-  // Null as long as there is none.
+  // Null while there is none.
   SharedImage image() const { return empty() ? nullptr : now().image; }
   // What is to be written with the image; null where there is no image.
   SharedMetadata metadata() const { return empty() ? nullptr : now().metadata; }
-  // The image before the last deed; null when there is none.
+  // The image before the last action; null when there is none.
   SharedImage before() const { return undo() == nullptr ? nullptr : states_[current_ - 2].image; }
   // The file that the image is in or comes from; empty for others.
   std::filesystem::path file() const { return empty() ? std::filesystem::path() : now().file; }
-  // Whether the image is in no file as it is.
+  // Whether the image differs from its file, or has none.
   bool changed() const { return !empty() && !now().saved; }
   // What Undo() and Redo() would take back and do again: "Crop". Null when there is nothing.
-  const std::string* undo() const { return current_ > 1 ? &now().deed : nullptr; }
+  const std::string* undo() const { return current_ > 1 ? &now().action : nullptr; }
   const std::string* redo() const;
 
  private:
   struct State {
     SharedImage image;
     SharedMetadata metadata;
-    std::string deed;  // what made it of the one before
+    std::string action;  // what made it of the one before
     std::filesystem::path file;
     bool saved;
   };

@@ -10,7 +10,7 @@ namespace ombview {
 
 namespace {
 
-// One more window of the program, for one more file.
+// Starts the program once more, for one more file.
 void StartAnother(const std::filesystem::path& file) {
   wchar_t program[MAX_PATH] = {};
   GetModuleFileNameW(nullptr, program, ARRAYSIZE(program));

@@ -16,7 +16,7 @@ class DocumentFiles {
  public:
   DocumentFiles(HWND owner, Document& document, Jobs& jobs);
 
-  // Goes on with `then` unless the image holds unsaved work that the person wants to keep.
+  // Asks about unsaved work, then runs `then` unless the person cancelled.
   void LetGo(Jobs::Finish then);
   void OpenByDialog();
   // The first one here, each other one in a window of its own.

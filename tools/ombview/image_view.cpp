@@ -155,7 +155,7 @@ void ImageView::Paint(Painting& painting) {
     return;
   }
   if (!rendering_.bitmap) return;
-  // Until the right one is made, the last one serves: moved and stretched.
+  // Until the new rendering is there, the last one is shown, moved and stretched.
   const Viewport& old = rendering_.viewport;
   const bool fixed = rendering_.fixed;
   const double ratio = fixed ? 1 : viewport_.zoom() / old.zoom();
@@ -172,7 +172,7 @@ void ImageView::Paint(Painting& painting) {
   PaintSelection(painting.dc());
 }
 
-// Black and white dashes, to be seen on every ground.
+// Black and white dashes are visible on any background.
 void ImageView::PaintSelection(HDC dc) {
   if (!selection_) return;
   const Rect frame = viewport_.OnScreen(*selection_);

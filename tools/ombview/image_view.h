@@ -28,7 +28,7 @@ class ImageView : public Window {
 
   ImageView(HWND parent, Events events);
 
-  // An image of another size is fitted into the window. An empty size: there is none.
+  // An image of another size is fitted into the window. An empty size means no image.
   void SetImageSize(Point size);
   void Show(Rendering rendering);
   // Instead of the image: why it cannot be shown.

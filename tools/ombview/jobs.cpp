@@ -24,9 +24,9 @@ std::wstring TimeOf(std::chrono::duration<double, std::milli> time) {
 Jobs::Jobs(StatusLine& status, Events events)
     : status_(status), events_(std::move(events)), worker_(events_.wake) {}
 
-void Jobs::Start(const std::string& deed, Work work, Finish then) {
+void Jobs::Start(const std::string& action, Work work, Finish then) {
   if (busy()) return;
-  deed_ = deed;
+  action_ = action;
   saving_ = false;
   begun_ = std::chrono::steady_clock::now();
   running_ = worker_.Start(0, [=, this, begun = begun_](Progress& progress) -> Worker::Followup {
@@ -37,7 +37,7 @@ void Jobs::Start(const std::string& deed, Work work, Finish then) {
           work(progress, [&](const std::string& remark) { remarks += " · " + remark; });
       progress.Report(1);
       const std::wstring remark =
-          Wide(deed) + L": " + TimeOf(std::chrono::steady_clock::now() - begun) + Wide(remarks);
+          Wide(action) + L": " + TimeOf(std::chrono::steady_clock::now() - begun) + Wide(remarks);
       return [=, this] {
         const bool go_on = !running_->cancelled();
         finish();
@@ -45,11 +45,11 @@ void Jobs::Start(const std::string& deed, Work work, Finish then) {
         if (then && go_on) then();
       };
     } catch (const Cancelled&) {
-      return [=, this] { End(Wide(deed) + L": stopped"); };
+      return [=, this] { End(Wide(action) + L": stopped"); };
     } catch (const std::bad_alloc&) {
       complaint = L"Memory ran out.";
     } catch (const std::exception& error) {
-      complaint = Wide(deed + ": " + error.what());
+      complaint = Wide(action + ": " + error.what());
     }
     return [=, this] { End(L"", complaint); };
   });
@@ -80,13 +80,13 @@ void Jobs::Abandon() {
   if (!busy()) return;
   running_->Cancel();
   worker_.Drop(0);
-  End(Wide(deed_) + L": stopped");
+  End(Wide(action_) + L": stopped");
 }
 
 void Jobs::ShowProgress() {
   if (!busy() || std::chrono::steady_clock::now() - begun_ < kPatience) return;
   const double share = running_->share();
-  std::wstring text = Wide(deed_) + L"…";
+  std::wstring text = Wide(action_) + L"…";
   if (share > 0) text += L" " + std::to_wstring(static_cast<int>(100 * share)) + L" %";
   text += running_->cancelled() ? L"  is being stopped" : L"  Esc stops it";
   status_.Set(StatusLine::kRemark, text);

@@ -25,19 +25,19 @@ class Jobs {
   // Progress and remarks are shown in the status line.
   Jobs(StatusLine& status, Events events);
 
-  // Begins work, unless there is some. What it returns is run on the window's thread when it is
-  // done; then, unless it was cancelled meanwhile, `then`. What it throws is told to the person.
-  void Start(const std::string& deed, Work work, Finish then = {});
+  // Starts work unless some is running. The function that it returns runs on the window's thread,
+  // then `then` unless the work was cancelled. What it throws is shown to the person.
+  void Start(const std::string& action, Work work, Finish then = {});
   // Work that writes a file, which is not to be abandoned.
   void StartSaving(Work work, Finish then);
   bool busy() const { return running_ != nullptr; }
   bool saving() const { return busy() && saving_; }
-  // What reads or writes a file stops soon; other work runs to its end, for nothing.
+  // Reading, writing and printing stop soon; other work runs on, and its result is dropped.
   void Cancel();
-  // Nobody waits for its end any more.
+  // Stops waiting for the work.
   void Abandon();
 
-  // To be called now and then while it is busy, and when it has waked its owner.
+  // To be called periodically while it is busy, and after `wake`.
   void ShowProgress();
   void RunFollowups() { worker_.RunFollowups(); }
   bool HasFollowups() const { return worker_.busy(); }
@@ -49,7 +49,7 @@ class Jobs {
   Events events_;
   std::shared_ptr<Progress> running_;
   bool saving_ = false;
-  std::string deed_;
+  std::string action_;
   std::chrono::steady_clock::time_point begun_;
   Worker worker_;  // the last member: its work ends before what it uses
 };

@@ -95,7 +95,7 @@ void MainWindow::Tell(const std::wstring& message) const {
 void MainWindow::Open(const std::filesystem::path& file) { files_->Open({file}); }
 
 void MainWindow::Close() {
-  // A file that is being written gets its end; other work is given up with the program.
+  // A file that is being written is finished first; other work ends with the program.
   closing_ = jobs_->saving();
   if (closing_) return;
   jobs_->Abandon();
@@ -274,7 +274,7 @@ void MainWindow::Arrange() {
   MoveWindow(status_->handle(), 0, bottom, area.right, StatusLine::Height(), TRUE);
 }
 
-// Seen only before the parts of the window are there.
+// Visible only until the parts of the window are there.
 void MainWindow::Paint(Painting& painting) { painting.Fill(ClientRect(), CurrentTheme().ground); }
 
 MenuState MainWindow::State() const {

@@ -106,7 +106,7 @@ void SetText(HMENU menu, WORD command, const std::wstring& text) {
   ModifyMenuW(menu, command, MF_STRING, command, text.c_str());
 }
 
-// The recent files stand before the end of the file menu.
+// The recent files come at the end of the file menu, before its last item.
 void UpdateRecentFiles(HMENU menu, const RecentFiles& recent) {
   for (WORD i = 0; i < RecentFiles::kMost; ++i) DeleteMenu(menu, kFirstRecent + i, MF_BYCOMMAND);
   WORD command = kFirstRecent;
@@ -206,10 +206,11 @@ bool IsOn(WORD command, const MenuState& state) {
 
 void UpdateMenu(HMENU menu, const MenuState& state) {
   if (Contains(menu, kExit)) UpdateRecentFiles(menu, state.recent);
-  for (const auto& [command, deed] :
+  for (const auto& [command, action] :
        {std::pair(kUndo, state.document.undo()), {kRedo, state.document.redo()}}) {
     if (!Contains(menu, command)) continue;
-    SetText(menu, command, TextOf(*ItemOf(command), deed == nullptr ? L"" : L" " + Wide(*deed)));
+    SetText(menu, command,
+            TextOf(*ItemOf(command), action == nullptr ? L"" : L" " + Wide(*action)));
   }
   for (int i = GetMenuItemCount(menu) - 1; i >= 0; --i) {
     const UINT command = GetMenuItemID(menu, i);

@@ -347,7 +347,7 @@ class ParameterDialog {
       call = omb::ParseCall(text);
     } catch (const omb::UsageError& error) {
       const std::string message = error.what();
-      const size_t colon = message.find(": ");  // behind the step's name
+      const size_t colon = message.find(": ");  // after the step's name
       complaint = Wide(CapitalizedFirst(message.substr(colon == message.npos ? 0 : colon + 2)));
     }
     SetDlgItemTextW(dialog_, kComplaint, complaint.c_str());

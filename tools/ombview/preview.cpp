@@ -79,7 +79,7 @@ Seen SeeAfter(const PackedDib* image, const omb::Call& call, const Viewport& vie
           std::min(seen.bottom + kMargin, whole.bottom)};
   omb::Image piece;
   if (PixelsOf(seen) > kQuick) {
-    // Shown reduced: it runs on the picture.
+    // Shown reduced: the step runs on the reduced picture.
     Seen picture = See(image, viewport);
     if (!call.step->TakesDepth(omb_DIBBitCount(picture.image.get()))) return picture;
     omb::RunCall(call, picture.image);

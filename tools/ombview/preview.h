@@ -14,12 +14,12 @@ struct Seen {
 };
 
 Seen See(const PackedDib* image, const Viewport& viewport);
-// The image before a deed, where the view shows the one behind it.
+// The image before an action, where the view shows the one after it.
 Seen SeeBefore(const PackedDib* image, const Viewport& viewport);
 
-// Up to some millions of pixels the step runs as it will run; of larger images on what is seen of
-// them, reduced where they are shown reduced. Steps that move pixels around run on all of the image
-// in any case. Throws StepError and std::bad_alloc.
+// On an image of up to some millions of pixels the step runs as it will run. On a larger one it
+// runs on the visible part, reduced where that is shown reduced; steps that move pixels around run
+// on the whole image. Throws StepError and std::bad_alloc.
 Seen SeeAfter(const PackedDib* image, const omb::Call& call, const Viewport& viewport);
 
 // The arguments that a dialog begins with: those that change nothing where they exist, else what is

@@ -1,4 +1,4 @@
-// Where an image is on a printed page. It knows no printer.
+// Where an image is on a printed page. Portable.
 #pragma once
 
 #include "viewport.h"

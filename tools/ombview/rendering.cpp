@@ -18,7 +18,7 @@ namespace {
 
 constexpr int64_t kStripPixels = 1'000'000;  // of the image that is reduced
 
-// An image with the header and the colors of another one, and so many rows, which are to be filled.
+// An image with the header and the colors of another one and `rows` rows, which the caller fills.
 // Null when memory ran out.
 omb::Image LikeIt(const ombrilo::DibView& image, int32_t rows) {
   const size_t head = image.prefix_size();
@@ -60,7 +60,7 @@ omb::Image Enlarge(const PackedDib* image, const Viewport& viewport) {
     uint8_t* row =
         omb_FindDIBBits(result.get()) + stride * static_cast<size_t>(seen.bottom - 1 - y);
     if (from == expanded) {
-      std::memcpy(row, row + stride, stride);  // the row above, which is stored behind it
+      std::memcpy(row, row + stride, stride);  // the row above, which is stored after it
       continue;
     }
     picture.ColorRow(from, colors.data());

@@ -9,8 +9,8 @@
 
 namespace ombview {
 
-// The part of the image that can be seen, in the size in which it is seen: reduced by averaging, or
-// enlarged pixel by pixel. 8 bits with a gray ramp or 24 bits. Throws std::bad_alloc.
+// The visible part of the image at the size at which it is shown: reduced by averaging, or enlarged
+// pixel by pixel. 8 bits with a gray ramp or 24 bits. Throws std::bad_alloc.
 omb::Image Render(const PackedDib* image, const Viewport& viewport);
 
 // Receives a strip of a reduced image, as wide as that is, and the row in it where it begins.

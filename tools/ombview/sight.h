@@ -1,5 +1,5 @@
 // What is to be seen of images: rendered, previewed and measured off the thread of the windows, and
-// shown when it is there. The newest wish replaces those that have not begun.
+// shown when it is there. The newest request replaces those that have not begun.
 #pragma once
 
 #include <functional>
@@ -24,7 +24,7 @@ class Sight {
   void Show(const SharedImage& image, const std::optional<omb::Call>& step = {});
   // The image as it was before, in its place.
   void ShowBefore(const SharedImage& before);
-  // How often its values occur, counted once for each image; null: of nothing.
+  // Its histograms, computed once for each image; null shows none.
   void Measure(const SharedImage& image);
 
   void RunFollowups() { worker_.RunFollowups(); }

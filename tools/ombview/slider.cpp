@@ -9,7 +9,8 @@ namespace ombview {
 namespace {
 
 constexpr int kFinePlaces = 1000;
-constexpr double kLargeRatio = 20;  // of the ends, from which on places are factors, not steps
+// Of maximum to minimum; from there on positions are logarithmic.
+constexpr double kLargeRatio = 20;
 
 }  // namespace
 

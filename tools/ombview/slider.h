@@ -1,4 +1,4 @@
-// The places of a slider for the values of a parameter. It knows no windows.
+// Maps a parameter's values to the positions of a slider. Portable.
 #pragma once
 
 #include <optional>

@@ -16,7 +16,7 @@ class StatusLine : public Window {
   static int Height();
 
   void Set(Field field, const std::wstring& text);
-  // How far the work is that the remark names; below 0: no work.
+  // The progress of the work that the remark names; below 0 shows none.
   void SetProgress(double share);
 
  private:

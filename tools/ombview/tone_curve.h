@@ -1,4 +1,4 @@
-// Tone curves as a person draws them: points on a square of 256 x 256 levels. It knows no windows.
+// Tone curves as a person draws them: points on a square of 256 x 256 levels. Portable.
 #pragma once
 
 #include <array>
@@ -12,7 +12,7 @@
 namespace ombview {
 
 struct CurvePoint {
-  int x, y;  // a level before and behind
+  int x, y;  // a level and what becomes of it
   bool operator==(const CurvePoint&) const = default;
 };
 
@@ -24,13 +24,13 @@ class CurvePoints {
   std::string Text() const;
 
   const std::vector<CurvePoint>& points() const { return points_; }
-  // The point within `reach` levels of a place; none beside all of them.
+  // The point within `reach` levels of a place; none if there is none so near.
   std::optional<size_t> Near(CurvePoint place, int reach) const;
-  // A new point, or the one that stands at this level already, moved there.
+  // Adds a point, or moves the one that is at this level already. Returns its index.
   size_t Put(CurvePoint place);
-  // Between its neighbours.
+  // It stays between its neighbours.
   void Move(size_t point, CurvePoint place);
-  // Two points stay.
+  // Does nothing when only two points are left.
   void Remove(size_t point);
 
  private:

@@ -1,4 +1,4 @@
-// What part of an image a view shows, and how large. It knows no windows and no image.
+// What part of an image a view shows, and how large. Portable; it holds no image.
 #pragma once
 
 #include <optional>
@@ -10,7 +10,7 @@ struct Point {
   bool operator==(const Point&) const = default;
 };
 
-// From left and top up to, and without, right and bottom.
+// Right and bottom are exclusive.
 struct Rect {
   int left, top, right, bottom;
   int width() const { return right - left; }
@@ -21,13 +21,13 @@ struct Rect {
 
 class Viewport {
  public:
-  // An image of this size is shown, from now on whole if its size is another one.
+  // The size of the image. One of another size than before is shown whole.
   void SetImage(int width, int height);
   void SetArea(int width, int height);
 
-  // Whole, not enlarged, and so whatever becomes of the area.
+  // Shows the whole image, not enlarged, also when the area changes.
   void Fit();
-  // The place of the image that lies at a point of the area stays there.
+  // What is at a point of the area stays there.
   void ZoomTo(double zoom, Point at);
   // To the next usual zoom, inwards or outwards.
   void Step(bool in, Point at);
@@ -46,7 +46,7 @@ class Viewport {
 
   // The pixel at a point of the area; none beside the image.
   std::optional<Point> PixelAt(Point at) const;
-  // The nearest place between pixels, for the corner of a rectangle.
+  // The nearest corner of a pixel, for rectangles.
   Point CornerAt(Point at) const;
   // Where a rectangle of pixels lies in the area.
   Rect OnScreen(const Rect& pixels) const;

@@ -1,4 +1,4 @@
-// Windows as objects: their messages are member functions' matter, their handles are released.
+// Windows as objects: messages go to member functions, and handles are released.
 #pragma once
 
 #include <windows.h>
@@ -23,7 +23,7 @@ class Window {
 
  protected:
   ~Window() = default;
-  // Registers the class and makes the window, whose size is the caller's matter.
+  // Registers the class and makes the window. The caller sets its size.
   void Create(const wchar_t* class_name, DWORD style, DWORD extended_style, HWND parent);
   // Draws the client area from scratch.
   virtual void Paint(Painting& painting) = 0;

@@ -1,4 +1,4 @@
-// A thread that computes so that the thread of the windows does not have to. It knows no windows.
+// A thread that computes so that the thread of the windows does not have to. Portable.
 #pragma once
 
 #include <atomic>
@@ -13,7 +13,7 @@
 
 namespace ombview {
 
-// What a piece of work is told, and tells, while it runs.
+// How a piece of work tells its progress and learns that it was cancelled.
 class Progress {
  public:
   // From 0 to 1. Throws Cancelled once the work is not wanted any more.
