@@ -4,6 +4,7 @@
 #include <cstring>
 #include <limits>
 #include <optional>
+#include <utility>
 
 #include "core/bytes.h"
 
@@ -174,13 +175,13 @@ NewBlock NewBlock::Indexed(const DibView& source, uint16_t bit_count) {
 }
 
 bool NewBlock::Resize(uint64_t size) {
-  if (size == 0 || size > std::numeric_limits<int32_t>::max()) return false;
-  void* moved = std::realloc(bytes_.get(), static_cast<size_t>(size));
-  if (moved == nullptr) return false;
-  (void)bytes_.release();
-  bytes_.reset(static_cast<uint8_t*>(moved));
-  if (size > size_) std::memset(bytes_.get() + size_, 0, static_cast<size_t>(size) - size_);
-  size_ = static_cast<size_t>(size);
+  if (size == 0) return false;
+  // Zeroed memory that is never touched costs nothing; what a core header announces by accident can
+  // be gigabytes.
+  NewBlock resized = Zeroed(size);
+  if (!resized) return false;
+  std::memcpy(resized.bytes(), bytes(), std::min(size_, resized.size_));
+  *this = std::move(resized);
   return true;
 }
 
