@@ -1,6 +1,7 @@
 // The benchmark program: ombrilo_bench [--seconds=S] [--rows=NAME] [--save=FILE] [--report
 // [--beside=FILE]] [WORD...] measures the rows whose names contain one of the words, with --rows by
 // these row functions, and with --report writes docs/performance.md, beside what another run saved.
+// With --sizes it measures images of five sizes instead.
 #include <time.h>
 
 #include <algorithm>
@@ -29,20 +30,13 @@ std::vector<Row>& Rows() {
   return rows;
 }
 
-// Nanoseconds of processor time.
-double Now() {
-  timespec now;
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-  return static_cast<double>(now.tv_sec) * 1e9 + static_cast<double>(now.tv_nsec);
-}
-
 double Time(int calls, const std::function<void()>& prepare, const std::function<void()>& call) {
   double sum = 0;
   for (int i = 0; i < calls; ++i) {
     if (prepare) prepare();
-    const double start = Now();
+    const double start = ProcessorTime();
     call();
-    sum += Now() - start;
+    sum += ProcessorTime() - start;
   }
   return sum / calls;
 }
@@ -63,7 +57,7 @@ void CopyThatMoves(double bytes) {
 
 // All sides take turns; ratios are those of one turn.
 void Measure(Row& row, double seconds) {
-  const double give_up = Now() + 10 * seconds * 1e9;
+  const double give_up = ProcessorTime() + 10 * seconds * 1e9;
   if (row.check) row.check();
   if (row.start) row.start(row);
   double once = Time(1, row.prepare, row.ours);
@@ -73,8 +67,8 @@ void Measure(Row& row, double seconds) {
   }
   const int calls = static_cast<int>(2e6 / once) + 1;
   std::vector<double> ours, ratios, shares;
-  const double end = Now() + seconds * 1e9;
-  while (ours.empty() || Now() < end || (ours.size() < 7 && Now() < give_up)) {
+  const double end = ProcessorTime() + seconds * 1e9;
+  while (ours.empty() || ProcessorTime() < end || (ours.size() < 7 && ProcessorTime() < give_up)) {
     ours.push_back(Time(calls, row.prepare, row.ours));
     if (row.peer.call) ratios.push_back(Time(calls, nullptr, row.peer.call) / ours.back());
     if (row.bytes > 0) {
@@ -89,6 +83,18 @@ void Measure(Row& row, double seconds) {
 }  // namespace
 
 void Add(Row row) { Rows().push_back(std::move(row)); }
+
+double ProcessorTime() {
+  timespec now;
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) * 1e9 + static_cast<double>(now.tv_nsec);
+}
+
+bool Chosen(const std::string& name, const std::vector<std::string>& words) {
+  return words.empty() || std::any_of(words.begin(), words.end(), [&](const std::string& word) {
+           return name.find(word) != std::string::npos;
+         });
+}
 
 }  // namespace ombrilo::bench
 
@@ -106,7 +112,7 @@ int main(int argc, char** argv) {
   cv::setNumThreads(1);
   cv::ocl::setUseOpenCL(false);
 #endif
-  bool report = false;
+  bool report = false, sizes = false;
   std::string save, beside;
   double seconds = 0.3;
   std::vector<std::string> words;
@@ -114,6 +120,8 @@ int main(int argc, char** argv) {
     const std::string argument = argv[i];
     if (argument == "--report") {
       report = true;
+    } else if (argument == "--sizes") {
+      sizes = true;
     } else if (argument.starts_with("--save=")) {
       save = argument.substr(7);
     } else if (argument.starts_with("--beside=")) {
@@ -129,6 +137,7 @@ int main(int argc, char** argv) {
       words.push_back(argument);
     }
   }
+  if (sizes) return MeasureSizes(words, seconds) ? 0 : 1;
   AddImageRows();
   AddToneRows();
   AddGeometryRows();
@@ -140,10 +149,7 @@ int main(int argc, char** argv) {
               "memcpy");
   std::vector<Row> measured;
   for (Row& row : Rows()) {
-    const auto named = [&](const std::string& word) {
-      return row.name.find(word) != std::string::npos;
-    };
-    if (!words.empty() && std::none_of(words.begin(), words.end(), named)) continue;
+    if (!Chosen(row.name, words)) continue;
     Measure(row, seconds);
     std::printf("%-36s %9.4f  ", row.name.c_str(), row.time);
     if (row.ratio > 0) {

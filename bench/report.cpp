@@ -11,9 +11,6 @@
 
 namespace ombrilo::bench {
 
-namespace {
-
-std::string Format(const char* format, ...) __attribute__((format(printf, 1, 2)));
 std::string Format(const char* format, ...) {
   char text[512];
   va_list arguments;
@@ -40,6 +37,22 @@ std::string Machine() {
 #endif
   return text;
 }
+
+bool ReplaceMeasured(const std::string& mark, const std::string& text) {
+  const std::string path = "docs/performance.md";
+  const std::string first = "<!-- " + mark + " -->\n", last = "<!-- /" + mark + " -->";
+  std::ifstream old(path);
+  std::string page((std::istreambuf_iterator<char>(old)), {});
+  const size_t from = page.find(first), to = page.find(last);
+  if (from == std::string::npos || to == std::string::npos) {
+    std::fprintf(stderr, "%s: run from the source folder\n", path.c_str());
+    return false;
+  }
+  page.replace(from + first.size(), to - from - first.size(), text);
+  return static_cast<bool>(std::ofstream(path) << page);
+}
+
+namespace {
 
 // How many rows are ahead with these row functions, and by how much.
 std::string Summary(const std::vector<Row>& rows, const std::string& set, double Row::*ratio) {
@@ -124,15 +137,6 @@ bool SaveRun(const std::vector<Row>& rows, const std::string& path) {
 }
 
 bool WriteReport(std::vector<Row> rows, const std::string& beside) {
-  const std::string path = "docs/performance.md";
-  const std::string first = "<!-- measured -->\n", last = "<!-- /measured -->";
-  std::ifstream old(path);
-  std::string text((std::istreambuf_iterator<char>(old)), {});
-  const size_t from = text.find(first), to = text.find(last);
-  if (from == std::string::npos || to == std::string::npos) {
-    std::fprintf(stderr, "%s: run from the source folder\n", path.c_str());
-    return false;
-  }
   std::string set, name;
   if (!beside.empty()) {
     std::ifstream run(beside);
@@ -144,10 +148,8 @@ bool WriteReport(std::vector<Row> rows, const std::string& beside) {
       }
     }
   }
-  text.replace(from + first.size(), to - from - first.size(), Table(rows, set));
-  std::ofstream(path) << text;
-  std::ofstream("docs/performance.svg") << Chart(rows);
-  return true;
+  return ReplaceMeasured("measured", Table(rows, set)) &&
+         static_cast<bool>(std::ofstream("docs/performance.svg") << Chart(rows));
 }
 
 }  // namespace ombrilo::bench

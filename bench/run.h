@@ -35,4 +35,17 @@ bool SaveRun(const std::vector<Row>& rows, const std::string& path);
 // `beside` is a run with narrower row functions that was saved; empty for none.
 bool WriteReport(std::vector<Row> rows, const std::string& beside);
 
+// Measures operations at sizes from icons to posters, puts them into docs/performance.md and draws
+// docs/sizes.svg. Words choose operations, which are printed only.
+bool MeasureSizes(const std::vector<std::string>& words, double seconds);
+
+// What both reports are made with.
+double ProcessorTime();  // nanoseconds
+// Whether one of the words is in the name; no words choose all.
+bool Chosen(const std::string& name, const std::vector<std::string>& words);
+std::string Format(const char* format, ...) __attribute__((format(printf, 1, 2)));
+std::string Machine();
+// Puts text into docs/performance.md, between <!-- mark --> and <!-- /mark -->.
+bool ReplaceMeasured(const std::string& mark, const std::string& text);
+
 }  // namespace ombrilo::bench

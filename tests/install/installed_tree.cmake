@@ -59,6 +59,11 @@ expect_example("3 x 2" ${BUILD}/example/negative)
 expect_example("3 x 2" ${BUILD}/example/negative_static)
 expect_example("6 x 4" ${BUILD}/example/scaled)
 expect_example("200 x 150" ${BUILD}/example/thumbnail)
+if(EXISTS ${BUILD}/example/threads)
+  foreach(program threads bands)
+    run(${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${prefix}/${LIBDIR} ${BUILD}/example/${program} 3)
+  endforeach()
+endif()
 
 run(${CMAKE_COMMAND} -E env PKG_CONFIG_PATH=${prefix}/${LIBDIR}/pkgconfig
   pkg-config --cflags --libs ombrilo)
