@@ -18,7 +18,7 @@ Neighbourhood::Neighbourhood(const PixelRows& rows, const Dib* dib, const Reach&
   if (rows_.height == 0) rows_.width = 0;  // no memory for the rows of an image without any
   if (dib != nullptr && dib->indexed()) {
     dib_ = *dib;
-    colors_.emplace();
+    colors_.emplace(!(TableHoldsPalette(*dib) && MakeDIBPalette(*dib)->AllGray()));
     if (!*colors_) return;
   }
   const size_t left = Aligned(size_t(max_reach_.left) * max_step_);
@@ -44,6 +44,12 @@ Neighbourhood::Neighbourhood(const PixelRows& rows, const Dib* dib, const Reach&
   layout_.pitch = static_cast<ptrdiff_t>(pitch);
   layout_.derived_bytes = slot_size_ - pitch - (slot_size_ == pitch ? 0 : left);
   ready_ = true;
+}
+
+bool Neighbourhood::SplitChannels() {
+  split_ = true;
+  if (colors_) colors_.emplace();
+  return !colors_ || *colors_;
 }
 
 bool Neighbourhood::PixelsAreValues() {

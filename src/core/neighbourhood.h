@@ -111,8 +111,9 @@ class Neighbourhood {
 
   explicit operator bool() const { return ready_; }
 
-  // Indexed images: there are three channels even if all colors are gray.
-  void SplitChannels() { split_ = true; }
+  // Indexed images: there are three channels even if all colors are gray. False when there is no
+  // memory for them.
+  [[nodiscard]] bool SplitChannels();
   IndexedColors& colors() { return *colors_; }
 
   // Whether windows hold the image's own bytes and no pass can change what these mean.

@@ -30,9 +30,9 @@ bool Convolute(const Dib& dib, const NumberedKernel& kernel, uint32_t color) {
   if (!convolver) return false;
   Neighbourhood frame(dib, convolver.reach(), convolver.memory());
   if (!frame) return false;
-  if (finishing.color[0] != finishing.color[1] || finishing.color[1] != finishing.color[2]) {
-    frame.SplitChannels();
-  }
+  const bool gray =
+      finishing.color[0] == finishing.color[1] && finishing.color[1] == finishing.color[2];
+  if (!gray && !frame.SplitChannels()) return false;
   frame.Run(Pass{convolver.reach(), Border::Zero(half), &convolver});
   return true;
 }
