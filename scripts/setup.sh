@@ -15,7 +15,7 @@ packages_of() {
       fp-compiler mono-mcs mono-runtime libmono-system-core4.0-cil ;;
     arm64) echo g++-aarch64-linux-gnu qemu-user googletest ;;
     x86-32) echo g++-i686-linux-gnu googletest ;;
-    wasm) echo clang lld wasi-libc libclang-rt-14-dev-wasm32 libc++-14-dev-wasm32 \
+    wasm) echo clang llvm lld wasi-libc libclang-rt-14-dev-wasm32 libc++-14-dev-wasm32 \
       libc++abi-14-dev-wasm32 nodejs googletest ;;
     windows32) echo g++-mingw-w64-i686-posix googletest python3 ;;
     windows) echo g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth python3 ;;
