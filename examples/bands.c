@@ -12,7 +12,7 @@
 enum { kHeader = 40, kMost = 16 };
 
 typedef struct {
-  PackedDib* image; /* the header, with the band's rows behind it */
+  PackedDib* image; /* the header, with the band's rows after it */
   uint8_t covered[kHeader];
   pthread_t thread;
   int started;

@@ -42,7 +42,10 @@ void Jobs::Start(const std::string& action, Work work, Finish then) {
         const bool go_on = !running_->cancelled();
         finish();
         End(remark);
-        if (then && go_on) then();
+        if (!then || !go_on) return;
+        // What comes next would take the remarks off the status line before they can be read.
+        if (!remarks.empty()) events_.complaint(remark);
+        then();
       };
     } catch (const Cancelled&) {
       return [=, this] { End(Wide(action) + L": stopped"); };

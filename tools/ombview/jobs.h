@@ -17,9 +17,10 @@ class Jobs {
   using Finish = std::function<void()>;
   using Work = std::function<Finish(Progress&, const omb::Remark&)>;
   struct Events {
-    std::function<void()> wake;                              // on the worker's thread
-    std::function<void(const std::wstring& why)> complaint;  // work has failed
-    std::function<void()> changed;                           // work has begun, or is over
+    std::function<void()> wake;  // on the worker's thread
+    // Work has failed, or something was not kept before the window goes on.
+    std::function<void(const std::wstring& why)> complaint;
+    std::function<void()> changed;  // work has begun, or is over
   };
 
   // Progress and remarks are shown in the status line.
