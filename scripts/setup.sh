@@ -11,7 +11,7 @@ packages_of() {
     demo) echo lomiri-wallpapers-16.04 ghostscript ;;
     docs) echo doxygen python3 python3-markdown python3-pygments ;;
     test) echo libgtest-dev clang libclang-rt-14-dev clang-format doxygen git python3 \
-      python3-markdown python3-pygments dpkg-dev \
+      python3-markdown python3-pygments dpkg-dev file \
       fp-compiler mono-mcs mono-runtime libmono-system-core4.0-cil ;;
     arm64) echo g++-aarch64-linux-gnu qemu-user googletest ;;
     x86-32) echo g++-i686-linux-gnu googletest ;;
@@ -23,7 +23,7 @@ packages_of() {
       python3-numpy python3-pil python3-distributed mypy ;;
     # Node.js packages from elsewhere than Debian contain npm.
     web) echo nodejs "$(command -v npm >/dev/null || echo npm)" chromium fonts-dejavu-core python3 ;;
-    package) echo dpkg-dev lintian git ;;
+    package) echo dpkg-dev file lintian git ;;
     fuzz) echo clang libclang-rt-14-dev ;;
     bench) echo libopencv-dev libleptonica-dev libfreeimage-dev ;;
     quality) echo lomiri-wallpapers-16.04 ;;
