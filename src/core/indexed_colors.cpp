@@ -9,8 +9,6 @@
 
 namespace ombrilo {
 
-namespace {}  // namespace
-
 void IndexedColors::Snapshot(const DibView& dib, bool split) {
   const Palette palette = *MakeDIBPalette(dib);
   const bool gray = !split && palette.AllGray();
