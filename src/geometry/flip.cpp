@@ -1,5 +1,6 @@
 // omb_fliphor and omb_flipvert: mirror images, in place and without memory of their own.
 #include "core/packed_dib.h"
+#include "core/read_ahead.h"
 #include "geometry/mirror.h"
 #include "rows/row_functions.h"
 
@@ -19,6 +20,7 @@ uint32_t omb_flipvert(PackedDib* image) {
   const auto swap = ombrilo::simd::Active().swap_bytes;
   // Padding moves with its row.
   for (int32_t low = 0, high = dib->pixel_rows() - 1; low < high; ++low, --high) {
+    if (high - low > 2) ombrilo::ReadAhead(dib->row(high - 1), dib->stride());
     swap(dib->row(low), dib->row(high), dib->stride());
   }
   return 1;

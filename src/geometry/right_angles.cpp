@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "core/read_ahead.h"
 #include "core/replacement.h"
 #include "geometry/mirror.h"
 #include "rows/row_functions.h"
@@ -108,12 +109,16 @@ void Transpose(const Transposition& t, uint16_t bit_count, int32_t columns, int3
                     : bit_count == 4 ? Turn4
                     : bit_count == 8 ? Turn8
                                      : Turn24;
-  // Tiles of about 64 bytes each way.
-  const int32_t step = bit_count == 24 ? 32 : 512 / bit_count;
+  // Whole bytes, and so many pixels that memory is read and written in pieces of a few cache lines.
+  const int32_t columns_at_once = bit_count < 8 ? 512 : 128,
+                pixels_at_once = bit_count < 8 ? 512 : 192;
   for (int32_t c = 0, c_end; c < columns; c = c_end) {
-    c_end = c + std::min(step, columns - c);
+    c_end = c + std::min(columns_at_once, columns - c);
+    const size_t first = size_t{bit_count} * static_cast<size_t>(c) / 8;
+    const size_t bytes = size_t{bit_count} * static_cast<size_t>(c_end - c) / 8;
     for (int32_t i = 0, i_end; i < pixels; i = i_end) {
-      i_end = i + std::min(step, pixels - i);
+      i_end = i + std::min(pixels_at_once, pixels - i);
+      for (int32_t k = i; k < i_end; ++k) ReadAhead(t.Source(k) + first, bytes);
       turn(t, {c, c_end, i, i_end});
     }
   }

@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "core/pixels.h"
+#include "core/read_ahead.h"
 #include "core/replacement.h"
 #include "image/host_pixels.h"
 #include "rows/row_functions.h"
@@ -50,9 +51,11 @@ PackedDib* omb_frompixels(uint32_t format, int32_t width, int32_t height, const 
                          static_cast<uint8_t>(background >> 8), static_cast<uint8_t>(background)};
   const Dib dib = block.dib();
   const auto* top = static_cast<const uint8_t*>(pixels);
-  for (int32_t i = 0; i < height; ++i) {
-    // The host's rows in the order of their memory: reading backwards takes twice as long.
-    const int32_t y = stride < 0 ? height - 1 - i : i;
+  // The host's rows in the order of their memory: reading backwards takes twice as long.
+  const int32_t step = stride < 0 ? -1 : 1;
+  int32_t y = stride < 0 ? height - 1 : 0;
+  for (int32_t left = height; left > 0; --left, y += step) {
+    if (left > 1) ReadAhead(dib.row(height - 1 - y - step), dib.stride());
     ReadRow(format, top + ptrdiff_t{y} * stride, static_cast<size_t>(width), bgr,
             dib.row(height - 1 - y));
   }
