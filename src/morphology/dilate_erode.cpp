@@ -81,7 +81,6 @@ struct SquareBitsFilter {
     (op == DilateErode::kDilate ? simd::Active().square_bits_left
                                 : simd::Active().square_bits_right)(rows, outcome, count, to);
     const auto pixels = static_cast<uint8_t>(0xFF80 >> (width - 1) % 8);
-    if (pixels == 0xFF) return;
     to[count - 1] = static_cast<uint8_t>((to[count - 1] & pixels) | (before & ~pixels));
   }
 };
