@@ -175,6 +175,14 @@ struct SampledArea {
   int32_t channels, pitch;
 };
 
+// Column c of `from` becomes row c of `to`. A step is the distance from a row to the next.
+struct Transposition {
+  const uint8_t* from;
+  ptrdiff_t from_step;
+  uint8_t* to;
+  ptrdiff_t to_step;
+};
+
 // A source coordinate along a row of a turned image.
 struct TurnedAxis {
   float step, origin, center;
@@ -358,9 +366,9 @@ struct RowFunctions {
   // Reverses the order of pixels of 1, 4, 8 or 24 bits. `count` is the bytes of whole pixels. Not
   // in place.
   void (*mirror)(const uint8_t* from, size_t count, int bit_count, uint8_t* to);
-  // Three-byte pixels: column c of `from` becomes row c of `to`. A step is the distance of rows.
-  void (*transpose24)(const uint8_t* from, ptrdiff_t from_step, size_t columns, size_t rows,
-                      uint8_t* to, ptrdiff_t to_step);
+  // Columns become rows, of pixels of 1, 4, 8 or 24 bits. Bits of a new row's last byte after the
+  // last pixel become 0.
+  void (*transpose)(const struct Transposition& t, int bit_count, size_t columns, size_t rows);
 
   // Resampling works on runs of pixels. Up to kRunPadding values after those of a run may be read
   // and, except for bytes of pixels, written.

@@ -11,8 +11,8 @@
 namespace ombrilo::test {
 namespace {
 
-constexpr int kSizes[][2] = {{1, 1}, {1, 9},  {9, 1},   {2, 2},    {3, 2},     {7, 8},
-                             {8, 7}, {9, 17}, {64, 65}, {131, 70}, {1030, 19}, {3, 1025}};
+constexpr int kSizes[][2] = {{1, 1}, {1, 9},  {9, 1},   {2, 2},     {3, 2},     {7, 8},
+                             {8, 7}, {9, 17}, {64, 65}, {515, 198}, {1030, 19}, {3, 1025}};
 
 std::vector<uint32_t> TableOf(int bits) { return VariedColors(bits <= 8 ? 1 << bits : 0, 1); }
 
