@@ -1,13 +1,10 @@
 #include "core/color_table.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace ombrilo {
 
 namespace {
-
-constexpr uint32_t kAtOnce = 256;  // entries
 
 size_t EntryOffset(const DibView& dib, uint32_t index) {
   return size_t{dib.header().header_size} + size_t{index} * dib.header().table_step();
@@ -17,12 +14,9 @@ size_t EntryOffset(const DibView& dib, uint32_t index) {
 
 void ReadColors(const DibView& dib, uint32_t first, uint32_t count, uint8_t* bgr) {
   const size_t step = dib.header().table_step();
-  uint8_t entries[4 * kAtOnce];
-  for (uint32_t n; count != 0; first += n, count -= n, bgr += 3 * n) {
-    n = std::min(count, kAtOnce);
-    dib.Read(EntryOffset(dib, first), entries, step * n);
-    for (uint32_t i = 0; i < n; ++i) std::memcpy(bgr + 3 * i, entries + step * i, 3);
-  }
+  uint8_t entries[4 * 256];
+  dib.Read(EntryOffset(dib, first), entries, step * count);
+  for (uint32_t i = 0; i < count; ++i) std::memcpy(bgr + 3 * i, entries + step * i, 3);
 }
 
 void ReadColorsAtByte40(const DibView& dib, uint32_t count, uint8_t* bgr) {
@@ -33,13 +27,10 @@ void ReadColorsAtByte40(const DibView& dib, uint32_t count, uint8_t* bgr) {
 
 void WriteColors(const Dib& dib, uint32_t first, uint32_t count, const uint8_t* bgr) {
   const size_t step = dib.header().table_step();
-  uint8_t entries[4 * kAtOnce];
-  for (uint32_t n; count != 0; first += n, count -= n, bgr += 3 * n) {
-    n = std::min(count, kAtOnce);
-    dib.Read(EntryOffset(dib, first), entries, step * n);
-    for (uint32_t i = 0; i < n; ++i) std::memcpy(entries + step * i, bgr + 3 * i, 3);
-    dib.Write(EntryOffset(dib, first), entries, step * n);
-  }
+  uint8_t entries[4 * 256];
+  dib.Read(EntryOffset(dib, first), entries, step * count);
+  for (uint32_t i = 0; i < count; ++i) std::memcpy(entries + step * i, bgr + 3 * i, 3);
+  dib.Write(EntryOffset(dib, first), entries, step * count);
 }
 
 void WriteTable(const Dib& dib, uint32_t count, const uint8_t* table) {

@@ -11,11 +11,11 @@
 
 namespace ombrilo {
 
-// Reads entries [first, first + count) as packed B,G,R: 3 * count bytes.
+// Reads entries [first, first + count), 256 at most, as packed B,G,R: 3 * count bytes.
 void ReadColors(const DibView& dib, uint32_t first, uint32_t count, uint8_t* bgr);
 
-// Writes entries [first, first + count) from packed B,G,R. The reserved byte of a four-byte entry
-// keeps its value.
+// Writes entries [first, first + count), 256 at most, from packed B,G,R. The reserved byte of a
+// four-byte entry keeps its value.
 void WriteColors(const Dib& dib, uint32_t first, uint32_t count, const uint8_t* bgr);
 
 // Writes the first `count` entries from a caller's table, whose colors are four bytes apart

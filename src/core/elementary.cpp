@@ -125,6 +125,19 @@ constexpr auto kLogarithms = [] {
   return logarithms;
 }();
 
+// The nearest number of steps in the logarithm of a power: the power is 2^size e^rest.
+struct Steps {
+  double size;   // in powers of 2: index / kSteps + twos
+  size_t index;  // in kPowersOfTwo
+  int twos;
+};
+
+Steps StepsIn(double log) {
+  const int steps = static_cast<int>(log / kLn2.high * kSteps + (log < 0 ? -0.5 : 0.5));
+  const int twos = (steps >= 0 ? steps : steps - (kSteps - 1)) / kSteps;
+  return {double(steps) / kSteps, static_cast<size_t>(steps - twos * kSteps), twos};
+}
+
 // The nearest number of quarter turns in an angle, and the rest.
 struct Reduced {
   int quarters;
@@ -154,14 +167,20 @@ double Power(uint8_t base, double exponent) {
   // Beyond these, even the power of the smallest base, 2, overflows or underflows.
   if (exponent > 1100) return kInfinity;
   if (exponent < -1100) return 0;
-  // base^exponent = 2^(steps / kSteps) e^rest
   const Pair log = kLogarithms[base] * exponent;
-  const int steps = static_cast<int>(log.high / kLn2.high * kSteps + (log.high < 0 ? -0.5 : 0.5));
-  const Pair rest = log + -(kLn2 * (double(steps) / kSteps));
-  const int twos = (steps >= 0 ? steps : steps - (kSteps - 1)) / kSteps;
-  const Pair power =
-      kPowersOfTwo[static_cast<size_t>(steps - twos * kSteps)] * Series(rest, 0, 1, 7, 12);
-  return std::ldexp(power.high + power.low, twos);
+  const Steps steps = StepsIn(log.high);
+  const Pair rest = log + -(kLn2 * steps.size);
+  const Pair power = kPowersOfTwo[steps.index] * Series(rest, 0, 1, 7, 12);
+  return std::ldexp(power.high + power.low, steps.twos);
+}
+
+double NearPower(uint8_t base, double exponent) {
+  const double log = kLogarithms[base].high * exponent;
+  const Steps steps = StepsIn(log);
+  const double rest = log - kLn2.high * steps.size;
+  double series = 1;
+  for (int i = 6; i >= 1; --i) series = 1 + series * rest / i;
+  return std::ldexp(kPowersOfTwo[steps.index].high * series, steps.twos);
 }
 
 double Sine(double angle) { return SineOf(Reduce(angle)); }

@@ -14,6 +14,9 @@ namespace ombrilo {
 
 // base to the power of any exponent, which may be infinite or not a number, as C's pow() has it.
 double Power(uint8_t base, double exponent);
+// The same to 2^-40 of its size, in a tenth of the time; not of base 0, and for exponents below 100
+// in size.
+double NearPower(uint8_t base, double exponent);
 
 // For angles in radians, up to 8 in size.
 double Sine(double angle);

@@ -1,5 +1,4 @@
-// Asks for memory before it is needed, where the processor cannot foresee it: one row does not
-// continue the one before it.
+// Prefetches memory that the processor cannot foresee: one row does not continue the one before it.
 #pragma once
 
 #include <cstddef>
@@ -7,8 +6,8 @@
 
 namespace ombrilo {
 
-// Into the second-level cache. There is room for few requests of the nearest one: it made no
-// difference where this takes half of the time off.
+// Into the second-level cache, which halves the time of quarter turns. Into the first level, where
+// few requests can wait at a time, it gained nothing.
 inline void ReadAhead(const uint8_t* bytes, size_t count) {
   constexpr size_t kLine = 64;
   for (size_t i = 0; i < count; i += kLine) __builtin_prefetch(bytes + i, 0, 2);

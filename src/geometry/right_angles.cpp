@@ -14,8 +14,8 @@ namespace ombrilo {
 
 namespace {
 
-// Tile by tile: whole bytes, and so many pixels that memory is read and written in pieces of a few
-// cache lines.
+// Tiles are whole vectors of pixels on both sides, so that they start at whole bytes and the row
+// functions need no smaller squares inside; their rows take up to nine cache lines.
 void Transpose(const simd::Transposition& t, uint16_t bit_count, int32_t columns, int32_t pixels) {
   const int32_t columns_at_once = std::min(512, 384 * 8 / bit_count);
   const int32_t pixels_at_once = bit_count == 24 ? 192 : 384;

@@ -52,12 +52,11 @@ PackedDib* omb_frompixels(uint32_t format, int32_t width, int32_t height, const 
   const Dib dib = block.dib();
   const auto* top = static_cast<const uint8_t*>(pixels);
   // The host's rows in the order of their memory: reading backwards takes twice as long.
-  const int32_t step = stride < 0 ? -1 : 1;
-  int32_t y = stride < 0 ? height - 1 : 0;
-  for (int32_t left = height; left > 0; --left, y += step) {
-    if (left > 1) ReadAhead(dib.row(height - 1 - y - step), dib.stride());
-    ReadRow(format, top + ptrdiff_t{y} * stride, static_cast<size_t>(width), bgr,
-            dib.row(height - 1 - y));
+  const auto row = [=](int32_t i) { return dib.row(stride < 0 ? i : height - 1 - i); };
+  for (int32_t i = 0; i < height; ++i) {
+    const int32_t y = stride < 0 ? height - 1 - i : i;
+    if (i + 1 < height) ReadAhead(row(i + 1), dib.stride());  // to be written next
+    ReadRow(format, top + ptrdiff_t{y} * stride, static_cast<size_t>(width), bgr, row(i));
   }
   return block.Release();
 }

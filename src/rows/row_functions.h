@@ -175,7 +175,8 @@ struct SampledArea {
   int32_t channels, pitch;
 };
 
-// Column c of `from` becomes row c of `to`. A step is the distance from a row to the next.
+// Column c of `from` becomes row c of `to`. A step leads from a row to the next, in bytes; it may
+// be negative.
 struct Transposition {
   const uint8_t* from;
   ptrdiff_t from_step;

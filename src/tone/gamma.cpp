@@ -16,13 +16,12 @@ uint8_t Rounded(double value) {
   return rounded >= 0 ? static_cast<uint8_t>(rounded) : uint8_t{0};
 }
 
-// 255 (value / 255)^gamma, rounded; `scale` is Power(255, gamma) / 255. The C library's power
-// decides nearly always: no library's is off by as much as 1e-9 of it. Close to a half the exact
-// one does, so that all libraries give the same level.
+// 255 (value / 255)^gamma, rounded; `scale` is Power(255, gamma) / 255. A near power decides,
+// except close to a half.
 uint8_t Level(uint8_t value, double gamma, double scale) {
   constexpr double kOff = 1e-6;
-  if (std::fabs(gamma) < 100) {  // neither power is infinite then, but of 0
-    const double near = std::pow(value, gamma) / scale;
+  if (value != 0 && std::fabs(gamma) < 100) {
+    const double near = NearPower(value, gamma) / scale;
     if (Rounded(near - kOff) == Rounded(near + kOff)) return Rounded(near);
   }
   return Rounded(Power(value, gamma) / scale);
