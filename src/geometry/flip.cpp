@@ -20,6 +20,7 @@ uint32_t omb_flipvert(PackedDib* image) {
   const auto swap = ombrilo::simd::Active().swap_bytes;
   // Padding moves with its row.
   for (int32_t low = 0, high = dib->pixel_rows() - 1; low < high; ++low, --high) {
+    // Processors foresee the rows that go up, not those that go down.
     if (high - low > 2) ombrilo::ReadAhead(dib->row(high - 1), dib->stride());
     swap(dib->row(low), dib->row(high), dib->stride());
   }

@@ -20,7 +20,7 @@ uint8_t Rounded(double value) {
 // except close to a half.
 uint8_t Level(uint8_t value, double gamma, double scale) {
   constexpr double kOff = 1e-6;
-  if (value != 0 && std::fabs(gamma) < 100) {
+  if (value != 0 && std::fabs(gamma) < 100) {  // no power is infinite or vanishes then
     const double near = NearPower(value, gamma) / scale;
     if (Rounded(near - kOff) == Rounded(near + kOff)) return Rounded(near);
   }
