@@ -40,10 +40,10 @@ uint8_t* HostPixels(uint32_t format) {
 
 // What hosts would write instead: a conversion into new memory.
 #ifdef OMBRILO_HAVE_OPENCV
-std::function<void()> NewMat(void* pixels, int type, int code) {
+std::function<void()> NewMat(const cv::Mat& pixels, int code) {
   return [=] {
     cv::Mat converted;
-    cv::cvtColor(cv::Mat(kHeight, kWidth, type, pixels), converted, code);
+    cv::cvtColor(pixels, converted, code);
   };
 }
 #endif
@@ -56,32 +56,36 @@ void AddHostPixels() {
       omb_freedib(omb_frompixels(format, kWidth, kHeight, HostPixels(0), stride, 0xFFFFFF));
     };
   };
-  const auto to = [](uint32_t format) {
+  const auto to = [](uint32_t format, const PackedDib* image) {
     return [=] {
       // New memory here, too.
-      const std::unique_ptr<uint8_t[]> array(new uint8_t[size_t{format / 8} * kWidth * kHeight]);
-      omb_topixels(Photo24(), format, array.get(), kWidth * static_cast<int>(format / 8));
+      const size_t stride = size_t{format / 8} * omb_DIBWidth(image);
+      const std::unique_ptr<uint8_t[]> array(new uint8_t[stride * omb_DIBHeight(image)]);
+      omb_topixels(image, format, array.get(), static_cast<intptr_t>(stride));
     };
   };
   HostPixels(OMB_PIXELS_RGBA);
 #ifdef OMBRILO_HAVE_OPENCV
-  static const Image photo = Copy(Photo24());
-  const cv::Mat rows = AsMat(photo.get());
-  const auto mat = [&](int type, int code) { return NewMat(HostPixels(0), type, code); };
+  static const Image photo = Copy(Photo24()), page = Copy(Page8());
+  const auto mat = [&](int type, int code) {
+    return NewMat(cv::Mat(kHeight, kWidth, type, HostPixels(0)), code);
+  };
   Compare("frompixels RGB, photo", pixels, from(OMB_PIXELS_RGB), "cvtColor into a new Mat",
           mat(CV_8UC3, cv::COLOR_RGB2BGR));
   Compare("frompixels RGBA, photo", pixels, from(OMB_PIXELS_RGBA),
           "cvtColor into a new Mat, alpha dropped", mat(CV_8UC4, cv::COLOR_RGBA2BGR));
-  Compare("topixels RGB, photo", pixels, to(OMB_PIXELS_RGB), "cvtColor into a new Mat",
-          NewMat(rows.data, CV_8UC3, cv::COLOR_BGR2RGB));
-  Compare("topixels RGBA, photo", pixels, to(OMB_PIXELS_RGBA), "cvtColor into a new Mat",
-          NewMat(rows.data, CV_8UC3, cv::COLOR_BGR2RGBA));
-  Compare("topixels gray, photo", pixels, to(OMB_PIXELS_GRAY), "cvtColor into a new Mat",
-          NewMat(rows.data, CV_8UC3, cv::COLOR_BGR2GRAY));
+  Compare("topixels RGB, photo", pixels, to(OMB_PIXELS_RGB, Photo24()), "cvtColor into a new Mat",
+          NewMat(AsMat(photo.get()), cv::COLOR_BGR2RGB));
+  Compare("topixels RGBA, photo", pixels, to(OMB_PIXELS_RGBA, Photo24()), "cvtColor into a new Mat",
+          NewMat(AsMat(photo.get()), cv::COLOR_BGR2RGBA));
+  Compare("topixels gray, photo", pixels, to(OMB_PIXELS_GRAY, Photo24()), "cvtColor into a new Mat",
+          NewMat(AsMat(photo.get()), cv::COLOR_BGR2GRAY));
+  Compare("topixels RGBA, page 8", Pixels(Page8()), to(OMB_PIXELS_RGBA, Page8()),
+          "cvtColor into a new Mat", NewMat(AsMat(page.get()), cv::COLOR_GRAY2RGBA));
 #else
   for (const uint32_t format : {OMB_PIXELS_RGB, OMB_PIXELS_RGBA}) {
     Compare("frompixels, photo", pixels, from(format));
-    Compare("topixels, photo", pixels, to(format));
+    Compare("topixels, photo", pixels, to(format, Photo24()));
   }
 #endif
 }

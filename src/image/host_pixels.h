@@ -32,6 +32,12 @@ constexpr bool IsRedFirst(uint32_t format) {
   return format == OMB_PIXELS_RGB || format == OMB_PIXELS_RGBA;
 }
 
+// Of valid sizes, without what is between rows.
+constexpr uint64_t BytesOfPixels(uint32_t format, int32_t width, int32_t height) {
+  return uint64_t{BitsOfFormat(format)} * static_cast<uint32_t>(width) *
+         static_cast<uint32_t>(height) / 8;
+}
+
 // Whether rows of this format can be `stride` bytes apart, in either direction, without overlapping
 // and without exceeding the address space.
 constexpr bool CanHoldRows(uint32_t format, int32_t width, int32_t height, intptr_t stride) {

@@ -7,6 +7,7 @@
 #include "core/high_color.h"
 #include "core/pixels.h"
 #include "image/host_pixels.h"
+#include "image/row_stream.h"
 #include "rows/row_functions.h"
 
 namespace ombrilo {
@@ -49,7 +50,10 @@ class Lookup {
     if (format == OMB_PIXELS_BIT) {
       for (uint8_t& level : levels_) level = level >= 128;
     }
-    for (uint32_t i = 0; i < count; ++i) as_it_is_ &= levels_[i] == i;
+    for (uint32_t i = 0; i < count; ++i) {
+      as_it_is_ &= levels_[i] == i;
+      all_gray_ &= colors_[3 * i] == colors_[3 * i + 1] && colors_[3 * i] == colors_[3 * i + 2];
+    }
     // Four-byte pixels are put in order when they get their alpha.
     if (format == OMB_PIXELS_RGB) {
       for (uint32_t i = 0; i < count; ++i) std::swap(colors_[3 * i], colors_[3 * i + 2]);
@@ -84,17 +88,25 @@ class Lookup {
         break;
       case OMB_PIXELS_BGR:
       case OMB_PIXELS_RGB:
-        rows.expand_colors(indices, count, colors_, to);
+        WriteColors(indices, count, to);
         break;
       default:
-        rows.expand_colors(indices, count, colors_, bgr);
+        WriteColors(indices, count, bgr);
         rows.add_alpha(bgr, count, IsRedFirst(format_), to);
     }
+  }
+
+  void WriteColors(uint8_t* indices, size_t count, uint8_t* to) const {
+    const simd::RowFunctions& rows = simd::Active();
+    if (!all_gray_) return rows.expand_colors(indices, count, colors_, to);
+    if (!as_it_is_) rows.apply_table(indices, count, levels_);
+    rows.spread(indices, count, to);  // twice as fast
   }
 
   uint16_t bits_;
   uint32_t format_;
   bool as_it_is_ = true;  // levels are the indices
+  bool all_gray_ = true;
   uint8_t colors_[3 * 256] = {};
   uint8_t levels_[256] = {};
 };
@@ -128,17 +140,25 @@ uint32_t omb_topixels(const PackedDib* dib, uint32_t format, void* pixels, intpt
   if (source->indexed()) lookup.emplace(*source, format);
   std::optional<HighColor> high_color;
   if (high) high_color.emplace(*source);
+  const RowStream result(source->extent(), BytesOfPixels(format, source->width(), height));
   // From the image's first row in memory to its last: reading backwards takes twice as long.
   for (int32_t y = height - 1; y >= 0; --y) {
     const uint8_t* row = source->row(height - 1 - y);
     uint8_t* to = static_cast<uint8_t*>(pixels) + ptrdiff_t{y} * stride;
-    if (lookup) {
+    if (bits < 8) {
       lookup->WriteRow(row, width, to);
-    } else if (high_color) {
-      WriteHighColors(*high_color, bits, format, row, width, to);
-    } else {
-      WriteBgr(format, row, width, to);
+      continue;
     }
+    result.Write(to, width, BitsOfFormat(format), [&](size_t first, size_t count, uint8_t* some) {
+      const uint8_t* const from = row + first * bits / 8;
+      if (lookup) {
+        lookup->WriteRow(from, count, some);
+      } else if (high_color) {
+        WriteHighColors(*high_color, bits, format, from, count, some);
+      } else {
+        WriteBgr(format, from, count, some);
+      }
+    });
   }
   return 1;
 }

@@ -197,6 +197,11 @@ struct RowFunctions {
   // bytes[i] = table[bytes[i]]; the table has 256 entries
   void (*apply_table)(uint8_t* bytes, size_t count, const uint8_t* table);
 
+  // Copies bytes, whole cache lines of `to` past the caches. finish_stream comes before anybody
+  // else may read them.
+  void (*stream)(const uint8_t* from, size_t count, uint8_t* to);
+  void (*finish_stream)();
+
   // Packed pixels to one byte per pixel, and back. Packing uses the low bit or nibble of each index
   // and keeps the bits after the last pixel of a partly filled byte.
   void (*unpack1)(const uint8_t* row, size_t pixels, uint8_t* indices);

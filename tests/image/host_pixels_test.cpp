@@ -1,12 +1,15 @@
 // The bridge between pixel arrays of hosts and images, against plain code.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <limits>
 #include <vector>
 
 #include "core/bytes.h"
+#include "core/packed_dib.h"
+#include "rows/row_functions.h"
 #include "support/image.h"
 
 namespace ombrilo::test {
@@ -123,11 +126,13 @@ TEST(ToPixels, EveryDepthInEveryFormat) {
       for (const int table : {0, 1, 2}) {
         ImageBuilder builder(depth, width, 3);
         if (table == 1) builder.CoreHeader();
-        // Varied colors, and levels that are the indices (at 1 bit, their opposite).
+        // Varied colors, levels, and levels that are the indices.
         if (depth <= 8) {
-          builder.Colors(table == 2 ? GrayRamp(1 << depth) : VariedColors(1 << depth, 3));
+          std::vector<uint32_t> colors = GrayRamp(1 << depth);
+          if (table == 0) colors = VariedColors(1 << depth, 3);
+          if (table == 1) std::reverse(colors.begin(), colors.end());
+          builder.Colors(colors);
         }
-        if (depth == 1 && table == 1) builder.Colors({0xFFFFFF, 0});
         builder.Filler(0x5A).Pixels(Noise(depth == 32 ? 0xFFFFFFFF : 1u << depth, 9));
         const TestImage image = builder.Build();
         TestImage converted = image.Clone();
@@ -157,6 +162,51 @@ TEST(ToPixels, EveryDepthInEveryFormat) {
       }
     }
   }
+}
+
+// What no cache holds is written in another way.
+TEST(HostPixels, RowsOfLargeImagesAreThoseOfSmallOnes) {
+  constexpr int kWidth = 2731, kHeight = 2111, kDistinct = 4;
+  const struct {
+    int depth;
+    std::vector<uint32_t> formats;
+  } cases[] = {{8, {OMB_PIXELS_BGRA}}, {24, {OMB_PIXELS_GRAY, OMB_PIXELS_RGB, OMB_PIXELS_BGRA}}};
+  for (const auto& [depth, formats] : cases) {
+    const TestImage few =
+        ImageBuilder(depth, kWidth, kDistinct).Pixels(Noise(1u << depth, 3)).Build();
+    const DibView few_rows = *DibView::Open(few.get());
+    const TestImage many(omb_newdib(kWidth, kHeight, static_cast<uint16_t>(depth)));
+    const Dib many_rows = *Dib::Open(many.get());
+    for (int y = 0; y < kHeight; ++y) {
+      std::memcpy(many_rows.row(y), few_rows.row(y % kDistinct), many_rows.stride());
+    }
+    for (auto set = simd::Supported(); *set != nullptr; ++set) {
+      simd::Use(*set);
+      for (const uint32_t format : formats) {
+        const bool up = format == OMB_PIXELS_RGB;
+        Array small(format, kWidth, kDistinct, up), large(format, kWidth, kHeight, up);
+        ASSERT_EQ(omb_topixels(few.get(), format, small.top, small.stride), 1u);
+        ASSERT_EQ(omb_topixels(many.get(), format, large.top, large.stride), 1u);
+        EXPECT_TRUE(large.OthersAreUntouched());
+        const TestImage small_back(
+            omb_frompixels(format, kWidth, kDistinct, small.top, small.stride, 0));
+        const TestImage large_back(
+            omb_frompixels(format, kWidth, kHeight, large.top, large.stride, 0));
+        const DibView small_rows = *DibView::Open(small_back.get());
+        const DibView large_rows = *DibView::Open(large_back.get());
+        for (int y = 0; y < kHeight; ++y) {  // as stored, from the bottom up
+          const int k = y % kDistinct;
+          ASSERT_EQ(std::memcmp(large.top + (kHeight - 1 - y) * large.stride,
+                                small.top + (kDistinct - 1 - k) * small.stride, large.row),
+                    0)
+              << (*set)->name << ' ' << depth << ' ' << format << ' ' << y;
+          ASSERT_EQ(std::memcmp(large_rows.row(y), small_rows.row(k), large_rows.stride()), 0)
+              << (*set)->name << ' ' << depth << ' ' << format << ' ' << y;
+        }
+      }
+    }
+  }
+  simd::Use(nullptr);
 }
 
 TEST(HostPixels, RefuseWhatCannotBe) {
