@@ -189,6 +189,13 @@ struct TurnedAxis {
   float step, origin, center;
 };
 
+// Levels on a line; see `stretch`.
+struct Stretch {
+  uint8_t low, base;
+  uint16_t multiplier;
+  int shift;
+};
+
 struct RowFunctions {
   const char* name;
 
@@ -196,6 +203,10 @@ struct RowFunctions {
   void (*invert)(uint8_t* bytes, size_t count);
   // bytes[i] = table[bytes[i]]; the table has 256 entries
   void (*apply_table)(uint8_t* bytes, size_t count, const uint8_t* table);
+
+  // bytes[i] = min(base + (max(bytes[i] - low, 0) * multiplier >> 8 >> shift), 255), or
+  // table[bytes[i]] where that is faster; the caller sees to it that they are the same.
+  void (*stretch)(uint8_t* bytes, size_t count, const struct Stretch& line, const uint8_t* table);
 
   // Copies bytes, whole cache lines of `to` past the caches. finish_stream comes before anybody
   // else may read them.

@@ -9,6 +9,7 @@
 #include "core/nearest_entry.h"
 #include "core/pixels.h"
 #include "rows/row_functions.h"
+#include "tone/level_table.h"
 #include "tone/levels.h"
 
 namespace ombrilo {
@@ -32,9 +33,11 @@ void StretchTrueColor(const Dib& dib, double low, double high) {
     for (size_t c = 0; c < 3; ++c) channels[c].Add(bgr + c, colors, 3);
   });
   uint8_t table[256];
-  SharedLevels(channels, PixelCount(dib.header()), low, high, UpperTest::kAtMost).FillTable(table);
-  const auto apply = simd::Active().apply_table;
-  ChangePixelColors(dib, [&](uint8_t* bgr, size_t colors) { apply(bgr, 3 * colors, table); });
+  const Levels levels =
+      SharedLevels(channels, PixelCount(dib.header()), low, high, UpperTest::kAtMost);
+  levels.FillTable(table);
+  const LevelTable stretched(table, {levels.low, 0, 255, levels.high - levels.low});
+  ChangePixelColors(dib, [&](uint8_t* bgr, size_t colors) { stretched.Apply(bgr, 3 * colors); });
 }
 
 // The levels of the pixels' colors.

@@ -3,6 +3,7 @@
 
 #include "core/colors_in_place.h"
 #include "rows/row_functions.h"
+#include "tone/level_table.h"
 
 namespace ombrilo {
 
@@ -24,6 +25,12 @@ uint8_t Compressed(uint32_t value, int32_t contrast) {
   return static_cast<uint8_t>(static_cast<uint32_t>(product / 255) - c);
 }
 
+LevelLine LineOf(int32_t contrast) {
+  if (contrast < -127 || contrast > 127) return {};
+  return contrast > 0 ? LevelLine{contrast, 0, 255, 255 - 2 * contrast}
+                      : LevelLine{0, -contrast, 255 + 2 * contrast, 255};
+}
+
 }  // namespace
 
 }  // namespace ombrilo
@@ -33,19 +40,17 @@ uint32_t omb_brightnesscontrast(PackedDib* image, int32_t brightness, int32_t co
   const auto dib = Dib::Open(image);
   if (!dib) return 1;  // also for null: this operation reports nothing
   const int shift = std::clamp(brightness, -255, 255);
-  if (contrast == 0) {
-    if (shift == 0) return 1;
-    const auto add = simd::Active().add_amount;
-    ChangeColors(*dib, [=](uint8_t* bgr, size_t colors) { add(bgr, 3 * colors, shift); });
-    return 1;
-  }
+  if (contrast == 0 && shift == 0) return 1;
   uint8_t table[256];
   for (int i = 0; i < 256; ++i) {
-    const int value = std::clamp(i + shift, 0, 255);
-    table[i] = contrast > 0 ? Stretched(value, contrast)
-                            : Compressed(static_cast<uint32_t>(value), contrast);
+    table[i] =
+        contrast > 0 ? Stretched(i, contrast) : Compressed(static_cast<uint32_t>(i), contrast);
   }
-  const auto apply = simd::Active().apply_table;
-  ChangeColors(*dib, [&](uint8_t* bgr, size_t colors) { apply(bgr, 3 * colors, table); });
+  const LevelTable contrasts(table, LineOf(contrast));
+  const auto add = simd::Active().add_amount;
+  ChangeColors(*dib, [&](uint8_t* bgr, size_t colors) {
+    if (shift != 0) add(bgr, 3 * colors, shift);
+    if (contrast != 0) contrasts.Apply(bgr, 3 * colors);
+  });
   return 1;
 }

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "rows/row_functions.h"
 #include "support/naive.h"
 #include "support/untouched.h"
 
@@ -360,6 +361,25 @@ TEST(Balance, IndicesGoToTheNearestEntry) {
                          omb_balance, 80, 20, -60, 1u, 1u);
     }
   }
+}
+
+// Most contrasts are computed, in some sets; a few are no line.
+TEST(PointOperations, EveryContrastInEverySet) {
+  const TestImage levels =
+      ImageBuilder(24, 256, 1).Pixels([](int x, int) { return Rgb(x, x, 255 - x); }).Build();
+  for (auto set = simd::Supported(); *set != nullptr; ++set) {
+    simd::Use(*set);
+    for (int contrast = -130; contrast <= 130; ++contrast) {
+      TestImage image = levels.Clone();
+      omb_brightnesscontrast(image.get(), 0, contrast);
+      for (int x = 0; x < 256; ++x) {
+        const int v = Toned(x, 0, contrast);
+        ASSERT_EQ(image.Pixel(x, 0), Rgb(v, v, Toned(255 - x, 0, contrast)))
+            << (*set)->name << ' ' << contrast << ' ' << x;
+      }
+    }
+  }
+  simd::Use(nullptr);
 }
 
 TEST(PointOperations, NothingToDo) {
