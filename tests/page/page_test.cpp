@@ -79,6 +79,17 @@ TEST(EnhancePage, RankOrderSortsEverySquare) {
   });
 }
 
+// Columns are sorted in blocks of 2048 bytes.
+TEST(EnhancePage, RankOrderOfLongRows) {
+  const TestImage image = ImageBuilder(24, 1400, 8).Pixels(Noise(1 << 24, 7)).Build();
+  for (int size = 0; size <= 2; ++size) {
+    for (const int percentile : {25, 50}) {
+      ExpectAtEveryLevel(image, NaiveRank(image, size + 1, 1, percentile), omb_EnhancePage, size, 1,
+                         1, 2, percentile, 8, 9, 9);
+    }
+  }
+}
+
 const KERNAL* Named(const std::string& name) {
   for (const KERNAL* extra : {&kGauss3x3, &kGauss5x5, &kGauss7x7}) {
     if (name == extra->name) return extra;
