@@ -4,13 +4,14 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "rows/row_functions.h"
+
 namespace ombrilo {
 
 // Into the second-level cache, which halves the time of quarter turns. Into the first level, where
 // few requests can wait at a time, it gained nothing.
 inline void ReadAhead(const uint8_t* bytes, size_t count) {
-  constexpr size_t kLine = 64;
-  for (size_t i = 0; i < count; i += kLine) __builtin_prefetch(bytes + i, 0, 2);
+  for (size_t i = 0; i < count; i += simd::kCacheLine) __builtin_prefetch(bytes + i, 0, 2);
 }
 
 }  // namespace ombrilo

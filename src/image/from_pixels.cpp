@@ -54,11 +54,12 @@ PackedDib* omb_frompixels(uint32_t format, int32_t width, int32_t height, const 
   const auto* top = static_cast<const uint8_t*>(pixels);
   // The host's rows in the order of their memory: reading backwards takes twice as long.
   const auto row = [=](int32_t i) { return dib.row(stride < 0 ? i : height - 1 - i); };
-  const RowStream result(BytesOfPixels(format, width, height), block.size());
+  const RowStream result(stride > 0, BytesOfPixels(format, width, height), block.size());
   for (int32_t i = 0; i < height; ++i) {
     const int32_t y = stride < 0 ? height - 1 - i : i;
     const uint8_t* const from = top + ptrdiff_t{y} * stride;
-    if (!result && i + 1 < height) ReadAhead(row(i + 1), dib.stride());  // to be written next
+    if (!result.streams() && i + 1 < height)
+      ReadAhead(row(i + 1), dib.stride());  // to be written next
     result.Write(row(i), static_cast<size_t>(width), dib.bit_count(),
                  [&](size_t first, size_t count, uint8_t* to) {
                    ReadRow(format, from + first * bits / 8, count, bgr, to);

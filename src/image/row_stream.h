@@ -1,12 +1,13 @@
-// Rows written with streaming stores, for results that no cache holds. An ordinary store that misses
-// the caches first reads the line it is about to overwrite. Where rows are written in the reverse
-// order of memory, these reads wait as well, since no prefetcher expects them: twice the time in
-// all. Rows written forwards gained nothing.
+// Rows that follow each other backwards in memory, for results that no cache holds, written with
+// streaming stores. An ordinary store that misses the caches first reads the line it is about to
+// overwrite, and no prefetcher expects the lines of the row before: together they take twice the
+// time. Rows written forwards gain little or lose.
 #pragma once
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "rows/row_functions.h"
 
@@ -14,43 +15,48 @@ namespace ombrilo {
 
 class RowStream {
  public:
-  // For a result of `result` bytes made of `source` bytes; together, for they share the caches.
-  RowStream(uint64_t source, uint64_t result) : streams_(source + result >= kLarge) {}
+  // For a result of `result` bytes made of `source` bytes.
+  RowStream(bool backwards, uint64_t source, uint64_t result)
+      : streams_(backwards && source + result >= kLarge) {}
   RowStream(const RowStream&) = delete;
   RowStream& operator=(const RowStream&) = delete;
   ~RowStream() {
     if (streams_) functions_.finish_stream();
   }
 
-  // False when the result is written as usual.
-  explicit operator bool() const { return streams_; }
+  // Whether any row is written in another way than usual.
+  bool streams() const { return streams_; }
 
   // Writes `pixels` pixels of `bits` bits to `row`. make(first, count, to) makes `count` of them,
-  // from pixel `first` on.
+  // from pixel `first` on, which is a multiple of 8.
   template <class Make>
   void Write(uint8_t* row, size_t pixels, size_t bits, Make&& make) const {
-    if (!streams_ || bits < 8) return make(size_t{0}, pixels, row);
-    // Pieces go out while the next are made; longer ones would wait for each other.
-    alignas(kLine) uint8_t piece[12 * kLine];
     const size_t size = bits / 8;
-    size_t first = std::min(pixels, PixelsBeforeLine(row, size));
-    make(size_t{0}, first, row);
-    for (size_t count; first < pixels; first += count) {
-      count = std::min(sizeof piece / size, pixels - first);
-      make(first, count, piece);
-      functions_.stream(piece, count * size, row + first * size);
+    if (!streams_ || pixels * size < kShortest) return make(size_t{0}, pixels, row);
+    // Short pieces: their stores drain while the next piece is made. Lines begin where they do in
+    // the row, and what a piece has of a last line is the beginning of the next one.
+    alignas(kLine) uint8_t piece[13 * kLine];
+    size_t start = reinterpret_cast<uintptr_t>(row) % kLine, end = start;
+    for (size_t first = 0;;) {
+      const size_t count = std::min((sizeof piece - end) / size / 8 * 8, pixels - first);
+      make(first, count, piece + end);
+      first += count;
+      end += count * size;
+      if (first == pixels) return functions_.stream(piece + start, end - start, row);
+      const size_t whole = end / kLine * kLine;
+      functions_.stream(piece + start, whole - start, row);
+      row += whole - start;
+      std::memcpy(piece, piece + whole, kLine);
+      start = 0;
+      end -= whole;
     }
   }
 
  private:
-  static constexpr uint64_t kLarge = 16 << 20;  // about what processors have in their last cache
-  static constexpr size_t kLine = 64;
-
-  static size_t PixelsBeforeLine(const uint8_t* row, size_t size) {
-    size_t count = 0;
-    while (count < kLine && reinterpret_cast<uintptr_t>(row + count * size) % kLine != 0) ++count;
-    return count % kLine;
-  }
+  // Source and result together, about what processors have in their last cache.
+  static constexpr uint64_t kLarge = 16 << 20;
+  static constexpr size_t kShortest = 1024;  // bytes of a row; shorter ones are slower
+  static constexpr size_t kLine = simd::kCacheLine;
 
   const simd::RowFunctions& functions_ = simd::Active();
   const bool streams_;

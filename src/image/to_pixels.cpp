@@ -96,11 +96,12 @@ class Lookup {
     }
   }
 
+  // Spreading grays takes half of the time of a look-up, or less.
   void WriteColors(uint8_t* indices, size_t count, uint8_t* to) const {
     const simd::RowFunctions& rows = simd::Active();
     if (!all_gray_) return rows.expand_colors(indices, count, colors_, to);
     if (!as_it_is_) rows.apply_table(indices, count, levels_);
-    rows.spread(indices, count, to);  // twice as fast
+    rows.spread(indices, count, to);
   }
 
   uint16_t bits_;
@@ -140,15 +141,12 @@ uint32_t omb_topixels(const PackedDib* dib, uint32_t format, void* pixels, intpt
   if (source->indexed()) lookup.emplace(*source, format);
   std::optional<HighColor> high_color;
   if (high) high_color.emplace(*source);
-  const RowStream result(source->extent(), BytesOfPixels(format, source->width(), height));
+  const RowStream result(stride > 0, source->extent(),
+                         BytesOfPixels(format, source->width(), height));
   // From the image's first row in memory to its last: reading backwards takes twice as long.
   for (int32_t y = height - 1; y >= 0; --y) {
     const uint8_t* row = source->row(height - 1 - y);
     uint8_t* to = static_cast<uint8_t*>(pixels) + ptrdiff_t{y} * stride;
-    if (bits < 8) {
-      lookup->WriteRow(row, width, to);
-      continue;
-    }
     result.Write(to, width, BitsOfFormat(format), [&](size_t first, size_t count, uint8_t* some) {
       const uint8_t* const from = row + first * bits / 8;
       if (lookup) {

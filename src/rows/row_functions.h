@@ -117,6 +117,8 @@ struct Diffusion {
   uint8_t* numbers;  // numbers[k * width ...] of the row before row k
 };
 
+enum { kCacheLine = 64 };
+
 enum { kPlanesRoom = 64 };  // see rank_of_planes
 
 // The counters of one set of a histogram: 256, and some room so that those of different sets are
@@ -189,8 +191,8 @@ struct TurnedAxis {
   float step, origin, center;
 };
 
-// Levels on a line; see `stretch`.
-struct Stretch {
+// Levels on a line; `stretch` has the formula.
+struct FixedPointLine {
   uint8_t low, base;
   uint16_t multiplier;
   int shift;
@@ -206,7 +208,8 @@ struct RowFunctions {
 
   // bytes[i] = min(base + (max(bytes[i] - low, 0) * multiplier >> 8 >> shift), 255), or
   // table[bytes[i]] where that is faster; the caller sees to it that they are the same.
-  void (*stretch)(uint8_t* bytes, size_t count, const struct Stretch& line, const uint8_t* table);
+  void (*stretch)(uint8_t* bytes, size_t count, const struct FixedPointLine& line,
+                  const uint8_t* table);
 
   // Copies bytes, whole cache lines of `to` past the caches. finish_stream comes before anybody
   // else may read them.

@@ -25,10 +25,11 @@ uint8_t Compressed(uint32_t value, int32_t contrast) {
   return static_cast<uint8_t>(static_cast<uint32_t>(product / 255) - c);
 }
 
-LevelLine LineOf(int32_t contrast) {
+// Both steps as one line. Where the first one's limits matter there is none, which LevelTable sees.
+LevelLine LineOf(int shift, int32_t contrast) {
   if (contrast < -127 || contrast > 127) return {};
-  return contrast > 0 ? LevelLine{contrast, 0, 255, 255 - 2 * contrast}
-                      : LevelLine{0, -contrast, 255 + 2 * contrast, 255};
+  return contrast > 0 ? LevelLine{contrast - shift, 0, 255, 255 - 2 * contrast}
+                      : LevelLine{-shift, -contrast, 255 + 2 * contrast, 255};
 }
 
 }  // namespace
@@ -40,17 +41,19 @@ uint32_t omb_brightnesscontrast(PackedDib* image, int32_t brightness, int32_t co
   const auto dib = Dib::Open(image);
   if (!dib) return 1;  // also for null: this operation reports nothing
   const int shift = std::clamp(brightness, -255, 255);
-  if (contrast == 0 && shift == 0) return 1;
+  if (contrast == 0) {
+    if (shift == 0) return 1;
+    const auto add = simd::Active().add_amount;
+    ChangeColors(*dib, [=](uint8_t* bgr, size_t colors) { add(bgr, 3 * colors, shift); });
+    return 1;
+  }
   uint8_t table[256];
   for (int i = 0; i < 256; ++i) {
-    table[i] =
-        contrast > 0 ? Stretched(i, contrast) : Compressed(static_cast<uint32_t>(i), contrast);
+    const int value = std::clamp(i + shift, 0, 255);
+    table[i] = contrast > 0 ? Stretched(value, contrast)
+                            : Compressed(static_cast<uint32_t>(value), contrast);
   }
-  const LevelTable contrasts(table, LineOf(contrast));
-  const auto add = simd::Active().add_amount;
-  ChangeColors(*dib, [&](uint8_t* bgr, size_t colors) {
-    if (shift != 0) add(bgr, 3 * colors, shift);
-    if (contrast != 0) contrasts.Apply(bgr, 3 * colors);
-  });
+  const LevelTable levels(table, LineOf(shift, contrast));
+  ChangeColors(*dib, [&](uint8_t* bgr, size_t colors) { levels.Apply(bgr, 3 * colors); });
   return 1;
 }

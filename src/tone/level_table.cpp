@@ -11,20 +11,18 @@ LevelTable::LevelTable(const uint8_t (&table)[256], const LevelLine& line) : tab
     return ((line.numerator << (8 + shift)) + line.denominator - 1) / line.denominator;
   };
   int shift = 8;  // the multiplier's bits after the point, less 8; as many as there is room for
-  while (shift >= 0 && multiplier(shift) > 65535) --shift;
-  if (shift < 0) return;
-  stretch_ = {static_cast<uint8_t>(line.low), static_cast<uint8_t>(line.base),
-              static_cast<uint16_t>(multiplier(shift)), shift};
+  while (multiplier(shift) > 65535) --shift;
+  fixed_ = {static_cast<uint8_t>(line.low), static_cast<uint8_t>(line.base),
+            static_cast<uint16_t>(multiplier(shift)), shift};
   uint8_t levels[256];
   std::iota(levels, levels + 256, uint8_t{0});
-  simd::Active().stretch(levels, 256, stretch_, table);
+  simd::Active().stretch(levels, 256, fixed_, table);
   is_line_ = std::memcmp(levels, table, sizeof levels) == 0;
 }
 
 void LevelTable::Apply(uint8_t* levels, size_t count) const {
   const simd::RowFunctions& rows = simd::Active();
-  is_line_ ? rows.stretch(levels, count, stretch_, table_)
-           : rows.apply_table(levels, count, table_);
+  is_line_ ? rows.stretch(levels, count, fixed_, table_) : rows.apply_table(levels, count, table_);
 }
 
 }  // namespace ombrilo

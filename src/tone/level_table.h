@@ -1,5 +1,5 @@
-// A table of 256 levels. Where they lie on a line that arithmetic on 16 bits gives exactly, most
-// processors compute them in less than half of the time of a look-up.
+// A table of 256 levels. Where looking bytes up takes many instructions, levels on a line that
+// arithmetic on 16 bits gives exactly are computed, in half of the time or less.
 #pragma once
 
 #include <cstddef>
@@ -10,15 +10,14 @@
 namespace ombrilo {
 
 // Levels below `low` become `base`, those from there on rise by numerator / denominator a level, up
-// to 255.
+// to 255. The numerator is at most 255.
 struct LevelLine {
   int low, base, numerator, denominator;
 };
 
 class LevelTable {
  public:
-  // Takes the line where it gives all levels of the table, otherwise the table, which has to stay
-  // in memory.
+  // The line is taken where it gives all levels of the table. The table has to stay in memory.
   LevelTable(const uint8_t (&table)[256], const LevelLine& line);
 
   void Apply(uint8_t* levels, size_t count) const;
@@ -26,7 +25,7 @@ class LevelTable {
  private:
   const uint8_t* table_;
   bool is_line_ = false;
-  simd::Stretch stretch_ = {};
+  simd::FixedPointLine fixed_ = {};
 };
 
 }  // namespace ombrilo

@@ -366,15 +366,16 @@ TEST(Balance, IndicesGoToTheNearestEntry) {
 // Most contrasts are computed, in some sets; a few are no line.
 TEST(PointOperations, EveryContrastInEverySet) {
   const TestImage levels =
-      ImageBuilder(24, 256, 1).Pixels([](int x, int) { return Rgb(x, x, 255 - x); }).Build();
+      ImageBuilder(24, 259, 1).Pixels([](int x, int) { return Rgb(x, x, 255 - x); }).Build();
   for (auto set = simd::Supported(); *set != nullptr; ++set) {
     simd::Use(*set);
     for (int contrast = -130; contrast <= 130; ++contrast) {
+      const int brightness = contrast % 3 * 20;
       TestImage image = levels.Clone();
-      omb_brightnesscontrast(image.get(), 0, contrast);
-      for (int x = 0; x < 256; ++x) {
-        const int v = Toned(x, 0, contrast);
-        ASSERT_EQ(image.Pixel(x, 0), Rgb(v, v, Toned(255 - x, 0, contrast)))
+      omb_brightnesscontrast(image.get(), brightness, contrast);
+      for (int x = 0; x < 259; ++x) {
+        const int v = Toned(x & 255, brightness, contrast);
+        ASSERT_EQ(image.Pixel(x, 0), Rgb(v, v, Toned((255 - x) & 255, brightness, contrast)))
             << (*set)->name << ' ' << contrast << ' ' << x;
       }
     }
