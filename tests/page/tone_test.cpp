@@ -177,7 +177,7 @@ TEST(PageTone, CurvesOfTheImageAndOfBlocks) {
   int turn = 0;
   for (const int bits : {8, 24}) {
     for (const auto& scene : scenes) {
-      for (const auto& [width, height] : {std::pair{1, 1}, {24, 23}, {88, 70}}) {
+      for (const auto& [width, height] : {std::pair{1, 1}, {24, 23}, {88, 70}, {523, 9}}) {
         ImageBuilder builder(bits, width, height);
         if (turn % 2 == 1) builder.CoreHeader();
         const TestImage image =
@@ -188,7 +188,7 @@ TEST(PageTone, CurvesOfTheImageAndOfBlocks) {
                 })
                 .Build();
         for (int curve = 0; curve < 4; ++curve) {
-          for (const int block : {0, 16, 17, 33}) {
+          for (const int block : {0, 16, 17, 33, 800}) {
             constexpr int kStrengths[] = {0, 10, 300, -5, 1000, 120}, kPercents[] = {100, 60, 250};
             const Tone tone = {curve, kPercents[turn % 3], kStrengths[turn % 6], turn % 5 - 1,
                                block};
