@@ -127,6 +127,12 @@ TEST(TiffFile, WhatWouldBeWrongOrHugeIsRefused) {
        "other inks than cyan, magenta, yellow and black are not supported"},
       {{.width = 16000, .height = 16000, .data = std::vector<uint8_t>(99), .compression = 7},
        "the file is too short for 16000 x 16000 pixels"},
+      {{.width = 1000,
+        .height = 1000,
+        .samples = 20000,
+        .data = std::vector<uint8_t>(999),
+        .compression = 5},
+       "the file is too short for 1000 x 1000 pixels"},
       {{.width = 100, .height = 100, .data = std::vector<uint8_t>(10000), .tile = 30000},
        "its tiles are far larger than the image"},
   };

@@ -93,9 +93,12 @@ double MostInflated(const TiffDirectory& d) {
   }
 }
 
-// Each pixel has at least one sample.
 void CheckFileHolds(const TiffDirectory& d, size_t file_size) {
-  if (1.0 * d.width * d.height * d.bits / 8 / MostInflated(d) > static_cast<double>(file_size)) {
+  // Where channels can be subsampled, each pixel has at least one sample.
+  const bool subsampled = d.photometric == PHOTOMETRIC_YCBCR || d.compression == COMPRESSION_JPEG ||
+                          d.compression == COMPRESSION_OJPEG;
+  const double samples = 1.0 * d.width * d.height * (subsampled ? 1 : d.samples);
+  if (samples * d.bits / 8 / MostInflated(d) > static_cast<double>(file_size)) {
     throw FileError("the file is too short for " + PixelsText({d.width, d.height, d.bits}));
   }
 }
