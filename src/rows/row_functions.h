@@ -194,7 +194,7 @@ struct TurnedAxis {
 // Levels on a line; `stretch` has the formula.
 struct FixedPointLine {
   uint8_t low, base;
-  uint16_t multiplier;
+  uint16_t fraction, multiplier;
   int shift;
 };
 
@@ -206,8 +206,9 @@ struct RowFunctions {
   // bytes[i] = table[bytes[i]]; the table has 256 entries
   void (*apply_table)(uint8_t* bytes, size_t count, const uint8_t* table);
 
-  // bytes[i] = min(base + (max(bytes[i] - low, 0) * multiplier >> 8 >> shift), 255), or
-  // table[bytes[i]] where that is faster; the caller sees to it that they are the same.
+  // bytes[i] = min(base + ((256 * max(bytes[i] - low, 0) + fraction) * multiplier >> 16 >> shift),
+  // 255), or table[bytes[i]] where that is faster; the caller sees to it that they are the same.
+  // The fraction is below 256.
   void (*stretch)(uint8_t* bytes, size_t count, const struct FixedPointLine& line,
                   const uint8_t* table);
 
