@@ -88,20 +88,21 @@ class Lookup {
         break;
       case OMB_PIXELS_BGR:
       case OMB_PIXELS_RGB:
-        WriteColors(indices, count, to);
+        if (MakeLevels(indices, count)) return rows.spread(indices, count, to);
+        rows.expand_colors(indices, count, colors_, to);
         break;
       default:
-        WriteColors(indices, count, bgr);
+        if (MakeLevels(indices, count)) return rows.spread_opaque(indices, count, to);
+        rows.expand_colors(indices, count, colors_, bgr);
         rows.add_alpha(bgr, count, IsRedFirst(format_), to);
     }
   }
 
-  // Spreading grays takes half of the time of a look-up, or less.
-  void WriteColors(uint8_t* indices, size_t count, uint8_t* to) const {
-    const simd::RowFunctions& rows = simd::Active();
-    if (!all_gray_) return rows.expand_colors(indices, count, colors_, to);
-    if (!as_it_is_) rows.apply_table(indices, count, levels_);
-    rows.spread(indices, count, to);
+  // Indices become gray levels, if all colors are gray: spreading these takes half of the time of
+  // looking colors up, or less.
+  bool MakeLevels(uint8_t* indices, size_t count) const {
+    if (all_gray_ && !as_it_is_) simd::Active().apply_table(indices, count, levels_);
+    return all_gray_;
   }
 
   uint16_t bits_;

@@ -298,8 +298,9 @@ struct RowFunctions {
   void (*apply_channel_tables)(uint8_t* bgr, size_t pixels, const uint8_t* tables);
   void (*clear_channel)(uint8_t* bgr, size_t pixels, size_t channel);
   void (*extract_channel)(const uint8_t* bgr, size_t pixels, size_t channel, uint8_t* to);
-  // All three channels = gray[i].
+  // All three channels = gray[i]; with a fourth byte of 255.
   void (*spread)(const uint8_t* gray, size_t pixels, uint8_t* bgr);
+  void (*spread_opaque)(const uint8_t* gray, size_t pixels, uint8_t* to);
   // (11 blue + 59 green + 30 red) / 100, truncated.
   void (*gray_percent)(const uint8_t* bgr, size_t pixels, uint8_t* gray);
   // 0.3 red + 0.59 green + 0.11 blue in double precision, from left to right, truncated. Not the
