@@ -35,7 +35,8 @@ class RowStream {
     if (!streams_ || pixels * size < kShortest) return make(size_t{0}, pixels, row);
     // Short pieces: their stores drain while the next piece is made. Lines begin where they do in
     // the row, and what a piece has of a last line is the beginning of the next one.
-    alignas(kLine) uint8_t piece[13 * kLine];
+    // Aligned so that none crosses a page: stores that do took three times as long in all.
+    alignas(16 * kLine) uint8_t piece[13 * kLine];
     size_t start = reinterpret_cast<uintptr_t>(row) % kLine, end = start;
     for (size_t first = 0;;) {
       const size_t count = std::min((sizeof piece - end) / size / 8 * 8, pixels - first);
