@@ -17,8 +17,9 @@ import tempfile
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 
 
-def run(fuzzer, *arguments):
-    subprocess.run([fuzzer, *map(str, arguments)], check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+def merge(fuzzer, scratch, *arguments):
+    command = [fuzzer, "-use_counters=0", f"-artifact_prefix={scratch}/", *arguments]
+    subprocess.run(command, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
 
 def edges(fuzzer, file, scratch):
@@ -29,7 +30,7 @@ def edges(fuzzer, file, scratch):
     shutil.copy(file, scratch / "in")
     control = scratch / "control"
     control.unlink(missing_ok=True)
-    run(fuzzer, "-merge=1", "-use_counters=0", f"-merge_control_file={control}", scratch / "out", scratch / "in")
+    merge(fuzzer, scratch, "-merge=1", f"-merge_control_file={control}", scratch / "out", scratch / "in")
     lines = (line.split() for line in control.read_text().splitlines())
     return {int(edge) for words in lines if words[:1] == ["FT"] for edge in words[2:]}
 
@@ -43,7 +44,7 @@ def main():
     with tempfile.TemporaryDirectory() as folder:
         scratch = pathlib.Path(folder)
         (scratch / "reduced").mkdir()
-        run(fuzzer, "-set_cover_merge=1", "-use_counters=0", scratch / "reduced", corpus)
+        merge(fuzzer, scratch, "-set_cover_merge=1", scratch / "reduced", corpus)
         reached = set().union(*(edges(fuzzer, seed, scratch) for seed in seeds.iterdir()))
         beyond = {file: edges(fuzzer, file, scratch) - reached for file in (scratch / "reduced").iterdir()}
         print(f"The seeds reach {len(reached)} edges, the corpus {len(reached.union(*beyond.values()))}.")
