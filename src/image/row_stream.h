@@ -36,10 +36,10 @@ class RowStream {
     // Short pieces: their stores drain while the next piece is made. Lines begin where they do in
     // the row, and what a piece has of a last line is the beginning of the next one.
     // Aligned so that none crosses a page: stores that do took three times as long in all.
-    alignas(16 * kLine) uint8_t piece[13 * kLine];
+    alignas(16 * kLine) uint8_t piece[kPiece + kLine];  // a whole line is moved, whatever it holds
     size_t start = reinterpret_cast<uintptr_t>(row) % kLine, end = start;
     for (size_t first = 0;;) {
-      const size_t count = std::min((sizeof piece - end) / size / 8 * 8, pixels - first);
+      const size_t count = std::min((kPiece - end) / size / 8 * 8, pixels - first);
       make(first, count, piece + end);
       first += count;
       end += count * size;
@@ -58,6 +58,7 @@ class RowStream {
   static constexpr uint64_t kLarge = 16 << 20;
   static constexpr size_t kShortest = 1024;  // bytes of a row; shorter ones are slower
   static constexpr size_t kLine = simd::kCacheLine;
+  static constexpr size_t kPiece = 13 * kLine;
 
   const simd::RowFunctions& functions_ = simd::Active();
   const bool streams_;
