@@ -67,6 +67,10 @@ class Lookup {
       return;
     }
     const size_t step = BitsOfFormat(format_);
+    if (as_it_is_ && all_gray_ && bits_ == 8 && step >= 24) {  // needs no copy of the indices
+      const simd::RowFunctions& rows = simd::Active();
+      return step == 24 ? rows.spread(row, pixels, to) : rows.spread_opaque(row, pixels, to);
+    }
     ForEachIndexRun(row, bits_, pixels, [&](size_t first, uint8_t* indices, size_t count) {
       WriteRun(indices, count, to + first * step / 8);
     });
