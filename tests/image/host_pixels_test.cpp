@@ -183,8 +183,8 @@ TEST(HostPixels, RowsOfLargeImagesAreThoseOfSmallOnes) {
     for (auto set = simd::Supported(); *set != nullptr; ++set) {
       simd::Use(*set);
       for (const uint32_t format : formats) {
-        const bool up = format == OMB_PIXELS_RGB;
-        Array small(format, kWidth, kDistinct, up), large(format, kWidth, kHeight, up);
+        // Down, against the order of the image's rows.
+        Array small(format, kWidth, kDistinct, false), large(format, kWidth, kHeight, false);
         ASSERT_EQ(omb_topixels(few.get(), format, small.top, small.stride), 1u);
         ASSERT_EQ(omb_topixels(many.get(), format, large.top, large.stride), 1u);
         EXPECT_TRUE(large.OthersAreUntouched());
