@@ -958,7 +958,7 @@ OMB_API uint32_t OMB_CDECL omb_scale(PackedDib** image, uint32_t width, uint32_t
  *
  * @par Limits
  * - Beside the new image, memory is taken for the weights and for the source rows in reach of a new
- *   row and 64 more, at the new width.
+ *   row and up to 64 more, at the new width.
  */
 OMB_API uint32_t OMB_CDECL omb_resize(PackedDib** image, uint32_t width, uint32_t height,
                                       uint32_t filter);

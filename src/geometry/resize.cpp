@@ -1,8 +1,8 @@
 // omb_resize: an image in another size, resampled with a filter.
 //
 // First each row is brought to the new width, then columns of such rows to the new height. Only the
-// rows in reach of the new row are kept. Across, kTapRows rows at a time are resized as columns, in
-// pieces of the row that stay in the first-level cache.
+// rows in reach of the new row are kept. Across, as many rows as a vector has bytes are resized as
+// columns at a time, in pieces that stay in the first-level cache.
 #include <algorithm>
 #include <cstring>
 #include <optional>
@@ -10,6 +10,7 @@
 #include "core/color_table.h"
 #include "core/palette.h"
 #include "core/pixels.h"
+#include "core/read_ahead.h"
 #include "core/replacement.h"
 #include "geometry/resize_axis.h"
 
@@ -17,7 +18,7 @@ namespace ombrilo {
 
 namespace {
 
-constexpr size_t kTapRows = simd::kTapRows;
+constexpr size_t kMostRows = simd::kMostTapRows;
 
 template <class T>
 Buffer<T> NewScratch(uint64_t count) {
@@ -79,12 +80,15 @@ class SourceRows {
   uint8_t table_[3 * 256];  // levels or colors of indices
 };
 
-// Rows brought to the new width, kTapRows at a time.
+// Rows brought to the new width, some at a time.
 class AcrossResizer {
  public:
   // Takes its memory at once.
   AcrossResizer(ResizeAxis& axis, size_t channels)
-      : channels_(channels),
+      : functions_(simd::Active()),
+        channels_(channels),
+        most_pixels_(kPieceBytes / channels),
+        most_columns_(std::max(most_pixels_, 4 * axis.most_taps())),
         new_pixels_(static_cast<size_t>(axis.to())),
         most_pairs_((axis.most_taps() + 1) / 2),
         taps_(NewScratchBuffer<simd::ColumnTaps>(new_pixels_)) {
@@ -95,46 +99,57 @@ class AcrossResizer {
       taps_[i] = {static_cast<uint32_t>(taps.first), static_cast<uint32_t>(taps.count),
                   i * most_pairs_};
     }
-    size_t most_columns = 0;
+    size_t longest = 0;
     for (size_t i = 0; i < new_pixels_; i = EndOfPiece(i)) {
-      most_columns = std::max(most_columns, ColumnsOf(i, EndOfPiece(i)));
+      longest = std::max(longest, ColumnsOf(i, EndOfPiece(i)));
     }
-    columns_ = NewScratch<uint8_t>(uint64_t{kTapRows} * channels_ * most_columns);
-    results_ = NewScratchBuffer<uint8_t>(kTapRows * channels_ * kPiece);
+    columns_ = NewScratch<uint8_t>(uint64_t{rows()} * channels_ * longest);
+    results_ = NewScratchBuffer<uint8_t>(rows() * kPieceBytes);
   }
   explicit operator bool() const { return columns_ && results_; }
 
-  // Brings up to kTapRows rows to the new width.
+  // How many rows at a time, at most kMostRows.
+  size_t rows() const { return functions_.tap_rows; }
+  // Brings up to as many rows to the new width.
   void Resize(const uint8_t* const* from, size_t row_count, uint8_t* const* to) {
-    const uint8_t* rows[kTapRows];
-    for (size_t r = 0; r < kTapRows; ++r) rows[r] = from[std::min(r, row_count - 1)];
-    const simd::RowFunctions& functions = simd::Active();
+    const uint8_t* source[kMostRows];
+    for (size_t r = 0; r < rows(); ++r) source[r] = from[std::min(r, row_count - 1)];
     for (size_t i = 0, end; i < new_pixels_; i = end) {
       end = EndOfPiece(i);
+      if (end < new_pixels_) {
+        // No prefetcher follows so many rows.
+        const size_t next = channels_ * taps_[end].first;
+        const size_t bytes = channels_ * ColumnsOf(end, EndOfPiece(end));
+        for (size_t r = 0; r < row_count; ++r) ReadAhead(source[r] + next, bytes);
+      }
       const size_t first = taps_[i].first;
-      functions.rows_to_columns(rows, channels_ * first, channels_ * ColumnsOf(i, end),
-                                columns_.get());
-      functions.weigh_columns(columns_.get(), first, taps_.get() + i, pairs_.get(), channels_,
-                              end - i, results_.get());
-      functions.columns_to_rows(results_.get(), channels_ * i, channels_ * (end - i), row_count,
-                                to);
+      functions_.rows_to_columns(source, channels_ * first, channels_ * ColumnsOf(i, end),
+                                 columns_.get());
+      functions_.weigh_columns(columns_.get(), first, taps_.get() + i, pairs_.get(), channels_,
+                               end - i, results_.get());
+      functions_.columns_to_rows(results_.get(), channels_ * i, channels_ * (end - i), row_count,
+                                 to);
     }
   }
 
  private:
-  // The most new pixels of a piece, and source pixels unless a single new one needs more.
-  static constexpr size_t kPiece = 256;
+  // Of the new pixels of a piece at most. Of its source pixels, too, unless these are few beside
+  // the taps of one new pixel: neighbouring pieces share source pixels.
+  static constexpr size_t kPieceBytes = 192;
 
   size_t ColumnsOf(size_t i, size_t end) const {
     return size_t{taps_[end - 1].first} + taps_[end - 1].count - taps_[i].first;
   }
   size_t EndOfPiece(size_t i) const {
     size_t end = i + 1;
-    while (end < new_pixels_ && end - i < kPiece && ColumnsOf(i, end + 1) <= kPiece) ++end;
+    while (end < new_pixels_ && end - i < most_pixels_ && ColumnsOf(i, end + 1) <= most_columns_) {
+      ++end;
+    }
     return end;
   }
 
-  size_t channels_, new_pixels_, most_pairs_;
+  const simd::RowFunctions& functions_;
+  size_t channels_, most_pixels_, most_columns_, new_pixels_, most_pairs_;
   Buffer<simd::ColumnTaps> taps_;
   Buffer<simd::TapPair> pairs_;
   Buffer<uint8_t> columns_, results_;
@@ -151,7 +166,7 @@ class Resizer {
       if (!*across_) return;
     }
     // Rows come in batches, or one by one if their width stays.
-    batch_ = std::min<size_t>(across_ ? kTapRows : 1, static_cast<size_t>(height_));
+    batch_ = std::min<size_t>(across_ ? across_->rows() : 1, static_cast<size_t>(height_));
     kept_ = down.changes() ? down.most_taps() + batch_ : 0;
     line_ = line;
     const bool decodes = across_ && !source.as_stored();
@@ -166,7 +181,7 @@ class Resizer {
   void Run(const Dib& to) {
     if (kept_ == 0) {
       for (int32_t y = 0; y < height_; y += static_cast<int32_t>(batch_)) {
-        uint8_t* rows[kTapRows];
+        uint8_t* rows[kMostRows];
         const size_t count = CountAt(y);
         for (size_t r = 0; r < count; ++r)
           rows[r] = to.row(StoredRow(to, y + static_cast<int32_t>(r)));
@@ -178,7 +193,7 @@ class Resizer {
     for (int32_t y = 0; y < to.height(); ++y) {
       const ResizeAxis::Taps taps = down_.Find(y, pairs_.get());
       for (; made < taps.first + taps.count && !Aliased(); made += static_cast<int32_t>(batch_)) {
-        uint8_t* rows[kTapRows];
+        uint8_t* rows[kMostRows];
         const size_t count = CountAt(made);
         for (size_t r = 0; r < count; ++r) rows[r] = Line(made + static_cast<int32_t>(r));
         MakeLines(made, count, rows);
@@ -202,7 +217,7 @@ class Resizer {
 
   // Source rows from y on, brought to the new width.
   void MakeLines(int32_t y, size_t count, uint8_t* const* to) {
-    const uint8_t* rows[kTapRows];
+    const uint8_t* rows[kMostRows];
     for (size_t r = 0; r < count; ++r) {
       const int32_t row = y + static_cast<int32_t>(r);
       if (source_.as_stored()) {

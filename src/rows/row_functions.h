@@ -156,7 +156,7 @@ struct ColumnTaps {
 enum {
   kTapBits = 22,
   kTapLowBits = 15,
-  kTapRows = 64,  // rows resized across at a time
+  kMostTapRows = 64,
 };
 
 enum { kRunPadding = 16 };  // the most pixels that are resampled at a time
@@ -432,12 +432,14 @@ struct RowFunctions {
   // the sum of rows[k][i] times weight k) >> 22, limited to 0..255. `to` is none of the rows.
   void (*weigh_rows)(const uint8_t* const* rows, const struct TapPair* pairs, size_t taps,
                      size_t count, uint8_t* to);
-  // The same across, for `count` new pixels of kTapRows rows. A column is kTapRows bytes, one of
+  // Rows resized across at a time: a vector of bytes, at most kMostTapRows.
+  size_t tap_rows;
+  // The same across, for `count` new pixels of tap_rows rows. A column is tap_rows bytes, one of
   // each row; a pixel has `channels` columns. `columns` begins with those of source pixel `first`.
   void (*weigh_columns)(const uint8_t* columns, size_t first, const struct ColumnTaps* taps,
                         const struct TapPair* pairs, size_t channels, size_t count, uint8_t* to);
-  // Turns the bytes first .. first + count - 1 of kTapRows rows into columns, and columns into
-  // these bytes of `row_count` rows, at most kTapRows.
+  // Turns the bytes first .. first + count - 1 of tap_rows rows into columns, and columns into
+  // these bytes of `row_count` rows, at most tap_rows.
   void (*rows_to_columns)(const uint8_t* const* rows, size_t first, size_t count, uint8_t* columns);
   void (*columns_to_rows)(const uint8_t* columns, size_t first, size_t count, size_t row_count,
                           uint8_t* const* rows);
