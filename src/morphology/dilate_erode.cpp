@@ -45,14 +45,12 @@ struct SquareFilter {
     }
   }
   void Pick(uint8_t* const* rows, size_t first, size_t count, uint8_t* to) const {
+    const uint8_t* const from[] = {rows[0] + first, rows[1] + first, rows[2] + first};
+    const simd::RowFunctions& functions = simd::Active();
     if (op == DilateErode::kDilate) {
-      const size_t left = 2 * step;
-      const uint8_t* const from[] = {rows[0] + first - left, rows[1] + first - left,
-                                     rows[2] + first - left};
-      simd::Active().square_max(from, step, count, to);
+      functions.rectangle_max(from, {3, 3, step, 2 * step}, count, to);
     } else {
-      const uint8_t* const from[] = {rows[0] + first, rows[1] + first, rows[2] + first};
-      simd::Active().square_min(from, step, count, to);
+      functions.rectangle_min(from, {3, 3, step, 0}, count, to);
     }
   }
 };

@@ -32,6 +32,12 @@ Element::Element(const KERNAL& record, const PixelRows& rows)
     Add({dy, dx, 1});
   }
   JoinRuns();
+  Plan();
+}
+
+void Element::Plan() {
+  rectangle_ = IsRectangle();
+  if (rectangle_) return;
   ChooseLengths();
   ChooseShifts();
 }
@@ -49,6 +55,16 @@ void Element::Prepare(bool dilate, uint8_t* row) {
 }
 
 void Element::Combine(bool dilate, uint8_t* const* rows, size_t first, size_t count, uint8_t* to) {
+  if (rectangle_) {
+    const Run& run = runs_[0];
+    for (size_t k = 0; k < run_count_; ++k) from_[k] = rows[reach_.before + run.dy + k] + first;
+    const simd::RowFunctions& functions = simd::Active();
+    const auto step = static_cast<size_t>(layout_.step);
+    const simd::Rectangle rectangle = {run_count_, static_cast<size_t>(run.length), step,
+                                       static_cast<size_t>(-run.dx) * step};
+    return (dilate ? functions.rectangle_max : functions.rectangle_min)(from_.get(), rectangle,
+                                                                        count, to);
+  }
   size_t reads = 0;
   for (size_t i = 0; i < run_count_; ++i) {
     const Run& run = runs_[i];
@@ -90,6 +106,19 @@ void Element::JoinRuns() {
     }
   }
   run_count_ = kept;
+}
+
+// Runs are sorted.
+bool Element::IsRectangle() const {
+  if (run_count_ == 0 || !has_origin_) return false;
+  const Run& first = runs_[0];
+  if (3 * (int64_t{first.length} - 1) > simd::kRectangleReach) return false;
+  for (size_t i = 1; i < run_count_; ++i) {
+    const Run& run = runs_[i];
+    if (run.dx != first.dx || run.length != first.length) return false;
+    if (run.dy != first.dy + static_cast<int32_t>(i)) return false;
+  }
+  return true;
 }
 
 // Chooses lengths in ascending order, each at most twice the one before: those of the runs and some

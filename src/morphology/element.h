@@ -4,6 +4,8 @@
 // row, for all rows of the element that have a run of that length, each from the extreme over a
 // shorter length: two reads cover any length up to twice that. The 97 pixels of "Circle 11x11" cost
 // 6 reads along rows and 11 across them.
+//
+// Rectangles need no runs: their columns are combined first, then the extremes of columns.
 #pragma once
 
 #include <algorithm>
@@ -32,8 +34,7 @@ class Element {
       const int64_t half = std::min<int64_t>(half_width(dy < 0 ? -dy : dy), rows.width - 1);
       Add({dy, static_cast<int32_t>(-half), static_cast<int32_t>(2 * half + 1)});
     }
-    ChooseLengths();
-    ChooseShifts();
+    Plan();
   }
 
   explicit operator bool() const { return runs_ && from_ && picked_; }
@@ -64,6 +65,8 @@ class Element {
 
   void Add(const Run& run);
   void JoinRuns();
+  void Plan();
+  bool IsRectangle() const;
   void ChooseLengths();
   void ChooseShifts();
   int LevelOf(int32_t length) const;
@@ -75,6 +78,7 @@ class Element {
   Buffer<uint8_t> picked_;
   size_t run_count_ = 0;
   bool has_origin_ = false;
+  bool rectangle_ = false;
   Reach reach_ = {};
   int32_t lengths_[kMaxLengths] = {1};
   int32_t shifts_[kMaxLengths] = {};

@@ -142,6 +142,13 @@ struct ChannelBits {
   int down, up;  // 0 to 31
 };
 
+// A rectangle of bytes around a result: `left` is how many bytes before it the first column is, at
+// most (columns - 1) * step, which is kRectangleReach at most.
+struct Rectangle {
+  size_t rows, columns, step, left;
+};
+enum { kRectangleReach = 512 };
+
 // Weights of two neighbouring taps of a resized pixel, in units of 2^-kTapBits, as two i16 each: in
 // `low` the lower kTapLowBits bits of both, in `high` the remaining ones with the sign. The lower
 // half of each u32 is the first tap's.
@@ -232,10 +239,12 @@ struct RowFunctions {
   // `to`.
   void (*max_of)(const uint8_t* const* from, size_t rows, size_t count, uint8_t* to);
   void (*min_of)(const uint8_t* const* from, size_t rows, size_t count, uint8_t* to);
-  // to[i] = the largest (least) of from[k][i], from[k][i + step] and from[k][i + 2 * step] of three
-  // rows k; `step` is 1 or 3.
-  void (*square_max)(const uint8_t* const* from, size_t step, size_t count, uint8_t* to);
-  void (*square_min)(const uint8_t* const* from, size_t step, size_t count, uint8_t* to);
+  // to[i] = the largest (least) of a rectangle of bytes, which lie at from[k][i - left + c * step].
+  // Rows are readable from `left`, rounded up to a multiple of 64, before them.
+  void (*rectangle_max)(const uint8_t* const* from, const struct Rectangle& rectangle, size_t count,
+                        uint8_t* to);
+  void (*rectangle_min)(const uint8_t* const* from, const struct Rectangle& rectangle, size_t count,
+                        uint8_t* to);
   // to[i] = from[i] where that is not `value`
   void (*copy_unless)(const uint8_t* from, uint8_t value, size_t count, uint8_t* to);
   // to[i] = the median of from[0][i] to from[8][i]
