@@ -235,6 +235,8 @@ struct RowFunctions {
   // + 1 bytes unless count is 0. May be in place.
   void (*shift_bits)(const uint8_t* from, size_t shift, size_t count, uint8_t* to);
 
+  // to[i] = from[i]. Does not take the processor's string moves, which start slowly.
+  void (*copy)(const uint8_t* from, size_t count, uint8_t* to);
   // to[i] = the largest (least) of from[0][i], from[1][i], ...; at least one row, none of them
   // `to`.
   void (*max_of)(const uint8_t* const* from, size_t rows, size_t count, uint8_t* to);
