@@ -957,8 +957,9 @@ OMB_API uint32_t OMB_CDECL omb_scale(PackedDib** image, uint32_t width, uint32_t
  * + z^10/21! (from the last term on: sum = term + z * sum), and the negative of that for odd j.
  *
  * @par Limits
- * - Beside the new image, memory is taken for the weights and for the source rows in reach of a new
- *   row and up to 64 more, at the new width.
+ * - Beside the new image, memory is taken for the weights, for the source rows in reach of a new
+ * row and up to 64 more, at the new width, and for 1,024 source pixels, or those of one new pixel
+ * if these are more, of up to 64 rows.
  */
 OMB_API uint32_t OMB_CDECL omb_resize(PackedDib** image, uint32_t width, uint32_t height,
                                       uint32_t filter);

@@ -1,8 +1,8 @@
 // omb_resize: an image in another size, resampled with a filter.
 //
 // First each row is brought to the new width, then columns of such rows to the new height. Only the
-// rows in reach of the new row are kept. Across, as many rows as a vector has bytes are resized as
-// columns at a time, in pieces that stay in the first-level cache.
+// rows in reach of the new row are kept. Across, 32 or 64 rows at a time are resized as columns, in
+// pieces that stay in a near cache.
 #include <algorithm>
 #include <cstring>
 #include <optional>
@@ -88,7 +88,7 @@ class AcrossResizer {
       : functions_(simd::Active()),
         channels_(channels),
         most_pixels_(kPieceBytes / channels),
-        most_columns_(std::max(most_pixels_, 4 * axis.most_taps())),
+        most_columns_(std::max(most_pixels_, std::min(4 * axis.most_taps(), kMostColumns))),
         new_pixels_(static_cast<size_t>(axis.to())),
         most_pairs_((axis.most_taps() + 1) / 2),
         taps_(NewScratchBuffer<simd::ColumnTaps>(new_pixels_)) {
@@ -134,8 +134,9 @@ class AcrossResizer {
 
  private:
   // Of the new pixels of a piece at most. Of its source pixels, too, unless these are few beside
-  // the taps of one new pixel: neighbouring pieces share source pixels.
-  static constexpr size_t kPieceBytes = 192;
+  // the taps of one new pixel: neighbouring pieces share source pixels. Then kMostColumns limits
+  // the memory for them, unless a single new pixel needs more.
+  static constexpr size_t kPieceBytes = 192, kMostColumns = 1024;
 
   size_t ColumnsOf(size_t i, size_t end) const {
     return size_t{taps_[end - 1].first} + taps_[end - 1].count - taps_[i].first;

@@ -108,9 +108,9 @@ void Element::JoinRuns() {
   run_count_ = kept;
 }
 
-// Runs are sorted.
+// Runs are sorted. A column's have nothing to be combined along the row.
 bool Element::IsRectangle() const {
-  if (run_count_ == 0 || !has_origin_) return false;
+  if (run_count_ == 0 || !has_origin_ || runs_[0].length == 1) return false;
   const Run& first = runs_[0];
   if (3 * (int64_t{first.length} - 1) > simd::kRectangleReach) return false;
   for (size_t i = 1; i < run_count_; ++i) {

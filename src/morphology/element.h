@@ -5,7 +5,8 @@
 // shorter length: two reads cover any length up to twice that. The 97 pixels of "Circle 11x11" cost
 // 6 reads along rows and 11 across them.
 //
-// Rectangles need no runs: their columns are combined first, then the extremes of columns.
+// Of rectangles around the origin that are not too wide, nothing is computed once per source row:
+// their columns are combined first, then the extremes of these.
 #pragma once
 
 #include <algorithm>

@@ -67,8 +67,8 @@ enum {
   kConvolutionBlock = 128,   // a multiple of the bytes computed at a time
 };
 
-// Source rows of convolutions and Sobel edges must be readable this many bytes on from any of their
-// bytes.
+// Source rows of convolutions, Sobel edges and gradient magnitudes must be readable this many bytes
+// on from any of their bytes.
 enum { kReadAhead = kConvolutionBlock };
 
 // A palette network while it learns.
@@ -129,7 +129,9 @@ enum { kCounters = 272 };
 // copies of rows: row y is at y % ring.
 struct Scatter {
   uint64_t seed;
-  uint32_t area, side, before;  // `before` of the `side` columns and rows come before a pixel's own
+  uint32_t area;
+  uint32_t side,
+      before;  // `before` of the `side` (2 or more) columns and rows come before a pixel's
   uint32_t width, height, ring;
   uint32_t channels, pitch;
   uint32_t x, y;
@@ -358,7 +360,7 @@ struct RowFunctions {
 
   // Blends the tone curves of two rows of blocks, 256 levels each: first * (256 - weight) + second
   // * weight. pairs[256 j + v] has the result of block j in its lower half and that of block j + 1
-  // in its upper half; the last block is its own neighbour.
+  // in its upper half; the last block is its own neighbour. There is at least one.
   void (*blend_curves)(const uint8_t* first, const uint8_t* second, int weight, size_t blocks,
                        uint32_t* pairs);
   // levels[i] = (lower * (256 - weights[i]) + upper * weights[i] + 32768) >> 16, with the two
@@ -443,7 +445,7 @@ struct RowFunctions {
   // the sum of rows[k][i] times weight k) >> 22, limited to 0..255. `to` is none of the rows.
   void (*weigh_rows)(const uint8_t* const* rows, const struct TapPair* pairs, size_t taps,
                      size_t count, uint8_t* to);
-  // Rows resized across at a time: a vector of bytes, at most kMostTapRows.
+  // Rows resized across at a time: 32, or kMostTapRows where a vector has that many bytes.
   size_t tap_rows;
   // The same across, for `count` new pixels of tap_rows rows. A column is tap_rows bytes, one of
   // each row; a pixel has `channels` columns. `columns` begins with those of source pixel `first`.
