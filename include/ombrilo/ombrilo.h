@@ -958,8 +958,8 @@ OMB_API uint32_t OMB_CDECL omb_scale(PackedDib** image, uint32_t width, uint32_t
  *
  * @par Limits
  * - Beside the new image, memory is taken for the weights, for the source rows in reach of a new
- * row and up to 64 more, at the new width, and for 1,024 source pixels, or those of one new pixel
- * if these are more, of up to 64 rows.
+ *   row and up to 64 more, at the new width,
+ *   and for 1,024 source pixels of 64 rows, or those of one new pixel if these are more.
  */
 OMB_API uint32_t OMB_CDECL omb_resize(PackedDib** image, uint32_t width, uint32_t height,
                                       uint32_t filter);

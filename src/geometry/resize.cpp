@@ -114,12 +114,13 @@ class AcrossResizer {
   void Resize(const uint8_t* const* from, size_t row_count, uint8_t* const* to) {
     const uint8_t* source[kMostRows];
     for (size_t r = 0; r < rows(); ++r) source[r] = from[std::min(r, row_count - 1)];
-    for (size_t i = 0, end; i < new_pixels_; i = end) {
-      end = EndOfPiece(i);
+    for (size_t i = 0, end = EndOfPiece(0), next_end; i < new_pixels_; i = end, end = next_end) {
+      next_end = end;
       if (end < new_pixels_) {
         // No prefetcher follows so many rows.
+        next_end = EndOfPiece(end);
         const size_t next = channels_ * taps_[end].first;
-        const size_t bytes = channels_ * ColumnsOf(end, EndOfPiece(end));
+        const size_t bytes = channels_ * ColumnsOf(end, next_end);
         for (size_t r = 0; r < row_count; ++r) ReadAhead(source[r] + next, bytes);
       }
       const size_t first = taps_[i].first;

@@ -112,7 +112,8 @@ void Element::JoinRuns() {
 bool Element::IsRectangle() const {
   if (run_count_ == 0 || !has_origin_ || runs_[0].length == 1) return false;
   const Run& first = runs_[0];
-  if (3 * (int64_t{first.length} - 1) > simd::kRectangleReach) return false;
+  constexpr int64_t kMostStep = 3;
+  if (kMostStep * (first.length - 1) > simd::kRectangleReach) return false;
   for (size_t i = 1; i < run_count_; ++i) {
     const Run& run = runs_[i];
     if (run.dx != first.dx || run.length != first.length) return false;

@@ -129,9 +129,8 @@ enum { kCounters = 272 };
 // copies of rows: row y is at y % ring.
 struct Scatter {
   uint64_t seed;
-  uint32_t area;
-  uint32_t side,
-      before;  // `before` of the `side` (2 or more) columns and rows come before a pixel's
+  // `before` of the `side` columns and rows, which are 2 or more, come before a pixel's own.
+  uint32_t area, side, before;
   uint32_t width, height, ring;
   uint32_t channels, pitch;
   uint32_t x, y;
