@@ -8,8 +8,9 @@ uint32_t omb_fliphor(PackedDib* image) {
   const auto dib = ombrilo::Dib::Open(image);
   // Unlike omb_flipvert, which moves whole rows of any depth.
   if (!dib || (!dib->indexed() && dib->bit_count() != 24)) return 0;
-  for (int32_t y = 0; y < dib->pixel_rows(); ++y) {
-    ombrilo::MirrorRow(dib->row(y), dib->bit_count(), dib->width(), dib->row(y));
+  for (int32_t y = 0, last = dib->pixel_rows() - 1; y <= last; ++y) {
+    ombrilo::MirrorRowInPlace(dib->row(y), dib->bit_count(), dib->width(),
+                              y < last ? dib->row(y + 1) : nullptr);
   }
   return 1;
 }

@@ -400,6 +400,8 @@ struct RowFunctions {
   // Reverses the order of pixels of 1, 4, 8 or 24 bits. `count` is the bytes of whole pixels. Not
   // in place.
   void (*mirror)(const uint8_t* from, size_t count, int bit_count, uint8_t* to);
+  // Swaps two runs of such pixels and reverses both.
+  void (*swap_mirrored)(uint8_t* a, uint8_t* b, size_t count, int bit_count);
   // Columns become rows, of pixels of 1, 4, 8 or 24 bits. Bits of a new row's last byte after the
   // last pixel become 0.
   void (*transpose)(const struct Transposition& t, int bit_count, size_t columns, size_t rows);
