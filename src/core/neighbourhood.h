@@ -13,9 +13,11 @@
 //   struct Filter {
 //     void Begin(const WindowLayout&);                    // once per walk
 //     void Prepare(uint8_t* row);                         // once per source row
-//     void Combine(uint8_t* const* rows, size_t first,    // once per result row: bytes
-//                  size_t count, uint8_t* to);            // [first, first + count), from `to` on
-//   };
+//     void Combine(uint8_t* const* rows, size_t first,    // once per result row or for each piece
+//                  size_t count, uint8_t* to);            // of it: bytes [first, first + count),
+//   };                                                    // from `to` on
+//
+// A filter may have `bool WholeRows() const`; if that is true, it gets no pieces.
 //
 // Prepare runs once for each source row, in order, after its missing columns are filled in; with
 // kSkip it runs for the neutral row first. A row takes the place of the one that leaves the window:
@@ -40,6 +42,7 @@
 #include "core/indexed_colors.h"
 #include "core/packed_dib.h"
 #include "core/pixel_rows.h"
+#include "core/read_ahead.h"
 
 namespace ombrilo {
 
@@ -76,6 +79,10 @@ struct FilterMemory {
 };
 
 struct WindowLayout {
+  // A piece of a row, which the last one may be longer than, not shorter: whole pixels, and a
+  // multiple of the bytes that row functions compute at a time.
+  static constexpr size_t kPiece = 1536;
+
   ptrdiff_t step;  // bytes from a pixel to the next
   size_t bytes;    // of the pixels of a row
   size_t first;    // bytes that are computed: [first, first + count)
@@ -185,13 +192,30 @@ class Neighbourhood {
         continue;
       }
       uint8_t* const to = Target(y);
-      passes[count - 1].filter->Combine(window.rows, layout_.first, layout_.count,
-                                        to + layout_.first);
+      CombineRow(*passes[count - 1].filter, window.rows, to);
       if (changed != nullptr && !*changed) {
         *changed = std::memcmp(window.rows[window.reach.before], to, layout_.bytes) != 0;
       }
       if (coded_ || to == result_ || border.kind == Border::kZero) Finish(y, to, border);
     }
+  }
+
+  // Long rows are computed in pieces, and meanwhile the row that the walk reads next is fetched:
+  // the processor does not foresee it beyond what it reads, and all of it at once gained nothing.
+  template <class Filter>
+  void CombineRow(Filter& filter, uint8_t* const* rows, uint8_t* to) const {
+    const uint8_t* next = NextRow();
+    if constexpr (requires { filter.WholeRows(); }) {
+      if (filter.WholeRows()) next = nullptr;
+    }
+    const size_t end = layout_.first + layout_.count;
+    size_t at = layout_.first;
+    for (; next != nullptr && end - at >= 2 * WindowLayout::kPiece; at += WindowLayout::kPiece) {
+      ReadAhead(next + at, WindowLayout::kPiece);
+      filter.Combine(rows, at, WindowLayout::kPiece, to + at);
+    }
+    if (next != nullptr) ReadAhead(next + at, end - at);
+    filter.Combine(rows, at, end - at, to + at);
   }
 
   // Moves the window of the last of these passes on by one row.
@@ -235,6 +259,7 @@ class Neighbourhood {
     if (++window.next_slot == window.ring) window.next_slot = 0;
     return slot;
   }
+  const uint8_t* NextRow() const;
   void Load(int32_t y, uint8_t* row);
   void Settle(int32_t y, const uint8_t* result, uint8_t* row);
   void AddMargins(const Window& window, uint8_t* row) const;

@@ -267,9 +267,11 @@ void Convolver::Combine(uint8_t* const* rows, size_t first, size_t count, uint8_
   for (size_t i = 0; i < count_; ++i) {
     rows_[i] = rows[reach_.before + taps_[i].dy] + first + taps_[i].dx * layout_.step;
   }
-  const uint8_t* sums[kMaxBox] = {totals_};
+  const size_t at = 2 * (first - layout_.first);  // sums have 16 bits
+  const uint8_t* sums[kMaxBox] = {};
+  if (running_) sums[0] = totals_ + at;
   for (size_t k = 0; !running_ && k < down_.count; ++k) {
-    sums[k] = rows[reach_.before + down_.taps[k].dy] + layout_.pitch;
+    sums[k] = rows[reach_.before + down_.taps[k].dy] + layout_.pitch + at;
   }
   simd::Convolution plan = plan_;
   plan.bytes = {rows_.get(), runs_.get(), run_count_};

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "core/read_ahead.h"
 #include "rows/row_functions.h"
 
 namespace ombrilo {
@@ -17,7 +18,7 @@ class RowStream {
  public:
   // For a result of `result` bytes made of `source` bytes.
   RowStream(bool backwards, uint64_t source, uint64_t result)
-      : streams_(backwards && source + result >= kLarge) {}
+      : streams_(backwards && source + result >= kCached) {}
   RowStream(const RowStream&) = delete;
   RowStream& operator=(const RowStream&) = delete;
   ~RowStream() {
@@ -54,8 +55,6 @@ class RowStream {
   }
 
  private:
-  // Source and result together, about what processors have in their last cache.
-  static constexpr uint64_t kLarge = 16 << 20;
   static constexpr size_t kShortest = 1024;  // bytes of a row; shorter ones are slower
   static constexpr size_t kLine = simd::kCacheLine;
   static constexpr size_t kPiece = 13 * kLine;

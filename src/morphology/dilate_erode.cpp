@@ -74,6 +74,7 @@ struct SquareBitsFilter {
     row[bytes - 1] = static_cast<uint8_t>(one ? row[bytes - 1] | spare : row[bytes - 1] & ~spare);
     row[bytes] = one ? 0xFF : 0;
   }
+  bool WholeRows() const { return true; }
   void Combine(uint8_t* const* rows, size_t, size_t count, uint8_t* to) {
     const uint8_t before = to[count - 1];
     (op == DilateErode::kDilate ? simd::Active().square_bits_left

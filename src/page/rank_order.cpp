@@ -32,6 +32,7 @@ class RankFilter {
     const size_t reach = size_ / 2 * static_cast<size_t>(layout_.step);
     simd::Active().split_planes(row + layout_.first, reach, layout_.count, row + layout_.pitch);
   }
+  bool WholeRows() const { return !by_columns_; }
   void Combine(uint8_t* const* rows, size_t first, size_t count, uint8_t* to) {
     const ptrdiff_t start = by_columns_ ? static_cast<ptrdiff_t>(first) : layout_.pitch;
     const uint8_t* from[kMostRows];
