@@ -48,7 +48,7 @@ bool ScaleRows(Sampler& sampler, int32_t width, int32_t height, size_t stride, u
     for (int32_t i = 0; i < count; ++i) positions[static_cast<size_t>(i)] = columns[x + i];
     strip.Begin(x, positions.get(), count);
     for (int32_t y = 0; y < height; ++y) {
-      strip.Sample(lines[y], y, rows + static_cast<size_t>(y) * stride);
+      strip.Sample(lines[y], lines[y + 1], y, rows + static_cast<size_t>(y) * stride);
     }
   }
   return true;

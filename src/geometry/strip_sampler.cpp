@@ -5,9 +5,17 @@
 #include <iterator>
 #include <utility>
 
+#include "core/read_ahead.h"
+
 namespace ombrilo {
 
 namespace {
+
+// The places from pixel `first` on.
+simd::PixelPlaces From(simd::PixelPlaces places, int32_t first) {
+  places.offset += first;
+  return places;
+}
 
 // The distance between two arrays of up to `count` values and their padding. Arrays nearly a
 // multiple of 4 KiB apart would get in each other's way in the first-level cache.
@@ -29,6 +37,10 @@ StripSampler::StripSampler(Sampler& sampler, int32_t columns, int32_t span, int3
       functions_(simd::Active()),
       inner_rows_(sampler.Inner(sampler.height())),
       enlarges_(sampler.mode() == OMB_RESAMPLE_BILINEAR && height > sampler.height()),
+      fetches_(sampler.in_place() && height < sampler.height() &&
+               static_cast<uint64_t>(sampler.source().stride()) *
+                       static_cast<uint64_t>(sampler.height()) >=
+                   kCached),
       plane_(PlaneOf(columns)),
       // Up to 7 columns before those that are read, and one after the image's.
       decoded_size_(sampler.in_place() ? 0
@@ -84,13 +96,13 @@ void StripSampler::Begin(int32_t x, const Position* columns, int32_t count) {
   std::fill_n(offset_ + count, simd::kRunPadding, offset_[count - 1]);
 }
 
-void StripSampler::Sample(Position position, int32_t y, uint8_t* row) {
+void StripSampler::Sample(Position position, Position next, int32_t y, uint8_t* row) {
   uint8_t* const to = sampler_.in_place() ? row + int64_t{x_} * sampler_.channels() : sampled_;
   switch (sampler_.mode()) {
     case OMB_RESAMPLE_POINT:
-      return Point(position, row, to);
+      return Point(position, next, row, to);
     case OMB_RESAMPLE_BILINEAR:
-      Bilinear(position, to);
+      Bilinear(position, next, to);
       break;
     case OMB_RESAMPLE_BICUBIC:
       Bicubic(position, y, to);
@@ -99,21 +111,24 @@ void StripSampler::Sample(Position position, int32_t y, uint8_t* row) {
   if (to == sampled_) sampler_.Encode(to, x_, count_, row);
 }
 
-void StripSampler::Point(Position position, uint8_t* row, uint8_t* to) {
+void StripSampler::Point(Position position, Position next, uint8_t* row, uint8_t* to) {
   const int32_t source_row = inner_rows_.Limit(position.whole);
   if (picked_ == source_row) {
     const size_t bits = sampler_.source().bit_count();
     const size_t first = static_cast<size_t>(x_) * bits / 8;
     std::memcpy(row + first, last_ + first, (static_cast<size_t>(count_) * bits + 7) / 8);
   } else {
-    functions_.pick(Places(source_row, source_row), static_cast<size_t>(count_), to);
+    const simd::PixelPlaces places = Places(source_row, source_row);
+    InPieces(next, 1, [&](int32_t first, size_t count) {
+      functions_.pick(From(places, first), count, to + first * sampler_.channels());
+    });
     if (to == sampled_) sampler_.Encode(to, x_, count_, row);
   }
   picked_ = source_row;
   last_ = row;
 }
 
-void StripSampler::Bilinear(Position position, uint8_t* to) {
+void StripSampler::Bilinear(Position position, Position next, uint8_t* to) {
   const int32_t lower = inner_rows_.Limit(position.whole);
   const int32_t upper = std::min(lower + 1, sampler_.height() - 1);
   if (enlarges_) {
@@ -122,8 +137,31 @@ void StripSampler::Bilinear(Position position, uint8_t* to) {
                            plane_, static_cast<size_t>(count_), to);
     return;
   }
-  functions_.bilinear(Places(lower, upper), Row(upper), fraction_, &position.fraction,
-                      static_cast<size_t>(count_), to);
+  const simd::PixelPlaces places = Places(lower, upper);
+  const uint8_t* const above = Row(upper);
+  InPieces(next, 2, [&](int32_t first, size_t count) {
+    functions_.bilinear(From(places, first), above, fraction_ + first, &position.fraction, count,
+                        to + first * sampler_.channels());
+  });
+}
+
+// Calls f(first, count) for the strip's pixels: in pieces, if meanwhile the source rows of the next
+// row are to be fetched, which the processor does not foresee.
+template <class F>
+void StripSampler::InPieces(Position next, int32_t source_rows, F&& f) {
+  constexpr int32_t kPiece = 256;
+  if (!fetches_) return f(0, static_cast<size_t>(count_));
+  const DibView& source = sampler_.source();
+  const int32_t low = inner_rows_.Limit(next.whole);
+  const int32_t end = std::min(low + source_rows, sampler_.height());
+  for (int32_t first = 0, count; first < count_; first += count) {
+    count = std::min(kPiece, count_ - first);
+    const int32_t from = offset_[first], bytes = offset_[first + count] - from;
+    for (int32_t row = low; row < end; ++row) {
+      ReadAhead(source.row(row) + from, static_cast<size_t>(bytes));
+    }
+    f(first, static_cast<size_t>(count));
+  }
 }
 
 const float* StripSampler::Pairs(int32_t source_row) {

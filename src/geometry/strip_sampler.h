@@ -31,12 +31,15 @@ class StripSampler {
   // Begins the strip of columns of the new image from x on, at these ascending positions, which
   // have to stay in memory.
   void Begin(int32_t x, const Position* columns, int32_t count);
-  // Samples the strip's pixels of row y of the new image; rows come in order.
-  void Sample(Position position, int32_t y, uint8_t* row);
+  // Samples the strip's pixels of row y of the new image, at this position; rows come in order.
+  // `next` is the position of the row after it.
+  void Sample(Position position, Position next, int32_t y, uint8_t* row);
 
  private:
-  void Point(Position position, uint8_t* row, uint8_t* to);
-  void Bilinear(Position position, uint8_t* to);
+  void Point(Position position, Position next, uint8_t* row, uint8_t* to);
+  void Bilinear(Position position, Position next, uint8_t* to);
+  template <class F>
+  void InPieces(Position next, int32_t source_rows, F&& f);
   const float* Pairs(int32_t source_row);
   void Bicubic(Position position, int32_t y, uint8_t* to);
   const uint8_t* Row(int32_t source_row);
@@ -48,6 +51,7 @@ class StripSampler {
   const simd::RowFunctions& functions_;
   const Span inner_rows_;
   const bool enlarges_;  // bilinear: source rows are blended more than once
+  const bool fetches_;   // shrinks a large image
   const size_t plane_;   // from one array of the strip's values to the next
   const size_t decoded_size_;
   AlignedScratch memory_;
