@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 
+#include "core/packed_dib.h"
 #include "support/naive.h"
 #include "support/untouched.h"
 
@@ -238,6 +239,41 @@ TEST(Rotate, EqualsTheReferenceAtEveryDepthAngleAndMode) {
 }
 
 // In a core header, scaling writes 32 bits of width over both sizes; rotating keeps 16 of each.
+// At half of the size positions are whole: pixels are picked, in either mode. Images that no cache
+// holds are sampled in pieces.
+TEST(Scale, LargeImagesAtHalfSizeArePicked) {
+  for (const int bits : {8, 24}) {
+    const int width = bits == 8 ? 6002 : 4002, height = (16 << 20) / (width * bits / 8) / 2 * 2 + 2;
+    const TestImage image(omb_newdib(width, height, static_cast<uint16_t>(bits)));
+    const Dib source = *Dib::Open(image.get());
+    const auto noise = Noise(256, 7);
+    std::vector<uint8_t> bytes(source.stride());
+    for (size_t i = 0; i < bytes.size(); ++i) {
+      bytes[i] = static_cast<uint8_t>(noise(static_cast<int>(i), 0));
+    }
+    for (int y = 0; y < height; ++y) {
+      for (size_t i = 0; i < bytes.size(); ++i) {
+        source.row(y)[i] = static_cast<uint8_t>(bytes[i] + 3 * y);
+      }
+    }
+    const size_t pixel = static_cast<size_t>(bits) / 8;
+    for (const uint32_t mode : {OMB_RESAMPLE_POINT, OMB_RESAMPLE_BILINEAR}) {
+      TestImage half = image.Clone();
+      ASSERT_EQ(omb_scale(half.ref(), static_cast<uint32_t>(width) / 2,
+                          static_cast<uint32_t>(height) / 2, mode),
+                1u);
+      const DibView result = *DibView::Open(half.get());
+      size_t wrong = 0;
+      for (int y = 0; y < height / 2; ++y) {
+        for (size_t i = 0; i < pixel * static_cast<size_t>(width) / 2; ++i) {
+          wrong += result.row(y)[i] != source.row(2 * y)[i + i / pixel * pixel];
+        }
+      }
+      EXPECT_EQ(wrong, 0u) << bits << ' ' << mode;
+    }
+  }
+}
+
 TEST(Resampling, HeadersOfResults) {
   TestImage core = Make({8, true, GrayRamp(256)}, 20, 10);
   ASSERT_EQ(omb_scale(core.ref(), 65536 + 7, 200, 1), 1u);
