@@ -1,10 +1,10 @@
 // omb_granulate: mosaic. Every pixel becomes the mean of the block that it is in.
 //
-// A row of blocks at a time, so that the image is read once and written once: rows add to a 16-bit
-// sum for each column, columns to a 64-bit sum for each block, and the means make one row, which is
-// copied to all.
+// A tile at a time: some blocks next to each other, so that what is read, summed and written stays
+// in the nearest cache. Rows add to a 16-bit sum for each column, columns to a sum for each block,
+// and the means make one row, which is copied to all.
 #include <algorithm>
-#include <cstring>
+#include <optional>
 
 #include "core/buffer.h"
 #include "core/indexed_colors.h"
@@ -17,7 +17,7 @@ namespace ombrilo {
 namespace {
 
 constexpr int32_t kRowsInSums = 257;  // 257 x 255 is the largest number of 16 bits
-constexpr size_t kRoom = 8;           // bytes that are written after a row of means
+constexpr size_t kTileBytes = 4096;   // of a row, unless eight blocks are longer
 
 class Mosaic {
  public:
@@ -28,18 +28,24 @@ class Mosaic {
         block_(static_cast<size_t>(block_width)),
         block_height_(block_height) {
     if (dib.indexed()) {
-      if (!colors_) return;
-      colors_.Snapshot(dib);
-      step_ = colors_.step();
+      colors_.emplace(!MakeDIBPalette(dib)->AllGray());
+      if (!*colors_) return;
+      colors_->Snapshot(dib);
+      step_ = colors_->step();
+      coded_ = !colors_->identity();
     }
-    bytes_ = width_ * step_;
-    blocks_ = (width_ + block_ - 1) / block_;
-    columns_ = NewScratchBuffer<uint16_t>(bytes_);
-    sums_ = NewScratchBuffer<uint64_t>(blocks_ * step_);
-    means_ = NewScratchBuffer<uint8_t>(blocks_ * step_);
-    values_ = NewScratchBuffer<uint8_t>(bytes_ + kRoom);
-    indices_ = NewScratchBuffer<uint8_t>(blocks_);
-    ready_ = columns_ && sums_ && means_ && values_ && indices_;
+    // Tiles begin at whole bytes of any depth.
+    const size_t blocks = std::max<size_t>(kTileBytes / step_ / block_ / 8 * 8, 8);
+    tile_ = block_ <= width_ / blocks ? block_ * blocks : width_;
+    if (tile_ > SIZE_MAX / 16) return;
+    columns_ = NewScratchBuffer<uint16_t>(tile_ * step_ + simd::kBlocksRoom);
+    means_ = NewScratchBuffer<uint8_t>(blocks * step_ + simd::kBlocksRoom);
+    indices_ = NewScratchBuffer<uint8_t>(blocks + simd::kBlocksRoom);
+    values_ = NewScratchBuffer<uint8_t>((coded_ ? simd::kMostSummedRows : 1) * tile_ * step_ +
+                                        simd::kBlocksRoom);
+    const bool small = uint64_t{block_} * static_cast<uint64_t>(block_height) <= simd::kSmallBlock;
+    if (!small) sums_ = NewScratchBuffer<uint64_t>(blocks * step_);
+    ready_ = columns_ && means_ && indices_ && values_ && (small || sums_);
   }
   explicit operator bool() const { return ready_; }
 
@@ -47,65 +53,105 @@ class Mosaic {
   void Run() {
     for (int32_t end = dib_.pixel_rows(); end > 0; end -= std::min(end, block_height_)) {
       const int32_t first = end - std::min(end, block_height_);
-      Sum(first, end);
-      Divide(end - first);
-      Write(first, end);
+      for (size_t x = 0; x < width_; x += tile_) {
+        const Tile tile = {x, std::min(tile_, width_ - x), first, end};
+        if (sums_) {
+          AverageLarge(tile);
+        } else {
+          AverageSmall(tile);
+        }
+        Write(tile);
+      }
     }
   }
 
  private:
-  void Sum(int32_t first, int32_t end) {
-    std::fill_n(sums_.get(), blocks_ * step_, uint64_t{0});
-    while (first < end) {
-      const int32_t stop = std::min(end, first + kRowsInSums);
-      std::memset(columns_.get(), 0, bytes_ * sizeof columns_[0]);
-      for (; first < stop; ++first) {
-        simd::Active().add_bytes(Values(first), bytes_, columns_.get());
+  struct Tile {
+    size_t x, width;
+    int32_t first, end;  // rows
+  };
+
+  uint8_t* Row(const Tile& tile, int32_t y) const {
+    return dib_.row(y) + tile.x * dib_.bit_count() / 8;
+  }
+
+  // Up to kRowsInSums rows.
+  void SumColumns(const Tile& tile, int32_t first, int32_t end) {
+    const size_t count = tile.width * step_;
+    for (int32_t y = first; y < end;) {
+      const uint8_t* rows[simd::kMostSummedRows];
+      size_t n = 0;
+      const bool add = y != first;
+      for (; y < end && n < simd::kMostSummedRows; ++y, ++n) {
+        rows[n] = Row(tile, y);
+        if (!coded_) continue;
+        uint8_t* const values = values_.get() + n * count;
+        colors_->DecodeRow(rows[n], 0, tile.width, values);
+        rows[n] = values;
       }
-      simd::Active().sum_blocks(columns_.get(), step_, width_, block_, sums_.get());
+      simd::Active().sum_rows(rows, n, count, add, columns_.get());
     }
   }
 
-  const uint8_t* Values(int32_t y) {
-    if (!dib_.indexed() || colors_.identity()) return dib_.row(y);
-    colors_.DecodeRow(dib_.row(y), 0, width_, values_.get());
-    return values_.get();
+  void AverageSmall(const Tile& tile) {
+    SumColumns(tile, tile.first, tile.end);
+    const auto average = simd::Active().average_blocks;
+    const auto height = static_cast<size_t>(tile.end - tile.first);
+    const size_t blocks = tile.width / block_, rest = tile.width % block_;
+    average(columns_.get(), step_, blocks, block_, height, means_.get());
+    if (rest != 0) {
+      average(columns_.get() + blocks * block_ * step_, step_, 1, rest, height,
+              means_.get() + blocks * step_);
+    }
   }
 
-  void Divide(int32_t rows) {
-    const auto divide = simd::Active().divide_sums;
-    const auto height = static_cast<uint64_t>(rows);
-    const size_t whole = width_ / block_ * step_, rest = width_ % block_;
-    divide(sums_.get(), whole, height * block_, means_.get());
-    if (rest != 0) divide(sums_.get() + whole, step_, height * rest, means_.get() + whole);
+  void AverageLarge(const Tile& tile) {
+    const size_t blocks = (tile.width + block_ - 1) / block_;
+    std::fill_n(sums_.get(), blocks * step_, uint64_t{0});
+    for (int32_t y = tile.first; y < tile.end; y += std::min(tile.end - y, kRowsInSums)) {
+      SumColumns(tile, y, y + std::min(tile.end - y, kRowsInSums));
+      size_t n;
+      for (size_t x = 0; x < tile.width; x += n) {
+        n = std::min({block_ - x % block_, tile.width - x, size_t{simd::kMostColumns}});
+        simd::Active().add_columns(columns_.get() + x * step_, step_, n,
+                                   sums_.get() + x / block_ * step_);
+      }
+    }
+    for (size_t i = 0; i < blocks * step_; ++i) {
+      const size_t width = std::min(block_, tile.width - i / step_ * block_);
+      const uint64_t pixels = uint64_t{width} * static_cast<uint64_t>(tile.end - tile.first);
+      means_[i] = static_cast<uint8_t>((sums_[i] + pixels / 2) / pixels);
+    }
   }
 
-  void Write(int32_t first, int32_t end) {
-    const size_t step = dib_.indexed() ? 1 : step_;
+  void Write(const Tile& tile) {
+    const simd::RowFunctions& functions = simd::Active();
+    const size_t step = dib_.indexed() ? 1 : 3;
     const uint8_t* means = means_.get();
-    if (dib_.indexed()) {
-      colors_.Encode(means_.get(), blocks_, indices_.get());
+    if (coded_) {
+      colors_->Encode(means, (tile.width + block_ - 1) / block_, indices_.get());
       means = indices_.get();
     }
-    simd::Active().repeat_colors(means, step, width_, block_, values_.get());
-    for (int32_t y = first; y < end; ++y) {
-      if (dib_.indexed()) {
-        PackIndices(values_.get(), dib_.bit_count(), width_, dib_.row(y));
+    functions.repeat_colors(means, step, tile.width, block_, values_.get());
+    for (int32_t y = tile.first; y < tile.end; ++y) {
+      if (dib_.bit_count() < 8) {
+        PackIndices(values_.get(), dib_.bit_count(), tile.width, Row(tile, y));
       } else {
-        std::memcpy(dib_.row(y), values_.get(), bytes_);
+        functions.copy(values_.get(), tile.width * step, Row(tile, y));
       }
     }
   }
 
   const Dib& dib_;
-  IndexedColors colors_;
-  const size_t width_, block_;  // of the image and of a block, in pixels
+  std::optional<IndexedColors> colors_;  // indexed images
+  const size_t width_, block_;           // of the image and of a block, in pixels
   const int32_t block_height_;
-  size_t step_ = 3;        // bytes of a color
-  size_t bytes_, blocks_;  // colors and blocks in a row
+  bool coded_ = false;  // pixels have to be decoded
+  size_t step_ = 3;     // bytes of a color
+  size_t tile_;         // pixels of a row
   Buffer<uint16_t> columns_;
-  Buffer<uint64_t> sums_;
-  Buffer<uint8_t> means_, values_, indices_;
+  Buffer<uint64_t> sums_;  // of blocks that are not small
+  Buffer<uint8_t> means_, indices_, values_;
   bool ready_ = false;
 };
 

@@ -121,6 +121,14 @@ enum { kCacheLine = 64 };
 
 enum { kPlanesRoom = 64 };  // see rank_of_planes
 
+// Mosaics.
+enum {
+  kMostSummedRows = 4,  // at a time
+  kSmallBlock = 256,    // pixels
+  kMostColumns = 1 << 16,
+  kBlocksRoom = 16,
+};
+
 // The counters of one set of a histogram: 256, and some room so that those of different sets are
 // not a multiple of 4 KiB apart, where they would wait for each other.
 enum { kCounters = 272 };
@@ -381,17 +389,20 @@ struct RowFunctions {
   // Error diffusion through rows of three-byte colors.
   void (*diffuse)(struct SumsLists& palette, const struct Diffusion& diffusion);
 
-  // sums[i] += bytes[i]
-  void (*add_bytes)(const uint8_t* bytes, size_t count, uint16_t* sums);
-  // Adds `step` (1 or 3) sums of each pixel to the `step` sums of its block of pixels; the last
-  // block may be narrower.
-  void (*sum_blocks)(const uint16_t* columns, size_t step, size_t pixels, size_t block,
-                     uint64_t* sums);
-  // `pixels` pixels of `step` (1 or 3) bytes, `block` of each color. Writes up to 7 bytes more.
+  // Sums of 1 to kMostSummedRows rows; with `add`, they are added to what `sums` held before.
+  void (*sum_rows)(const uint8_t* const* rows, size_t row_count, size_t count, bool add,
+                   uint16_t* sums);
+  // The rounded means of blocks, from the sums of their columns: blocks of `width` pixels of `step`
+  // (1 or 3) sums, each of `height` rows. A block has at most kSmallBlock pixels. Up to
+  // kBlocksRoom bytes after the sums are read.
+  void (*average_blocks)(const uint16_t* columns, size_t step, size_t blocks, size_t width,
+                         size_t height, uint8_t* to);
+  // Adds the `step` (1 or 3) sums of each pixel to `sums`; at most kMostColumns pixels.
+  void (*add_columns)(const uint16_t* columns, size_t step, size_t pixels, uint64_t* sums);
+  // `pixels` pixels of `step` (1 or 3) bytes, `block` of each color. Reads and writes up to
+  // kBlocksRoom bytes more.
   void (*repeat_colors)(const uint8_t* colors, size_t step, size_t pixels, size_t block,
                         uint8_t* to);
-  // to[i] = (sums[i] + divisor / 2) / divisor, where sums[i] is a sum of `divisor` bytes
-  void (*divide_sums)(const uint64_t* sums, size_t count, uint64_t divisor, uint8_t* to);
   // offset[i] = the offset in the ring of the pixel that replaces pixel i.
   void (*scatter)(const struct Scatter& scatter, size_t count, int32_t* offset);
 
