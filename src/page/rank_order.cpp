@@ -15,7 +15,7 @@ class RankFilter {
   RankFilter(int32_t radius, int32_t percentile)
       : size_(static_cast<size_t>(2 * radius + 1)),
         rank_((size_ * size_ - 1) * static_cast<size_t>(percentile) / 100),
-        by_columns_(size_ == 3 || (size_ == 5 && rank_ == 12)) {}
+        by_columns_(size_ <= 5) {}
 
   // The bit planes of each row, which are about as long as the row.
   FilterMemory memory() const {
@@ -37,9 +37,11 @@ class RankFilter {
     const ptrdiff_t start = by_columns_ ? static_cast<ptrdiff_t>(first) : layout_.pitch;
     const uint8_t* from[kMostRows];
     for (size_t k = 0; k < size_; ++k) from[k] = rows[k] + start;
-    const simd::RowFunctions& functions = simd::Active();
-    const auto rank = by_columns_ ? functions.rank_of_columns : functions.rank_of_planes;
-    rank(from, size_, layout_.step, rank_, count, to);
+    if (by_columns_) {
+      simd::Active().rank_of_columns(from, size_, layout_.step, rank_, count, to);
+    } else {
+      simd::Active().rank_of_planes(from, layout_.step, rank_, count, to);
+    }
   }
 
  private:

@@ -347,17 +347,16 @@ struct RowFunctions {
   // their sum.
   void (*count_bytes)(const uint8_t* bytes, size_t step, size_t count, uint32_t (*sets)[kCounters]);
 
-  // to[i] = the rank-th (0: the least) of the `size` x `size` square around i: any rank of 3x3, the
-  // median of 5x5. rows[k] is row k of the square, in the column of i = 0, and neighbours are
-  // `step` (1 to 3) bytes apart.
+  // to[i] = the rank-th (0: the least) of the `size` x `size` square around i, of 3 or 5. rows[k]
+  // is row k of the square, in the column of i = 0, and neighbours are `step` (1 to 3) bytes apart.
   void (*rank_of_columns)(const uint8_t* const* rows, size_t size, ptrdiff_t step, size_t rank,
                           size_t count, uint8_t* to);
-  // Any rank in squares of 5 or 7, from bit planes. split_planes makes those of a source row, with
-  // `reach` = size / 2 * step bytes on each side of it; they take count + 7 + 16 * reach bytes and
-  // are read kPlanesRoom bytes further. The count is not 0.
+  // The same in squares of 7, from bit planes. split_planes makes those of a source row, with
+  // `reach` = 3 * step bytes on each side of it; they take count + 7 + 16 * reach bytes and are
+  // read kPlanesRoom bytes further. The count is not 0.
   void (*split_planes)(const uint8_t* row, size_t reach, size_t count, uint8_t* planes);
-  void (*rank_of_planes)(const uint8_t* const* planes, size_t size, ptrdiff_t step, size_t rank,
-                         size_t count, uint8_t* to);
+  void (*rank_of_planes)(const uint8_t* const* planes, ptrdiff_t step, size_t rank, size_t count,
+                         uint8_t* to);
   // Gradient magnitudes sqrt(x^2 + y^2), truncated. Sobel: of three rows, around the middle one,
   // limited to 255. Roberts: differences across the diagonals of a pixel, its right neighbour and
   // the two before them, modulo 256. Neighbours are `step` bytes apart.

@@ -90,6 +90,26 @@ TEST(EnhancePage, RankOrderOfLongRows) {
   }
 }
 
+// Exchanges that rank all squares of zeros and ones rank all others. Columns count, so each has all
+// its ones on one side; every five neighbouring counts are somewhere.
+TEST(EnhancePage, RankOrderOfZerosAndOnes) {
+  constexpr int kWidth = 5 * 6 * 6 * 6 * 6 * 6;
+  constexpr int kPowers[] = {1, 6, 36, 216, 1296};
+  const auto ones = [&](int x) { return x / 5 / kPowers[x % 5] % 6; };
+  const auto source = [&](int x, int y) { return y < ones(x) ? 1u : 0u; };
+  const TestImage image = ImageBuilder(8, kWidth, 5).Pixels(source).Build();
+  for (int rank = 0; rank < 25; ++rank) {
+    const auto ranked = [&](int x, int y) {
+      if (y != 2 || x < 2 || x >= kWidth - 2) return source(x, y);
+      const int all = ones(x - 2) + ones(x - 1) + ones(x) + ones(x + 1) + ones(x + 2);
+      return all >= 25 - rank ? 1u : 0u;
+    };
+    const TestImage expected = ImageBuilder(8, kWidth, 5).Pixels(ranked).Build();
+    ExpectAtEveryLevel(image, expected.Bytes(), omb_EnhancePage, 1, 1, 1, 2, (100 * rank + 23) / 24,
+                       8, 9, 9);
+  }
+}
+
 const KERNAL* Named(const std::string& name) {
   for (const KERNAL* extra : {&kGauss3x3, &kGauss5x5, &kGauss7x7}) {
     if (name == extra->name) return extra;
