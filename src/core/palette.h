@@ -9,8 +9,8 @@
 namespace ombrilo {
 
 struct Palette {
+  uint8_t bgr[256][3];  // blue, green, red; one more byte is readable, as the count follows
   int count;            // 2, 16 or 256
-  uint8_t bgr[256][3];  // blue, green, red
   bool AllGray() const;
 };
 

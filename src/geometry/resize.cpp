@@ -41,7 +41,7 @@ class SourceRows {
     const Palette palette = *MakeDIBPalette(source);
     if (omb_iscolorful(reinterpret_cast<const PackedDib*>(source.block())) != 0) {
       channels_ = 3;
-      std::memcpy(table_, palette.bgr, sizeof table_);
+      std::memcpy(table_, palette.bgr, sizeof palette.bgr);
       return;
     }
     as_stored_ = source.bit_count() == 8;
@@ -77,7 +77,7 @@ class SourceRows {
   const DibView& source_;
   size_t channels_;
   bool as_stored_ = false;
-  uint8_t table_[3 * 256];  // levels or colors of indices
+  uint8_t table_[3 * 256 + 1];  // levels or colors of indices
 };
 
 // Rows brought to the new width, some at a time.

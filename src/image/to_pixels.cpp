@@ -113,7 +113,7 @@ class Lookup {
   uint32_t format_;
   bool as_it_is_ = true;  // levels are the indices
   bool all_gray_ = true;
-  uint8_t colors_[3 * 256] = {};
+  uint8_t colors_[3 * 256 + 1] = {};
   uint8_t levels_[256] = {};
 };
 
