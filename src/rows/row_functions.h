@@ -81,26 +81,29 @@ struct Neurons {
   size_t reach;                                   // neurons on each side that have a rate
 };
 
-// A palette to be searched, with what searches have found out so far: for cells of color space, a
-// list of the entries that may be nearest to some color in the cell.
+// A palette to be searched, with what searches have found out so far: for cells of color space, the
+// entries that may be nearest to some color in the cell.
 //
-// An entry is a u32: blue, green, red and, in the top byte, its number. A list is a u32: its place
-// in the pool times 256, plus its length less 1; 0 while it is not known. The pool begins with the
-// palette itself.
+// An entry is a u32: blue, green, red and, in the top byte, its number. The smallest cells hold up
+// to four entries themselves; other entries fill the rest. Lists of wider cells and longer ones are
+// in the pool, which begins with the palette itself. Such a list is a u32: its place in the pool
+// times 512, plus its length; 0 while it is not known. A small cell with a longer list holds that
+// and 0, 0, 0; the last of four entries is never 0.
 struct PaletteLists {
-  enum { kPool = 1 << 17 };
-  uint32_t count;      // entries of the palette, at least 2
-  uint32_t used;       // entries in the pool, the palette's included
-  uint32_t forgotten;  // how often the pool was full and all lists were dropped
+  enum { kPool = 1 << 16 };
+  uint32_t count;  // entries of the palette, at least 2
+  uint32_t used;   // entries in the pool, the palette's included
   uint32_t pool[kPool];
 };
-// Cells are 64 wide, 32 wide and so on down to 8 (by squares) or 4 (by sums): 8^2 + 8^3 + ...
-// lists.
+// Wider cells are 64 wide, 32 wide and so on: 8^2 + 8^3 + ... lists. The smallest ones are 8 (by
+// squares) or 4 (by sums) wide.
 struct SquaresLists : PaletteLists {
-  uint32_t lists[37440];
+  uint32_t wider[4672];
+  uint32_t cells[32768][4];
 };
 struct SumsLists : PaletteLists {
-  uint32_t lists[299584];
+  uint32_t wider[37440];
+  uint32_t cells[262144][4];
   int32_t start[256];  // by green: where the search order starts; see find_by_sums
 };
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <cstdlib>
 #include <fstream>
 #include <memory>
@@ -73,7 +74,8 @@ TEST(RowFunctions, SearchBySumsWithTurns) {
     colors.insert(colors.end(), std::begin(bgr), std::end(bgr));
   }
   for (auto level = simd::Supported(); *level != nullptr; ++level) {
-    std::fill(std::begin(lists.lists), std::end(lists.lists), 0);
+    std::memset(lists.wider, 0, sizeof lists.wider);
+    std::memset(lists.cells, 0, sizeof lists.cells);
     lists.used = 256;
     (*level)->find_by_sums(lists, colors.data(), 3, kCount, found.data());
     EXPECT_EQ(found, expected) << (*level)->name;
