@@ -100,8 +100,8 @@ void Neighbourhood::FillNeutralRow(const Window& window) const {
   std::memset(row - left, window.border.neutral, left + layout_.bytes + right);
 }
 
-// The row of the image that the walk reads next, if that is worth fetching: it costs images that are
-// in a cache some percent.
+// The row of the image that the walk reads next, if that is worth fetching: it costs images that
+// are in a cache some percent.
 const uint8_t* Neighbourhood::NextRow() const {
   const int64_t y = windows_[0].taken;
   const uint64_t size = uint64_t(rows_.stride) * uint64_t(rows_.height);
