@@ -11,6 +11,9 @@ namespace ombrilo {
 
 namespace {
 
+// Planning takes longer than picking a few rows.
+constexpr int32_t kPlannedRows = 32;
+
 // The places from pixel `first` on.
 simd::PixelPlaces From(simd::PixelPlaces places, int32_t first) {
   places.offset += first;
@@ -25,6 +28,11 @@ size_t PlaneOf(int32_t count) {
   return values % 1024 < 32 ? values + 32 : values;
 }
 
+size_t PlanBytes(const Sampler& sampler, int32_t columns) {
+  const size_t bytes = static_cast<size_t>(columns) * static_cast<size_t>(sampler.channels());
+  return simd::PickPlan::kRoom * ((bytes + 63) / 64 * 64);
+}
+
 int PlaneCount(const Sampler& sampler, bool pairs) {
   if (sampler.mode() == OMB_RESAMPLE_BICUBIC) return 2 + 4 + 4 * sampler.channels();
   return pairs ? 2 + 2 * 2 * sampler.channels() : 2;
@@ -37,6 +45,7 @@ StripSampler::StripSampler(Sampler& sampler, int32_t columns, int32_t span, int3
       functions_(simd::Active()),
       inner_rows_(sampler.Inner(sampler.height())),
       enlarges_(sampler.mode() == OMB_RESAMPLE_BILINEAR && height > sampler.height()),
+      plans_(sampler.mode() == OMB_RESAMPLE_POINT && height >= kPlannedRows),
       fetches_(sampler.in_place() && height < sampler.height() &&
                static_cast<uint64_t>(sampler.source().stride()) *
                        static_cast<uint64_t>(sampler.height()) >=
@@ -47,12 +56,17 @@ StripSampler::StripSampler(Sampler& sampler, int32_t columns, int32_t span, int3
                                        : (static_cast<size_t>(span) + 16) *
                                              static_cast<size_t>(sampler.channels())),
       memory_(plane_ * sizeof(float) * static_cast<size_t>(PlaneCount(sampler, enlarges_)) +
-              2 * decoded_size_ + (sampler.in_place() ? 0 : 3 * static_cast<size_t>(columns))) {
+              2 * decoded_size_ + (sampler.in_place() ? 0 : 3 * static_cast<size_t>(columns)) +
+              (plans_ ? PlanBytes(sampler, columns) : 0)) {
   if (!memory_) return;
   auto* values = reinterpret_cast<float*>(memory_.get());
   const auto next = [&](int planes) {
     return std::exchange(values, values + plane_ * static_cast<size_t>(planes));
   };
+  if (plans_) {
+    plan_.picks = memory_.get();
+    values += PlanBytes(sampler, columns) / sizeof(float);
+  }
   offset_ = reinterpret_cast<int32_t*>(next(1));
   fraction_ = next(1);
   if (sampler.mode() == OMB_RESAMPLE_BICUBIC) {
@@ -94,6 +108,12 @@ void StripSampler::Begin(int32_t x, const Position* columns, int32_t count) {
     offset_[i] = (leftmost(i) - source_columns_.first) * sampler_.channels();
   }
   std::fill_n(offset_ + count, simd::kRunPadding, offset_[count - 1]);
+  if (plans_) {
+    const auto channels = static_cast<size_t>(sampler_.channels());
+    plan_.count = static_cast<size_t>(count) * channels;
+    const size_t row_bytes = sampler_.in_place() ? sampler_.source().stride() : decoded_size_;
+    planned_ = functions_.plan_picks(offset_, channels, row_bytes, plan_);
+  }
 }
 
 void StripSampler::Sample(Position position, Position next, int32_t y, uint8_t* row) {
@@ -119,8 +139,14 @@ void StripSampler::Point(Position position, Position next, uint8_t* row, uint8_t
     std::memcpy(row + first, last_ + first, (static_cast<size_t>(count_) * bits + 7) / 8);
   } else {
     const simd::PixelPlaces places = Places(source_row, source_row);
+    const auto channels = static_cast<size_t>(sampler_.channels());
     InPieces(next, 1, [&](int32_t first, size_t count) {
-      functions_.pick(From(places, first), count, to + first * sampler_.channels());
+      const size_t at = static_cast<size_t>(first) * channels;
+      if (planned_) {
+        functions_.pick_planned(places.base, plan_, at, at + count * channels, to);
+      } else {
+        functions_.pick(From(places, first), count, to + at);
+      }
     });
     if (to == sampled_) sampler_.Encode(to, x_, count_, row);
   }

@@ -189,6 +189,15 @@ struct PixelPlaces {
   bool one_row;  // offsets ascend, and all pixels share the first vertical distance or weights
 };
 
+// How to pick the same bytes of many rows by shuffles.
+struct PickPlan {
+  enum { kMostWindows = 4, kRoom = 5 };
+  size_t count;    // bytes to pick
+  size_t windows;  // what a shuffle reaches of the row
+  uint8_t* picks;  // aligned to 64; there is room for kRoom bytes for each one to pick, the count
+                   // rounded up to a multiple of 64
+};
+
 // The pixels that can be sampled; rows are `pitch` bytes apart.
 struct SampledArea {
   int32_t column_low, column_high, row_low, row_high;
@@ -428,6 +437,14 @@ struct RowFunctions {
                       size_t count, int32_t* offset);
   // Copies the pixels themselves.
   void (*pick)(const struct PixelPlaces& places, size_t count, uint8_t* to);
+  // Plans the same for pixels of `channels` bytes at ascending offsets from the beginning of any
+  // row, of which `row_bytes` are readable. Returns false, and there is no plan, where shuffles
+  // would not be faster. pick_planned picks what is in bytes [first, end) of `to`, the first being
+  // a multiple of 64, and so the last unless it is the count.
+  bool (*plan_picks)(const int32_t* offset, size_t channels, size_t row_bytes,
+                     struct PickPlan& plan);
+  void (*pick_planned)(const uint8_t* row, const struct PickPlan& plan, size_t first, size_t end,
+                       uint8_t* to);
   // Blends each pixel and its right neighbour with the two at the same offsets from `upper`, where
   // as many bytes are readable: for each channel (1-dy)(1-dx) lower + (1-dy)dx lower right +
   // (1-dx)dy upper + dx dy upper right, summed in this order, limited to 0..255 and truncated.
