@@ -47,6 +47,7 @@ StripSampler::StripSampler(Sampler& sampler, int32_t columns, int32_t span, int3
       enlarges_(sampler.mode() == OMB_RESAMPLE_BILINEAR && height > sampler.height()),
       plans_(sampler.mode() == OMB_RESAMPLE_POINT && height >= kPlannedRows),
       fetches_(sampler.in_place() && height < sampler.height() &&
+               int64_t{span} * sampler.channels() <= int64_t{columns} * simd::kCacheLine &&
                static_cast<uint64_t>(sampler.source().stride()) *
                        static_cast<uint64_t>(sampler.height()) >=
                    kCached),

@@ -52,7 +52,7 @@ class StripSampler {
   const Span inner_rows_;
   const bool enlarges_;  // bilinear: source rows are blended more than once
   const bool plans_;     // point: pixels are picked by a plan, if there is one
-  const bool fetches_;   // shrinks a large image
+  const bool fetches_;   // shrinks a large image, whose cache lines are nearly all read
   const size_t plane_;   // from one array of the strip's values to the next
   const size_t decoded_size_;
   AlignedScratch memory_;
