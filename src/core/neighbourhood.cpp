@@ -7,8 +7,7 @@ namespace ombrilo {
 namespace {
 
 constexpr size_t kAlignment = 64;
-// A gray page's row of 2.5 KB is copied sooner by vectors than by memcpy and gains nothing from
-// being fetched; a photograph's row is not, and does.
+// A gray page's row of 2.5 KB is copied sooner by vectors than by memcpy, a photograph's is not.
 constexpr size_t kShortRow = 3072;
 
 size_t Aligned(size_t bytes) { return (bytes + kAlignment - 1) / kAlignment * kAlignment; }

@@ -239,7 +239,6 @@ TEST(Rotate, EqualsTheReferenceAtEveryDepthAngleAndMode) {
   }
 }
 
-// In a core header, scaling writes 32 bits of width over both sizes; rotating keeps 16 of each.
 // At half of the size positions are whole: pixels are picked, in either mode. Images that no cache
 // holds are sampled in pieces.
 TEST(Scale, LargeImagesAtHalfSizeArePicked) {
@@ -275,6 +274,7 @@ TEST(Scale, LargeImagesAtHalfSizeArePicked) {
   }
 }
 
+// In a core header, scaling writes 32 bits of width over both sizes; rotating keeps 16 of each.
 TEST(Resampling, HeadersOfResults) {
   TestImage core = Make({8, true, GrayRamp(256)}, 20, 10);
   ASSERT_EQ(omb_scale(core.ref(), 65536 + 7, 200, 1), 1u);
