@@ -16,8 +16,8 @@ namespace ombrilo {
 
 class NearestEntry {
  public:
-  // Takes all its memory at once: about 790 KiB, few pages of which are ever touched. False when
-  // there is none. Create it before the first change to an image.
+  // Takes all its memory at once: about 790 KiB, most of which the searches of one image never
+  // touch. False when there is none. Create it before the first change to an image.
   explicit NearestEntry(const Palette& palette) : NearestEntry() { Learn(palette); }
   // The same for a palette that is learned later.
   NearestEntry() : lists_(NewZeroedBuffer<simd::SquaresLists>(1)) {}

@@ -20,7 +20,7 @@ namespace ombrilo {
 
 class PaletteNetwork {
  public:
-  // A network of 2^bits neurons; `bits` is 1, 2, 4 or 8. Takes all its memory at once: 4.5 MiB, of
+  // A network of 2^bits neurons; `bits` is 1, 2, 4 or 8. Takes all its memory at once: 5.2 MiB, of
   // which searches touch what the image's colors need. False when there is none.
   explicit PaletteNetwork(int bits);
   explicit operator bool() const { return state_ != nullptr; }
