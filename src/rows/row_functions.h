@@ -139,6 +139,8 @@ enum {
 // not a multiple of 4 KiB apart, where they would wait for each other.
 enum { kCounters = 272 };
 
+enum { kBounds = 4, kBoundLanes = 192 };  // see count_below
+
 // Random neighbours of the pixels from (x, y) on; see omb_diffuse_seed(). They are taken from
 // copies of rows: row y is at y % ring.
 struct Scatter {
@@ -361,6 +363,11 @@ struct RowFunctions {
   // Counts the values of bytes[0], bytes[step], ... in eight sets of counters; the histogram is
   // their sum.
   void (*count_bytes)(const uint8_t* bytes, size_t step, size_t count, uint32_t (*sets)[kCounters]);
+  // Three-byte pixels: counts levels that are less than bounds. bounds[c], bounds[c + 3], ... are
+  // the least bound of channel c; below[k][c] + below[k][c + 3] + ... grows by how many of its
+  // levels are less than that bound + k, which is at most 255.
+  void (*count_below)(const uint8_t* bgr, size_t bytes, const uint8_t* bounds,
+                      uint32_t (*below)[kBoundLanes]);
 
   // to[i] = the rank-th (0: the least) of the `size` x `size` square around i, of 3 or 5. rows[k]
   // is row k of the square, in the column of i = 0, and neighbours are `step` (1 to 3) bytes apart.

@@ -16,25 +16,20 @@ namespace ombrilo {
 
 namespace {
 
-Levels SharedLevels(const Histogram (&channels)[3], int32_t samples, double low, double high,
-                    UpperTest test) {
-  Levels shared = {255, 0};
-  for (const Histogram& channel : channels) {
-    const Levels own = FindLevels(channel, samples, low, high, test);
-    shared.low = std::min(shared.low, own.low);
-    shared.high = std::max(shared.high, own.high);
+Levels Widest(const Levels (&channels)[3]) {
+  Levels widest = {255, 0};
+  for (const Levels& own : channels) {
+    widest.low = std::min(widest.low, own.low);
+    widest.high = std::max(widest.high, own.high);
   }
-  return shared;
+  return widest;
 }
 
 void StretchTrueColor(const Dib& dib, double low, double high) {
-  Histogram channels[3];
-  ChangePixelColors(dib, [&](const uint8_t* bgr, size_t colors) {
-    for (size_t c = 0; c < 3; ++c) channels[c].Add(bgr + c, colors, 3);
-  });
+  Levels channels[3];
+  FindLevels(dib, low, high, channels);
+  const Levels levels = Widest(channels);
   uint8_t table[256];
-  const Levels levels =
-      SharedLevels(channels, PixelCount(dib.header()), low, high, UpperTest::kAtMost);
   levels.FillTable(table);
   const LevelTable stretched(table, {levels.low, 0, 255, levels.high - levels.low});
   ChangePixelColors(dib, [&](uint8_t* bgr, size_t colors) { stretched.Apply(bgr, 3 * colors); });
@@ -54,7 +49,11 @@ Levels LevelsOfIndexed(const DibView& dib, double low, double high) {
   for (uint32_t i = 0; i < entries; ++i) {
     for (size_t c = 0; c < 3; ++c) channels[c].AddTimes(colors[i][c], indices[i]);
   }
-  return SharedLevels(channels, PixelCount(dib.header()), low, high, UpperTest::kBelow);
+  Levels levels[3];
+  for (size_t c = 0; c < 3; ++c) {
+    levels[c] = FindLevels(channels[c], PixelCount(dib.header()), low, high, UpperTest::kBelow);
+  }
+  return Widest(levels);
 }
 
 bool StretchIndexed(const Dib& dib, double low, double high) {

@@ -10,16 +10,23 @@ uint32_t omb_autolevel(PackedDib* image, double low, double high) {
   using namespace ombrilo;
   const auto dib = Dib::Open(image);
   if (!dib) return 0;
-  Histogram channels[3];
-  const bool counted = ChangeColors(*dib, [&](const uint8_t* bgr, size_t colors) {
-    for (size_t c = 0; c < 3; ++c) channels[c].Add(bgr + c, colors, 3);
-  });
-  if (!counted) return 0;
-  const int32_t samples = dib->indexed() ? dib->header().table_count() : PixelCount(dib->header());
-  uint8_t tables[3][256];
-  for (size_t c = 0; c < 3; ++c) {
-    FindLevels(channels[c], samples, low, high, UpperTest::kAtMost).FillTable(tables[c]);
+  Levels levels[3];
+  if (dib->indexed()) {
+    Histogram channels[3];
+    ChangeTableColors(*dib, [&](const uint8_t* bgr, size_t colors) {
+      for (size_t c = 0; c < 3; ++c) channels[c].Add(bgr + c, colors, 3);
+    });
+    for (size_t c = 0; c < 3; ++c) {
+      levels[c] =
+          FindLevels(channels[c], dib->header().table_count(), low, high, UpperTest::kAtMost);
+    }
+  } else if (dib->bit_count() == 24) {
+    FindLevels(*dib, low, high, levels);
+  } else {
+    return 0;
   }
+  uint8_t tables[3][256];
+  for (size_t c = 0; c < 3; ++c) levels[c].FillTable(tables[c]);
   const auto apply = simd::Active().apply_channel_tables;
   return ChangeColors(*dib, [&](uint8_t* bgr, size_t colors) { apply(bgr, colors, tables[0]); });
 }

@@ -2,7 +2,19 @@
 
 #include <cmath>
 
+#include "tone/crossing.h"
+
 namespace ombrilo {
+
+namespace {
+
+// Where no level exceeds the low number, the low level is 0; where all exceed the high one or none
+// does, the high level is 255.
+Levels LevelsBetween(const Crossing& dark, const Crossing& bright) {
+  return {dark.level % 256, (bright.level + 255) % 256};
+}
+
+}  // namespace
 
 uint8_t Levels::Stretch(uint8_t value) const {
   if (value < low) return 0;
@@ -17,23 +29,18 @@ void Levels::FillTable(uint8_t (&table)[256]) const {
 
 Levels FindLevels(const Histogram& histogram, int32_t samples, double low, double high,
                   UpperTest test) {
-  const double low_count = std::trunc(samples * low);
-  const double high_count = std::trunc(samples * high);
-  Levels levels = {-1, 255};
-  bool found_high = false;
-  double cumulative[256];
-  double sum = 0;
-  for (size_t i = 0; i < 256; ++i) cumulative[i] = sum += histogram[i];
-  for (int i = 0; i < 256 && levels.low < 0; ++i) {
-    if (cumulative[i] > low_count) levels.low = i;
-  }
-  if (levels.low < 0) levels.low = 0;
-  for (int i = 255; i >= 0 && !found_high; --i) {
-    found_high =
-        test == UpperTest::kAtMost ? cumulative[i] <= high_count : cumulative[i] < high_count;
-    if (found_high) levels.high = i;
-  }
-  return levels;
+  const double high_count = std::trunc(samples * high) - (test == UpperTest::kBelow ? 1 : 0);
+  return LevelsBetween(FindCrossing(histogram, std::trunc(samples * low)),
+                       FindCrossing(histogram, high_count));
+}
+
+void FindLevels(const DibView& dib, double low, double high, Levels (&levels)[3]) {
+  const int32_t samples = PixelCount(dib.header());
+  PixelCrossings<3> pixels(dib);
+  Crossing dark[3], bright[3];
+  pixels.Find(std::trunc(samples * low), dark);
+  pixels.Find(std::trunc(samples * high), bright);
+  for (size_t c = 0; c < 3; ++c) levels[c] = LevelsBetween(dark[c], bright[c]);
 }
 
 }  // namespace ombrilo

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "core/packed_dib.h"
 #include "tone/histogram.h"
 
 namespace ombrilo {
@@ -26,5 +27,8 @@ enum class UpperTest { kAtMost, kBelow };
 // high), or 255. `samples` need not be the histogram's total.
 Levels FindLevels(const Histogram& histogram, int32_t samples, double low, double high,
                   UpperTest test);
+
+// The levels of a 24-bit image's channels, by kAtMost.
+void FindLevels(const DibView& dib, double low, double high, Levels (&levels)[3]);
 
 }  // namespace ombrilo
