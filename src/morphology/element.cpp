@@ -36,8 +36,8 @@ Element::Element(const KERNAL& record, const PixelRows& rows)
 }
 
 void Element::Plan() {
-  rectangle_ = IsRectangle();
-  if (rectangle_) return;
+  if (IsNest()) return;
+  part_count_ = 0;
   ChooseLengths();
   ChooseShifts();
 }
@@ -55,15 +55,13 @@ void Element::Prepare(bool dilate, uint8_t* row) {
 }
 
 void Element::Combine(bool dilate, uint8_t* const* rows, size_t first, size_t count, uint8_t* to) {
-  if (rectangle_) {
-    const Run& run = runs_[0];
-    for (size_t k = 0; k < run_count_; ++k) from_[k] = rows[reach_.before + run.dy + k] + first;
+  if (part_count_ != 0) {
+    for (size_t k = 0; k < run_count_; ++k) from_[k] = rows[reach_.before + runs_[k].dy] + first;
     const simd::RowFunctions& functions = simd::Active();
     const auto step = static_cast<size_t>(layout_.step);
-    const simd::Rectangle rectangle = {run_count_, static_cast<size_t>(run.length), step,
-                                       static_cast<size_t>(-run.dx) * step};
-    return (dilate ? functions.rectangle_max : functions.rectangle_min)(from_.get(), rectangle,
-                                                                        count, to);
+    const simd::RectangleNest nest = {step, static_cast<size_t>(reach_.left) * step, part_count_,
+                                      parts_};
+    return (dilate ? functions.nest_max : functions.nest_min)(from_.get(), nest, count, to);
   }
   size_t reads = 0;
   for (size_t i = 0; i < run_count_; ++i) {
@@ -108,16 +106,27 @@ void Element::JoinRuns() {
   run_count_ = kept;
 }
 
-// Runs are sorted. A column's have nothing to be combined along the row.
-bool Element::IsRectangle() const {
-  if (run_count_ == 0 || !has_origin_ || runs_[0].length == 1) return false;
-  const Run& first = runs_[0];
+// Sorts runs by length and groups equal ones, if each lies among the columns of longer ones. A
+// column's have nothing to be combined along the row.
+bool Element::IsNest() {
+  if (run_count_ == 0 || !has_origin_) return false;
+  std::sort(runs_.get(), runs_.get() + run_count_, [](const Run& a, const Run& b) {
+    return std::tie(b.length, a.dy) < std::tie(a.length, b.dy);
+  });
+  const int32_t longest = runs_[0].length, shortest = runs_[run_count_ - 1].length;
   constexpr int64_t kMostStep = 3;
-  if (kMostStep * (first.length - 1) > simd::kRectangleReach) return false;
-  for (size_t i = 1; i < run_count_; ++i) {
+  if (longest == 1 || kMostStep * (longest - 1) > simd::kRectangleReach) return false;
+  if (longest - shortest > simd::RectangleNest::kMostColumns) return false;
+  for (size_t i = 0; i < run_count_; ++i) {
     const Run& run = runs_[i];
-    if (run.dx != first.dx || run.length != first.length) return false;
-    if (run.dy != first.dy + static_cast<int32_t>(i)) return false;
+    const Run& wider = runs_[i == 0 ? 0 : i - 1];
+    if (run.dx < wider.dx || run.dx + run.length > wider.dx + wider.length) return false;
+    if (i == 0 || run.length != wider.length) {
+      if (part_count_ == simd::RectangleNest::kMost) return false;
+      parts_[part_count_++] = {0, static_cast<size_t>(run.dx - runs_[0].dx),
+                               static_cast<size_t>(run.length)};
+    }
+    ++parts_[part_count_ - 1].rows;
   }
   return true;
 }

@@ -14,6 +14,7 @@
 
 #include "core/buffer.h"
 #include "core/neighbourhood.h"
+#include "rows/row_functions.h"
 
 namespace ombrilo {
 
@@ -67,7 +68,7 @@ class Element {
   void Add(const Run& run);
   void JoinRuns();
   void Plan();
-  bool IsRectangle() const;
+  bool IsNest();
   void ChooseLengths();
   void ChooseShifts();
   int LevelOf(int32_t length) const;
@@ -79,7 +80,8 @@ class Element {
   Buffer<uint8_t> picked_;
   size_t run_count_ = 0;
   bool has_origin_ = false;
-  bool rectangle_ = false;
+  simd::RectangleNest::Part parts_[simd::RectangleNest::kMost];
+  size_t part_count_ = 0;  // of a nest
   Reach reach_ = {};
   int32_t lengths_[kMaxLengths] = {1};
   int32_t shifts_[kMaxLengths] = {};

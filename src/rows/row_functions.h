@@ -166,6 +166,18 @@ struct Rectangle {
 };
 enum { kRectangleReach = 512 };
 
+// Several of them that overlap, from the widest on. Each has all rows of the one before and
+// `rows` more; its columns are among those of the one before. Columns are `step` bytes apart and
+// counted from the first one of the widest, which is `left` bytes before the result.
+struct RectangleNest {
+  enum { kMost = 8, kMostColumns = 16 };  // columns that the widest has more than the narrowest
+  struct Part {
+    size_t rows, first, columns;
+  };
+  size_t step, left, count;  // 1 to kMost parts
+  const struct Part* parts;
+};
+
 // Weights of two neighbouring taps of a resized pixel, in units of 2^-kTapBits, as two i16 each: in
 // `low` the lower kTapLowBits bits of both, in `high` the remaining ones with the sign. The lower
 // half of each u32 is the first tap's.
@@ -273,6 +285,12 @@ struct RowFunctions {
                         uint8_t* to);
   void (*rectangle_min)(const uint8_t* const* from, const struct Rectangle& rectangle, size_t count,
                         uint8_t* to);
+  // to[i] = the largest (least) of the bytes in rectangles, which lie at from[k][i - left + c *
+  // step]. Rows are readable as above.
+  void (*nest_max)(const uint8_t* const* from, const struct RectangleNest& nest, size_t count,
+                   uint8_t* to);
+  void (*nest_min)(const uint8_t* const* from, const struct RectangleNest& nest, size_t count,
+                   uint8_t* to);
   // to[i] = from[i] where that is not `value`
   void (*copy_unless)(const uint8_t* from, uint8_t value, size_t count, uint8_t* to);
   // to[i] = the median of from[0][i] to from[8][i]
