@@ -59,8 +59,13 @@ void Element::Combine(bool dilate, uint8_t* const* rows, size_t first, size_t co
     for (size_t k = 0; k < run_count_; ++k) from_[k] = rows[reach_.before + runs_[k].dy] + first;
     const simd::RowFunctions& functions = simd::Active();
     const auto step = static_cast<size_t>(layout_.step);
-    const simd::RectangleNest nest = {step, static_cast<size_t>(reach_.left) * step, part_count_,
-                                      parts_};
+    const size_t left = static_cast<size_t>(reach_.left) * step;
+    if (part_count_ == 1) {
+      const simd::Rectangle rectangle = {parts_[0].rows, parts_[0].columns, step, left};
+      return (dilate ? functions.rectangle_max : functions.rectangle_min)(from_.get(), rectangle,
+                                                                          count, to);
+    }
+    const simd::RectangleNest nest = {step, left, part_count_, parts_};
     return (dilate ? functions.nest_max : functions.nest_min)(from_.get(), nest, count, to);
   }
   size_t reads = 0;

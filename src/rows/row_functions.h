@@ -174,7 +174,7 @@ struct RectangleNest {
   struct Part {
     size_t rows, first, columns;
   };
-  size_t step, left, count;  // 1 to kMost parts
+  size_t step, left, count;  // 2 to kMost parts
   const struct Part* parts;
 };
 
