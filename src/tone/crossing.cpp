@@ -112,7 +112,8 @@ void PixelCrossings<kChannels>::Find(double number, Crossing (&found)[kChannels]
     return;
   }
   const bool small = std::min(dib_.width(), dib_.pixel_rows()) < kLeastSize;
-  if (step_ == 0) Count(small ? 1 : kSampleStep);
+  const bool wraps = pixels_ > UINT32_MAX;  // counters do, on purpose
+  if (step_ == 0) Count(small || wraps ? 1 : kSampleStep);
   if (step_ != 1) {
     if (FindNearGuess(number, found)) return;
     Count(1);
