@@ -9,8 +9,8 @@ namespace ombrilo {
 
 namespace {
 
-constexpr int kLeastSize = 256;  // of an image's sides, for a sample to be worth its time
-constexpr int32_t kSampleStep = 16;
+constexpr int kLeastSize = 256;      // of an image's sides, for a sample to be worth its time
+constexpr int32_t kSampleStep = 17;  // a prime: what repeats from row to row does not mislead it
 constexpr int kMostFirst = 256 - simd::kBounds;
 
 }  // namespace
@@ -112,8 +112,7 @@ void PixelCrossings<kChannels>::Find(double number, Crossing (&found)[kChannels]
     return;
   }
   const bool small = std::min(dib_.width(), dib_.pixel_rows()) < kLeastSize;
-  const bool wraps = pixels_ > UINT32_MAX;  // counters do, on purpose
-  if (step_ == 0) Count(small || wraps ? 1 : kSampleStep);
+  if (step_ == 0) Count(small ? 1 : kSampleStep);
   if (step_ != 1) {
     if (FindNearGuess(number, found)) return;
     Count(1);

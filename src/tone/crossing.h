@@ -19,9 +19,9 @@ struct Crossing {
 Crossing FindCrossing(const Histogram& histogram, double number);
 
 // The crossings of a 24-bit image's three channels, or of its gray levels (see gray_double) as a
-// single one. A histogram of every 16th row tells near which levels they are; counting how many
-// levels are less than these, which takes a sixth of the time of a full histogram, proves it. Where
-// it does not, and in small images, all rows are counted.
+// single one. A histogram of every 17th row tells near which levels they are; counting how many
+// levels are less than these, which takes a fraction of the time of a full histogram, proves it.
+// Where it does not, and in small images, all rows are counted.
 template <size_t kChannels>
 class PixelCrossings {
  public:
