@@ -210,7 +210,7 @@ struct PixelPlaces {
 struct PickPlan {
   enum { kMostWindows = 4, kRoom = 5 };
   size_t count;    // bytes to pick
-  size_t windows;  // what a shuffle reaches of the row
+  size_t windows;  // parts of the row that a shuffle reaches, for each vector of the result
   uint8_t* picks;  // aligned to 64; there is room for kRoom bytes for each one to pick, the count
                    // rounded up to a multiple of 64
 };
@@ -383,7 +383,8 @@ struct RowFunctions {
   void (*count_bytes)(const uint8_t* bytes, size_t step, size_t count, uint32_t (*sets)[kCounters]);
   // Three-byte pixels: counts levels that are less than bounds. bounds[c], bounds[c + 3], ... are
   // the least bound of channel c; below[k][c] + below[k][c + 3] + ... grows by how many of its
-  // levels are less than that bound + k, which is at most 255.
+  // levels are less than that bound + k, which is at most 255. With the same bound everywhere the
+  // bytes may be of one channel.
   void (*count_below)(const uint8_t* bgr, size_t bytes, const uint8_t* bounds,
                       uint32_t (*below)[kBoundLanes]);
 
