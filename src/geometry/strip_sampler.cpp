@@ -45,7 +45,7 @@ StripSampler::StripSampler(Sampler& sampler, int32_t columns, int32_t span, int3
       functions_(simd::Active()),
       inner_rows_(sampler.Inner(sampler.height())),
       enlarges_(sampler.mode() == OMB_RESAMPLE_BILINEAR && height > sampler.height()),
-      plans_(sampler.mode() == OMB_RESAMPLE_POINT && height >= kPlannedRows),
+      plans_(sampler.mode() != OMB_RESAMPLE_BICUBIC && height >= kPlannedRows),
       fetches_(sampler.in_place() && height < sampler.height() &&
                int64_t{span} * sampler.channels() <= int64_t{columns} * simd::kCacheLine &&
                static_cast<uint64_t>(sampler.source().stride()) *
@@ -87,7 +87,11 @@ void StripSampler::Begin(int32_t x, const Position* columns, int32_t count) {
   picked_ = -1;
   std::fill(std::begin(decoded_row_), std::end(decoded_row_), -1);
   std::fill(std::begin(summed_), std::end(summed_), -1);
-  for (int32_t i = 0; i < count; ++i) fraction_[i] = columns[i].fraction;
+  picks_ = sampler_.mode() != OMB_RESAMPLE_BICUBIC;
+  for (int32_t i = 0; i < count; ++i) {
+    fraction_[i] = columns[i].fraction;
+    if (sampler_.mode() != OMB_RESAMPLE_POINT) picks_ &= fraction_[i] == 0;
+  }
   if (sampler_.mode() == OMB_RESAMPLE_BICUBIC) {
     functions_.cubic_weights(fraction_, static_cast<size_t>(count), weights_);
   }
@@ -109,7 +113,7 @@ void StripSampler::Begin(int32_t x, const Position* columns, int32_t count) {
     offset_[i] = (leftmost(i) - source_columns_.first) * sampler_.channels();
   }
   std::fill_n(offset_ + count, simd::kRunPadding, offset_[count - 1]);
-  if (plans_) {
+  if (plans_ && picks_) {
     const auto channels = static_cast<size_t>(sampler_.channels());
     plan_.count = static_cast<size_t>(count) * channels;
     const size_t row_bytes = sampler_.in_place() ? sampler_.source().stride() : decoded_size_;
@@ -123,6 +127,8 @@ void StripSampler::Sample(Position position, Position next, int32_t y, uint8_t* 
     case OMB_RESAMPLE_POINT:
       return Point(position, next, row, to);
     case OMB_RESAMPLE_BILINEAR:
+      // Nothing comes from neighbours, as in all rows of an image that is halved.
+      if (picks_ && position.fraction == 0) return Point(position, next, row, to);
       Bilinear(position, next, to);
       break;
     case OMB_RESAMPLE_BICUBIC:
@@ -166,7 +172,7 @@ void StripSampler::Bilinear(Position position, Position next, uint8_t* to) {
   }
   const simd::PixelPlaces places = Places(lower, upper);
   const uint8_t* const above = Row(upper);
-  InPieces(next, 2, [&](int32_t first, size_t count) {
+  InPieces(next, next.fraction == 0 ? 1 : 2, [&](int32_t first, size_t count) {
     functions_.bilinear(From(places, first), above, fraction_ + first, &position.fraction, count,
                         to + first * sampler_.channels());
   });

@@ -51,7 +51,7 @@ class StripSampler {
   const simd::RowFunctions& functions_;
   const Span inner_rows_;
   const bool enlarges_;  // bilinear: source rows are blended more than once
-  const bool plans_;     // point: pixels are picked by a plan, if there is one
+  const bool plans_;     // pixels are picked by a plan, if there is one
   const bool fetches_;   // shrinks a large image, whose cache lines are nearly all read
   const size_t plane_;   // from one array of the strip's values to the next
   const size_t decoded_size_;
@@ -71,9 +71,10 @@ class StripSampler {
   Span source_columns_ = {0, 0};
   Span uncorrected_ = {0, 0};           // bicubic: pixels whose neighbours are all in the source
   int32_t decoded_row_[2], summed_[4];  // source rows; -1: none
+  bool picks_ = false;  // all columns are at whole pixels, or taken so
   simd::PickPlan plan_ = {};
   bool planned_ = false;
-  int32_t picked_ = -1;  // point: the source row of the row before, which is last_
+  int32_t picked_ = -1;  // the source row that last_ was picked from
   const uint8_t* last_ = nullptr;
 };
 
