@@ -20,11 +20,12 @@ simd::PixelPlaces From(simd::PixelPlaces places, int32_t first) {
   return places;
 }
 
+constexpr size_t kPadding = simd::kSpreadPadding;  // of arrays; the longest that row functions want
+
 // The distance between two arrays of up to `count` values and their padding. Arrays nearly a
 // multiple of 4 KiB apart would get in each other's way in the first-level cache.
 size_t PlaneOf(int32_t count) {
-  const size_t values = (static_cast<size_t>(count) + 2 * simd::kRunPadding - 1) /
-                        simd::kRunPadding * simd::kRunPadding;
+  const size_t values = (static_cast<size_t>(count) + 2 * kPadding - 1) / kPadding * kPadding;
   return values % 1024 < 32 ? values + 32 : values;
 }
 
@@ -35,7 +36,7 @@ size_t PlanBytes(const Sampler& sampler, int32_t columns) {
 
 int PlaneCount(const Sampler& sampler, bool pairs) {
   if (sampler.mode() == OMB_RESAMPLE_BICUBIC) return 2 + 4 + 4 * sampler.channels();
-  return pairs ? 2 + 2 * 2 * sampler.channels() : 2;
+  return pairs ? 3 + 2 * 2 * sampler.channels() : 2;
 }
 
 }  // namespace
@@ -57,7 +58,8 @@ StripSampler::StripSampler(Sampler& sampler, int32_t columns, int32_t span, int3
                                        : (static_cast<size_t>(span) + 16) *
                                              static_cast<size_t>(sampler.channels())),
       memory_(plane_ * sizeof(float) * static_cast<size_t>(PlaneCount(sampler, enlarges_)) +
-              2 * decoded_size_ + (sampler.in_place() ? 0 : 3 * static_cast<size_t>(columns)) +
+              2 * decoded_size_ +
+              (sampler.in_place() && !enlarges_ ? 0 : 3 * static_cast<size_t>(columns) + kPadding) +
               (plans_ ? PlanBytes(sampler, columns) : 0)) {
   if (!memory_) return;
   auto* values = reinterpret_cast<float*>(memory_.get());
@@ -74,7 +76,10 @@ StripSampler::StripSampler(Sampler& sampler, int32_t columns, int32_t span, int3
     for (float*& weights : weights_) weights = next(1);
     for (float*& sums : sums_) sums = next(sampler.channels());
   }
-  for (float*& pairs : pairs_) pairs = enlarges_ ? next(2 * sampler.channels()) : nullptr;
+  if (enlarges_) {
+    spread_fraction_ = next(1);
+    for (float*& pairs : pairs_) pairs = next(2 * sampler.channels());
+  }
   decoded_[0] = reinterpret_cast<uint8_t*>(values);
   decoded_[1] = decoded_[0] + decoded_size_;
   sampled_ = decoded_[1] + decoded_size_;
@@ -87,10 +92,14 @@ void StripSampler::Begin(int32_t x, const Position* columns, int32_t count) {
   picked_ = -1;
   std::fill(std::begin(decoded_row_), std::end(decoded_row_), -1);
   std::fill(std::begin(summed_), std::end(summed_), -1);
-  picks_ = sampler_.mode() != OMB_RESAMPLE_BICUBIC;
+  const auto channels = static_cast<size_t>(sampler_.channels());
+  whole_ = true;
   for (int32_t i = 0; i < count; ++i) {
     fraction_[i] = columns[i].fraction;
-    if (sampler_.mode() != OMB_RESAMPLE_POINT) picks_ &= fraction_[i] == 0;
+    whole_ &= fraction_[i] == 0;
+  }
+  if (enlarges_) {
+    functions_.spread_fractions(fraction_, static_cast<size_t>(count), spread_fraction_);
   }
   if (sampler_.mode() == OMB_RESAMPLE_BICUBIC) {
     functions_.cubic_weights(fraction_, static_cast<size_t>(count), weights_);
@@ -113,12 +122,13 @@ void StripSampler::Begin(int32_t x, const Position* columns, int32_t count) {
     offset_[i] = (leftmost(i) - source_columns_.first) * sampler_.channels();
   }
   std::fill_n(offset_ + count, simd::kRunPadding, offset_[count - 1]);
-  if (plans_ && picks_) {
-    const auto channels = static_cast<size_t>(sampler_.channels());
-    plan_.count = static_cast<size_t>(count) * channels;
-    const size_t row_bytes = sampler_.in_place() ? sampler_.source().stride() : decoded_size_;
-    planned_ = functions_.plan_picks(offset_, channels, row_bytes, plan_);
-  }
+  const bool picks = sampler_.mode() == OMB_RESAMPLE_POINT || enlarges_ || whole_;
+  const size_t row_bytes = sampler_.in_place() ? sampler_.source().stride() : decoded_size_;
+  plan_.count = static_cast<size_t>(count) * channels;
+  // Right neighbours are picked by the same plan, from the row's second pixel on.
+  planned_ =
+      plans_ && picks &&
+      functions_.plan_picks(offset_, channels, row_bytes - (enlarges_ ? channels : 0), plan_);
 }
 
 void StripSampler::Sample(Position position, Position next, int32_t y, uint8_t* row) {
@@ -128,7 +138,7 @@ void StripSampler::Sample(Position position, Position next, int32_t y, uint8_t* 
       return Point(position, next, row, to);
     case OMB_RESAMPLE_BILINEAR:
       // Nothing comes from neighbours, as in all rows of an image that is halved.
-      if (picks_ && position.fraction == 0) return Point(position, next, row, to);
+      if (whole_ && position.fraction == 0) return Point(position, next, row, to);
       Bilinear(position, next, to);
       break;
     case OMB_RESAMPLE_BICUBIC:
@@ -146,19 +156,21 @@ void StripSampler::Point(Position position, Position next, uint8_t* row, uint8_t
     std::memcpy(row + first, last_ + first, (static_cast<size_t>(count_) * bits + 7) / 8);
   } else {
     const simd::PixelPlaces places = Places(source_row, source_row);
-    const auto channels = static_cast<size_t>(sampler_.channels());
-    InPieces(next, 1, [&](int32_t first, size_t count) {
-      const size_t at = static_cast<size_t>(first) * channels;
-      if (planned_) {
-        functions_.pick_planned(places.base, plan_, at, at + count * channels, to);
-      } else {
-        functions_.pick(From(places, first), count, to + at);
-      }
-    });
+    InPieces(next, 1, [&](int32_t first, size_t count) { Pick(places, first, count, to); });
     if (to == sampled_) sampler_.Encode(to, x_, count_, row);
   }
   picked_ = source_row;
   last_ = row;
+}
+
+void StripSampler::Pick(const simd::PixelPlaces& places, int32_t first, size_t count, uint8_t* to) {
+  const auto channels = static_cast<size_t>(sampler_.channels());
+  const size_t at = static_cast<size_t>(first) * channels;
+  if (planned_) {
+    functions_.pick_planned(places.base, plan_, at, at + count * channels, to);
+  } else {
+    functions_.pick(From(places, first), count, to + at);
+  }
 }
 
 void StripSampler::Bilinear(Position position, Position next, uint8_t* to) {
@@ -166,8 +178,10 @@ void StripSampler::Bilinear(Position position, Position next, uint8_t* to) {
   const int32_t upper = std::min(lower + 1, sampler_.height() - 1);
   if (enlarges_) {
     const float* const pairs[2] = {Pairs(lower), Pairs(upper)};
-    functions_.blend_pairs(pairs[0], pairs[1], sampler_.channels(), fraction_, position.fraction,
-                           plane_, static_cast<size_t>(count_), to);
+    const bool levels = sampler_.channels() == 1;
+    (levels ? functions_.blend_levels : functions_.blend_colors)(
+        pairs[0], pairs[1], levels ? spread_fraction_ : fraction_, position.fraction, plane_,
+        static_cast<size_t>(count_), to);
     return;
   }
   const simd::PixelPlaces places = Places(lower, upper);
@@ -199,11 +213,21 @@ void StripSampler::InPieces(Position next, int32_t source_rows, F&& f) {
 
 const float* StripSampler::Pairs(int32_t source_row) {
   const int32_t slot = source_row & 1;
-  if (std::exchange(summed_[slot], source_row) != source_row) {
-    functions_.spread_pairs(Places(source_row, source_row), plane_, static_cast<size_t>(count_),
-                            pairs_[slot]);
+  float* const pairs = pairs_[slot];
+  const auto count = static_cast<size_t>(count_);
+  if (std::exchange(summed_[slot], source_row) == source_row) return pairs;
+  simd::PixelPlaces places = Places(source_row, source_row);
+  if (sampler_.channels() == 3) {
+    functions_.spread_colors(places, plane_, count, pairs);
+    return pairs;
   }
-  return pairs_[slot];
+  Pick(places, 0, count, sampled_);
+  functions_.spread_levels(sampled_, count, pairs);
+  ++places.base;  // the right neighbours
+  --places.bytes;
+  Pick(places, 0, count, sampled_);
+  functions_.spread_levels(sampled_, count, pairs + plane_);
+  return pairs;
 }
 
 void StripSampler::Bicubic(Position position, int32_t y, uint8_t* to) {

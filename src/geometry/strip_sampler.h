@@ -37,6 +37,8 @@ class StripSampler {
 
  private:
   void Point(Position position, Position next, uint8_t* row, uint8_t* to);
+  // Copies pixels [first, first + count) of the strip to their places in `to`.
+  void Pick(const simd::PixelPlaces& places, int32_t first, size_t count, uint8_t* to);
   void Bilinear(Position position, Position next, uint8_t* to);
   template <class F>
   void InPieces(Position next, int32_t source_rows, F&& f);
@@ -51,7 +53,7 @@ class StripSampler {
   const simd::RowFunctions& functions_;
   const Span inner_rows_;
   const bool enlarges_;  // bilinear: source rows are blended more than once
-  const bool plans_;     // pixels are picked by a plan, if there is one
+  const bool plans_;     // pixels may be picked by a plan
   const bool fetches_;   // shrinks a large image, whose cache lines are nearly all read
   const size_t plane_;   // from one array of the strip's values to the next
   const size_t decoded_size_;
@@ -60,10 +62,11 @@ class StripSampler {
   int32_t* offset_;
   float* fraction_;
   float* weights_[4];
-  float* pairs_[2];      // bilinear: of the source rows in summed_, channel after channel
+  float* spread_fraction_ = nullptr;
+  float* pairs_[2];      // bilinear: of the source rows in summed_, then of right neighbours
   float* sums_[4];       // of the source rows in summed_, channel after channel
   uint8_t* decoded_[2];  // the source rows in decoded_row_
-  uint8_t* sampled_;     // results that have to be encoded
+  uint8_t* sampled_;     // results that have to be encoded, or picked bytes
 
   // Of the current strip.
   int32_t x_ = 0, count_ = 0;
@@ -71,7 +74,7 @@ class StripSampler {
   Span source_columns_ = {0, 0};
   Span uncorrected_ = {0, 0};           // bicubic: pixels whose neighbours are all in the source
   int32_t decoded_row_[2], summed_[4];  // source rows; -1: none
-  bool picks_ = false;  // all columns are at whole pixels, or taken so
+  bool whole_ = false;                  // all columns are at whole pixels
   simd::PickPlan plan_ = {};
   bool planned_ = false;
   int32_t picked_ = -1;  // the source row that last_ was picked from

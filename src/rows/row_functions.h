@@ -195,7 +195,8 @@ enum {
   kMostTapRows = 64,
 };
 
-enum { kRunPadding = 16 };  // the most pixels that are resampled at a time
+enum { kRunPadding = 16 };     // the most pixels that are resampled at a time
+enum { kSpreadPadding = 64 };  // the most levels that are spread at a time
 
 // Where the pixels of a run are: pixel i starts at base[offset[i]].
 struct PixelPlaces {
@@ -479,12 +480,18 @@ struct RowFunctions {
   // (1-dx)dy upper + dx dy upper right, summed in this order, limited to 0..255 and truncated.
   void (*bilinear)(const struct PixelPlaces& lower, const uint8_t* upper, const float* dx,
                    const float* dy, size_t count, uint8_t* to);
-  // The same in two steps, for rows that are blended more than once. spread_pairs stores the pixels
-  // of one row and their right neighbours as planes of floats, one for each channel of either;
-  // blend_pairs blends the planes of two rows. Planes are `plane` floats apart.
-  void (*spread_pairs)(const struct PixelPlaces& places, size_t plane, size_t count, float* pairs);
-  void (*blend_pairs)(const float* lower, const float* upper, int channels, const float* dx,
-                      float dy, size_t plane, size_t count, uint8_t* to);
+  // The same in two steps, for rows that are blended more than once. spread_colors stores the
+  // three channels of pixels of one row and then those of their right neighbours as planes of
+  // floats, blend_colors blends the planes of two rows. Planes are `plane` floats apart.
+  void (*spread_colors)(const struct PixelPlaces& places, size_t plane, size_t count, float* to);
+  void (*blend_colors)(const float* lower, const float* upper, const float* dx, float dy,
+                       size_t plane, size_t count, uint8_t* to);
+  // The same of levels, which were picked before, and of fractions in the order that levels get.
+  // Up to kSpreadPadding values after those given are read and written.
+  void (*spread_fractions)(const float* fraction, size_t count, float* to);
+  void (*spread_levels)(const uint8_t* levels, size_t count, float* to);
+  void (*blend_levels)(const float* lower, const float* upper, const float* dx, float dy,
+                       size_t plane, size_t count, uint8_t* to);
   // The cubic weights of four neighbours at the distances 1+d, d, 1-d, 2-d. With a = |distance|:
   // 1 - 2a^2 + a^3 below 1, 4 - 8a + 5a^2 - a^3 below 2, 0 beyond.
   void (*cubic_weights)(const float* fraction, size_t count, float* const weights[4]);
