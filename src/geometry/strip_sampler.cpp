@@ -238,7 +238,8 @@ void StripSampler::Bicubic(Position position, int32_t y, uint8_t* to) {
   if (!uncorrected_.empty()) {
     const float* sums[4];
     for (int j = 0; j < 4; ++j) {
-      const int32_t source_row = pixel.rows.at[j],
+      // At a whole position the weights are 0, 1, 0 and 0: any row does for the others.
+      const int32_t source_row = pixel.rows.at[position.fraction == 0 ? 1 : j],
                     slot = source_row & 3;  // the four are neighbours
       sums[j] = sums_[slot];
       if (std::exchange(summed_[slot], source_row) == source_row) continue;
