@@ -76,12 +76,13 @@ void AddGeometryRows() {
   for (const auto& [name, image] : {std::pair{"photo", Photo24()}, {"page 8", Page8()}}) {
     for (uint32_t mode = 1; mode <= 3; ++mode) {
       [[maybe_unused]] const int cv_mode = static_cast<int>(mode) - 1;
-      for (const double factor : {0.4, 1.5}) {
-        Replacing((factor < 1 ? "scale 0.4" : "scale 1.5") + std::string(kModes[mode]) + name,
-                  image, Scale(image, factor, mode),
-                  WITH_OPENCV(OntoMat("resize", image, [=](const cv::Mat& from, cv::Mat& to) {
-                    cv::resize(from, to, {}, factor, factor, cv_mode);
-                  })));
+      for (const auto& [scale, factor] :
+           {std::pair{"scale 0.4", 0.4}, {"scale 0.5", 0.5}, {"scale 1.5", 1.5}}) {
+        Replacing(scale + std::string(kModes[mode]) + name, image, Scale(image, factor, mode),
+                  WITH_OPENCV(OntoMat("resize", image,
+                                      [=, factor = factor](const cv::Mat& from, cv::Mat& to) {
+                                        cv::resize(from, to, {}, factor, factor, cv_mode);
+                                      })));
       }
       Replacing("rotate 7" + std::string(kModes[mode]) + name, image, Rotate(7, mode),
                 WITH_OPENCV(OntoMat("warpAffine", image, [=](const cv::Mat& from, cv::Mat& to) {
