@@ -2,10 +2,14 @@
 //
 // The two differ on purpose: crop takes an inclusive rectangle, requires at least one pixel and
 // keeps biSizeImage; cpydibrect takes origin and size, allows empty pieces and clears biSizeImage.
+#include <cstring>
+
 #include "core/bytes.h"
 #include "core/packed_dib.h"
 #include "core/pixels.h"
+#include "core/read_ahead.h"
 #include "core/replacement.h"
+#include "rows/row_functions.h"
 
 namespace ombrilo {
 
@@ -13,11 +17,27 @@ namespace {
 
 bool CanCopyPixels(const DibView& source) { return source.indexed() || source.bit_count() == 24; }
 
+// Copies rows [first, first + piece.pixel_rows()) from byte `at` of each on. What no cache holds is
+// written with streaming stores: an ordinary one first reads the line that it overwrites.
+void CopyBytes(const DibView& source, size_t at, int32_t first, const Dib& piece) {
+  const simd::RowFunctions& functions = simd::Active();
+  const size_t count = static_cast<size_t>(piece.width()) * piece.bit_count() / 8;
+  const bool streams = 2 * static_cast<uint64_t>(piece.extent()) >= kCached;
+  for (int32_t k = 0; k < piece.pixel_rows(); ++k) {
+    const uint8_t* const from = source.row(first + k) + at;
+    streams ? functions.stream(from, count, piece.row(k))
+            : void(std::memcpy(piece.row(k), from, count));
+  }
+  if (streams) functions.finish_stream();
+}
+
 // The piece's top row is row `y` from the top of the picture. The piece lies inside the source.
 void CopyPiece(const DibView& source, size_t x, int32_t y, const Dib& piece) {
   const int32_t first_row = source.height() - y - piece.height();
+  const uint16_t bits = source.bit_count();
+  if (bits >= 8) return CopyBytes(source, x * bits / 8, first_row, piece);
   for (int32_t k = 0; k < piece.pixel_rows(); ++k) {
-    CopyPixels(source.row(first_row + k), source.bit_count(), x, static_cast<size_t>(piece.width()),
+    CopyPixels(source.row(first_row + k), bits, x, static_cast<size_t>(piece.width()),
                piece.row(k));
   }
 }
