@@ -67,8 +67,8 @@ enum {
   kConvolutionBlock = 128,   // a multiple of the bytes computed at a time
 };
 
-// Source rows of convolutions, Sobel edges and gradient magnitudes must be readable this many bytes
-// on from any of their bytes.
+// Source rows of convolutions, Sobel edges, gradient magnitudes, rectangles and ranks of columns
+// must be readable this many bytes on from any of their bytes.
 enum { kReadAhead = kConvolutionBlock };
 
 // A palette network while it learns.
@@ -390,7 +390,7 @@ struct RowFunctions {
                       uint32_t (*below)[kBoundLanes]);
 
   // to[i] = the rank-th (0: the least) of the `size` x `size` square around i, of 3 or 5. rows[k]
-  // is row k of the square, in the column of i = 0, and neighbours are `step` (1 to 3) bytes apart.
+  // is row k of the square, in the column of i = 0, and neighbours are `step` (1 or 3) bytes apart.
   void (*rank_of_columns)(const uint8_t* const* rows, size_t size, ptrdiff_t step, size_t rank,
                           size_t count, uint8_t* to);
   // The same in squares of 7, from bit planes. split_planes makes those of a source row, with
