@@ -149,11 +149,12 @@ struct Operation {
   uint32_t result = 1;     // at 24 bits
 };
 
+// -80 degrees turn some colors to just below red, which single precision rounds to red.
 constexpr int kAdjustments[][4] = {
     {1, 10, -20, 255},  {1, -255, 0, 1},    {2, 10, -35, 900}, {2, -100, 33, -1}, {3, 0, 0, 1},
     {3, 120, 0, 0},     {3, -360, 0, 0},    {3, 37, 60, -20},  {3, -61, 100, 30}, {3, 0, -100, 0},
     {3, 359, -7, 100},  {4, 0, 0, -1},      {4, 240, 0, 0},    {4, 360, 0, 0},    {4, -37, 45, 20},
-    {4, 61, 100, -100}, {4, -300, -100, 5}, {4, 1, -1, -99}};
+    {4, 61, 100, -100}, {4, -300, -100, 5}, {4, 1, -1, -99},   {3, -80, 9, 0},    {4, -80, 9, 0}};
 
 std::vector<Operation> Operations() {
   const auto each = [](std::function<int(int)> f) {
