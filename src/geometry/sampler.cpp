@@ -33,7 +33,8 @@ CubicOffsets ColumnOffsets(const DibView& source, int32_t x) {
 
 // The end of the run of columns with the same offsets as column x.
 int32_t EndOfOffsets(const DibView& source, int32_t x) {
-  for (const int32_t end : {1, source.width() - 2, source.width() - 1}) {
+  const int32_t edge = source.width() - 2;
+  for (const int32_t end : {1, edge, source.bit_count() == 24 ? edge : edge + 1}) {
     if (x < end) return end;
   }
   return INT32_MAX;
@@ -42,7 +43,10 @@ int32_t EndOfOffsets(const DibView& source, int32_t x) {
 }  // namespace
 
 Sampler::Sampler(const DibView& source, uint32_t mode)
-    : source_(source),
+    : functions_(simd::Active()),
+      source_(source),
+      rows_(source.rows()),
+      stride_(source.stride()),
       mode_(mode),
       in_place_(source.bit_count() >= 8),
       channels_(source.bit_count() == 24 ? 3 : 1) {
@@ -120,40 +124,59 @@ void Sampler::SumAcross(const simd::PixelPlaces& places, int32_t x, const float*
       from_weights[k] = weights[k] + i;
     }
     part.offset = places.offset + i;
-    simd::Active().cubic_across(part, columns, from_weights, plane, n, sums + i);
+    functions_.cubic_across(part, columns, from_weights, plane, n, sums + i);
   }
-}
-
-// A sample that the corrections leave outside the source is clamped into it. The first byte of a
-// gray color is the level.
-const uint8_t* Sampler::ColorAt(int32_t column, const uint8_t* row) const {
-  const auto x = static_cast<size_t>(std::clamp(column, 0, width() - 1));
-  return colors_ ? colors_->palette().bgr[GetIndex(row, source_.bit_count(), x)] : row + 3 * x;
 }
 
 void Sampler::SampleBicubic(const CubicPixel& pixel, uint8_t* to) const {
   const CubicOffsets offsets = ColumnOffsets(source_, pixel.x);
-  int32_t column = pixel.column;  // corrections persist here too
-  float value[3] = {};
+  const int32_t last = width() - 1, step = in_place_ ? channels_ : 1;
+  simd::CubicNeighbours neighbours;
+  int32_t in_row[4][4];
+  int32_t column = pixel.column;
+  bool moved = true;
   for (int j = 0; j < 4; ++j) {
-    const uint8_t* const row = source_.row(pixel.rows.at[j]);
-    const uint8_t* color[4];
+    neighbours.rows[j] = rows_ + static_cast<size_t>(pixel.rows.at[j]) * stride_;
+    // Corrections persist here too. Once a row needs none, the later ones read the same columns.
+    if (!moved) {
+      neighbours.offset[j] = neighbours.offset[j - 1];
+      continue;
+    }
+    const int32_t before = column;
     for (int k = 0; k < 4; ++k) {
       const int32_t right_by = offsets.at[k];
       // A reflection, on purpose unlike the rule for rows.
-      if (column + right_by > width() - 1) column = width() - column - 1;
+      if (column + right_by > last) column = last - column;
       if (column + right_by < 0) column = -right_by;
-      color[k] = ColorAt(column + right_by, row);
+      // What the corrections leave outside the source is clamped into it.
+      in_row[j][k] = step * std::clamp(column + right_by, 0, last);
     }
-    for (int c = 0; c < channels_; ++c) {
-      float sum = 0;
-      for (int k = 0; k < 4; ++k) sum += static_cast<float>(color[k][c]) * pixel.across[k];
-      value[c] += sum * pixel.down[j];
+    moved = column != before;
+    neighbours.offset[j] = in_row[j];
+  }
+  if (in_place_ && channels_ == 1) {
+    functions_.cubic_pixel(neighbours, pixel.across, pixel.down, 1, to);
+    return;
+  }
+  // Three bytes are read as four: not where none follows, at the end of the image.
+  int32_t copied[4][4];
+  uint8_t copies[4][16];
+  for (int j = 0; j < 4; ++j) {
+    if (in_place_ && pixel.rows.at[j] != height() - 1) continue;
+    for (int k = 0; k < 4; ++k) {
+      const int32_t from = neighbours.offset[j][k];
+      if (in_place_) {
+        copied[j][k] = 3 * k;
+        std::memcpy(copies[j] + 3 * k, neighbours.rows[j] + from, 3);
+      } else {
+        copied[j][k] =
+            3 * GetIndex(neighbours.rows[j], source_.bit_count(), static_cast<size_t>(from));
+      }
     }
+    neighbours.rows[j] = in_place_ ? copies[j] : colors_->palette().bgr[0];
+    neighbours.offset[j] = copied[j];
   }
-  for (int c = 0; c < channels_; ++c) {
-    to[c] = static_cast<uint8_t>(std::clamp(static_cast<int32_t>(value[c]), 0, 255));
-  }
+  functions_.cubic_pixel(neighbours, pixel.across, pixel.down, channels_, to);
 }
 
 }  // namespace ombrilo

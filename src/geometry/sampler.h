@@ -79,9 +79,10 @@ class Sampler {
   void SampleBicubic(const CubicPixel& pixel, uint8_t* to) const;
 
  private:
-  const uint8_t* ColorAt(int32_t column, const uint8_t* row) const;
-
+  const simd::RowFunctions& functions_;
   DibView source_;
+  const uint8_t* rows_;  // of the source
+  size_t stride_;
   uint32_t mode_;
   bool ready_ = true;
   bool in_place_;

@@ -231,21 +231,26 @@ const float* StripSampler::Pairs(int32_t source_row) {
 }
 
 void StripSampler::Bicubic(Position position, int32_t y, uint8_t* to) {
-  const auto count = static_cast<size_t>(count_);
   Sampler::CubicPixel pixel = {0, 0, sampler_.RowsOf(position.whole, y), {}, {}};
   float* const down[4] = {pixel.down, pixel.down + 1, pixel.down + 2, pixel.down + 3};
   functions_.cubic_weights(&position.fraction, 1, down);
   if (!uncorrected_.empty()) {
+    const int32_t first = uncorrected_.first;
+    const auto inner = static_cast<size_t>(uncorrected_.end - first);
+    const float* across[4];
+    for (int k = 0; k < 4; ++k) across[k] = weights_[k] + first;
     const float* sums[4];
     for (int j = 0; j < 4; ++j) {
       // At a whole position the weights are 0, 1, 0 and 0: any row does for the others.
       const int32_t source_row = pixel.rows.at[position.fraction == 0 ? 1 : j],
                     slot = source_row & 3;  // the four are neighbours
-      sums[j] = sums_[slot];
+      sums[j] = sums_[slot] + first;
       if (std::exchange(summed_[slot], source_row) == source_row) continue;
-      sampler_.SumAcross(Places(source_row, source_row), x_, weights_, plane_, count, sums_[slot]);
+      sampler_.SumAcross(From(Places(source_row, source_row), first), x_ + first, across, plane_,
+                         inner, sums_[slot] + first);
     }
-    functions_.cubic_down(sums, down, sampler_.channels(), true, plane_, count, to);
+    functions_.cubic_down(sums, down, sampler_.channels(), true, plane_, inner,
+                          to + first * sampler_.channels());
   }
   for (const Span& border : {Span{0, uncorrected_.first}, Span{uncorrected_.end, count_}}) {
     for (int32_t i = border.first; i < border.end; ++i) {

@@ -84,13 +84,37 @@ void TileSampler::ReadAhead(size_t count) const {
 
 void TileSampler::Bicubic(const Positions& at, bool inside, int32_t x, int32_t y, int32_t count,
                           uint8_t* to) {
-  const auto n = static_cast<size_t>(count);
+  // Positions ascend or descend along the run, so those that need corrections are at its ends.
+  Span uncorrected = {0, count};
+  const auto inner = [&](int32_t i) {
+    return columns_.Holds(at.column[i]) && rows_.Holds(at.row[i]);
+  };
+  if (!inside || columns_.empty() || rows_.empty()) {
+    while (!uncorrected.empty() && !inner(uncorrected.first)) ++uncorrected.first;
+    while (!uncorrected.empty() && !inner(uncorrected.end - 1)) --uncorrected.end;
+  }
   Work& w = *work_;
-  float* const across[4] = {w.across[0], w.across[1], w.across[2], w.across[3]};
-  float* const down[4] = {w.down[0], w.down[1], w.down[2], w.down[3]};
-  functions_.cubic_weights(at.dx, n, across);
-  functions_.cubic_weights(at.dy, n, down);
-  if (!columns_.empty() && !rows_.empty()) {
+  const Span parts[] = {{0, uncorrected.first}, uncorrected, {uncorrected.end, count}};
+  for (const Span& part : parts) {
+    if (part.empty()) continue;
+    const auto first = static_cast<size_t>(part.first), n = static_cast<size_t>(part.end) - first;
+    float* const across[4] = {w.across[0] + first, w.across[1] + first, w.across[2] + first,
+                              w.across[3] + first};
+    float* const down[4] = {w.down[0] + first, w.down[1] + first, w.down[2] + first,
+                            w.down[3] + first};
+    functions_.cubic_weights(at.dx + first, n, across);
+    functions_.cubic_weights(at.dy + first, n, down);
+    if (&part != &parts[1]) {
+      for (int32_t i = part.first; i < part.end; ++i) {
+        Sampler::CubicPixel pixel = {at.column[i], x + i, sampler_.RowsOf(at.row[i], y), {}, {}};
+        for (int k = 0; k < 4; ++k) {
+          pixel.across[k] = w.across[k][i];
+          pixel.down[k] = w.down[k][i];
+        }
+        sampler_.SampleBicubic(pixel, to + i * sampler_.channels());
+      }
+      continue;
+    }
     // Places are those of the lowest of the rows that a pixel reads. For a pixel in row 1 that is
     // row 0, so its rows are the distances from there.
     const Sampler::CubicRows rows = sampler_.RowsOf(1, y);
@@ -99,21 +123,12 @@ void TileSampler::Bicubic(const Positions& at, bool inside, int32_t x, int32_t y
       simd::PixelPlaces places = places_;
       places.base += rows.at[j] * area_.pitch;
       places.bytes -= rows.at[j] * area_.pitch;
-      sampler_.SumAcross(places, x, across, Work::kPlane, n, w.sums[j]);
+      places.offset += first;
+      sampler_.SumAcross(places, x + part.first, across, Work::kPlane, n, w.sums[j]);
       sums[j] = w.sums[j];
     }
-    functions_.cubic_down(sums, down, sampler_.channels(), false, Work::kPlane, n, to);
-  } else {
-    inside = false;
-  }
-  for (int32_t i = 0; i < count && !inside; ++i) {
-    if (columns_.Holds(at.column[i]) && rows_.Holds(at.row[i])) continue;
-    Sampler::CubicPixel pixel = {at.column[i], x + i, sampler_.RowsOf(at.row[i], y), {}, {}};
-    for (int k = 0; k < 4; ++k) {
-      pixel.across[k] = w.across[k][i];
-      pixel.down[k] = w.down[k][i];
-    }
-    sampler_.SampleBicubic(pixel, to + i * sampler_.channels());
+    functions_.cubic_down(sums, down, sampler_.channels(), false, Work::kPlane, n,
+                          to + part.first * sampler_.channels());
   }
 }
 

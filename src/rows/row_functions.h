@@ -223,6 +223,12 @@ struct SampledArea {
   int32_t channels, pitch;
 };
 
+// The 16 pixels that a bicubic one is made of: those of a row are at rows[j] + offset[j][k].
+struct CubicNeighbours {
+  const uint8_t* rows[4];
+  const int32_t* offset[4];
+};
+
 // Column c of `from` becomes row c of `to`. A step leads from a row to the next, in bytes; it may
 // be negative.
 struct Transposition {
@@ -503,6 +509,9 @@ struct RowFunctions {
   // and truncated. With one_row, weights[..][0] apply to all pixels.
   void (*cubic_down)(const float* const sums[4], const float* const weights[4], int channels,
                      bool one_row, size_t plane, size_t count, uint8_t* to);
+  // Both for one pixel and any neighbours. At each of them 4 bytes are readable if it has 3.
+  void (*cubic_pixel)(const struct CubicNeighbours& neighbours, const float* across,
+                      const float* down, int channels, uint8_t* to);
   // The positions (first + i) * step + origin + center, which fit an int32_t, truncated, and the
   // fractions that this cuts off.
   void (*turned_positions)(const struct TurnedAxis& axis, int32_t first, size_t count,
