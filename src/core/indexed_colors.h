@@ -18,10 +18,10 @@ namespace ombrilo {
 
 class IndexedColors {
  public:
-  // Takes the memory that searches need; false when there is none. A table that stays gray needs no
-  // searches.
-  explicit IndexedColors(bool searches = true) {
-    if (searches) nearest_.emplace();
+  // Takes the memory that searches for about so many colors need; false when there is none. A table
+  // that stays gray needs no searches.
+  explicit IndexedColors(uint64_t pixels, bool searches = true) {
+    if (searches) nearest_.emplace(pixels);
   }
   explicit operator bool() const { return !nearest_ || *nearest_; }
 

@@ -8,26 +8,26 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "core/buffer.h"
 #include "core/palette.h"
+#include "core/palette_search.h"
 #include "rows/row_functions.h"
 
 namespace ombrilo {
 
 class NearestEntry {
  public:
-  // Takes all its memory at once: about 790 KiB, most of which the searches of one image never
-  // touch. False when there is none. Create it before the first change to an image.
-  explicit NearestEntry(const Palette& palette) : NearestEntry() { Learn(palette); }
+  // For about so many colors. Takes all its memory at once, up to 790 KiB. False when there is
+  // none. Create it before the first change to an image.
+  NearestEntry(const Palette& palette, uint64_t colors) : NearestEntry(colors) { Learn(palette); }
   // The same for a palette that is learned later.
-  NearestEntry() : lists_(NewZeroedBuffer<simd::SquaresLists>(1)) {}
-  explicit operator bool() const { return lists_ != nullptr; }
+  explicit NearestEntry(uint64_t colors) : search_(colors) {}
+  explicit operator bool() const { return static_cast<bool>(search_); }
 
   void Learn(const Palette& palette);
 
   // Colors of `step` (3 or 4) bytes, blue, green and red first.
   void Find(const uint8_t* colors, size_t step, size_t count, uint8_t* indices) {
-    simd::Active().find_by_squares(lists_[0], colors, step, count, indices);
+    simd::Active().find_by_squares(search_.lists(), colors, step, count, indices);
   }
   uint8_t Find(uint8_t blue, uint8_t green, uint8_t red) {
     const uint8_t bgr[] = {blue, green, red};
@@ -37,7 +37,7 @@ class NearestEntry {
   }
 
  private:
-  Buffer<simd::SquaresLists> lists_;
+  PaletteSearch<simd::SquaresLists> search_;
 };
 
 }  // namespace ombrilo

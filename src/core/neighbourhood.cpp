@@ -20,7 +20,7 @@ Neighbourhood::Neighbourhood(const PixelRows& rows, const Dib* dib, const Reach&
   if (rows_.height == 0) rows_.width = 0;  // no memory for the rows of an image without any
   if (dib != nullptr && dib->indexed()) {
     dib_ = *dib;
-    colors_.emplace(!(TableHoldsPalette(*dib) && MakeDIBPalette(*dib)->AllGray()));
+    colors_.emplace(rows_.pixels(), !(TableHoldsPalette(*dib) && MakeDIBPalette(*dib)->AllGray()));
     if (!*colors_) return;
   }
   const size_t left = Aligned(size_t(max_reach_.left) * max_step_);
@@ -50,7 +50,7 @@ Neighbourhood::Neighbourhood(const PixelRows& rows, const Dib* dib, const Reach&
 
 bool Neighbourhood::SplitChannels() {
   split_ = true;
-  if (colors_) colors_.emplace();
+  if (colors_) colors_.emplace(rows_.pixels());
   return !colors_ || *colors_;
 }
 

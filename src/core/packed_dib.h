@@ -99,6 +99,9 @@ class DibView {
   int32_t height() const { return header_.height < 1 ? 0 : header_.height; }
   // Rows that hold pixels: none without columns or bits.
   int32_t pixel_rows() const { return stride() == 0 ? 0 : height(); }
+  uint64_t pixels() const {
+    return static_cast<uint64_t>(width()) * static_cast<uint64_t>(pixel_rows());
+  }
   size_t stride() const { return static_cast<size_t>(StrideOf(width(), bit_count())); }
   size_t extent() const { return extent_; }
   // The same view of the block after it was moved.

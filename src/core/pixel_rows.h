@@ -21,6 +21,8 @@ struct PixelRows {
   size_t stride;
   uint16_t bit_count;
 
+  uint64_t pixels() const { return static_cast<uint64_t>(width) * static_cast<uint64_t>(height); }
+
   static PixelRows Of(const Dib& dib) {
     return With(dib, dib.width(), dib.pixel_rows(), dib.stride(), dib.bit_count());
   }

@@ -29,7 +29,9 @@ class Mosaic {
         block_(static_cast<size_t>(block_width)),
         block_height_(block_height) {
     if (dib.indexed()) {
-      colors_.emplace(!MakeDIBPalette(dib)->AllGray());
+      const auto blocks = uint64_t{width_ / block_ + 1} *
+                          static_cast<uint64_t>(dib.pixel_rows() / block_height + 1);
+      colors_.emplace(blocks, !MakeDIBPalette(dib)->AllGray());
       if (!*colors_) return;
       colors_->Snapshot(dib);
       step_ = colors_->step();
@@ -42,8 +44,9 @@ class Mosaic {
     columns_ = NewScratchBuffer<uint16_t>(tile_ * step_ + simd::kBlocksRoom);
     means_ = NewScratchBuffer<uint8_t>(blocks * step_ + simd::kBlocksRoom);
     indices_ = NewScratchBuffer<uint8_t>(blocks + simd::kBlocksRoom);
-    values_ = NewScratchBuffer<uint8_t>((coded_ ? simd::kMostSummedRows : 1) * tile_ * step_ +
-                                        simd::kBlocksRoom);
+    const size_t rows =
+        coded_ ? std::min<size_t>(simd::kMostSummedRows, static_cast<size_t>(block_height)) : 1;
+    values_ = NewScratchBuffer<uint8_t>(rows * tile_ * step_ + simd::kBlocksRoom);
     const bool small = uint64_t{block_} * static_cast<uint64_t>(block_height) <= simd::kSmallBlock;
     if (!small) sums_ = NewScratchBuffer<uint64_t>(blocks * step_);
     ready_ = columns_ && means_ && indices_ && values_ && (small || sums_);

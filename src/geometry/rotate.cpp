@@ -178,7 +178,8 @@ uint32_t omb_rotate(PackedDib** image, float degrees, uint32_t mode) {
   // Not block.dib(): a core header may have cut the size to 16 bits.
   uint8_t* const rows = block.bytes() + source->prefix_size();
   const auto stride = static_cast<size_t>(StrideOf(turn.width, source->bit_count()));
-  Sampler sampler(*source, mode);
+  Sampler sampler(*source, mode,
+                  static_cast<uint64_t>(turn.width) * static_cast<uint64_t>(turn.height));
   if (!sampler) return 0;
   if (sampler.Paints()) {
     TileSampler tile(sampler, -static_cast<int32_t>(kRowsAhead * turn.s),

@@ -42,7 +42,7 @@ int32_t EndOfOffsets(const DibView& source, int32_t x) {
 
 }  // namespace
 
-Sampler::Sampler(const DibView& source, uint32_t mode)
+Sampler::Sampler(const DibView& source, uint32_t mode, uint64_t pixels)
     : functions_(simd::Active()),
       source_(source),
       rows_(source.rows()),
@@ -52,7 +52,7 @@ Sampler::Sampler(const DibView& source, uint32_t mode)
       channels_(source.bit_count() == 24 ? 3 : 1) {
   if (!Paints()) return;
   if (source.indexed() && mode != OMB_RESAMPLE_POINT) {
-    colors_.emplace(!MakeDIBPalette(source)->AllGray());
+    colors_.emplace(pixels, !MakeDIBPalette(source)->AllGray());
     ready_ = static_cast<bool>(*colors_);
     if (!ready_) return;
     colors_->Snapshot(source);

@@ -27,8 +27,8 @@ struct Span {
 
 class Sampler {
  public:
-  // Takes all its memory.
-  Sampler(const DibView& source, uint32_t mode);
+  // Takes all its memory, for a new image of so many pixels.
+  Sampler(const DibView& source, uint32_t mode, uint64_t pixels);
   // False when memory ran out.
   explicit operator bool() const { return ready_; }
 

@@ -64,7 +64,7 @@ uint32_t omb_scale(PackedDib** image, uint32_t width, uint32_t height, uint32_t 
   if (!source) return 0;
   // The same size is "not done".
   if (width == omb_DIBWidth(*image) && height == omb_DIBHeight(*image)) return 0;
-  Sampler sampler(*source, mode);
+  Sampler sampler(*source, mode, uint64_t{width} * height);
   if (!sampler) return 0;
   NewBlock block = NewBlock::Resized(
       *source, width, height,

@@ -36,7 +36,7 @@ int32_t omb_dither(PackedDib** image, int32_t bits) {
   NewBlock block = NewBlock::WithDepth(*source, depth, colors, 0, packing);
   if (!block) return 0;
   const size_t width = source->pixel_rows() == 0 ? 0 : static_cast<size_t>(source->width());
-  PaletteNetwork network(bits);
+  PaletteNetwork network(bits, source->pixels());
   const auto before = NewZeroedBuffer<uint32_t>(width);  // the last row's colors
   const auto indices = NewScratchBuffer<uint8_t>(kRows * width);
   if (!network || !before || !indices) return 0;

@@ -64,7 +64,7 @@ int32_t omb_neuquant(PackedDib** image, int32_t bits) {
   const uint32_t colors = 1u << bits;
   NewBlock block = NewBlock::WithDepth(*source, depth, colors, colors);
   if (!block) return 0;
-  PaletteNetwork network(bits);
+  PaletteNetwork network(bits, source->pixels());
   if (!network) return 0;
   network.Learn(*source);
   // Not by the block's own header: with a size field below its length, the copy's rows are there.

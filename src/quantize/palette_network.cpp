@@ -66,7 +66,8 @@ void SetRates(int32_t alpha, int32_t radius, Neurons& neurons) {
 
 }  // namespace
 
-PaletteNetwork::PaletteNetwork(int bits) : colors_(1u << bits), state_(NewZeroedBuffer<State>(1)) {}
+PaletteNetwork::PaletteNetwork(int bits, uint64_t pixels)
+    : colors_(1u << bits), state_(NewZeroedBuffer<State>(1)), sorted_(pixels) {}
 
 void PaletteNetwork::Learn(const DibView& image) {
   Neurons& neurons = state_[0].neurons;
@@ -111,7 +112,7 @@ void PaletteNetwork::TakeColors() {
       s.bgr[i][c] = static_cast<uint8_t>(std::min(value, 255));
     }
     const uint8_t* bgr = s.bgr[i];
-    s.sorted.pool[i] = static_cast<uint32_t>(bgr[0] | bgr[1] << 8 | bgr[2] << 16) | i << 24;
+    sorted_.lists().pool[i] = static_cast<uint32_t>(bgr[0] | bgr[1] << 8 | bgr[2] << 16) | i << 24;
   }
 }
 
@@ -124,7 +125,7 @@ uint8_t* PaletteNetwork::WriteTable(uint8_t* table, size_t step) const {
 void PaletteNetwork::BuildIndex() {
   State& s = state_[0];
   const auto count = static_cast<int32_t>(colors_);
-  uint32_t* const sorted = s.sorted.pool;
+  uint32_t* const sorted = sorted_.lists().pool;
   const auto green_of = [&](int32_t i) { return static_cast<int32_t>(sorted[i] >> 8 & 255); };
   int32_t previous = 0, first = 0;
   for (int32_t i = 0; i < count; ++i) {
@@ -135,20 +136,20 @@ void PaletteNetwork::BuildIndex() {
     std::swap(sorted[i], sorted[least]);
     const int32_t green = green_of(i);
     if (green != previous) {
-      s.sorted.start[previous] = (first + i) >> 1;
-      for (int32_t g = previous + 1; g < green; ++g) s.sorted.start[g] = i;
+      sorted_.lists().start[previous] = (first + i) >> 1;
+      for (int32_t g = previous + 1; g < green; ++g) sorted_.lists().start[g] = i;
       previous = green;
       first = i;
     }
   }
-  s.sorted.start[previous] = (first + count - 1) >> 1;
-  for (int32_t g = previous + 1; g < 256; ++g) s.sorted.start[g] = count - 1;
+  sorted_.lists().start[previous] = (first + count - 1) >> 1;
+  for (int32_t g = previous + 1; g < 256; ++g) sorted_.lists().start[g] = count - 1;
   // The sort moved indices along with colors; numbers take their place.
   for (uint32_t i = 0; i < colors_; ++i) {
     s.index_of[i] = static_cast<uint8_t>(sorted[i] >> 24);
     sorted[i] = (sorted[i] & 0xFFFFFF) | i << 24;
   }
-  s.sorted.count = s.sorted.used = colors_;
+  sorted_.Begin(colors_);
 }
 
 void PaletteNetwork::Diffuse(const uint32_t* seen, const uint8_t* rows, size_t stride, size_t width,
@@ -156,7 +157,7 @@ void PaletteNetwork::Diffuse(const uint32_t* seen, const uint8_t* rows, size_t s
   State& s = state_[0];
   uint32_t seen_of[256];
   for (uint32_t i = 0; i < colors_; ++i) seen_of[i] = seen[s.index_of[i]];
-  simd::Active().diffuse(s.sorted, {seen_of, rows, stride, width, count, before, indices});
+  simd::Active().diffuse(sorted_.lists(), {seen_of, rows, stride, width, count, before, indices});
   simd::Active().apply_table(indices, count * width, s.index_of);
 }
 

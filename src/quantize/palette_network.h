@@ -14,16 +14,17 @@
 
 #include "core/buffer.h"
 #include "core/packed_dib.h"
+#include "core/palette_search.h"
 #include "rows/row_functions.h"
 
 namespace ombrilo {
 
 class PaletteNetwork {
  public:
-  // A network of 2^bits neurons; `bits` is 1, 2, 4 or 8. Takes all its memory at once: 5.2 MiB, of
-  // which searches touch what the image's colors need. False when there is none.
-  explicit PaletteNetwork(int bits);
-  explicit operator bool() const { return state_ != nullptr; }
+  // A network of 2^bits neurons, for an image of so many pixels; `bits` is 1, 2, 4 or 8. Takes all
+  // its memory at once, up to 5.2 MiB. False when there is none.
+  PaletteNetwork(int bits, uint64_t pixels);
+  explicit operator bool() const { return state_ && sorted_; }
 
   // Learns the palette of a 24-bit image. Its rows are taken as one stream of bytes, padding
   // included.
@@ -36,7 +37,7 @@ class PaletteNetwork {
   // The entries for colors of `step` (3 or 4) bytes: least sum of absolute differences; among
   // equals the one that the search along the green-sorted index meets first.
   void Find(const uint8_t* colors, size_t step, size_t count, uint8_t* indices) {
-    simd::Active().find_by_sums(state_[0].sorted, colors, step, count, indices);
+    simd::Active().find_by_sums(sorted_.lists(), colors, step, count, indices);
     simd::Active().apply_table(indices, count, state_[0].index_of);
   }
 
@@ -48,8 +49,7 @@ class PaletteNetwork {
   struct State {
     simd::Neurons neurons;
     uint8_t bgr[256][3];
-    uint8_t index_of[256];   // into the palette, of the numbers of `sorted`
-    simd::SumsLists sorted;  // by green
+    uint8_t index_of[256];  // into the palette, of the numbers of sorted_
   };
 
   void LearnCycles(const uint8_t* picture, size_t length);
@@ -58,6 +58,7 @@ class PaletteNetwork {
 
   uint32_t colors_;
   Buffer<State> state_;
+  PaletteSearch<simd::SumsLists> sorted_;  // by green
 };
 
 }  // namespace ombrilo

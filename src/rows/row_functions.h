@@ -90,23 +90,23 @@ struct Neurons {
 // times 512, plus its length; 0 while it is not known. A small cell with a longer list holds that
 // and 0, 0, 0; the last of four entries is never 0.
 struct PaletteLists {
+  // Where few colors are to be searched, the lists of cells 16 wide answer: no others are made.
+  enum { kFewWider = 4672, kFewPool = 30000 };
   uint32_t count;  // entries of the palette, at least 2
   uint32_t used;   // entries in the pool, the palette's included
+  uint32_t room;   // for entries in the pool: kPool or kFewPool
+  uint32_t* pool;
+  uint32_t* wider;       // kWider or kFewWider lists, at first 0
+  uint32_t (*cells)[4];  // kCells of them, at first 0; null for few colors
 };
 // Wider cells are 64 wide, 32 wide and so on: 8^2 + 8^3 + ... lists. The smallest ones are 8 (by
 // squares) or 4 (by sums) wide, so many that noise of all colors would fill a smaller pool again
 // and again.
 struct SquaresLists : PaletteLists {
-  enum { kPool = 1 << 16 };
-  uint32_t pool[kPool];
-  uint32_t wider[4672];
-  uint32_t cells[32768][4];
+  enum { kPool = 1 << 16, kWider = 4672, kCells = 32768 };
 };
 struct SumsLists : PaletteLists {
-  enum { kPool = 1 << 18 };
-  uint32_t pool[kPool];
-  uint32_t wider[37440];
-  uint32_t cells[262144][4];
+  enum { kPool = 1 << 18, kWider = 37440, kCells = 262144 };
   int32_t start[256];  // by green: where the search order starts; see find_by_sums
 };
 

@@ -57,7 +57,8 @@ Levels LevelsOfIndexed(const DibView& dib, double low, double high) {
 }
 
 bool StretchIndexed(const Dib& dib, double low, double high) {
-  NearestEntry nearest(*MakeDIBPalette(dib));
+  const Palette palette = *MakeDIBPalette(dib);
+  NearestEntry nearest(palette, static_cast<uint64_t>(palette.count));
   if (!nearest) return false;
   const Levels levels = LevelsOfIndexed(dib, low, high);
   if (levels.low == levels.high) return false;

@@ -61,7 +61,7 @@ class Balance {
 // Every index goes to the entry nearest to its balanced color; the table stays.
 bool ChangeIndices(const Dib& dib, const Balance& balance) {
   const Palette palette = *MakeDIBPalette(dib);
-  NearestEntry nearest(palette);
+  NearestEntry nearest(palette, static_cast<uint64_t>(palette.count));
   if (!nearest) return false;
   Palette balanced = palette;
   balance.Change(balanced.bgr[0], 256);

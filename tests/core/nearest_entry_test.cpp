@@ -28,7 +28,7 @@ std::vector<std::vector<uint32_t>> Palettes() {
 }
 
 // Every cell in turn with colors from all over it. Lists of the gray ramp fill their room, so that
-// searching begins anew, more than once.
+// searching begins anew, more than once. There are lists for few colors and for many.
 TEST(NearestEntry, EqualsThePlainSearchAtEveryLevel) {
   constexpr size_t kCount = 60000;
   std::vector<uint8_t> colors;
@@ -46,14 +46,16 @@ TEST(NearestEntry, EqualsThePlainSearchAtEveryLevel) {
       expected.push_back(
           static_cast<uint8_t>(Nearest(entries, {colors[i], colors[i + 1], colors[i + 2]})));
     }
-    NearestEntry nearest;
-    ASSERT_TRUE(nearest);
-    AtEveryLevel([&] {
-      nearest.Learn(palette);
-      nearest.Find(colors.data(), 3, kCount, found.data());
-      ASSERT_EQ(found, expected) << table.size() << " entries";
-      ASSERT_EQ(nearest.Find(colors[0], colors[1], colors[2]), expected[0]);
-    });
+    for (const uint64_t announced : {uint64_t{1}, uint64_t{kCount}}) {
+      NearestEntry nearest(announced);
+      ASSERT_TRUE(nearest);
+      AtEveryLevel([&] {
+        nearest.Learn(palette);
+        nearest.Find(colors.data(), 3, kCount, found.data());
+        ASSERT_EQ(found, expected) << table.size() << " entries";
+        ASSERT_EQ(nearest.Find(colors[0], colors[1], colors[2]), expected[0]);
+      });
+    }
   }
 }
 

@@ -71,7 +71,7 @@ TEST(WindowsBridge, NearestEntryIsTheSystems) {
       const int bits = count == 2 ? 1 : count == 16 ? 4 : 8;
       const TestImage image = ImageBuilder(bits, 1, 1).Colors(colors).Build();
       const auto system = reinterpret_cast<HPALETTE>(omb_CreateDIBPalette(image.get()));
-      NearestEntry nearest(*MakeDIBPalette(*DibView::Open(image.get())));
+      NearestEntry nearest(*MakeDIBPalette(*DibView::Open(image.get())), UINT64_MAX);
       for (const uint32_t c : VariedColors(3000, 77 + seed)) {
         const auto red = static_cast<uint8_t>(c >> 16), green = static_cast<uint8_t>(c >> 8),
                    blue = static_cast<uint8_t>(c);

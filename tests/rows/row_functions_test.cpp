@@ -5,10 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -54,8 +54,12 @@ TEST(RowFunctions, EverySetOfTheProcessorIsTested) {
 // Sums of differences, with orders by turns and so many lists that room for them runs out.
 TEST(RowFunctions, SearchBySumsWithTurns) {
   constexpr size_t kCount = 40000;
-  const auto memory = std::make_unique<simd::SumsLists>();
-  simd::SumsLists& lists = *memory;
+  using simd::SumsLists;
+  std::vector<uint32_t> pool(SumsLists::kPool), wider(SumsLists::kWider);
+  std::vector<std::array<uint32_t, 4>> cells(SumsLists::kCells);
+  SumsLists lists = {};
+  lists.pool = pool.data();
+  lists.wider = wider.data();
   lists.count = 256;
   for (uint32_t i = 0; i < 256; ++i) lists.pool[i] = i * 0x01010101;
   for (int green = 0; green < 256; ++green) lists.start[green] = 255 - green;
@@ -74,11 +78,15 @@ TEST(RowFunctions, SearchBySumsWithTurns) {
     colors.insert(colors.end(), std::begin(bgr), std::end(bgr));
   }
   for (auto level = simd::Supported(); *level != nullptr; ++level) {
-    std::memset(lists.wider, 0, sizeof lists.wider);
-    std::memset(lists.cells, 0, sizeof lists.cells);
-    lists.used = 256;
-    (*level)->find_by_sums(lists, colors.data(), 3, kCount, found.data());
-    EXPECT_EQ(found, expected) << (*level)->name;
+    for (const bool few : {false, true}) {
+      std::fill(wider.begin(), wider.end(), 0);
+      cells.assign(cells.size(), {});
+      lists.cells = few ? nullptr : reinterpret_cast<uint32_t(*)[4]>(cells.data());
+      lists.room = few ? uint32_t{SumsLists::kFewPool} : uint32_t{SumsLists::kPool};
+      lists.used = 256;
+      (*level)->find_by_sums(lists, colors.data(), 3, kCount, found.data());
+      EXPECT_EQ(found, expected) << (*level)->name;
+    }
   }
 }
 

@@ -1,0 +1,49 @@
+// The memory that searches of a palette need (PaletteLists of rows/row_functions.h).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "core/buffer.h"
+#include "rows/row_functions.h"
+
+namespace ombrilo {
+
+template <class Lists>
+class PaletteSearch {
+ public:
+  // Up to so many colors are searched sooner than cells for a few of them each are made.
+  static constexpr uint64_t kFew = 1 << 13;
+
+  // For about so many colors. Takes all memory at once: 50 KiB for few colors, otherwise up to 5.2
+  // MiB, of which searches touch what the colors need. False when there is none.
+  explicit PaletteSearch(uint64_t colors) {
+    const bool few = colors <= kFew;
+    const size_t wider = few ? size_t{Lists::kFewWider} : size_t{Lists::kWider};
+    lists_.room = few ? uint32_t{Lists::kFewPool} : uint32_t{Lists::kPool};
+    zeroed_count_ = wider + (few ? 0 : 4 * size_t{Lists::kCells});
+    zeroed_ = NewZeroedBuffer<uint32_t>(zeroed_count_);
+    pool_ = NewScratchBuffer<uint32_t>(lists_.room);
+    if (!*this) return;
+    lists_.pool = pool_.get();
+    lists_.wider = zeroed_.get();
+    if (!few) lists_.cells = reinterpret_cast<uint32_t(*)[4]>(zeroed_.get() + wider);
+  }
+  explicit operator bool() const { return zeroed_ && pool_; }
+
+  // Begins with the first `count` entries of the pool, which are the palette.
+  void Begin(size_t count) {
+    if (lists_.count != 0) std::memset(zeroed_.get(), 0, zeroed_count_ * sizeof(uint32_t));
+    lists_.count = lists_.used = static_cast<uint32_t>(count);
+  }
+
+  Lists& lists() { return lists_; }
+
+ private:
+  Lists lists_ = {};
+  size_t zeroed_count_;
+  Buffer<uint32_t> zeroed_, pool_;
+};
+
+}  // namespace ombrilo
