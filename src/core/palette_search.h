@@ -16,7 +16,7 @@ class PaletteSearch {
   // Up to so many colors are searched sooner than cells for a few of them each are made.
   static constexpr uint64_t kFew = 1 << 13;
 
-  // For about so many colors. Takes all memory at once: 50 KiB for few colors, otherwise up to 5.2
+  // For about so many colors. Takes all memory at once: 140 KiB for few colors, otherwise up to 5.2
   // MiB, of which searches touch what the colors need. False when there is none.
   explicit PaletteSearch(uint64_t colors) {
     const bool few = colors <= kFew;
