@@ -1,7 +1,7 @@
 // Rows that follow each other backwards in memory, for results that no cache holds, written with
 // streaming stores. An ordinary store that misses the caches first reads the line it is about to
 // overwrite, and no prefetcher expects the lines of the row before: together they take twice the
-// time. Rows written forwards gain little or lose.
+// time. Rows that are made forwards gain little or lose; omb_crop, which only copies, gains.
 #pragma once
 
 #include <algorithm>
