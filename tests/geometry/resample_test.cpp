@@ -199,7 +199,8 @@ TEST(Scale, EqualsTheReferenceAtEveryDepthSizeAndMode) {
       {1, 1, 3, 2},       {2, 1, 5, 4},       {1, 2, 2, 7},      {2, 2, 9, 9},
       {3, 3, 7, 8},       {4, 4, 3, 11},      {5, 7, 13, 17},    {17, 9, 6, 4},
       {9, 30, 31, 9},     {61, 41, 53, 97},   {700, 5, 9, 12},   {9, 6, 6090, 7},
-      {5000, 4, 4600, 3}, {300, 40, 133, 33}, {90, 40, 700, 33}, {2000, 35, 150, 33}};
+      {5000, 4, 4600, 3}, {300, 40, 133, 33}, {90, 40, 700, 33}, {2000, 35, 150, 33},
+      {90, 80, 45, 40},   {90, 80, 45, 33},   {60, 30, 120, 60}};  // whole positions on an axis
   for (const Kind& kind : Kinds()) {
     for (const auto& [w, h, to_w, to_h] : kSizes) {
       const auto new_w = static_cast<uint32_t>(to_w), new_h = static_cast<uint32_t>(to_h);

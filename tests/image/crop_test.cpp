@@ -76,6 +76,19 @@ TEST(Crop, PiecesAtEveryDepthAndHeaderKind) {
   }
 }
 
+// What no cache holds is written in another way.
+TEST(Crop, RowsOfLargePiecesAreThoseOfTheSource) {
+  TestImage image = ImageBuilder(24, 2403, 1203).Pixels(Noise(1 << 24, 3)).Build();
+  const TestImage source = image.Clone();
+  const OmbRect rect = {1, 2, 2401, 1200};
+  ASSERT_EQ(omb_crop(image.ref(), &rect), 1u);
+  const DibView from = *DibView::Open(source.get()), piece = *DibView::Open(image.get());
+  ASSERT_EQ(piece.height(), 1199);
+  for (int y = 0; y < piece.height(); ++y) {
+    ASSERT_EQ(std::memcmp(piece.row(y), from.row(y + 2) + 3, 3 * 2401), 0) << y;
+  }
+}
+
 TEST(Crop, RefusesRectanglesThatAreEmptyOrLeaveTheImage) {
   Untouched image(Source(8, 40));
   constexpr int kMin = INT32_MIN, kMax = INT32_MAX;

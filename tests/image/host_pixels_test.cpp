@@ -11,6 +11,7 @@
 #include "core/packed_dib.h"
 #include "rows/row_functions.h"
 #include "support/image.h"
+#include "support/naive.h"
 
 namespace ombrilo::test {
 namespace {
@@ -118,6 +119,23 @@ TEST(FromPixels, EveryColorOverEveryBackground) {
       ASSERT_EQ(image.Pixel(i & 255, i >> 8), Rgb(v, v, v)) << back;
     }
   }
+}
+
+TEST(FromPixels, TheOnlyPixelThatIsNotOpaqueIsFoundAnywhere) {
+  constexpr int kWidth = 300;
+  AtEveryLevel([] {
+    std::vector<uint8_t> pixels(4 * kWidth, 255);
+    for (size_t x = 0; x < kWidth; ++x) {
+      pixels[4 * x + 3] = 0;
+      const TestImage image(
+          omb_frompixels(OMB_PIXELS_RGBA, kWidth, 1, pixels.data(), 4 * kWidth, 0x102030));
+      for (int i = 0; i < kWidth; ++i) {
+        ASSERT_EQ(image.Pixel(i, 0), i == static_cast<int>(x) ? Rgb(0x30, 0x20, 0x10) : 0xFFFFFFu)
+            << x << ' ' << i;
+      }
+      pixels[4 * x + 3] = 255;
+    }
+  });
 }
 
 TEST(ToPixels, EveryDepthInEveryFormat) {
