@@ -76,14 +76,19 @@ bool StretchIndexed(const Dib& dib, double low, double high) {
     table[fixed] = map(fixed);
   }
   const uint16_t bit_count = dib.bit_count();
+  const auto apply_table = simd::Active().apply_table;
   for (int32_t y = 0; y < dib.pixel_rows(); ++y) {
     uint8_t* row = dib.row(y);
+    if (bit_count == 8 && fixed == 256) {  // nearly always
+      apply_table(row, static_cast<size_t>(dib.width()), table);
+      continue;
+    }
     ForEachIndexRun(row, bit_count, static_cast<size_t>(dib.width()),
                     [&](size_t first, uint8_t* indices, size_t count) {
                       uint8_t highest = 0;
                       for (size_t i = 0; i < count; ++i) highest = std::max(highest, indices[i]);
                       if (highest < fixed) {
-                        simd::Active().apply_table(indices, count, table);
+                        apply_table(indices, count, table);
                         PackIndices(indices, bit_count, count, row + first * bit_count / 8);
                         return;
                       }
