@@ -94,42 +94,50 @@ void TileSampler::Bicubic(const Positions& at, bool inside, int32_t x, int32_t y
     while (!uncorrected.empty() && !inner(uncorrected.end - 1)) --uncorrected.end;
   }
   Work& w = *work_;
-  const Span parts[] = {{0, uncorrected.first}, uncorrected, {uncorrected.end, count}};
-  for (const Span& part : parts) {
-    if (part.empty()) continue;
-    const auto first = static_cast<size_t>(part.first), n = static_cast<size_t>(part.end) - first;
-    float* const across[4] = {w.across[0] + first, w.across[1] + first, w.across[2] + first,
-                              w.across[3] + first};
-    float* const down[4] = {w.down[0] + first, w.down[1] + first, w.down[2] + first,
-                            w.down[3] + first};
-    functions_.cubic_weights(at.dx + first, n, across);
-    functions_.cubic_weights(at.dy + first, n, down);
-    if (&part != &parts[1]) {
-      for (int32_t i = part.first; i < part.end; ++i) {
-        Sampler::CubicPixel pixel = {at.column[i], x + i, sampler_.RowsOf(at.row[i], y), {}, {}};
-        for (int k = 0; k < 4; ++k) {
-          pixel.across[k] = w.across[k][i];
-          pixel.down[k] = w.down[k][i];
-        }
-        sampler_.SampleBicubic(pixel, to + i * sampler_.channels());
+  // Part by part, since negative fractions, which are at the ends, take longer.
+  struct Weights {
+    float *across[4], *down[4];
+  };
+  const auto weigh = [&](Span part) {
+    Weights weights;
+    for (int k = 0; k < 4; ++k) {
+      weights.across[k] = w.across[k] + part.first;
+      weights.down[k] = w.down[k] + part.first;
+    }
+    const auto n = static_cast<size_t>(part.end - part.first);
+    functions_.cubic_weights(at.dx + part.first, n, weights.across);
+    functions_.cubic_weights(at.dy + part.first, n, weights.down);
+    return weights;
+  };
+  for (const Span& border : {Span{0, uncorrected.first}, Span{uncorrected.end, count}}) {
+    if (border.empty()) continue;
+    weigh(border);
+    for (int32_t i = border.first; i < border.end; ++i) {
+      Sampler::CubicPixel pixel = {at.column[i], x + i, sampler_.RowsOf(at.row[i], y), {}, {}};
+      for (int k = 0; k < 4; ++k) {
+        pixel.across[k] = w.across[k][i];
+        pixel.down[k] = w.down[k][i];
       }
-      continue;
+      sampler_.SampleBicubic(pixel, to + i * sampler_.channels());
     }
-    // Places are those of the lowest of the rows that a pixel reads. For a pixel in row 1 that is
-    // row 0, so its rows are the distances from there.
-    const Sampler::CubicRows rows = sampler_.RowsOf(1, y);
-    const float* sums[4];
-    for (int j = 0; j < 4; ++j) {
-      simd::PixelPlaces places = places_;
-      places.base += rows.at[j] * area_.pitch;
-      places.bytes -= rows.at[j] * area_.pitch;
-      places.offset += first;
-      sampler_.SumAcross(places, x + part.first, across, Work::kPlane, n, w.sums[j]);
-      sums[j] = w.sums[j];
-    }
-    functions_.cubic_down(sums, down, sampler_.channels(), false, Work::kPlane, n,
-                          to + part.first * sampler_.channels());
   }
+  if (uncorrected.empty()) return;
+  const Weights weights = weigh(uncorrected);
+  const auto n = static_cast<size_t>(uncorrected.end - uncorrected.first);
+  // Places are those of the lowest of the rows that a pixel reads. For a pixel in row 1 that is
+  // row 0, so its rows are the distances from there.
+  const Sampler::CubicRows rows = sampler_.RowsOf(1, y);
+  const float* sums[4];
+  for (int j = 0; j < 4; ++j) {
+    simd::PixelPlaces places = places_;
+    places.base += rows.at[j] * area_.pitch;
+    places.bytes -= rows.at[j] * area_.pitch;
+    places.offset += uncorrected.first;
+    sampler_.SumAcross(places, x + uncorrected.first, weights.across, Work::kPlane, n, w.sums[j]);
+    sums[j] = w.sums[j];
+  }
+  functions_.cubic_down(sums, weights.down, sampler_.channels(), false, Work::kPlane, n,
+                        to + uncorrected.first * sampler_.channels());
 }
 
 }  // namespace ombrilo
