@@ -13,13 +13,10 @@ namespace ombrilo {
 template <class Lists>
 class PaletteSearch {
  public:
-  // Up to so many colors are searched sooner than cells for a few of them each are made.
-  static constexpr uint64_t kFew = 1 << 13;
-
   // For about so many colors. Takes all memory at once: 140 KiB for few colors, otherwise up to 5.2
   // MiB, of which searches touch what the colors need. False when there is none.
   explicit PaletteSearch(uint64_t colors) {
-    const bool few = colors <= kFew;
+    const bool few = colors <= Lists::kFewColors;
     const size_t wider = few ? size_t{Lists::kFewWider} : size_t{Lists::kWider};
     lists_.room = few ? uint32_t{Lists::kFewPool} : uint32_t{Lists::kPool};
     zeroed_count_ = wider + (few ? 0 : 4 * size_t{Lists::kCells});
@@ -36,6 +33,11 @@ class PaletteSearch {
   void Begin(size_t count) {
     if (lists_.count != 0) std::memset(zeroed_.get(), 0, zeroed_count_ * sizeof(uint32_t));
     lists_.count = lists_.used = static_cast<uint32_t>(count);
+  }
+
+  // Entry i of the palette, of blue, green and red.
+  void SetEntry(uint32_t i, const uint8_t* bgr) {
+    lists_.pool[i] = static_cast<uint32_t>(bgr[0] | bgr[1] << 8 | bgr[2] << 16) | i << 24;
   }
 
   Lists& lists() { return lists_; }

@@ -46,7 +46,9 @@ StripSampler::StripSampler(Sampler& sampler, int32_t columns, int32_t span, int3
       functions_(simd::Active()),
       inner_rows_(sampler.Inner(sampler.height())),
       enlarges_(sampler.mode() == OMB_RESAMPLE_BILINEAR && height > sampler.height()),
-      plans_(sampler.mode() != OMB_RESAMPLE_BICUBIC && height >= kPlannedRows),
+      spreads_(enlarges_ && sampler.channels() == 1),
+      plans_(sampler.mode() != OMB_RESAMPLE_BICUBIC &&
+             (enlarges_ ? sampler.height() : height) >= kPlannedRows),
       fetches_(sampler.in_place() && height < sampler.height() &&
                int64_t{span} * sampler.channels() <= int64_t{columns} * simd::kCacheLine &&
                static_cast<uint64_t>(sampler.source().stride()) *
@@ -59,7 +61,7 @@ StripSampler::StripSampler(Sampler& sampler, int32_t columns, int32_t span, int3
                                              static_cast<size_t>(sampler.channels())),
       memory_(plane_ * sizeof(float) * static_cast<size_t>(PlaneCount(sampler, enlarges_)) +
               2 * decoded_size_ +
-              (sampler.in_place() && !enlarges_ ? 0 : 3 * static_cast<size_t>(columns) + kPadding) +
+              (sampler.in_place() && !spreads_ ? 0 : 3 * static_cast<size_t>(columns) + kPadding) +
               (plans_ ? PlanBytes(sampler, columns) : 0)) {
   if (!memory_) return;
   auto* values = reinterpret_cast<float*>(memory_.get());
@@ -98,7 +100,7 @@ void StripSampler::Begin(int32_t x, const Position* columns, int32_t count) {
     fraction_[i] = columns[i].fraction;
     whole_ &= fraction_[i] == 0;
   }
-  if (enlarges_) {
+  if (spreads_) {
     functions_.spread_fractions(fraction_, static_cast<size_t>(count), spread_fraction_);
   }
   if (sampler_.mode() == OMB_RESAMPLE_BICUBIC) {
@@ -122,13 +124,12 @@ void StripSampler::Begin(int32_t x, const Position* columns, int32_t count) {
     offset_[i] = (leftmost(i) - source_columns_.first) * sampler_.channels();
   }
   std::fill_n(offset_ + count, simd::kRunPadding, offset_[count - 1]);
-  const bool picks = sampler_.mode() == OMB_RESAMPLE_POINT || enlarges_ || whole_;
+  const bool picks = sampler_.mode() == OMB_RESAMPLE_POINT || spreads_ || whole_;
   const size_t row_bytes = sampler_.in_place() ? sampler_.source().stride() : decoded_size_;
   plan_.count = static_cast<size_t>(count) * channels;
   // Right neighbours are picked by the same plan, from the row's second pixel on.
-  planned_ =
-      plans_ && picks &&
-      functions_.plan_picks(offset_, channels, row_bytes - (enlarges_ ? channels : 0), plan_);
+  planned_ = plans_ && picks &&
+             functions_.plan_picks(offset_, channels, row_bytes - (spreads_ ? channels : 0), plan_);
 }
 
 void StripSampler::Sample(Position position, Position next, int32_t y, uint8_t* row) {
@@ -176,11 +177,10 @@ void StripSampler::Pick(const simd::PixelPlaces& places, int32_t first, size_t c
 void StripSampler::Bilinear(Position position, Position next, uint8_t* to) {
   const int32_t lower = inner_rows_.Limit(position.whole);
   const int32_t upper = std::min(lower + 1, sampler_.height() - 1);
-  if (enlarges_) {
+  if (spreads_ ? planned_ : enlarges_) {
     const float* const pairs[2] = {Pairs(lower), Pairs(upper)};
-    const bool levels = sampler_.channels() == 1;
-    (levels ? functions_.blend_levels : functions_.blend_colors)(
-        pairs[0], pairs[1], levels ? spread_fraction_ : fraction_, position.fraction, plane_,
+    (spreads_ ? functions_.blend_levels : functions_.blend_colors)(
+        pairs[0], pairs[1], spreads_ ? spread_fraction_ : fraction_, position.fraction, plane_,
         static_cast<size_t>(count_), to);
     return;
   }
@@ -216,16 +216,15 @@ const float* StripSampler::Pairs(int32_t source_row) {
   float* const pairs = pairs_[slot];
   const auto count = static_cast<size_t>(count_);
   if (std::exchange(summed_[slot], source_row) == source_row) return pairs;
-  simd::PixelPlaces places = Places(source_row, source_row);
-  if (sampler_.channels() == 3) {
+  const simd::PixelPlaces places = Places(source_row, source_row);
+  if (!spreads_) {
     functions_.spread_colors(places, plane_, count, pairs);
     return pairs;
   }
-  Pick(places, 0, count, sampled_);
+  functions_.pick_planned(places.base, plan_, 0, count, sampled_);
   functions_.spread_levels(sampled_, count, pairs);
-  ++places.base;  // the right neighbours
-  --places.bytes;
-  Pick(places, 0, count, sampled_);
+  const uint8_t* const right = places.base + 1;
+  functions_.pick_planned(right, plan_, 0, count, sampled_);
   functions_.spread_levels(sampled_, count, pairs + plane_);
   return pairs;
 }

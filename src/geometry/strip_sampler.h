@@ -53,6 +53,7 @@ class StripSampler {
   const simd::RowFunctions& functions_;
   const Span inner_rows_;
   const bool enlarges_;  // bilinear: source rows are blended more than once
+  const bool spreads_;   // the same of levels, if there is a plan
   const bool plans_;     // pixels may be picked by a plan
   const bool fetches_;   // shrinks a large image, whose cache lines are nearly all read
   const size_t plane_;   // from one array of the strip's values to the next

@@ -9,6 +9,7 @@
 #include "core/pixels.h"
 #include "core/read_ahead.h"
 #include "core/replacement.h"
+#include "image/row_stream.h"
 #include "rows/row_functions.h"
 
 namespace ombrilo {
@@ -17,16 +18,20 @@ namespace {
 
 bool CanCopyPixels(const DibView& source) { return source.indexed() || source.bit_count() == 24; }
 
-// Copies rows [first, first + piece.pixel_rows()) from byte `at` of each on. What no cache holds is
-// written with streaming stores: an ordinary one first reads the line that it overwrites.
+// Copies rows from `first` on, from byte `at` of each on. What no cache holds is written with
+// streaming stores: an ordinary one first reads the line that it overwrites.
 void CopyBytes(const DibView& source, size_t at, int32_t first, const Dib& piece) {
   const simd::RowFunctions& functions = simd::Active();
   const size_t count = static_cast<size_t>(piece.width()) * piece.bit_count() / 8;
-  const bool streams = 2 * static_cast<uint64_t>(piece.extent()) >= kCached;
+  const bool cached = 2 * static_cast<uint64_t>(piece.extent()) < kCached;  // with what is copied
+  const bool streams = !cached && count >= RowStream::kShortest;
   for (int32_t k = 0; k < piece.pixel_rows(); ++k) {
     const uint8_t* const from = source.row(first + k) + at;
-    streams ? functions.stream(from, count, piece.row(k))
-            : void(std::memcpy(piece.row(k), from, count));
+    if (streams) {
+      functions.stream(from, count, piece.row(k));
+    } else {
+      std::memcpy(piece.row(k), from, count);
+    }
   }
   if (streams) functions.finish_stream();
 }

@@ -16,6 +16,8 @@ namespace ombrilo {
 
 class RowStream {
  public:
+  static constexpr size_t kShortest = 1024;  // bytes of a row; shorter ones are slower
+
   // For a result of `result` bytes made of `source` bytes.
   RowStream(bool backwards, uint64_t source, uint64_t result)
       : streams_(backwards && source + result >= kCached) {}
@@ -55,7 +57,6 @@ class RowStream {
   }
 
  private:
-  static constexpr size_t kShortest = 1024;  // bytes of a row; shorter ones are slower
   static constexpr size_t kLine = simd::kCacheLine;
   static constexpr size_t kPiece = 13 * kLine;
 

@@ -111,8 +111,7 @@ void PaletteNetwork::TakeColors() {
       const int32_t value = (s.neurons.channel[c][Neurons::kMargin + i] + 8) >> 4;
       s.bgr[i][c] = static_cast<uint8_t>(std::min(value, 255));
     }
-    const uint8_t* bgr = s.bgr[i];
-    sorted_.lists().pool[i] = static_cast<uint32_t>(bgr[0] | bgr[1] << 8 | bgr[2] << 16) | i << 24;
+    sorted_.SetEntry(i, s.bgr[i]);
   }
 }
 

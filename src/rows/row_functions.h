@@ -90,8 +90,9 @@ struct Neurons {
 // times 512, plus its length; 0 while it is not known. A small cell with a longer list holds that
 // and 0, 0, 0; the last of four entries is never 0.
 struct PaletteLists {
-  // Where few colors are to be searched, the lists of cells 16 wide answer: no others are made.
-  enum { kFewWider = 4672, kFewPool = 30000 };
+  // Where few colors are to be searched, the lists of cells 16 wide answer: no others are made. The
+  // longer they are, the sooner it takes less time to make cells for a few entries.
+  enum { kFewWider = 64 + 512 + 4096, kFewPool = 30000 };
   uint32_t count;  // entries of the palette, at least 2
   uint32_t used;   // entries in the pool, the palette's included
   uint32_t room;   // for entries in the pool: kPool or kFewPool
@@ -103,10 +104,10 @@ struct PaletteLists {
 // squares) or 4 (by sums) wide, so many that noise of all colors would fill a smaller pool again
 // and again.
 struct SquaresLists : PaletteLists {
-  enum { kPool = 1 << 16, kWider = 4672, kCells = 32768 };
+  enum { kPool = 1 << 16, kWider = 4672, kCells = 32768, kFewColors = 1 << 10 };
 };
 struct SumsLists : PaletteLists {
-  enum { kPool = 1 << 18, kWider = 37440, kCells = 262144 };
+  enum { kPool = 1 << 18, kWider = 37440, kCells = 262144, kFewColors = 1 << 12 };
   int32_t start[256];  // by green: where the search order starts; see find_by_sums
 };
 
@@ -287,7 +288,7 @@ struct RowFunctions {
   void (*max_of)(const uint8_t* const* from, size_t rows, size_t count, uint8_t* to);
   void (*min_of)(const uint8_t* const* from, size_t rows, size_t count, uint8_t* to);
   // to[i] = the largest (least) of a rectangle of bytes, which lie at from[k][i - left + c * step].
-  // Rows are readable from `left`, rounded up to a multiple of 64, before them.
+  // Rows are readable from `left`, rounded up to a multiple of 64, before them. The count is not 0.
   void (*rectangle_max)(const uint8_t* const* from, const struct Rectangle& rectangle, size_t count,
                         uint8_t* to);
   void (*rectangle_min)(const uint8_t* const* from, const struct Rectangle& rectangle, size_t count,
@@ -397,6 +398,7 @@ struct RowFunctions {
 
   // to[i] = the rank-th (0: the least) of the `size` x `size` square around i, of 3 or 5. rows[k]
   // is row k of the square, in the column of i = 0, and neighbours are `step` (1 or 3) bytes apart.
+  // The count is not 0.
   void (*rank_of_columns)(const uint8_t* const* rows, size_t size, ptrdiff_t step, size_t rank,
                           size_t count, uint8_t* to);
   // The same in squares of 7, from bit planes. split_planes makes those of a source row, with
@@ -492,8 +494,9 @@ struct RowFunctions {
   void (*spread_colors)(const struct PixelPlaces& places, size_t plane, size_t count, float* to);
   void (*blend_colors)(const float* lower, const float* upper, const float* dx, float dy,
                        size_t plane, size_t count, uint8_t* to);
-  // The same of levels, which were picked before, and of fractions in the order that levels get.
-  // Up to kSpreadPadding values after those given are read and written.
+  // The same of levels, which were picked before, and of fractions (0 to below 1) in the order that
+  // levels get. Up to kSpreadPadding values after those given are read and, except for results,
+  // written.
   void (*spread_fractions)(const float* fraction, size_t count, float* to);
   void (*spread_levels)(const uint8_t* levels, size_t count, float* to);
   void (*blend_levels)(const float* lower, const float* upper, const float* dx, float dy,
