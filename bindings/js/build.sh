@@ -18,8 +18,10 @@ exports=()
 for name in malloc free $(grep -o 'omb_[A-Za-z0-9_]*' "$root/src/exports/ombrilo.def"); do
   exports+=("-Wl,--export-if-defined=$name")
 done
+# The stack comes first in memory, so that an operation that needs more of it stops instead of
+# writing over data.
 clang++ --target=wasm32-wasi -O2 -mexec-model=reactor -nodefaultlibs "${exports[@]}" \
-  -Wl,--strip-all -Wl,--gc-sections -o "$package/ombrilo.wasm" "$wasm/libombrilo.a" -lc \
+  -Wl,-z,stack-size=262144 -Wl,--stack-first -Wl,--strip-all -Wl,--gc-sections -o "$package/ombrilo.wasm" "$wasm/libombrilo.a" -lc \
   "$(clang --target=wasm32-wasi -print-libgcc-file-name)"
 
 # The playground with the package inside, for any server of files.

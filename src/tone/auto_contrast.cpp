@@ -45,13 +45,11 @@ Levels LevelsOfIndexed(const DibView& dib, double low, double high) {
   const uint32_t entries = ColorsOfDepth(dib.bit_count());
   uint8_t colors[256][3];
   ReadColorsAtByte40(dib, entries, colors[0]);
-  Histogram channels[3];
-  for (uint32_t i = 0; i < entries; ++i) {
-    for (size_t c = 0; c < 3; ++c) channels[c].AddTimes(colors[i][c], indices[i]);
-  }
   Levels levels[3];
   for (size_t c = 0; c < 3; ++c) {
-    levels[c] = FindLevels(channels[c], PixelCount(dib.header()), low, high, UpperTest::kBelow);
+    Histogram channel;
+    for (uint32_t i = 0; i < entries; ++i) channel.AddTimes(colors[i][c], indices[i]);
+    levels[c] = FindLevels(channel, PixelCount(dib.header()), low, high, UpperTest::kBelow);
   }
   return Widest(levels);
 }
