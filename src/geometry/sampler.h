@@ -81,7 +81,8 @@ class Sampler {
  private:
   const simd::RowFunctions& functions_;
   DibView source_;
-  const uint8_t* rows_;  // of the source
+  // Of the source, which derives them from its header each time: too often for single pixels.
+  const uint8_t* rows_;
   size_t stride_;
   uint32_t mode_;
   bool ready_ = true;

@@ -78,10 +78,8 @@ StripSampler::StripSampler(Sampler& sampler, int32_t columns, int32_t span, int3
     for (float*& weights : weights_) weights = next(1);
     for (float*& sums : sums_) sums = next(sampler.channels());
   }
-  if (enlarges_) {
-    spread_fraction_ = next(1);
-    for (float*& pairs : pairs_) pairs = next(2 * sampler.channels());
-  }
+  if (spreads_) spread_fraction_ = next(1);
+  for (float*& pairs : pairs_) pairs = enlarges_ ? next(2 * sampler.channels()) : nullptr;
   decoded_[0] = reinterpret_cast<uint8_t*>(values);
   decoded_[1] = decoded_[0] + decoded_size_;
   sampled_ = decoded_[1] + decoded_size_;
@@ -221,11 +219,10 @@ const float* StripSampler::Pairs(int32_t source_row) {
     functions_.spread_colors(places, plane_, count, pairs);
     return pairs;
   }
-  functions_.pick_planned(places.base, plan_, 0, count, sampled_);
-  functions_.spread_levels(sampled_, count, pairs);
-  const uint8_t* const right = places.base + 1;
-  functions_.pick_planned(right, plan_, 0, count, sampled_);
-  functions_.spread_levels(sampled_, count, pairs + plane_);
+  for (size_t right = 0; right < 2; ++right) {
+    functions_.pick_planned(places.base + right, plan_, 0, count, sampled_);
+    functions_.spread_levels(sampled_, count, pairs + right * plane_);
+  }
   return pairs;
 }
 

@@ -23,7 +23,8 @@ bool CanCopyPixels(const DibView& source) { return source.indexed() || source.bi
 void CopyBytes(const DibView& source, size_t at, int32_t first, const Dib& piece) {
   const simd::RowFunctions& functions = simd::Active();
   const size_t count = static_cast<size_t>(piece.width()) * piece.bit_count() / 8;
-  const bool cached = 2 * static_cast<uint64_t>(piece.extent()) < kCached;  // with what is copied
+  // Of the source, as much is read as is written.
+  const bool cached = 2 * static_cast<uint64_t>(piece.extent()) < kCached;
   const bool streams = !cached && count >= RowStream::kShortest;
   for (int32_t k = 0; k < piece.pixel_rows(); ++k) {
     const uint8_t* const from = source.row(first + k) + at;
