@@ -55,7 +55,7 @@ class Levels {
   template <class Use>
   void ForRuns(int32_t y, int32_t x, int32_t width, Use&& use) const {
     const auto begin = static_cast<size_t>(x), end = begin + static_cast<size_t>(width);
-    uint8_t luminances[kRun];
+    alignas(simd::kCacheLine) uint8_t luminances[kRun];
     for (size_t first = begin; first < end; first += kRun) {
       const size_t count = std::min(kRun, end - first);
       uint8_t* const pixels = dib_.row(y) + (color_ ? 3 : 1) * first;

@@ -44,7 +44,7 @@ class Balance {
   void Change(uint8_t* bgr, size_t colors) const {
     const simd::RowFunctions& rows = simd::Active();
     if (!keep_light_) return rows.apply_channel_tables(bgr, colors, tables_[0]);
-    uint8_t luminance[kRun];
+    alignas(simd::kCacheLine) uint8_t luminance[kRun];
     for (; colors != 0; bgr += 3 * std::min(colors, kRun), colors -= std::min(colors, kRun)) {
       const size_t count = std::min(colors, kRun);
       rows.luminance(bgr, count, luminance);

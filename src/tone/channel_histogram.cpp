@@ -70,7 +70,7 @@ void CountTrueColor(const PixelRows& image, uint32_t channel, uint32_t* counters
       values.Add(row + ChannelByte(channel), width, 3);
       continue;
     }
-    uint8_t gray[kRun];
+    alignas(simd::kCacheLine) uint8_t gray[kRun];
     for (size_t x = 0; x < width; x += kRun) {
       const size_t count = std::min(kRun, width - x);
       simd::Active().gray_percent(row + 3 * x, count, gray);
