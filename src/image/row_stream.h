@@ -1,7 +1,8 @@
-// Rows that follow each other backwards in memory, for results that no cache holds, written with
-// streaming stores. An ordinary store that misses the caches first reads the line it is about to
-// overwrite, and no prefetcher expects the lines of the row before: together they take twice the
-// time. Rows that are made forwards gain little or lose; omb_crop, which only copies, gains.
+// Rows of results that no cache holds, written with streaming stores. An ordinary store that misses
+// the caches first reads the line it is about to overwrite. Where rows follow each other backwards
+// in memory, no prefetcher expects the lines of the row before, either: together that takes twice
+// the time. Of rows that are made forwards, those of four-byte pixels gain, and those of omb_crop,
+// which only copies; others gain little or lose.
 #pragma once
 
 #include <algorithm>
@@ -19,8 +20,8 @@ class RowStream {
   static constexpr size_t kShortest = 1024;  // bytes of a row; shorter ones are slower
 
   // For a result of `result` bytes made of `source` bytes.
-  RowStream(bool backwards, uint64_t source, uint64_t result)
-      : streams_(backwards && source + result >= kCached) {}
+  RowStream(bool gains, uint64_t source, uint64_t result)
+      : streams_(gains && source + result >= kCached) {}
   RowStream(const RowStream&) = delete;
   RowStream& operator=(const RowStream&) = delete;
   ~RowStream() {

@@ -6,6 +6,7 @@
 #include "core/high_color.h"
 #include "core/packed_dib.h"
 #include "core/replacement.h"
+#include "image/row_stream.h"
 
 namespace ombrilo {
 
@@ -49,8 +50,12 @@ uint32_t omb_transformat(PackedDib** image) {
   const HighColor pixels(*source);
   const size_t stride = static_cast<size_t>(StrideOf(source->width(), 24));
   uint8_t* to = block.bytes() + source->prefix_size();
+  const RowStream result(source->bit_count() == 32, source->extent(), block.size());
   for (int32_t y = 0; y < source->pixel_rows(); ++y, to += stride) {
-    pixels.ToBgr(source->row(y), static_cast<size_t>(source->width()), to);
+    result.Write(to, static_cast<size_t>(source->width()), 24,
+                 [&](size_t first, size_t count, uint8_t* piece) {
+                   pixels.ToBgr(source->row(y) + first * source->bit_count() / 8, count, piece);
+                 });
   }
   return block.Replace(image);
 }

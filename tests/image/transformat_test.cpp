@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "core/bytes.h"
+#include "core/packed_dib.h"
+#include "rows/row_functions.h"
 #include "support/untouched.h"
 
 namespace ombrilo::test {
@@ -28,6 +32,24 @@ TEST(Transformat, DefaultLayouts) {
       ASSERT_EQ(image.Bytes(), expected.Bytes()) << width;
     }
   }
+}
+
+// What no cache holds is written in another way.
+TEST(Transformat, RowsOfLargeImages) {
+  const TestImage image = ImageBuilder(32, 2403, 1203).Pixels(Noise(1u << 31, 3)).Build();
+  const DibView from = *DibView::Open(image.get());
+  for (auto set = simd::Supported(); *set != nullptr; ++set) {
+    simd::Use(*set);
+    TestImage converted = image.Clone();
+    ASSERT_EQ(omb_transformat(converted.ref()), 1u);
+    const DibView to = *DibView::Open(converted.get());
+    for (int y = 0; y < 1203; ++y) {
+      uint8_t expected[3 * 2403];
+      for (int i = 0; i < 3 * 2403; ++i) expected[i] = from.row(y)[i / 3 * 4 + i % 3];
+      ASSERT_EQ(std::memcmp(to.row(y), expected, sizeof expected), 0) << (*set)->name << ' ' << y;
+    }
+  }
+  simd::Use(nullptr);
 }
 
 // The masks follow the header, where a table of three entries is, or the pixels themselves.
