@@ -141,7 +141,7 @@ void StripSampler::Sample(Position position, Position next, int32_t y, uint8_t* 
       Bilinear(position, next, to);
       break;
     case OMB_RESAMPLE_BICUBIC:
-      Bicubic(position, y, to);
+      Bicubic(position, next, y, to);
       break;
   }
   if (to == sampled_) sampler_.Encode(to, x_, count_, row);
@@ -155,7 +155,8 @@ void StripSampler::Point(Position position, Position next, uint8_t* row, uint8_t
     std::memcpy(row + first, last_ + first, (static_cast<size_t>(count_) * bits + 7) / 8);
   } else {
     const simd::PixelPlaces places = Places(source_row, source_row);
-    InPieces(next, 1, [&](int32_t first, size_t count) { Pick(places, first, count, to); });
+    InPieces({0, count_}, inner_rows_.Limit(next.whole), 1,
+             [&](int32_t first, size_t count) { Pick(places, first, count, to); });
     if (to == sampled_) sampler_.Encode(to, x_, count_, row);
   }
   picked_ = source_row;
@@ -184,23 +185,23 @@ void StripSampler::Bilinear(Position position, Position next, uint8_t* to) {
   }
   const simd::PixelPlaces places = Places(lower, upper);
   const uint8_t* const above = Row(upper);
-  InPieces(next, next.fraction == 0 ? 1 : 2, [&](int32_t first, size_t count) {
+  const auto blend = [&](int32_t first, size_t count) {
     functions_.bilinear(From(places, first), above, fraction_ + first, &position.fraction, count,
                         to + first * sampler_.channels());
-  });
+  };
+  InPieces({0, count_}, inner_rows_.Limit(next.whole), next.fraction == 0 ? 1 : 2, blend);
 }
 
-// Calls f(first, count) for the strip's pixels: in pieces, if meanwhile the source rows of the next
-// row are to be fetched, which the processor does not foresee.
+// Calls f(first, count) for these pixels of the strip: in pieces, if meanwhile source rows from
+// `low` on are to be fetched, which are read next and which the processor does not foresee.
 template <class F>
-void StripSampler::InPieces(Position next, int32_t source_rows, F&& f) {
+void StripSampler::InPieces(Span pixels, int32_t low, int32_t source_rows, F&& f) {
   constexpr int32_t kPiece = 256;
-  if (!fetches_) return f(0, static_cast<size_t>(count_));
+  if (!fetches_) return f(pixels.first, static_cast<size_t>(pixels.end - pixels.first));
   const DibView& source = sampler_.source();
-  const int32_t low = inner_rows_.Limit(next.whole);
   const int32_t end = std::min(low + source_rows, sampler_.height());
-  for (int32_t first = 0, count; first < count_; first += count) {
-    count = std::min(kPiece, count_ - first);
+  for (int32_t first = pixels.first, count; first < pixels.end; first += count) {
+    count = std::min(kPiece, pixels.end - first);
     const int32_t from = offset_[first], bytes = offset_[first + count] - from;
     for (int32_t row = low; row < end; ++row) {
       ReadAhead(source.row(row) + from, static_cast<size_t>(bytes));
@@ -226,15 +227,12 @@ const float* StripSampler::Pairs(int32_t source_row) {
   return pairs;
 }
 
-void StripSampler::Bicubic(Position position, int32_t y, uint8_t* to) {
+void StripSampler::Bicubic(Position position, Position next, int32_t y, uint8_t* to) {
   Sampler::CubicPixel pixel = {0, 0, sampler_.RowsOf(position.whole, y), {}, {}};
   float* const down[4] = {pixel.down, pixel.down + 1, pixel.down + 2, pixel.down + 3};
   functions_.cubic_weights(&position.fraction, 1, down);
   if (!uncorrected_.empty()) {
     const int32_t first = uncorrected_.first;
-    const auto inner = static_cast<size_t>(uncorrected_.end - first);
-    const float* across[4];
-    for (int k = 0; k < 4; ++k) across[k] = weights_[k] + first;
     const float* sums[4];
     for (int j = 0; j < 4; ++j) {
       // At a whole position the weights are 0, 1, 0 and 0: any row does for the others.
@@ -242,10 +240,19 @@ void StripSampler::Bicubic(Position position, int32_t y, uint8_t* to) {
                     slot = source_row & 3;  // the four are neighbours
       sums[j] = sums_[slot] + first;
       if (std::exchange(summed_[slot], source_row) == source_row) continue;
-      sampler_.SumAcross(From(Places(source_row, source_row), first), x_ + first, across, plane_,
-                         inner, sums_[slot] + first);
+      const simd::PixelPlaces places = Places(source_row, source_row);
+      // Of the next of the four, or of those of the next row that are not summed by then.
+      const bool last = j == 3 || position.fraction == 0;
+      const int32_t next_row = next.whole - (next.fraction == 0 ? 0 : 1);
+      const int32_t following = std::max(source_row + 1, last ? next_row : 0);
+      InPieces(uncorrected_, following, 1, [&](int32_t at, size_t count) {
+        const float* across[4];
+        for (int k = 0; k < 4; ++k) across[k] = weights_[k] + at;
+        sampler_.SumAcross(From(places, at), x_ + at, across, plane_, count, sums_[slot] + at);
+      });
     }
-    functions_.cubic_down(sums, down, sampler_.channels(), true, plane_, inner,
+    functions_.cubic_down(sums, down, sampler_.channels(), true, plane_,
+                          static_cast<size_t>(uncorrected_.end - first),
                           to + first * sampler_.channels());
   }
   for (const Span& border : {Span{0, uncorrected_.first}, Span{uncorrected_.end, count_}}) {

@@ -41,9 +41,9 @@ class StripSampler {
   void Pick(const simd::PixelPlaces& places, int32_t first, size_t count, uint8_t* to);
   void Bilinear(Position position, Position next, uint8_t* to);
   template <class F>
-  void InPieces(Position next, int32_t source_rows, F&& f);
+  void InPieces(Span pixels, int32_t low, int32_t source_rows, F&& f);
   const float* Pairs(int32_t source_row);
-  void Bicubic(Position position, int32_t y, uint8_t* to);
+  void Bicubic(Position position, Position next, int32_t y, uint8_t* to);
   const uint8_t* Row(int32_t source_row);
   // Where the strip's pixels are in a source row. Only as many bytes count as readable as there are
   // from row `last` on.
