@@ -49,7 +49,7 @@ StripSampler::StripSampler(Sampler& sampler, int32_t columns, int32_t span, int3
       spreads_(enlarges_ && sampler.channels() == 1),
       plans_(sampler.mode() != OMB_RESAMPLE_BICUBIC &&
              (enlarges_ ? sampler.height() : height) >= kPlannedRows),
-      fetches_(sampler.in_place() && height < sampler.height() &&
+      fetches_(sampler.in_place() && (height < sampler.height() || enlarges_) &&
                int64_t{span} * sampler.channels() <= int64_t{columns} * simd::kCacheLine &&
                static_cast<uint64_t>(sampler.source().stride()) *
                        static_cast<uint64_t>(sampler.height()) >=
@@ -217,7 +217,9 @@ const float* StripSampler::Pairs(int32_t source_row) {
   if (std::exchange(summed_[slot], source_row) == source_row) return pairs;
   const simd::PixelPlaces places = Places(source_row, source_row);
   if (!spreads_) {
-    functions_.spread_colors(places, plane_, count, pairs);
+    InPieces({0, count_}, source_row + 1, 1, [&](int32_t first, size_t part) {
+      functions_.spread_colors(From(places, first), plane_, part, pairs + first);
+    });
     return pairs;
   }
   for (size_t right = 0; right < 2; ++right) {

@@ -55,7 +55,7 @@ class StripSampler {
   const bool enlarges_;  // bilinear: source rows are blended more than once
   const bool spreads_;   // the same of levels, if there is a plan
   const bool plans_;     // pixels may be picked by a plan
-  const bool fetches_;   // shrinks a large image, whose cache lines are nearly all read
+  const bool fetches_;   // of a large image, nearly all of whose cache lines are read
   const size_t plane_;   // from one array of the strip's values to the next
   const size_t decoded_size_;
   AlignedScratch memory_;
