@@ -59,27 +59,31 @@ StripSampler::StripSampler(Sampler& sampler, int32_t columns, int32_t span, int3
       decoded_size_(sampler.in_place() ? 0
                                        : (static_cast<size_t>(span) + 16) *
                                              static_cast<size_t>(sampler.channels())),
-      memory_(plane_ * sizeof(float) * static_cast<size_t>(PlaneCount(sampler, enlarges_)) +
+      plan_bytes_(plans_ ? PlanBytes(sampler, columns) : 0),
+      memory_(kPadding * sizeof(float) +
+              plane_ * sizeof(float) * static_cast<size_t>(PlaneCount(sampler, enlarges_)) +
               2 * decoded_size_ +
               (sampler.in_place() && !spreads_ ? 0 : 3 * static_cast<size_t>(columns) + kPadding) +
-              (plans_ ? PlanBytes(sampler, columns) : 0)) {
+              plan_bytes_) {
   if (!memory_) return;
-  auto* values = reinterpret_cast<float*>(memory_.get());
+  plan_.picks = memory_.get();
+}
+
+// Gives the arrays their places. Values of pixel `aligned` begin a cache line.
+void StripSampler::LayOut(int32_t aligned) {
+  auto* values = reinterpret_cast<float*>(memory_.get()) + plan_bytes_ / sizeof(float) +
+                 (kPadding - static_cast<size_t>(aligned) % kPadding) % kPadding;
   const auto next = [&](int planes) {
     return std::exchange(values, values + plane_ * static_cast<size_t>(planes));
   };
-  if (plans_) {
-    plan_.picks = memory_.get();
-    values += PlanBytes(sampler, columns) / sizeof(float);
-  }
   offset_ = reinterpret_cast<int32_t*>(next(1));
   fraction_ = next(1);
-  if (sampler.mode() == OMB_RESAMPLE_BICUBIC) {
+  if (sampler_.mode() == OMB_RESAMPLE_BICUBIC) {
     for (float*& weights : weights_) weights = next(1);
-    for (float*& sums : sums_) sums = next(sampler.channels());
+    for (float*& sums : sums_) sums = next(sampler_.channels());
   }
   if (spreads_) spread_fraction_ = next(1);
-  for (float*& pairs : pairs_) pairs = enlarges_ ? next(2 * sampler.channels()) : nullptr;
+  for (float*& pairs : pairs_) pairs = enlarges_ ? next(2 * sampler_.channels()) : nullptr;
   decoded_[0] = reinterpret_cast<uint8_t*>(values);
   decoded_[1] = decoded_[0] + decoded_size_;
   sampled_ = decoded_[1] + decoded_size_;
@@ -93,6 +97,13 @@ void StripSampler::Begin(int32_t x, const Position* columns, int32_t count) {
   std::fill(std::begin(decoded_row_), std::end(decoded_row_), -1);
   std::fill(std::begin(summed_), std::end(summed_), -1);
   const auto channels = static_cast<size_t>(sampler_.channels());
+  const Span inner = sampler_.Inner(sampler_.width());
+  // Positions ascend, so columns that need corrections are at the ends.
+  uncorrected_ = {0, count};
+  const auto inside = [&](int32_t i) { return inner.Holds(columns[i].whole); };
+  while (!uncorrected_.empty() && !inside(uncorrected_.first)) ++uncorrected_.first;
+  while (!uncorrected_.empty() && !inside(uncorrected_.end - 1)) --uncorrected_.end;
+  LayOut(uncorrected_.first);
   whole_ = true;
   for (int32_t i = 0; i < count; ++i) {
     fraction_[i] = columns[i].fraction;
@@ -104,12 +115,6 @@ void StripSampler::Begin(int32_t x, const Position* columns, int32_t count) {
   if (sampler_.mode() == OMB_RESAMPLE_BICUBIC) {
     functions_.cubic_weights(fraction_, static_cast<size_t>(count), weights_);
   }
-  const Span inner = sampler_.Inner(sampler_.width());
-  // Positions ascend, so columns that need corrections are at the ends.
-  uncorrected_ = {0, count};
-  const auto inside = [&](int32_t i) { return inner.Holds(columns[i].whole); };
-  while (!uncorrected_.empty() && !inside(uncorrected_.first)) ++uncorrected_.first;
-  while (!uncorrected_.empty() && !inside(uncorrected_.end - 1)) --uncorrected_.end;
   if (inner.empty()) return;
 
   const auto leftmost = [&](int32_t i) {

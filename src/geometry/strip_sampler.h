@@ -36,6 +36,7 @@ class StripSampler {
   void Sample(Position position, Position next, int32_t y, uint8_t* row);
 
  private:
+  void LayOut(int32_t aligned);
   void Point(Position position, Position next, uint8_t* row, uint8_t* to);
   // Copies pixels [first, first + count) of the strip to their places in `to`.
   void Pick(const simd::PixelPlaces& places, int32_t first, size_t count, uint8_t* to);
@@ -58,6 +59,7 @@ class StripSampler {
   const bool fetches_;   // of a large image, nearly all of whose cache lines are read
   const size_t plane_;   // from one array of the strip's values to the next
   const size_t decoded_size_;
+  const size_t plan_bytes_;
   AlignedScratch memory_;
 
   int32_t* offset_;
