@@ -15,22 +15,40 @@ namespace ombrilo {
 namespace {
 
 // Tiles are whole vectors of pixels on both sides, so that they start at whole bytes and the row
-// functions need no smaller squares inside; their rows take up to nine cache lines.
+// functions need no smaller squares inside; their rows take up to nine cache lines. While a tile is
+// turned, a few columns at a time, the next one is fetched.
 void Transpose(const simd::Transposition& t, uint16_t bit_count, int32_t columns, int32_t pixels) {
   const int32_t columns_at_once = std::min(512, 384 * 8 / bit_count);
   const int32_t pixels_at_once = bit_count == 24 ? 192 : 384;
-  for (int32_t c = 0, width; c < columns; c += width) {
-    width = std::min(columns_at_once, columns - c);
+  const auto source = [&](int32_t c, int32_t i) {
+    return t.from + i * t.from_step + int64_t{c} * bit_count / 8;
+  };
+  // Some rows of the tile that begins there; the columns of a part are whole vectors, too.
+  constexpr int32_t kParts = 4;
+  const auto fetch = [&](int32_t c, int32_t i, int32_t k) {
+    const auto bytes = static_cast<size_t>(std::min(columns_at_once, columns - c)) * bit_count / 8;
+    const int32_t rows = std::min(pixels_at_once, pixels - i);
+    for (int32_t y = rows * k / kParts; y < rows * (k + 1) / kParts; ++y) {
+      ReadAhead(source(c, i + y), bytes);
+    }
+  };
+  for (int32_t k = 0; k < kParts; ++k) fetch(0, 0, k);
+  for (int32_t c = 0; c < columns; c += std::min(columns_at_once, columns - c)) {
+    const int32_t end = c + std::min(columns_at_once, columns - c);
     for (int32_t i = 0, height; i < pixels; i += height) {
       height = std::min(pixels_at_once, pixels - i);
-      const simd::Transposition tile = {
-          t.from + i * t.from_step + int64_t{c} * bit_count / 8, t.from_step,
-          t.to + c * t.to_step + int64_t{i} * bit_count / 8, t.to_step};
-      for (int32_t k = 0; k < height; ++k) {
-        ReadAhead(tile.from + k * t.from_step, static_cast<size_t>(width) * bit_count / 8);
+      const bool below = i + height < pixels;
+      const int32_t step = columns_at_once / kParts;
+      for (int32_t k = 0; k < kParts; ++k) {
+        if (below || end < columns) fetch(below ? c : end, below ? i + height : 0, k);
+        const int32_t at = c + k * step;
+        if (at >= end) continue;
+        const simd::Transposition part = {source(at, i), t.from_step,
+                                          t.to + at * t.to_step + int64_t{i} * bit_count / 8,
+                                          t.to_step};
+        simd::Active().transpose(part, bit_count, static_cast<size_t>(std::min(step, end - at)),
+                                 static_cast<size_t>(height));
       }
-      simd::Active().transpose(tile, bit_count, static_cast<size_t>(width),
-                               static_cast<size_t>(height));
     }
   }
 }
