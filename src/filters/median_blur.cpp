@@ -14,11 +14,9 @@ struct MedianFilter {
   void Begin(const WindowLayout& layout) { step = layout.step; }
   void Prepare(uint8_t*) {}
   void Combine(uint8_t* const* rows, size_t first, size_t count, uint8_t* to) {
-    const uint8_t* own = rows[2] + first;
-    const uint8_t* cross[] = {
-        rows[0] + first, rows[1] + first, own - 2 * step,  own - step,     own,
-        own + step,      own + 2 * step,  rows[3] + first, rows[4] + first};
-    simd::Active().median9(cross, count, to);
+    const uint8_t* from[5];
+    for (int k = 0; k < 5; ++k) from[k] = rows[k] + first;
+    simd::Active().median_of_cross(from, step, count, to);
   }
 };
 

@@ -302,8 +302,9 @@ struct RowFunctions {
                    uint8_t* to);
   // to[i] = from[i] where that is not `value`
   void (*copy_unless)(const uint8_t* from, uint8_t value, size_t count, uint8_t* to);
-  // to[i] = the median of from[0][i] to from[8][i]
-  void (*median9)(const uint8_t* const* from, size_t count, uint8_t* to);
+  // to[i] = the median of a cross: rows[k][i] for k = 0, 1, 3, 4 and rows[2][i + k * step] for k =
+  // -2 to 2. Rows are readable as above.
+  void (*median_of_cross)(const uint8_t* const* rows, ptrdiff_t step, size_t count, uint8_t* to);
   // A third of the largest of the four directional differences around each byte of the middle of
   // three rows; neighbours are `step` bytes apart.
   void (*sobel)(const uint8_t* const* rows, ptrdiff_t step, size_t count, uint8_t* to);
