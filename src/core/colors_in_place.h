@@ -28,10 +28,13 @@ void ChangeTableColors(const Dib& dib, Op&& op) {
   }
 }
 
-// Applies `op` to every pixel of a 24-bit image.
+// Applies `op` to every pixel of a 24-bit image; rows without padding are a single run.
 template <class Op>
 void ChangePixelColors(const Dib& dib, Op&& op) {
-  for (int32_t y = 0; y < dib.pixel_rows(); ++y) op(dib.row(y), static_cast<size_t>(dib.width()));
+  const size_t width = static_cast<size_t>(dib.width());
+  if (dib.stride() == 3 * width)
+    return op(dib.rows(), width * static_cast<size_t>(dib.pixel_rows()));
+  for (int32_t y = 0; y < dib.pixel_rows(); ++y) op(dib.row(y), width);
 }
 
 // The usual choice: the table of 1-, 4- and 8-bit images, the pixels of 24-bit ones. False, and
@@ -67,6 +70,7 @@ void ChangeTableOrBytes(const Dib& dib, Op&& op) {
   const size_t gap = dib.stride() - width * dib.bit_count() / 8;
   const size_t rows = static_cast<size_t>(dib.pixel_rows());
   const size_t end = rows * dib.stride();
+  if (gap == 0) return op(dib.rows(), std::min(rows * row_bytes, end));
   size_t at = 0;
   for (size_t y = 0; y < rows && at < end; ++y, at += row_bytes + gap) {
     op(dib.rows() + at, std::min(row_bytes, end - at));

@@ -31,8 +31,8 @@ template <size_t kChannels>
 template <class Use>
 void PixelCrossings<kChannels>::ForEachRun(int32_t step, Use&& use) const {
   const size_t width = static_cast<size_t>(dib_.width());
-  alignas(simd::kCacheLine)
-      uint8_t gray[3 * kRun];  // of several short rows, or of a part of a long one
+  // Of several short rows, or of a part of a long one.
+  alignas(simd::kCacheLine) uint8_t gray[3 * kRun];
   size_t held = 0;
   for (int32_t y = 0; y < dib_.pixel_rows(); y += step) {
     if (kChannels == 3) {
