@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
+#include "core/packed_dib.h"
 #include "rows/row_functions.h"
 #include "support/naive.h"
 #include "support/untouched.h"
@@ -274,6 +276,32 @@ TEST(PointOperations, ChangePixelsOfTrueColorImages) {
         EXPECT_EQ(op.call(image.ref()), op.result) << op.name;
         EXPECT_EQ(image.Bytes(), wanted.Build().Bytes())
             << op.name << ", width " << width << ", header " << size_field << ", colors " << colors;
+      }
+    }
+  }
+}
+
+// What no cache holds is changed in pieces: with and without padding after the rows.
+TEST(PointOperations, RowsOfLargeImagesAreThoseOfSmallOnes) {
+  constexpr int kHeight = 2400, kDistinct = 4;
+  uint32_t (*const operations[])(PackedDib*) = {
+      omb_invert, [](PackedDib* dib) { return omb_gammacorrection(dib, 2); },
+      [](PackedDib* dib) { return omb_filtercolor(dib, OMB_CHANNEL_GREEN); }};
+  for (const int width : {2400, 2401}) {
+    for (const auto operation : operations) {
+      const TestImage few =
+          ImageBuilder(24, width, kDistinct).Pixels(Noise(1 << 24, 3)).Filler(0xA5).Build();
+      const TestImage many(omb_newdib(width, kHeight, 24));
+      const DibView few_rows = *DibView::Open(few.get());
+      const Dib many_rows = *Dib::Open(many.get());
+      for (int y = 0; y < kHeight; ++y) {
+        std::memcpy(many_rows.row(y), few_rows.row(y % kDistinct), few_rows.stride());
+      }
+      EXPECT_EQ(operation(few.get()), 1u);
+      EXPECT_EQ(operation(many.get()), 1u);
+      for (int y = 0; y < kHeight; ++y) {
+        ASSERT_EQ(std::memcmp(many_rows.row(y), few_rows.row(y % kDistinct), few_rows.stride()), 0)
+            << width << ' ' << y;
       }
     }
   }
