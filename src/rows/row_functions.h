@@ -338,7 +338,8 @@ struct RowFunctions {
   // are 0 and 0, 0 and 1, 1 and 0, 1 and 1.
   void (*map_bit_pairs)(const uint8_t* other, const uint8_t* outcome, size_t count, uint8_t* to);
 
-  // bgr[3 * i ...] = the three bytes of entry indices[i]. A byte after the table is readable.
+  // bgr[3 * i ...] = the three bytes of entry indices[i] of a table of 256. A byte after it is
+  // readable.
   void (*expand_colors)(const uint8_t* indices, size_t pixels, const uint8_t* table, uint8_t* bgr);
 
   // Pixels of `bytes` (2 or 4) bytes to three-byte pixels.
