@@ -29,7 +29,8 @@ void CopyBytes(const DibView& source, size_t at, int32_t first, const Dib& piece
   for (int32_t k = 0; k < piece.pixel_rows(); ++k) {
     const uint8_t* const from = source.row(first + k) + at;
     if (streams) {
-      functions.stream(from, count, piece.row(k));
+      const bool last = k + 1 == piece.pixel_rows();
+      functions.stream(from, count, piece.row(k), last ? from : source.row(first + k + 1) + at);
     } else {
       std::memcpy(piece.row(k), from, count);
     }

@@ -47,9 +47,9 @@ class RowStream {
       make(first, count, piece + end);
       first += count;
       end += count * size;
-      if (first == pixels) return functions_.stream(piece + start, end - start, row);
+      if (first == pixels) return Copy(piece + start, end - start, row);
       const size_t whole = end / kLine * kLine;
-      functions_.stream(piece + start, whole - start, row);
+      Copy(piece + start, whole - start, row);
       row += whole - start;
       std::memcpy(piece, piece + whole, kLine);
       start = 0;
@@ -60,6 +60,10 @@ class RowStream {
  private:
   static constexpr size_t kLine = simd::kCacheLine;
   static constexpr size_t kPiece = 13 * kLine;
+
+  void Copy(const uint8_t* piece, size_t count, uint8_t* row) const {
+    functions_.stream(piece, count, row, piece);
+  }
 
   const simd::RowFunctions& functions_ = simd::Active();
   const bool streams_;

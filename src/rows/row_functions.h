@@ -266,9 +266,9 @@ struct RowFunctions {
   void (*stretch)(uint8_t* bytes, size_t count, const struct FixedPointLine& line,
                   const uint8_t* table);
 
-  // Copies bytes, whole cache lines of `to` past the caches. finish_stream comes before anybody
-  // else may read them.
-  void (*stream)(const uint8_t* from, size_t count, uint8_t* to);
+  // Copies bytes, whole cache lines of `to` past the caches, and fetches as many from `next`, which
+  // may be `from`. finish_stream comes before anybody else may read the copied ones.
+  void (*stream)(const uint8_t* from, size_t count, uint8_t* to, const uint8_t* next);
   void (*finish_stream)();
 
   // Packed pixels to one byte per pixel, and back. Packing uses the low bit or nibble of each index
