@@ -20,7 +20,7 @@ void SwapHalves(uint8_t* row, uint16_t bit_count, size_t count, const uint8_t* n
   const size_t unit = bit_count == 24 ? 3 : 1, half = count / unit / 2 * unit;
   for (size_t at = 0, n; at < half; at += n) {
     n = std::min(kPiece, half - at);
-    if (next != nullptr) ReadAhead(next + 2 * at, 2 * n);
+    if (next != nullptr) ReadAhead<1>(next + 2 * at, 2 * n);
     rows.swap_mirrored(row + at, row + count - at - n, n, bit_count);
   }
   if (bit_count < 8 && count % 2 != 0) {
