@@ -121,7 +121,7 @@ class AcrossResizer {
         next_end = EndOfPiece(end);
         const size_t next = channels_ * taps_[end].first;
         const size_t bytes = channels_ * ColumnsOf(end, next_end);
-        for (size_t r = 0; r < row_count; ++r) ReadAhead(source[r] + next, bytes);
+        for (size_t r = 0; r < row_count; ++r) ReadAhead<1>(source[r] + next, bytes);
       }
       const size_t first = taps_[i].first;
       functions_.rows_to_columns(source, channels_ * first, channels_ * ColumnsOf(i, end),

@@ -209,7 +209,7 @@ void StripSampler::InPieces(Span pixels, int32_t low, int32_t source_rows, F&& f
     count = std::min(kPiece, pixels.end - first);
     const int32_t from = offset_[first], bytes = offset_[first + count] - from;
     for (int32_t row = low; row < end; ++row) {
-      ReadAhead(source.row(row) + from, static_cast<size_t>(bytes));
+      ReadAhead<1>(source.row(row) + from, static_cast<size_t>(bytes));
     }
     f(first, static_cast<size_t>(count));
   }
