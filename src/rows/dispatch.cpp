@@ -30,8 +30,8 @@ const RowFunctions* const* Supported() {
   // These checks include the operating system, which has to save the wide registers.
   if (!__builtin_cpu_supports("avx2")) return kUpTo[1];
   const bool avx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-                      __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi") &&
-                      __builtin_cpu_supports("avx512vnni");
+                      __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512dq") &&
+                      __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vnni");
   return kUpTo[avx512 ? 3 : 2];
 #elif defined(__aarch64__) || defined(__wasm_simd128__)
   static constexpr const RowFunctions* kBoth[] = {&kPlain, &kSimd128, nullptr};
