@@ -13,6 +13,7 @@
 #include "core/buffer.h"
 #include "core/packed_dib.h"
 #include "core/pixels.h"
+#include "core/read_ahead.h"
 #include "page/tone_curve.h"
 #include "rows/row_functions.h"
 #include "tone/histogram.h"
@@ -30,7 +31,10 @@ class Levels {
 
   LevelCounts Count(int32_t x, int32_t width, int32_t y, int32_t height) const {
     Histogram histogram;
+    const auto begin = static_cast<size_t>(x), bytes = PixelBytes() * static_cast<size_t>(width);
+    const int32_t fetched = width < dib_.width() ? y + height - kRowsAhead : y;
     for (int32_t row = y; row < y + height; ++row) {
+      if (row < fetched) ReadAhead(Pixel(begin, row + kRowsAhead), bytes);
       ForRuns(row, x, width, [&](uint8_t*, const uint8_t* levels, size_t, size_t count) {
         histogram.Add(levels, count);
       });
@@ -51,6 +55,11 @@ class Levels {
   }
 
  private:
+  static constexpr int32_t kRowsAhead = 8;  // are fetched: a block's do not continue each other
+
+  size_t PixelBytes() const { return color_ ? 3 : 1; }
+  uint8_t* Pixel(size_t x, int32_t y) const { return dib_.row(y) + PixelBytes() * x; }
+
   // use(pixels, levels, first, count) for pixels [x, x + width) of a row.
   template <class Use>
   void ForRuns(int32_t y, int32_t x, int32_t width, Use&& use) const {
@@ -58,7 +67,7 @@ class Levels {
     alignas(simd::kCacheLine) uint8_t luminances[kRun];
     for (size_t first = begin; first < end; first += kRun) {
       const size_t count = std::min(kRun, end - first);
-      uint8_t* const pixels = dib_.row(y) + (color_ ? 3 : 1) * first;
+      uint8_t* const pixels = Pixel(first, y);
       if (color_) simd::Active().luminance(pixels, count, luminances);
       use(pixels, color_ ? luminances : pixels, first, count);
     }

@@ -418,12 +418,12 @@ struct RowFunctions {
                             uint8_t* to);
 
   // Blends the tone curves of two rows of blocks, 256 levels each: first * (256 - weight) + second
-  // * weight. pairs[256 j + v] has the result of block j in its lower half and that of block j + 1
-  // in its upper half; the last block is its own neighbour. There is at least one.
+  // * weight. A block has 256 pairs, in an order of the instruction set's own: for each level, its
+  // result and that of the next block; the last one is its own neighbour. There is at least one.
   void (*blend_curves)(const uint8_t* first, const uint8_t* second, int weight, size_t blocks,
                        uint32_t* pairs);
-  // levels[i] = (lower * (256 - weights[i]) + upper * weights[i] + 32768) >> 16, with the two
-  // halves of pairs[levels[i]]
+  // levels[i] = (lower * (256 - weights[i]) + upper * weights[i] + 32768) >> 16, with the two of a
+  // block's pair for levels[i]
   void (*map_between_curves)(uint8_t* levels, size_t count, const uint8_t* weights,
                              const uint32_t* pairs);
 
