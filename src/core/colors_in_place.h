@@ -2,8 +2,8 @@
 // image, or in the pixels of a 24-bit one.
 //
 // An operation is a callable `op(uint8_t* bgr, size_t colors)` that changes a run of packed B,G,R
-// colors. It sees the table in pieces of at most 256 colors and the pixels row by row, never
-// padding or reserved bytes.
+// colors. It sees the table in pieces of at most 256 colors and the pixels in pieces of rows or, if
+// they have no padding, of several rows; never padding or reserved bytes.
 #pragma once
 
 #include <algorithm>
@@ -30,18 +30,16 @@ void ChangeTableColors(const Dib& dib, Op&& op) {
   }
 }
 
-// Applies `op` to the bytes of consecutive colors, in one run or, where no cache holds the image,
-// in pieces, while what lies further on is fetched: a third faster than what the processor fetches
-// by itself. All pieces but the first begin at a cache line.
+// Applies `op` to the bytes of consecutive colors in pieces, while what lies further on, up to
+// `end`, is fetched: up to a third faster than what the processor fetches by itself. All pieces but
+// the first begin at a cache line.
 template <class Op>
-void ChangeBytes(const Dib& dib, uint8_t* bytes, size_t count, Op&& op) {
-  constexpr size_t kLine = simd::kCacheLine, kPiece = 3 * 8 * kLine, kAhead = 8192;
-  const size_t size = dib.stride() * static_cast<size_t>(dib.pixel_rows());
-  if (size < kCached) return op(bytes, count);
-  const uint8_t* const end = dib.rows() + size;
+void ChangeInPieces(uint8_t* bytes, size_t count, size_t piece_bytes, const uint8_t* end, Op&& op) {
+  constexpr size_t kLine = simd::kCacheLine, kAhead = 8192;
   // The first line at which a color begins: 3 * 43 is 1 more than two lines.
   const size_t head = 3 * ((0 - reinterpret_cast<uintptr_t>(bytes)) % kLine * 43 % kLine);
-  for (size_t first = 0, last = head + kPiece; first < count; first = last, last += kPiece) {
+  for (size_t first = 0, last = head + piece_bytes; first < count;
+       first = last, last += piece_bytes) {
     uint8_t* const piece = bytes + first;
     const size_t n = std::min(last, count) - first;
     const size_t left = static_cast<size_t>(end - piece);
@@ -50,16 +48,34 @@ void ChangeBytes(const Dib& dib, uint8_t* bytes, size_t count, Op&& op) {
   }
 }
 
-// Applies `op` to every pixel of a 24-bit image; rows without padding are a single run.
+// Applies op(bytes, count) to the first row_bytes of every `pitch` bytes of the pixel data, as
+// often as there are rows but not beyond its end. Where nothing is left out, that is a single run.
+template <class Op>
+void ChangeRuns(const Dib& dib, size_t row_bytes, size_t pitch, Op&& op) {
+  constexpr size_t kPiece = 3 * 8 * simd::kCacheLine;
+  size_t rows = static_cast<size_t>(dib.pixel_rows());
+  const size_t size = rows * dib.stride();
+  if (row_bytes == pitch) {
+    row_bytes = std::min(rows * row_bytes, size);
+    rows = 1;
+  }
+  const bool fetches = size >= kCached && row_bytes > kPiece;
+  for (size_t y = 0, at = 0; y < rows && at < size; ++y, at += pitch) {
+    uint8_t* const run = dib.rows() + at;
+    const size_t count = std::min(row_bytes, size - at);
+    if (fetches) {
+      ChangeInPieces(run, count, kPiece, dib.rows() + size, op);
+    } else {
+      op(run, count);
+    }
+  }
+}
+
+// Applies `op` to every pixel of a 24-bit image.
 template <class Op>
 void ChangePixelColors(const Dib& dib, Op&& op) {
-  const size_t rows = static_cast<size_t>(dib.pixel_rows());
-  const size_t row_bytes = 3 * static_cast<size_t>(dib.width());
-  const auto change = [&](uint8_t* bytes, size_t count) { op(bytes, count / 3); };
-  if (dib.stride() == row_bytes) return ChangeBytes(dib, dib.rows(), rows * row_bytes, change);
-  for (size_t y = 0; y < rows; ++y) {
-    ChangeBytes(dib, dib.rows() + y * dib.stride(), row_bytes, change);
-  }
+  ChangeRuns(dib, 3 * static_cast<size_t>(dib.width()), dib.stride(),
+             [&](uint8_t* bytes, size_t count) { op(bytes, count / 3); });
 }
 
 // The usual choice: the table of 1-, 4- and 8-bit images, the pixels of 24-bit ones. False, and
@@ -91,15 +107,7 @@ void ChangeTableOrBytes(const Dib& dib, Op&& op) {
     return;
   }
   const size_t width = static_cast<size_t>(dib.width());
-  const size_t row_bytes = 3 * width;
-  const size_t gap = dib.stride() - width * dib.bit_count() / 8;
-  const size_t rows = static_cast<size_t>(dib.pixel_rows());
-  const size_t end = rows * dib.stride();
-  if (gap == 0) return ChangeBytes(dib, dib.rows(), std::min(rows * row_bytes, end), op);
-  size_t at = 0;
-  for (size_t y = 0; y < rows && at < end; ++y, at += row_bytes + gap) {
-    ChangeBytes(dib, dib.rows() + at, std::min(row_bytes, end - at), op);
-  }
+  ChangeRuns(dib, 3 * width, 3 * width + dib.stride() - width * dib.bit_count() / 8, op);
 }
 
 }  // namespace ombrilo

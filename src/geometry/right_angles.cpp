@@ -39,14 +39,15 @@ void Transpose(const simd::Transposition& t, uint16_t bit_count, int32_t columns
       height = std::min(pixels_at_once, pixels - i);
       const bool below = i + height < pixels;
       const int32_t step = columns_at_once / kParts;
-      for (int32_t k = 0; k < kParts; ++k) {
+      for (int32_t k = 0, at = c, width; k < kParts; ++k, at += width) {
         if (below || end < columns) fetch(below ? c : end, below ? i + height : 0, k);
-        const int32_t at = c + k * step;
-        if (at >= end) continue;
+        // A few columns by themselves would not be whole vectors.
+        width = end - at < step + step / 4 ? end - at : step;
+        if (width == 0) continue;
         const simd::Transposition part = {source(at, i), t.from_step,
                                           t.to + at * t.to_step + int64_t{i} * bit_count / 8,
                                           t.to_step};
-        simd::Active().transpose(part, bit_count, static_cast<size_t>(std::min(step, end - at)),
+        simd::Active().transpose(part, bit_count, static_cast<size_t>(width),
                                  static_cast<size_t>(height));
       }
     }

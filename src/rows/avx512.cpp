@@ -1,5 +1,5 @@
 #if defined(__x86_64__) || defined(__i386__)
-#if !defined(__AVX512VBMI__) || !defined(__AVX512VNNI__)
+#if !defined(__AVX512VBMI__) || !defined(__AVX512VNNI__) || !defined(__AVX512DQ__)
 #error "This file is compiled with flags of its own: see src/CMakeLists.txt."
 #endif
 #define OMBRILO_ROWS_TABLE kAvx512

@@ -67,8 +67,8 @@ enum {
   kConvolutionBlock = 128,   // a multiple of the bytes computed at a time
 };
 
-// Source rows of convolutions, Sobel edges, gradient magnitudes, rectangles and ranks of columns
-// must be readable this many bytes on from any of their bytes.
+// Source rows of convolutions, Sobel edges, gradient magnitudes, rectangles, medians of crosses and
+// ranks of columns must be readable this many bytes on from any of their bytes.
 enum { kReadAhead = kConvolutionBlock };
 
 // A palette network while it learns.
@@ -303,7 +303,7 @@ struct RowFunctions {
   // to[i] = from[i] where that is not `value`
   void (*copy_unless)(const uint8_t* from, uint8_t value, size_t count, uint8_t* to);
   // to[i] = the median of a cross: rows[k][i] for k = 0, 1, 3, 4 and rows[2][i + k * step] for k =
-  // -2 to 2. Rows are readable as above.
+  // -2 to 2.
   void (*median_of_cross)(const uint8_t* const* rows, ptrdiff_t step, size_t count, uint8_t* to);
   // A third of the largest of the four directional differences around each byte of the middle of
   // three rows; neighbours are `step` bytes apart.
@@ -345,7 +345,7 @@ struct RowFunctions {
   // Pixels of `bytes` (2 or 4) bytes to three-byte pixels.
   void (*pick_channels)(const uint8_t* from, size_t bytes, size_t pixels,
                         const struct ChannelBits* bgr, uint8_t* to);
-  // Four-byte pixels to three-byte pixels; the fourth byte is dropped.
+  // Four-byte pixels to three-byte pixels; the fourth byte is dropped. Not in place.
   void (*drop_fourth_byte)(const uint8_t* from, size_t pixels, uint8_t* to);
   // The same with the fourth byte as alpha over a background of blue, green, red:
   // (color * alpha + background * (255 - alpha) + 127) / 255. With `swap`, red comes first.

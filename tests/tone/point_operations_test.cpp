@@ -286,7 +286,8 @@ TEST(PointOperations, RowsOfLargeImagesAreThoseOfSmallOnes) {
   constexpr int kHeight = 2400, kDistinct = 4;
   uint32_t (*const operations[])(PackedDib*) = {
       omb_invert, [](PackedDib* dib) { return omb_gammacorrection(dib, 2); },
-      [](PackedDib* dib) { return omb_filtercolor(dib, OMB_CHANNEL_GREEN); }};
+      [](PackedDib* dib) { return omb_filtercolor(dib, OMB_CHANNEL_GREEN); },
+      [](PackedDib* dib) { return omb_adjustghms(dib, 10, 20, 30); }};
   for (const int width : {2400, 2401}) {
     for (const auto operation : operations) {
       const TestImage few =
