@@ -30,16 +30,19 @@ void ChangeTableColors(const Dib& dib, Op&& op) {
   }
 }
 
+// Bytes: whole cache lines and colors. Larger pieces gain less, as fewer requests can wait.
+constexpr size_t kColorsPiece = 3 * 8 * simd::kCacheLine;
+
 // Applies `op` to the bytes of consecutive colors in pieces, while what lies further on, up to
 // `end`, is fetched: up to a third faster than what the processor fetches by itself. All pieces but
 // the first begin at a cache line.
 template <class Op>
-void ChangeInPieces(uint8_t* bytes, size_t count, size_t piece_bytes, const uint8_t* end, Op&& op) {
-  constexpr size_t kLine = simd::kCacheLine, kAhead = 8192;
+void ChangeInPieces(uint8_t* bytes, size_t count, const uint8_t* end, Op&& op) {
+  constexpr size_t kLine = simd::kCacheLine, kAhead = simd::kFetchedAhead;
   // The first line at which a color begins: 3 * 43 is 1 more than two lines.
   const size_t head = 3 * ((0 - reinterpret_cast<uintptr_t>(bytes)) % kLine * 43 % kLine);
-  for (size_t first = 0, last = head + piece_bytes; first < count;
-       first = last, last += piece_bytes) {
+  for (size_t first = 0, last = head + kColorsPiece; first < count;
+       first = last, last += kColorsPiece) {
     uint8_t* const piece = bytes + first;
     const size_t n = std::min(last, count) - first;
     const size_t left = static_cast<size_t>(end - piece);
@@ -51,20 +54,19 @@ void ChangeInPieces(uint8_t* bytes, size_t count, size_t piece_bytes, const uint
 // Applies op(bytes, count) to the first row_bytes of every `pitch` bytes of the pixel data, as
 // often as there are rows but not beyond its end. Where nothing is left out, that is a single run.
 template <class Op>
-void ChangeRuns(const Dib& dib, size_t row_bytes, size_t pitch, Op&& op) {
-  constexpr size_t kPiece = 3 * 8 * simd::kCacheLine;
+void ChangeRowBytes(const Dib& dib, size_t row_bytes, size_t pitch, Op&& op) {
   size_t rows = static_cast<size_t>(dib.pixel_rows());
   const size_t size = rows * dib.stride();
   if (row_bytes == pitch) {
     row_bytes = std::min(rows * row_bytes, size);
     rows = 1;
   }
-  const bool fetches = size >= kCached && row_bytes > kPiece;
+  const bool fetches = size >= kCached && row_bytes > kColorsPiece;
   for (size_t y = 0, at = 0; y < rows && at < size; ++y, at += pitch) {
     uint8_t* const run = dib.rows() + at;
     const size_t count = std::min(row_bytes, size - at);
     if (fetches) {
-      ChangeInPieces(run, count, kPiece, dib.rows() + size, op);
+      ChangeInPieces(run, count, dib.rows() + size, op);
     } else {
       op(run, count);
     }
@@ -74,8 +76,8 @@ void ChangeRuns(const Dib& dib, size_t row_bytes, size_t pitch, Op&& op) {
 // Applies `op` to every pixel of a 24-bit image.
 template <class Op>
 void ChangePixelColors(const Dib& dib, Op&& op) {
-  ChangeRuns(dib, 3 * static_cast<size_t>(dib.width()), dib.stride(),
-             [&](uint8_t* bytes, size_t count) { op(bytes, count / 3); });
+  ChangeRowBytes(dib, 3 * static_cast<size_t>(dib.width()), dib.stride(),
+                 [&](uint8_t* bytes, size_t count) { op(bytes, count / 3); });
 }
 
 // The usual choice: the table of 1-, 4- and 8-bit images, the pixels of 24-bit ones. False, and
@@ -107,7 +109,7 @@ void ChangeTableOrBytes(const Dib& dib, Op&& op) {
     return;
   }
   const size_t width = static_cast<size_t>(dib.width());
-  ChangeRuns(dib, 3 * width, 3 * width + dib.stride() - width * dib.bit_count() / 8, op);
+  ChangeRowBytes(dib, 3 * width, 3 * width + dib.stride() - width * dib.bit_count() / 8, op);
 }
 
 }  // namespace ombrilo

@@ -127,6 +127,9 @@ struct Diffusion {
 
 enum { kCacheLine = 64 };
 
+// How far beyond what is read memory is asked for, where it is: two pages.
+enum { kFetchedAhead = 8192 };
+
 enum { kPlanesRoom = 64 };  // see rank_of_planes
 
 // Mosaics.
@@ -534,7 +537,7 @@ struct RowFunctions {
   void (*weigh_columns)(const uint8_t* columns, size_t first, const struct ColumnTaps* taps,
                         const struct TapPair* pairs, size_t channels, size_t count, uint8_t* to);
   // Turns the bytes first .. first + count - 1 of tap_rows rows into columns, and columns into
-  // these bytes of `row_count` rows, at most tap_rows.
+  // these bytes of `row_count` rows, at most tap_rows; of one byte at least.
   void (*rows_to_columns)(const uint8_t* const* rows, size_t first, size_t count, uint8_t* columns);
   void (*columns_to_rows)(const uint8_t* columns, size_t first, size_t count, size_t row_count,
                           uint8_t* const* rows);
