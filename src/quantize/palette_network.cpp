@@ -20,6 +20,8 @@ constexpr int32_t kRadiusDecrease = 30;
 constexpr int kRadiusShift = 6;
 constexpr int32_t kRadiusPower = 256;
 
+constexpr size_t kSamples = 64;  // at a time, while those after them are fetched
+
 // The step between samples is a prime number of pixels: the first that does not divide the
 // picture's length, or else the last one.
 size_t StepFor(size_t length) {
@@ -37,6 +39,8 @@ class Sampler {
       : picture_(picture), length_(length), step_(StepFor(length)) {}
 
   void Next(uint8_t* bgr) {
+    const size_t later = position_ + kSamples * step_;
+    if (later < length_) __builtin_prefetch(picture_ + later);
     for (size_t c = 0; c < 3; ++c) {  // what lies past the picture counts as 0
       bgr[c] = position_ + c < length_ ? picture_[position_ + c] : uint8_t{0};
     }
@@ -51,15 +55,21 @@ class Sampler {
   size_t position_ = 0;  // below the length
 };
 
-// The share of its distance from a sample by which a neuron moves, out of 2^18, for the winner and
-// its neighbours on both sides. A winner's own share alpha / 1024 is the same fraction.
+// Sets the rates of the winner and its neighbours on both sides. A winner's own share alpha / 1024
+// is the same fraction.
 void SetRates(int32_t alpha, int32_t radius, Neurons& neurons) {
   const int32_t reach = radius >> kRadiusShift;
-  std::memset(neurons.rate, 0, sizeof neurons.rate);
-  neurons.rate[Neurons::kMargin] = alpha * kRadiusPower;
+  std::memset(neurons.upper_rate, 0, sizeof neurons.upper_rate);
+  std::memset(neurons.lower_rate, 0, sizeof neurons.lower_rate);
+  const auto set = [&](int32_t distance, int32_t rate) {
+    neurons.upper_rate[Neurons::kMargin + distance] = static_cast<uint16_t>(rate >> 6);
+    neurons.lower_rate[Neurons::kMargin + distance] = static_cast<uint16_t>(rate & 63);
+  };
+  set(0, alpha * kRadiusPower);
   for (int32_t i = 1; i < reach; ++i) {
     const int32_t rate = alpha * ((reach * reach - i * i) * kRadiusPower / (reach * reach));
-    neurons.rate[Neurons::kMargin - i] = neurons.rate[Neurons::kMargin + i] = rate;
+    set(-i, rate);
+    set(i, rate);
   }
   neurons.reach = static_cast<size_t>(std::max(reach - 1, 0));
 }
@@ -74,7 +84,7 @@ void PaletteNetwork::Learn(const DibView& image) {
   neurons.count = colors_;
   for (uint32_t i = 0; i < colors_; ++i) {
     for (auto& channel : neurons.channel) {
-      channel[Neurons::kMargin + i] = static_cast<int16_t>((i << 12) / colors_);
+      channel[i] = static_cast<uint16_t>((i << 12) / colors_);
     }
     neurons.wins[i] = static_cast<uint16_t>(65536 / colors_ - 1);
   }
@@ -84,7 +94,7 @@ void PaletteNetwork::Learn(const DibView& image) {
 }
 
 void PaletteNetwork::LearnCycles(const uint8_t* picture, size_t length) {
-  uint8_t run[3 * kRun];
+  uint8_t run[3 * kSamples];
   Neurons& neurons = state_[0].neurons;
   const auto samples = static_cast<int32_t>(length / (3 * kSamplingFactor));
   const int32_t cycle = std::max(1, samples / kCycles);
@@ -94,8 +104,8 @@ void PaletteNetwork::LearnCycles(const uint8_t* picture, size_t length) {
   for (int32_t done = 0; done < samples; done += cycle) {
     SetRates(alpha, radius, neurons);
     const int32_t end = std::min(cycle, samples - done);
-    for (int32_t first = 0; first < end; first += int32_t{kRun}) {
-      const int32_t count = std::min(int32_t{kRun}, end - first);
+    for (int32_t first = 0; first < end; first += int32_t{kSamples}) {
+      const int32_t count = std::min(int32_t{kSamples}, end - first);
       for (int32_t i = 0; i < count; ++i) sampler.Next(run + 3 * i);
       simd::Active().learn(run, static_cast<size_t>(count), neurons);
     }
@@ -108,7 +118,7 @@ void PaletteNetwork::TakeColors() {
   State& s = state_[0];
   for (uint32_t i = 0; i < colors_; ++i) {
     for (int c = 0; c < 3; ++c) {
-      const int32_t value = (s.neurons.channel[c][Neurons::kMargin + i] + 8) >> 4;
+      const int32_t value = (s.neurons.channel[c][i] + 8) >> 4;
       s.bgr[i][c] = static_cast<uint8_t>(std::min(value, 255));
     }
     sorted_.SetEntry(i, s.bgr[i]);

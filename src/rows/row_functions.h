@@ -71,14 +71,16 @@ enum {
 // ranks of columns must be readable this many bytes on from any of their bytes.
 enum { kReadAhead = kConvolutionBlock };
 
-// A palette network while it learns.
+// A palette network while it learns. A rate is the share of its distance from a sample by which a
+// neuron moves, out of 2^18, by its distance from the winner, at kMargin; the lower 6 bits are
+// apart.
 struct Neurons {
-  enum { kMost = 256, kMargin = 64 };
-  size_t count;                                   // at most kMost
-  int16_t channel[3][kMargin + kMost + kMargin];  // blue, green, red times 16
-  uint16_t wins[kMost];                           // frequency of each neuron's wins, less 1
-  int32_t rate[2 * kMargin];                      // by distance from the winner, at kMargin
-  size_t reach;                                   // neurons on each side that have a rate
+  enum { kMost = 256, kMargin = 96 };
+  uint16_t channel[3][kMost];  // blue, green, red times 16
+  uint16_t wins[kMost];        // frequency of each neuron's wins, less 1
+  uint16_t upper_rate[2 * kMargin], lower_rate[2 * kMargin];
+  size_t count;  // at most kMost
+  size_t reach;  // neurons on each side that have a rate
 };
 
 // A palette to be searched, with what searches have found out so far: for cells of color space, the
