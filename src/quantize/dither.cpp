@@ -16,7 +16,7 @@ namespace ombrilo {
 
 namespace {
 
-constexpr size_t kRows = 32;  // at a time
+constexpr size_t kRows = 64;  // at a time
 
 }  // namespace
 

@@ -135,6 +135,7 @@ void PaletteNetwork::BuildIndex() {
   State& s = state_[0];
   const auto count = static_cast<int32_t>(colors_);
   uint32_t* const sorted = sorted_.lists().pool;
+  uint8_t* const start = sorted_.lists().start;
   const auto green_of = [&](int32_t i) { return static_cast<int32_t>(sorted[i] >> 8 & 255); };
   int32_t previous = 0, first = 0;
   for (int32_t i = 0; i < count; ++i) {
@@ -145,14 +146,14 @@ void PaletteNetwork::BuildIndex() {
     std::swap(sorted[i], sorted[least]);
     const int32_t green = green_of(i);
     if (green != previous) {
-      sorted_.lists().start[previous] = (first + i) >> 1;
-      for (int32_t g = previous + 1; g < green; ++g) sorted_.lists().start[g] = i;
+      start[previous] = static_cast<uint8_t>((first + i) >> 1);
+      for (int32_t g = previous + 1; g < green; ++g) start[g] = static_cast<uint8_t>(i);
       previous = green;
       first = i;
     }
   }
-  sorted_.lists().start[previous] = (first + count - 1) >> 1;
-  for (int32_t g = previous + 1; g < 256; ++g) sorted_.lists().start[g] = count - 1;
+  start[previous] = static_cast<uint8_t>((first + count - 1) >> 1);
+  for (int32_t g = previous + 1; g < 256; ++g) start[g] = static_cast<uint8_t>(count - 1);
   // The sort moved indices along with colors; numbers take their place.
   for (uint32_t i = 0; i < colors_; ++i) {
     s.index_of[i] = static_cast<uint8_t>(sorted[i] >> 24);

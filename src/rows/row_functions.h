@@ -111,7 +111,8 @@ struct SquaresLists : PaletteLists {
 };
 struct SumsLists : PaletteLists {
   enum { kPool = 1 << 18, kWider = 37440, kCells = 262144, kFewColors = 1 << 12 };
-  int32_t start[256];  // by green: where the search order starts; see find_by_sums
+  // By green, where the search order starts; see find_by_sums. May be read as u32.
+  uint8_t start[256 + 3];
 };
 
 // Error diffusion through rows of three-byte colors that are `stride` bytes apart, a multiple of 4.
