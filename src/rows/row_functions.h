@@ -68,7 +68,7 @@ enum {
 };
 
 // Source rows of convolutions, Sobel edges, gradient magnitudes, rectangles, medians of crosses and
-// ranks of columns must be readable this many bytes on from any of their bytes.
+// ranks of squares must be readable this many bytes on from any of their bytes.
 enum { kReadAhead = kConvolutionBlock };
 
 // A palette network while it learns. A rate is the share of its distance from a sample by which a
@@ -132,8 +132,6 @@ enum { kCacheLine = 64 };
 
 // How far beyond what is read memory is asked for, where it is: two pages.
 enum { kFetchedAhead = 8192 };
-
-enum { kPlanesRoom = 64 };  // see rank_of_planes
 
 // Mosaics.
 enum {
@@ -405,17 +403,11 @@ struct RowFunctions {
   void (*count_below)(const uint8_t* bgr, size_t bytes, const uint8_t* bounds,
                       uint32_t (*below)[kBoundLanes]);
 
-  // to[i] = the rank-th (0: the least) of the `size` x `size` square around i, of 3 or 5. rows[k]
-  // is row k of the square, in the column of i = 0, and neighbours are `step` (1 or 3) bytes apart.
-  // The count is not 0.
-  void (*rank_of_columns)(const uint8_t* const* rows, size_t size, ptrdiff_t step, size_t rank,
+  // to[i] = the rank-th (0: the least) of the `size` x `size` square around i, of 3, 5 or 7.
+  // rows[k] is row k of the square, in the column of i = 0, and neighbours are `step` (1 or 3)
+  // bytes apart. The count is not 0.
+  void (*rank_of_squares)(const uint8_t* const* rows, size_t size, ptrdiff_t step, size_t rank,
                           size_t count, uint8_t* to);
-  // The same in squares of 7, from bit planes. split_planes makes those of a source row, with
-  // `reach` = 3 * step bytes on each side of it; they take count + 7 + 16 * reach bytes and are
-  // read kPlanesRoom bytes further. The count is not 0.
-  void (*split_planes)(const uint8_t* row, size_t reach, size_t count, uint8_t* planes);
-  void (*rank_of_planes)(const uint8_t* const* planes, ptrdiff_t step, size_t rank, size_t count,
-                         uint8_t* to);
   // Gradient magnitudes sqrt(x^2 + y^2), truncated. Sobel: of three rows, around the middle one,
   // limited to 255. Roberts: differences across the diagonals of a pixel, its right neighbour and
   // the two before them, modulo 256. Neighbours are `step` bytes apart.

@@ -79,7 +79,7 @@ TEST(EnhancePage, RankOrderSortsEverySquare) {
   });
 }
 
-// Columns are sorted in blocks of 2048 bytes.
+// Columns are sorted in blocks of 768 bytes.
 TEST(EnhancePage, RankOrderOfLongRows) {
   const TestImage image = ImageBuilder(24, 1400, 8).Pixels(Noise(1 << 24, 7)).Build();
   for (int size = 0; size <= 2; ++size) {
