@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "rows/row_functions.h"
+
 namespace ombrilo {
 
 namespace {
@@ -10,19 +12,22 @@ size_t EntryOffset(const DibView& dib, uint32_t index) {
   return size_t{dib.header().header_size} + size_t{index} * dib.header().table_step();
 }
 
+// Reads `count` entries of `step` bytes, 256 at most.
+void ReadEntries(const DibView& dib, size_t offset, size_t step, uint32_t count, uint8_t* bgr) {
+  if (step == 3) return dib.Read(offset, bgr, size_t{3} * count);
+  uint8_t entries[4 * 256];
+  dib.Read(offset, entries, size_t{4} * count);
+  simd::Active().drop_fourth_byte(entries, count, bgr);
+}
+
 }  // namespace
 
 void ReadColors(const DibView& dib, uint32_t first, uint32_t count, uint8_t* bgr) {
-  const size_t step = dib.header().table_step();
-  uint8_t entries[4 * 256];
-  dib.Read(EntryOffset(dib, first), entries, step * count);
-  for (uint32_t i = 0; i < count; ++i) std::memcpy(bgr + 3 * i, entries + step * i, 3);
+  ReadEntries(dib, EntryOffset(dib, first), dib.header().table_step(), count, bgr);
 }
 
 void ReadColorsAtByte40(const DibView& dib, uint32_t count, uint8_t* bgr) {
-  for (uint32_t i = 0; i < count; ++i) {
-    dib.Read(kInfoHeaderSize + size_t{4} * i, bgr + 3 * i, 3);
-  }
+  ReadEntries(dib, kInfoHeaderSize, 4, count, bgr);
 }
 
 void WriteColors(const Dib& dib, uint32_t first, uint32_t count, const uint8_t* bgr) {

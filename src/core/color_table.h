@@ -5,6 +5,7 @@
 // are never written.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "core/packed_dib.h"
@@ -13,6 +14,19 @@ namespace ombrilo {
 
 // Reads entries [first, first + count), 256 at most, as packed B,G,R: 3 * count bytes.
 void ReadColors(const DibView& dib, uint32_t first, uint32_t count, uint8_t* bgr);
+
+// Calls use(first, bgr, count) for the entries that the header announces, in runs of 256 at most.
+template <class Use>
+void ForEachTableRun(const DibView& dib, Use&& use) {
+  constexpr uint32_t kRun = 256;
+  const uint32_t entries = dib.header().table_count();
+  uint8_t bgr[3 * kRun];
+  for (uint32_t first = 0; first < entries; first += kRun) {
+    const uint32_t count = std::min(kRun, entries - first);
+    ReadColors(dib, first, count, bgr);
+    use(first, bgr, count);
+  }
+}
 
 // Writes entries [first, first + count), 256 at most, from packed B,G,R. The reserved byte of a
 // four-byte entry keeps its value.

@@ -20,14 +20,10 @@ namespace ombrilo {
 // Applies `op` to the entries that the header announces, at any depth.
 template <class Op>
 void ChangeTableColors(const Dib& dib, Op&& op) {
-  constexpr uint32_t kRun = 256;
-  uint8_t bgr[3 * kRun];
-  for (uint32_t first = 0; first < dib.header().table_count(); first += kRun) {
-    const uint32_t count = std::min<uint32_t>(kRun, dib.header().table_count() - first);
-    ReadColors(dib, first, count, bgr);
+  ForEachTableRun(dib, [&](uint32_t first, uint8_t* bgr, uint32_t count) {
     op(bgr, size_t{count});
     WriteColors(dib, first, count, bgr);
-  }
+  });
 }
 
 // Bytes: whole cache lines and colors. Larger pieces gain less, as fewer requests can wait.

@@ -1,6 +1,7 @@
 #include "core/elementary.h"
 
 #include <array>
+#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -178,9 +179,10 @@ double NearPower(uint8_t base, double exponent) {
   const double log = kLogarithms[base].high * exponent;
   const Steps steps = StepsIn(log);
   const double rest = log - kLn2.high * steps.size;
-  double series = 1;
-  for (int i = 6; i >= 1; --i) series = 1 + series * rest / i;
-  return std::ldexp(kPowersOfTwo[steps.index].high * series, steps.twos);
+  double series = 0;
+  for (size_t i = 7; i-- > 0;) series = kInverseFactorials[i].high + series * rest;
+  const auto twos = static_cast<uint64_t>(1023 + steps.twos) << 52;  // as a double
+  return kPowersOfTwo[steps.index].high * series * std::bit_cast<double>(twos);
 }
 
 double Sine(double angle) { return SineOf(Reduce(angle)); }

@@ -15,17 +15,16 @@ namespace ombrilo {
 namespace {
 
 Buffer<uint8_t> LogicalPaletteOf(const DibView& dib) {
-  const uint16_t count = dib.header().table_count();
-  Buffer<uint8_t> palette = NewLogicalPalette(count);
+  Buffer<uint8_t> palette = NewLogicalPalette(dib.header().table_count());
   if (!palette) return palette;
-  for (uint32_t i = 0; i < count; ++i) {
-    uint8_t bgr[3];
-    ReadColors(dib, i, 1, bgr);
-    uint8_t* entry = palette.get() + kLogicalPaletteEntries + 4 * i;
-    entry[0] = bgr[2];
-    entry[1] = bgr[1];
-    entry[2] = bgr[0];
-  }
+  uint8_t* entry = palette.get() + kLogicalPaletteEntries;
+  ForEachTableRun(dib, [&](uint32_t, const uint8_t* bgr, uint32_t count) {
+    for (uint32_t i = 0; i < count; ++i, bgr += 3, entry += 4) {
+      entry[0] = bgr[2];
+      entry[1] = bgr[1];
+      entry[2] = bgr[0];
+    }
+  });
   return palette;
 }
 

@@ -95,7 +95,7 @@ struct PaletteLists {
   // Where few colors are to be searched, the lists of cells 16 wide answer: no others are made. The
   // longer they are, the sooner it takes less time to make cells for a few entries.
   // Their pool takes those of a vector's colors, and hundreds of close colors, before it is full.
-  enum { kFewWider = 64 + 512 + 4096, kFewPool = 30000 };
+  enum { kFewWider = 64 + 512 + 4096, kFewPool = 16384 };
   uint32_t count;  // entries of the palette, at least 2
   uint32_t used;   // entries in the pool, the palette's included
   uint32_t room;   // for entries in the pool: kPool or kFewPool

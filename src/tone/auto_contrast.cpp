@@ -60,19 +60,24 @@ bool StretchIndexed(const Dib& dib, double low, double high) {
   if (!nearest) return false;
   const Levels levels = LevelsOfIndexed(dib, low, high);
   if (levels.low == levels.high) return false;
-  // Colors are read four bytes apart from byte 40, on purpose also from a core header's table.
+  uint8_t stretched[256];
+  levels.FillTable(stretched);
+  // Entries past the table are pixels and change with them, so only those before the rows can be
+  // mapped in advance. Colors are read four bytes apart from byte 40, on purpose also from a core
+  // header's table.
+  uint32_t fixed = 0;
+  while (fixed < 256 && kInfoHeaderSize + 4 * fixed + 3 <= dib.prefix_size()) ++fixed;
+  uint8_t colors[256][3], table[256] = {};
+  ReadColorsAtByte40(dib, fixed, colors[0]);
+  for (uint32_t i = 0; i < fixed; ++i) {
+    for (uint8_t& channel : colors[i]) channel = stretched[channel];
+  }
+  nearest.Find(colors[0], 3, fixed, table);
   const auto map = [&](uint32_t index) {
     uint8_t bgr[3];
     dib.Read(kInfoHeaderSize + size_t{4} * index, bgr, 3);
-    return nearest.Find(levels.Stretch(bgr[0]), levels.Stretch(bgr[1]), levels.Stretch(bgr[2]));
+    return nearest.Find(stretched[bgr[0]], stretched[bgr[1]], stretched[bgr[2]]);
   };
-  // Entries past the table are pixels and change with them, so only those before the rows can be
-  // mapped in advance.
-  uint8_t table[256] = {};
-  uint32_t fixed = 0;
-  for (; fixed < 256 && kInfoHeaderSize + 4 * fixed + 3 <= dib.prefix_size(); ++fixed) {
-    table[fixed] = map(fixed);
-  }
   const uint16_t bit_count = dib.bit_count();
   const auto apply_table = simd::Active().apply_table;
   for (int32_t y = 0; y < dib.pixel_rows(); ++y) {

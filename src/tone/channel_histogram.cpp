@@ -15,12 +15,10 @@ namespace ombrilo {
 
 namespace {
 
-// The counter for pixels of this index; in gray mode its table entry becomes gray.
-uint8_t Measure(const Dib& dib, uint32_t index, uint32_t channel) {
-  uint8_t bgr[3];
+// The counter for pixels of this index, whose table entry becomes gray.
+uint8_t MeasureGray(const Dib& dib, uint32_t index) {
+  uint8_t bgr[3], gray;
   ReadColors(dib, index, 1, bgr);
-  if (channel != OMB_CHANNEL_GRAY) return bgr[ChannelByte(channel)];
-  uint8_t gray;
   simd::Active().gray_percent(bgr, 1, &gray);
   simd::Active().spread(&gray, 1, bgr);
   WriteColors(dib, index, 1, bgr);
@@ -50,15 +48,25 @@ void CountIndexed(const Dib& dib, const PixelRows& image, uint32_t channel, uint
   if (channel == OMB_CHANNEL_GRAY && beyond_table != 0) {
     for (int32_t y = 0; y < image.rows_inside(); ++y) {
       for (size_t x = 0; x < width; ++x) {
-        ++counters[Measure(dib, GetIndex(image.row(y), image.bit_count, x), channel)];
+        ++counters[MeasureGray(dib, GetIndex(image.row(y), image.bit_count, x))];
       }
     }
     return;
   }
   indices.AddTimes(0, MissingPixels(image));
+  uint8_t bgr[256][3], gray[256];
+  ReadColors(dib, 0, colors, bgr[0]);
+  simd::Active().gray_percent(bgr[0], colors, gray);
   for (uint32_t i = 0; i < colors; ++i) {
-    if (indices[i] != 0) counters[Measure(dib, i, channel)] += indices[i];
+    const uint32_t count = indices[i];
+    if (channel != OMB_CHANNEL_GRAY) {
+      counters[bgr[i][ChannelByte(channel)]] += count;
+    } else if (count != 0) {
+      counters[gray[i]] += count;
+      std::memset(bgr[i], gray[i], 3);
+    }
   }
+  if (channel == OMB_CHANNEL_GRAY) WriteColors(dib, 0, colors, bgr[0]);
 }
 
 void CountTrueColor(const PixelRows& image, uint32_t channel, uint32_t* counters) {

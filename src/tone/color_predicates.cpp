@@ -8,13 +8,13 @@ namespace {
 
 // Only the table is looked at, never the pixels: an image without a table counts as colorful.
 bool IsColorful(const DibView& dib) {
-  const uint32_t count = dib.header().table_count();
-  for (uint32_t i = 0; i < count; ++i) {
-    uint8_t bgr[3];
-    ReadColors(dib, i, 1, bgr);
-    if (bgr[0] != bgr[1] || bgr[1] != bgr[2]) return true;
-  }
-  return count == 0;
+  bool colorful = dib.header().table_count() == 0;
+  ForEachTableRun(dib, [&](uint32_t, const uint8_t* bgr, uint32_t count) {
+    for (uint32_t i = 0; i < count && !colorful; ++i, bgr += 3) {
+      colorful = bgr[0] != bgr[1] || bgr[1] != bgr[2];
+    }
+  });
+  return colorful;
 }
 
 }  // namespace
