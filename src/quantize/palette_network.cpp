@@ -136,15 +136,18 @@ void PaletteNetwork::BuildIndex() {
   const auto count = static_cast<int32_t>(colors_);
   uint32_t* const sorted = sorted_.lists().pool;
   uint8_t* const start = sorted_.lists().start;
-  const auto green_of = [&](int32_t i) { return static_cast<int32_t>(sorted[i] >> 8 & 255); };
-  int32_t previous = 0, first = 0;
+  uint8_t greens[256];
+  for (int32_t i = 0; i < count; ++i) greens[i] = static_cast<uint8_t>(sorted[i] >> 8);
+  int32_t previous = 0, first = 0, green = 0;
   for (int32_t i = 0; i < count; ++i) {
-    int32_t least = i;
-    for (int32_t j = i + 1; j < count; ++j) {
-      if (green_of(j) < green_of(least)) least = j;
+    // The first of the least greens that are left; these never get less.
+    void* found;
+    while ((found = std::memchr(greens + i, green, static_cast<size_t>(count - i))) == nullptr) {
+      ++green;
     }
-    std::swap(sorted[i], sorted[least]);
-    const int32_t green = green_of(i);
+    auto* const least = static_cast<uint8_t*>(found);
+    std::swap(sorted[i], sorted[least - greens]);
+    std::swap(greens[i], *least);
     if (green != previous) {
       start[previous] = static_cast<uint8_t>((first + i) >> 1);
       for (int32_t g = previous + 1; g < green; ++g) start[g] = static_cast<uint8_t>(i);

@@ -5,6 +5,7 @@
 // denominator are whole numbers that double precision holds, so that each quotient is rounded once.
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "tone/tone_curve.h"
 
@@ -52,6 +53,29 @@ double SlopeAt(const OmbPoint* points, uint32_t count, uint32_t i) {
   return InnerSlope(SegmentFrom(points + i - 1), SegmentFrom(points + i));
 }
 
+// The curve from a point to the next.
+class Piece {
+ public:
+  Piece(const OmbPoint* points, uint32_t count, uint32_t i)
+      : from_(points[i]),
+        own_(SegmentFrom(points + i)),
+        bend_at_start_(SlopeAt(points, count, i) - own_.slope()),
+        bend_at_end_(SlopeAt(points, count, i + 1) - own_.slope()) {}
+
+  uint8_t Level(int32_t v) const {
+    const double from_left = v - from_.x, to_right = own_.width - from_left;
+    const double bend = bend_at_start_ * to_right - bend_at_end_ * from_left;
+    const double level = from_.y + own_.rise * from_left / own_.width +
+                         from_left * to_right * bend / (own_.width * own_.width);
+    return static_cast<uint8_t>(std::clamp(static_cast<int>(level + 0.5), 0, 255));
+  }
+
+ private:
+  OmbPoint from_;
+  Segment own_;
+  double bend_at_start_, bend_at_end_;
+};
+
 }  // namespace
 
 }  // namespace ombrilo
@@ -59,14 +83,11 @@ double SlopeAt(const OmbPoint* points, uint32_t count, uint32_t i) {
 uint32_t omb_bestfit(const OmbPoint* points, uint32_t count, uint8_t* curve) {
   using namespace ombrilo;
   if (!AreCurvePoints(points, count) || curve == nullptr) return 0;
-  FillCurve(points, count, curve, [=](uint32_t i, int32_t v) {
-    const Segment own = SegmentFrom(points + i);
-    const double from_left = v - points[i].x, to_right = own.width - from_left;
-    const double bend = (SlopeAt(points, count, i) - own.slope()) * to_right -
-                        (SlopeAt(points, count, i + 1) - own.slope()) * from_left;
-    const double level = points[i].y + own.rise * from_left / own.width +
-                         from_left * to_right * bend / (own.width * own.width);
-    return static_cast<uint8_t>(std::clamp(static_cast<int>(level + 0.5), 0, 255));
+  uint32_t made = count;
+  std::optional<Piece> piece;  // from point `made` on
+  FillCurve(points, count, curve, [&](uint32_t i, int32_t v) {
+    if (made != i) piece.emplace(points, count, made = i);
+    return piece->Level(v);
   });
   return 1;
 }
