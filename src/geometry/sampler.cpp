@@ -159,10 +159,15 @@ void Sampler::SampleBicubic(const CubicPixel& pixel, uint8_t* to) const {
     return;
   }
   // Three bytes are read as four: not where none follows, at the end of the image.
+  const auto reaches_end = [&](int j) {
+    const int32_t* const offset = neighbours.offset[j];
+    return pixel.rows.at[j] == height() - 1 &&
+           *std::max_element(offset, offset + 4) + 4 > static_cast<int32_t>(stride_);
+  };
   int32_t copied[4][4];
   uint8_t copies[4][16];
   for (int j = 0; j < 4; ++j) {
-    if (in_place_ && pixel.rows.at[j] != height() - 1) continue;
+    if (in_place_ && !reaches_end(j)) continue;
     for (int k = 0; k < 4; ++k) {
       const int32_t from = neighbours.offset[j][k];
       if (in_place_) {

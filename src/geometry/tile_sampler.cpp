@@ -94,35 +94,28 @@ void TileSampler::Bicubic(const Positions& at, bool inside, int32_t x, int32_t y
     while (!uncorrected.empty() && !inner(uncorrected.end - 1)) --uncorrected.end;
   }
   Work& w = *work_;
-  // Part by part, since negative fractions, which are at the ends, take longer.
-  struct Weights {
-    float *across[4], *down[4];
-  };
-  const auto weigh = [&](Span part) {
-    Weights weights;
-    for (int k = 0; k < 4; ++k) {
-      weights.across[k] = w.across[k] + part.first;
-      weights.down[k] = w.down[k] + part.first;
-    }
-    const auto n = static_cast<size_t>(part.end - part.first);
-    functions_.cubic_weights(at.dx + part.first, n, weights.across);
-    functions_.cubic_weights(at.dy + part.first, n, weights.down);
-    return weights;
-  };
+  float *across[4], *down[4];
+  for (int k = 0; k < 4; ++k) {
+    across[k] = w.across[k];
+    down[k] = w.down[k];
+  }
+  functions_.cubic_weights(at.dx, static_cast<size_t>(count), across);
+  functions_.cubic_weights(at.dy, static_cast<size_t>(count), down);
   for (const Span& border : {Span{0, uncorrected.first}, Span{uncorrected.end, count}}) {
-    if (border.empty()) continue;
-    weigh(border);
     for (int32_t i = border.first; i < border.end; ++i) {
       Sampler::CubicPixel pixel = {at.column[i], x + i, sampler_.RowsOf(at.row[i], y), {}, {}};
       for (int k = 0; k < 4; ++k) {
-        pixel.across[k] = w.across[k][i];
-        pixel.down[k] = w.down[k][i];
+        pixel.across[k] = across[k][i];
+        pixel.down[k] = down[k][i];
       }
       sampler_.SampleBicubic(pixel, to + i * sampler_.channels());
     }
   }
   if (uncorrected.empty()) return;
-  const Weights weights = weigh(uncorrected);
+  for (int k = 0; k < 4; ++k) {
+    across[k] += uncorrected.first;
+    down[k] += uncorrected.first;
+  }
   const auto n = static_cast<size_t>(uncorrected.end - uncorrected.first);
   // Places are those of the lowest of the rows that a pixel reads. For a pixel in row 1 that is
   // row 0, so its rows are the distances from there.
@@ -133,10 +126,10 @@ void TileSampler::Bicubic(const Positions& at, bool inside, int32_t x, int32_t y
     places.base += rows.at[j] * area_.pitch;
     places.bytes -= rows.at[j] * area_.pitch;
     places.offset += uncorrected.first;
-    sampler_.SumAcross(places, x + uncorrected.first, weights.across, Work::kPlane, n, w.sums[j]);
+    sampler_.SumAcross(places, x + uncorrected.first, across, Work::kPlane, n, w.sums[j]);
     sums[j] = w.sums[j];
   }
-  functions_.cubic_down(sums, weights.down, sampler_.channels(), false, Work::kPlane, n,
+  functions_.cubic_down(sums, down, sampler_.channels(), false, Work::kPlane, n,
                         to + uncorrected.first * sampler_.channels());
 }
 

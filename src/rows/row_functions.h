@@ -502,8 +502,8 @@ struct RowFunctions {
   void (*spread_levels)(const uint8_t* levels, size_t count, float* to);
   void (*blend_levels)(const float* lower, const float* upper, const float* dx, float dy,
                        size_t plane, size_t count, uint8_t* to);
-  // The cubic weights of four neighbours at the distances 1+d, d, 1-d, 2-d. With a = |distance|:
-  // 1 - 2a^2 + a^3 below 1, 4 - 8a + 5a^2 - a^3 below 2, 0 beyond.
+  // The cubic weights of four neighbours at the distances 1+d, d, 1-d, 2-d, where -1 < d <= 1. With
+  // a = |distance|: 1 - 2a^2 + a^3 below 1, 4 - 8a + 5a^2 - a^3 below 2, 0 beyond.
   void (*cubic_weights)(const float* fraction, size_t count, float* const weights[4]);
   // sums[c * plane + i] = channel c of four pixels times their weights, summed in order. Pixel k is
   // columns[k] (0 to 3) pixels to the right of place i.
