@@ -196,6 +196,7 @@ struct ColumnTaps {
   size_t first_pair;
 };
 enum {
+  kFilterPadding = 7,  // of values of a filter
   kTapBits = 22,
   kTapLowBits = 15,
   kMostTapRows = 64,
@@ -521,7 +522,11 @@ struct RowFunctions {
   void (*turned_positions)(const struct TurnedAxis& axis, int32_t first, size_t count,
                            int32_t* whole, float* fraction);
 
-  // Resizing. Weights come in pairs; with an odd number of taps, the last one is 0. to[i] = (2^21 +
+  // Resizing. values[i] = filter((first + i - center + 0.5) * shrink), for the filters of
+  // OmbResizeFilter in their order. Up to kFilterPadding more values are written.
+  void (*resize_filter[4])(double first, double center, double shrink, size_t count,
+                           double* values);
+  // Weights come in pairs; with an odd number of taps, the last one is 0. to[i] = (2^21 +
   // the sum of rows[k][i] times weight k) >> 22, limited to 0..255. `to` is none of the rows.
   void (*weigh_rows)(const uint8_t* const* rows, const struct TapPair* pairs, size_t taps,
                      size_t count, uint8_t* to);
