@@ -95,7 +95,7 @@ struct PaletteLists {
   // Where few colors are to be searched, the lists of cells 16 wide answer: no others are made. The
   // longer they are, the sooner it takes less time to make cells for a few entries.
   // Their pool takes those of a vector's colors, and hundreds of close colors, before it is full.
-  enum { kFewWider = 64 + 512 + 4096, kFewPool = 16384 };
+  enum { kFewColors = 1 << 12, kFewWider = 64 + 512 + 4096, kFewPool = 16384 };
   uint32_t count;  // entries of the palette, at least 2
   uint32_t used;   // entries in the pool, the palette's included
   uint32_t room;   // for entries in the pool: kPool or kFewPool
@@ -107,10 +107,10 @@ struct PaletteLists {
 // squares) or 4 (by sums) wide, so many that noise of all colors would fill a smaller pool again
 // and again.
 struct SquaresLists : PaletteLists {
-  enum { kPool = 1 << 16, kWider = 4672, kCells = 32768, kFewColors = 1 << 10 };
+  enum { kPool = 1 << 16, kWider = 4672, kCells = 32768 };
 };
 struct SumsLists : PaletteLists {
-  enum { kPool = 1 << 18, kWider = 37440, kCells = 262144, kFewColors = 1 << 12 };
+  enum { kPool = 1 << 18, kWider = 37440, kCells = 262144 };
   // By green, where the search order starts; see find_by_sums. May be read as u32.
   uint8_t start[256 + 3];
 };
