@@ -103,6 +103,8 @@ class DibView {
     return static_cast<uint64_t>(width()) * static_cast<uint64_t>(pixel_rows());
   }
   size_t stride() const { return static_cast<size_t>(StrideOf(width(), bit_count())); }
+  // Whether rows follow each other without padding, so that all pixels are a single run.
+  bool unpadded() const { return stride() * 8 == static_cast<size_t>(width()) * header_.bit_count; }
   size_t extent() const { return extent_; }
   // The same view of the block after it was moved.
   DibView At(const PackedDib* moved) const { return DibView(moved, header_, extent_); }

@@ -89,8 +89,8 @@ NewBlock NewBlock::Fresh(int32_t width, int32_t height, uint16_t bit_count, Rows
   std::memcpy(block.bytes(), fields, sizeof fields);
   const uint32_t colors = ColorsOfDepth(bit_count);
   for (uint32_t i = 0; i < colors; ++i) {
-    std::memset(block.bytes() + kInfoHeaderSize + 4 * i, static_cast<int>(i * 255 / (colors - 1)),
-                3);
+    const uint32_t level = i * (255 / (colors - 1));
+    StoreU32(block.bytes() + kInfoHeaderSize + 4 * i, level * 0x010101);
   }
   return block;
 }

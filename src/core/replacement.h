@@ -9,6 +9,8 @@
 //   return block.Replace(image);
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 #include "core/buffer.h"
@@ -95,5 +97,16 @@ class NewBlock {
   Buffer<uint8_t> bytes_;
   size_t size_ = 0;
 };
+
+// Calls convert(from, pixels, to) for rows of the same size in two images; if neither has padding,
+// once for all of them.
+template <class Convert>
+void ConvertRows(const DibView& source, const Dib& result, Convert&& convert) {
+  const bool joined = source.unpadded() && result.unpadded();
+  const auto width = static_cast<size_t>(source.width());
+  const int32_t rows = source.pixel_rows(), runs = joined ? std::min(rows, 1) : rows;
+  const size_t pixels = joined ? width * static_cast<size_t>(rows) : width;
+  for (int32_t y = 0; y < runs; ++y) convert(source.row(y), pixels, result.row(y));
+}
 
 }  // namespace ombrilo

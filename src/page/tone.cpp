@@ -45,10 +45,10 @@ class Levels {
     return counts;
   }
 
-  // Changes the levels of a row by change(levels, first, count).
+  // Changes the first `width` levels from row y on by change(levels, first, count).
   template <class Change>
-  void ChangeRow(int32_t y, Change&& change) const {
-    ForRuns(y, 0, dib_.width(), [&](uint8_t* pixels, uint8_t* levels, size_t first, size_t count) {
+  void ChangeRow(int32_t y, int32_t width, Change&& change) const {
+    ForRuns(y, 0, width, [&](uint8_t* pixels, uint8_t* levels, size_t first, size_t count) {
       change(levels, first, count);
       if (color_) simd::Active().give_luminance(pixels, count, levels);
     });
@@ -190,7 +190,7 @@ class BlockTone {
 
   // Changes a row by the curves blended for it.
   void ChangeRow(int32_t y) const {
-    levels_.ChangeRow(y, [&](uint8_t* levels, size_t first, size_t count) {
+    levels_.ChangeRow(y, across_.size, [&](uint8_t* levels, size_t first, size_t count) {
       for (size_t done = 0; done < count;) {
         const auto x = static_cast<int32_t>(first + done);
         const int32_t column = across_.Find(x).first;
@@ -217,12 +217,20 @@ class BlockTone {
   Buffer<uint32_t> pairs_;    // of blended curves: a block's levels, and those of the next
 };
 
-void MakeWholeCurve(const Levels& levels, const Dib& dib, const Request& request, int32_t size,
+// The rows of an image or, if they have no padding, all of them as one.
+struct Runs {
+  explicit Runs(const Dib& dib)
+      : count(dib.unpadded() ? 1 : dib.height()),
+        width(dib.unpadded() ? dib.width() * dib.height() : dib.width()) {}
+  int32_t count, width;
+};
+
+void MakeWholeCurve(const Levels& levels, const Runs& runs, const Request& request, int32_t size,
                     uint8_t* curve) {
   if (request.curve == OMB_TONE_LOGARITHM) {
     LogarithmCurve(255, curve);
   } else {
-    const LevelCounts counts = levels.Count(0, dib.width(), 0, dib.height());
+    const LevelCounts counts = levels.Count(0, runs.width, 0, runs.count);
     const ToneLevels tone = MeasureTone(counts, request.cut, size);
     if (request.curve == OMB_TONE_EQUALIZE) EqualiseCurve(counts, request.cut, curve);
     if (request.curve == OMB_TONE_STRETCH) StretchCurve(tone.low, tone.high, curve);
@@ -248,9 +256,10 @@ int32_t EnhanceTone(PackedDib* image, int32_t curve, int32_t size, int32_t stren
   if (strength < 1 || dib->pixel_rows() == 0) return 1;
   const Levels levels(*dib);
   uint8_t table[256];
-  MakeWholeCurve(levels, *dib, {curve, std::min(strength, 100), cut}, size, table);
-  for (int32_t y = 0; y < dib->height(); ++y) {
-    levels.ChangeRow(y, [&](uint8_t* values, size_t, size_t count) {
+  const Runs runs(*dib);
+  MakeWholeCurve(levels, runs, {curve, std::min(strength, 100), cut}, size, table);
+  for (int32_t y = 0; y < runs.count; ++y) {
+    levels.ChangeRow(y, runs.width, [&](uint8_t* values, size_t, size_t count) {
       simd::Active().apply_table(values, count, table);
     });
   }

@@ -68,9 +68,9 @@ void ConvertIndexed(const DibView& source, uint32_t limit, const Dib& binary) {
 
 void ConvertTrueColor(const DibView& source, uint32_t limit, const Dib& binary) {
   const auto threshold = simd::Active().threshold;
-  for (int32_t y = 0; y < source.pixel_rows(); ++y) {
-    threshold(source.row(y), static_cast<size_t>(source.width()), limit, binary.row(y));
-  }
+  ConvertRows(source, binary, [=](const uint8_t* from, size_t pixels, uint8_t* to) {
+    threshold(from, pixels, limit, to);
+  });
 }
 
 void WriteBlackAndWhite(const Dib& binary) {

@@ -23,9 +23,9 @@ bool ReplaceByChannel(const DibView& source, size_t kept, PackedDib** image) {
   if (!block) return false;
   const Dib channel = block.dib();
   const auto extract = simd::Active().extract_channel;
-  for (int32_t y = 0; y < channel.pixel_rows(); ++y) {
-    extract(source.row(y), static_cast<size_t>(source.width()), kept, channel.row(y));
-  }
+  ConvertRows(source, channel, [=](const uint8_t* from, size_t pixels, uint8_t* to) {
+    extract(from, pixels, kept, to);
+  });
   uint8_t ramp[256][3] = {};
   for (int i = 0; i < 256; ++i) ramp[i][kept] = static_cast<uint8_t>(i);
   WriteColors(channel, 0, 256, ramp[0]);

@@ -23,9 +23,7 @@ bool ReplaceByGray(const DibView& source, PackedDib** image) {
   if (!block) return false;
   const Dib gray = block.dib();
   const auto convert = simd::Active().gray_percent;
-  for (int32_t y = 0; y < gray.pixel_rows(); ++y) {
-    convert(source.row(y), static_cast<size_t>(source.width()), gray.row(y));
-  }
+  ConvertRows(source, gray, convert);
   WriteGrayRamp(gray);
   return block.Replace(image);
 }
