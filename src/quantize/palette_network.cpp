@@ -77,7 +77,9 @@ void SetRates(int32_t alpha, int32_t radius, Neurons& neurons) {
 }  // namespace
 
 PaletteNetwork::PaletteNetwork(int bits, uint64_t pixels)
-    : colors_(1u << bits), state_(NewZeroedBuffer<State>(1)), sorted_(pixels) {}
+    : colors_(1u << bits), memory_(sizeof(State)), sorted_(pixels) {
+  if (memory_) std::memset(state_, 0, sizeof *state_);
+}
 
 void PaletteNetwork::Learn(const DibView& image) {
   Neurons& neurons = state_[0].neurons;

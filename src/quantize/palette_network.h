@@ -24,7 +24,7 @@ class PaletteNetwork {
   // A network of 2^bits neurons, for an image of so many pixels; `bits` is 1, 2, 4 or 8. Takes all
   // its memory at once, up to 5.2 MiB. False when there is none.
   PaletteNetwork(int bits, uint64_t pixels);
-  explicit operator bool() const { return state_ && sorted_; }
+  explicit operator bool() const { return memory_ && sorted_; }
 
   // Learns the palette of a 24-bit image. Its rows are taken as one stream of bytes, padding
   // included.
@@ -57,7 +57,8 @@ class PaletteNetwork {
   void BuildIndex();
 
   uint32_t colors_;
-  Buffer<State> state_;
+  AlignedScratch memory_;
+  State* state_ = reinterpret_cast<State*>(memory_.get());
   PaletteSearch<simd::SumsLists> sorted_;  // by green
 };
 

@@ -73,7 +73,7 @@ enum { kReadAhead = kConvolutionBlock };
 
 // A palette network while it learns. A rate is the share of its distance from a sample by which a
 // neuron moves, out of 2^18, by its distance from the winner, at kMargin; the lower 6 bits are
-// apart.
+// apart. Starts at a cache line; what no neuron has is 0.
 struct Neurons {
   enum { kMost = 256, kMargin = 96 };
   uint16_t channel[3][kMost];  // blue, green, red times 16
