@@ -55,19 +55,19 @@ class Sampler {
   size_t position_ = 0;  // below the length
 };
 
-// Sets the rates of the winner and its neighbours on both sides. A winner's own share alpha / 1024
-// is the same fraction.
+// Sets the rates of the winner and its neighbours on both sides, which get fewer with time. A
+// winner's own share alpha / 1024 is the same fraction.
 void SetRates(int32_t alpha, int32_t radius, Neurons& neurons) {
   const int32_t reach = radius >> kRadiusShift;
-  std::memset(neurons.upper_rate, 0, sizeof neurons.upper_rate);
-  std::memset(neurons.lower_rate, 0, sizeof neurons.lower_rate);
   const auto set = [&](int32_t distance, int32_t rate) {
     neurons.upper_rate[Neurons::kMargin + distance] = static_cast<uint16_t>(rate >> 6);
     neurons.lower_rate[Neurons::kMargin + distance] = static_cast<uint16_t>(rate & 63);
   };
   set(0, alpha * kRadiusPower);
-  for (int32_t i = 1; i < reach; ++i) {
-    const int32_t rate = alpha * ((reach * reach - i * i) * kRadiusPower / (reach * reach));
+  const int32_t end = std::max(reach, static_cast<int32_t>(neurons.reach) + 1);
+  for (int32_t i = 1; i < end; ++i) {
+    const int32_t rate =
+        i < reach ? alpha * ((reach * reach - i * i) * kRadiusPower / (reach * reach)) : 0;
     set(-i, rate);
     set(i, rate);
   }
