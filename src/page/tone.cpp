@@ -219,9 +219,11 @@ class BlockTone {
 
 // The rows of an image or, if they have no padding, all of them as one.
 struct Runs {
-  explicit Runs(const Dib& dib)
-      : count(dib.unpadded() ? 1 : dib.height()),
-        width(dib.unpadded() ? dib.width() * dib.height() : dib.width()) {}
+  explicit Runs(const Dib& dib) : count(dib.height()), width(dib.width()) {
+    if (!dib.unpadded() || dib.pixels() > INT32_MAX) return;
+    width = static_cast<int32_t>(dib.pixels());
+    count = 1;
+  }
   int32_t count, width;
 };
 
