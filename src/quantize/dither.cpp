@@ -35,10 +35,11 @@ int32_t omb_dither(PackedDib** image, int32_t bits) {
   const uint32_t colors = 1u << bits;
   NewBlock block = NewBlock::WithDepth(*source, depth, colors, 0, packing);
   if (!block) return 0;
-  const size_t width = source->pixel_rows() == 0 ? 0 : static_cast<size_t>(source->width());
+  const auto height = static_cast<size_t>(source->pixel_rows());
+  const size_t width = height == 0 ? 0 : static_cast<size_t>(source->width());
   PaletteNetwork network(bits, source->pixels());
   const auto before = NewZeroedBuffer<uint32_t>(width);  // the last row's colors
-  const auto indices = NewScratchBuffer<uint8_t>(kRows * width);
+  const auto indices = NewScratchBuffer<uint8_t>(std::min(kRows, height) * width);
   if (!network || !before || !indices) return 0;
 
   network.Learn(*source);
@@ -60,7 +61,6 @@ int32_t omb_dither(PackedDib** image, int32_t bits) {
   const auto store = [&](size_t y, const uint8_t* row) {
     PackIndices(row, packing, width, rows + y * stride);
   };
-  const auto height = static_cast<size_t>(source->pixel_rows());
   for (size_t y = 0; y < height; y += kRows) {
     const size_t count = std::min(kRows, height - y);
     network.Diffuse(seen, source->row(static_cast<int32_t>(y)), source->stride(), width, count,
