@@ -13,7 +13,7 @@ namespace ombrilo {
 template <class Lists>
 class PaletteSearch {
  public:
-  // For about so many colors. Takes all memory at once: 83 KiB for few colors, otherwise up to 5.2
+  // For about so many colors. Takes all memory at once: 82 KiB for few colors, otherwise up to 5.2
   // MiB, of which searches touch what the colors need. False when there is none.
   explicit PaletteSearch(uint64_t colors) {
     const bool few = colors <= Lists::kFewColors;

@@ -73,7 +73,7 @@ enum { kReadAhead = kConvolutionBlock };
 
 // A palette network while it learns. A rate is the share of its distance from a sample by which a
 // neuron moves, out of 2^18, by its distance from the winner, at kMargin; the lower 6 bits are
-// apart. Starts at a cache line; what no neuron has is 0.
+// apart. Starts at a cache line; wins and rates that no neuron has are 0.
 struct Neurons {
   enum { kMost = 256, kMargin = 96 };
   uint16_t channel[3][kMost];  // blue, green, red times 16
@@ -95,6 +95,8 @@ struct PaletteLists {
   // Where few colors are to be searched, the lists of cells 16 wide answer: no others are made. The
   // longer they are, the sooner it takes less time to make cells for a few entries.
   // Their pool takes those of a vector's colors, and hundreds of close colors, before it is full.
+  // Both together stay below 128 KiB, from where on malloc() may get memory from the system and
+  // give it back each time.
   enum { kFewColors = 1 << 12, kFewWider = 64 + 512 + 4096, kFewPool = 16384 };
   uint32_t count;  // entries of the palette, at least 2
   uint32_t used;   // entries in the pool, the palette's included
