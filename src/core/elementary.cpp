@@ -181,7 +181,8 @@ double NearPower(uint8_t base, double exponent) {
   const double rest = log - kLn2.high * steps.size;
   double series = 0;
   for (size_t i = 7; i-- > 0;) series = kInverseFactorials[i].high + series * rest;
-  const auto twos = static_cast<uint64_t>(1023 + steps.twos) << 52;  // as a double
+  // 2^twos by its bits: up to exponents of 100 neither too large nor too small for a normal double.
+  const auto twos = static_cast<uint64_t>(1023 + steps.twos) << 52;
   return kPowersOfTwo[steps.index].high * series * std::bit_cast<double>(twos);
 }
 

@@ -86,7 +86,10 @@ uint32_t omb_bestfit(const OmbPoint* points, uint32_t count, uint8_t* curve) {
   uint32_t made = count;
   std::optional<Piece> piece;  // from point `made` on
   FillCurve(points, count, curve, [&](uint32_t i, int32_t v) {
-    if (made != i) piece.emplace(points, count, made = i);
+    if (made != i) {
+      piece.emplace(points, count, i);
+      made = i;
+    }
     return piece->Level(v);
   });
   return 1;

@@ -66,6 +66,7 @@ void CountIndexed(const Dib& dib, const PixelRows& image, uint32_t channel, uint
       std::memset(bgr[i], gray[i], 3);
     }
   }
+  // Colors that no pixel has are written as they were, those past a short table included.
   if (channel == OMB_CHANNEL_GRAY) WriteColors(dib, 0, colors, bgr[0]);
 }
 
