@@ -97,12 +97,14 @@ void Neighbourhood::FillNeutralRow(const Window& window) const {
   std::memset(row - left, window.border.neutral, left + layout_.bytes + right);
 }
 
-// The row of the image that the walk reads next, if that is worth fetching: it costs images that
-// are in a cache some percent.
-const uint8_t* Neighbourhood::NextRow() const {
-  const int64_t y = windows_[0].taken;
+// The row of the image that is read next, or after it, far enough from what is read now to arrive
+// in time. Null where fetching it gains nothing: images that are in a cache lose 2 to 15 %, others
+// gain up to a half.
+const uint8_t* Neighbourhood::RowAhead() const {
   const uint64_t size = uint64_t(rows_.stride) * uint64_t(rows_.height);
-  if (coded_ || size < kCached || y >= rows_.height) return nullptr;
+  if (coded_ || size < kCoreCached) return nullptr;
+  const int64_t y = windows_[0].taken + static_cast<int64_t>(simd::kFetchedAhead / rows_.stride);
+  if (y >= rows_.height) return nullptr;
   const auto row = static_cast<int32_t>(y);
   return rows_.Inside(row, layout_.bytes) == layout_.bytes ? rows_.row(row) : nullptr;
 }

@@ -200,21 +200,21 @@ class Neighbourhood {
     }
   }
 
-  // Long rows are computed in pieces, and meanwhile the row that the walk reads next is fetched:
-  // the processor does not foresee it beyond what it reads, and all of it at once gained nothing.
+  // Long rows are computed in pieces, and meanwhile a row further on is fetched: the processor does
+  // not foresee it beyond what it reads, and all of it at once gained nothing.
   template <class Filter>
   void CombineRow(Filter& filter, uint8_t* const* rows, uint8_t* to) const {
-    const uint8_t* next = NextRow();
+    const uint8_t* ahead = RowAhead();
     if constexpr (requires { filter.WholeRows(); }) {
-      if (filter.WholeRows()) next = nullptr;
+      if (filter.WholeRows()) ahead = nullptr;
     }
     const size_t end = layout_.first + layout_.count;
     size_t at = layout_.first;
-    for (; next != nullptr && end - at >= 2 * WindowLayout::kPiece; at += WindowLayout::kPiece) {
-      ReadAhead(next + at, WindowLayout::kPiece);
+    for (; ahead != nullptr && end - at >= 2 * WindowLayout::kPiece; at += WindowLayout::kPiece) {
+      ReadAhead(ahead + at, WindowLayout::kPiece);
       filter.Combine(rows, at, WindowLayout::kPiece, to + at);
     }
-    if (next != nullptr) ReadAhead(next + at, end - at);
+    if (ahead != nullptr) ReadAhead(ahead + at, end - at);
     filter.Combine(rows, at, end - at, to + at);
   }
 
@@ -259,7 +259,7 @@ class Neighbourhood {
     if (++window.next_slot == window.ring) window.next_slot = 0;
     return slot;
   }
-  const uint8_t* NextRow() const;
+  const uint8_t* RowAhead() const;
   void Load(int32_t y, uint8_t* row);
   void Settle(int32_t y, const uint8_t* result, uint8_t* row);
   void AddMargins(const Window& window, uint8_t* row) const;

@@ -53,7 +53,7 @@ StripSampler::StripSampler(Sampler& sampler, int32_t columns, int32_t span, int3
                int64_t{span} * sampler.channels() <= int64_t{columns} * simd::kCacheLine &&
                static_cast<uint64_t>(sampler.source().stride()) *
                        static_cast<uint64_t>(sampler.height()) >=
-                   kCached),
+                   kCoreCached),
       plane_(PlaneOf(columns)),
       // Up to 7 columns before those that are read, and one after the image's.
       decoded_size_(sampler.in_place() ? 0

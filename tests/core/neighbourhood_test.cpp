@@ -12,13 +12,13 @@
 namespace ombrilo::test {
 namespace {
 
-// Rows that no cache holds are computed in pieces. The image repeats itself along its rows, at a
-// distance that no piece is a multiple of, and so do its results; their ends are those of a narrow
-// image.
+// Rows of what a core's caches do not hold are computed in pieces. The image repeats itself along
+// its rows, at a distance that no piece is a multiple of, and so do its results; their ends are
+// those of a narrow image.
 TEST(Neighbourhood, LargeImagesRepeatWhatSmallOnesAre) {
-  constexpr size_t kPeriod = 1009, kWidth = 20 * kPeriod + 333, kHeight = 280, kEdge = 40;
+  constexpr size_t kPeriod = 1009, kWidth = 20 * kPeriod + 333, kHeight = 40, kEdge = 40;
   constexpr size_t kNarrow = kPeriod + 333;
-  static_assert(3 * kWidth * kHeight >= kCached);
+  static_assert(3 * kWidth * kHeight >= kCoreCached);
   const std::pair<const char*, void (*)(PackedDib*)> operations[] = {
       {"dilate", omb_dilate},
       {"open", omb_mathopen},

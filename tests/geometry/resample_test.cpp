@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "core/packed_dib.h"
+#include "core/read_ahead.h"
 #include "support/naive.h"
 #include "support/untouched.h"
 
@@ -240,11 +241,12 @@ TEST(Rotate, EqualsTheReferenceAtEveryDepthAngleAndMode) {
   }
 }
 
-// At half of the size positions are whole: pixels are picked, in either mode. Images that no cache
-// holds are sampled in pieces.
+// At half of the size positions are whole: pixels are picked, in either mode. What a core's
+// caches do not hold is sampled in pieces.
 TEST(Scale, LargeImagesAtHalfSizeArePicked) {
   for (const int bits : {8, 24}) {
-    const int width = bits == 8 ? 6002 : 4002, height = (16 << 20) / (width * bits / 8) / 2 * 2 + 2;
+    const int width = bits == 8 ? 6002 : 4002,
+              height = int{kCoreCached} / (width * bits / 8) / 2 * 2 + 2;
     const TestImage image(omb_newdib(width, height, static_cast<uint16_t>(bits)));
     const Dib source = *Dib::Open(image.get());
     const auto noise = Noise(256, 7);
