@@ -9,7 +9,7 @@
 namespace ombrilo {
 
 // About what the caches of one core hold, and what processors have in their last one, in bytes.
-inline constexpr uint64_t kCoreCached = 2 << 20, kCached = 16 << 20;
+inline constexpr uint64_t kCoreCached = 1 << 20, kCached = 16 << 20;
 
 // Into the second-level cache, which halves the time of quarter turns, or into the first level,
 // where few requests can wait at a time: that gains only where little is read at once.
