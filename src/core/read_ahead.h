@@ -19,4 +19,10 @@ void ReadAhead(const uint8_t* bytes, size_t count) {
   asm volatile("");  // GCC would take a function that does nothing else for one without effects
 }
 
+// The same for what lies simd::kFetchedAhead bytes further on. Beyond the image it does nothing.
+inline void ReadFurtherOn(const uint8_t* bytes, size_t count) {
+  const uintptr_t further = reinterpret_cast<uintptr_t>(bytes) + simd::kFetchedAhead;
+  ReadAhead<1>(reinterpret_cast<const uint8_t*>(further), count);
+}
+
 }  // namespace ombrilo
