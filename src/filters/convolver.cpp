@@ -230,6 +230,9 @@ void Convolver::Factor() {
 
 void Convolver::Begin(const WindowLayout& layout) {
   layout_ = layout;
+  plan_.bytes = {rows_.get(), runs_.get(), run_count_};
+  plan_.sums = {sums_, down_.runs, down_.run_count};
+  plan_.offset = offset_;
   for (size_t i = 0; i < simd::kConvolutionOffsets; ++i) {
     // Three colors come round every three bytes; a single channel has one color.
     const uint8_t color = color_[layout.step == 3 ? 2 * i % 3 : 0];
@@ -268,17 +271,12 @@ void Convolver::Combine(uint8_t* const* rows, size_t first, size_t count, uint8_
     rows_[i] = rows[reach_.before + taps_[i].dy] + first + taps_[i].dx * layout_.step;
   }
   const size_t at = 2 * (first - layout_.first);  // sums have 16 bits
-  const uint8_t* sums[kMaxBox] = {};
-  if (running_) sums[0] = totals_ + at;
+  if (running_) sums_[0] = totals_ + at;
   for (size_t k = 0; !running_ && k < down_.count; ++k) {
-    sums[k] = rows[reach_.before + down_.taps[k].dy] + layout_.pitch + at;
+    sums_[k] = rows[reach_.before + down_.taps[k].dy] + layout_.pitch + at;
   }
-  simd::Convolution plan = plan_;
-  plan.bytes = {rows_.get(), runs_.get(), run_count_};
-  plan.sums = {sums, down_.runs, down_.run_count};
-  plan.offset = offset_;
-  plan.own = rows[reach_.before] + first;
-  simd::Active().convolve(plan, count, to);
+  plan_.own = rows[reach_.before] + first;
+  simd::Active().convolve(plan_, count, to);
 }
 
 }  // namespace ombrilo

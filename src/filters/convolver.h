@@ -80,13 +80,14 @@ class Convolver {
   size_t count_;
   Buffer<simd::WeightRun> runs_;
   size_t run_count_ = 0;
-  Buffer<const uint8_t*> rows_;
+  Buffer<const uint8_t*> rows_;  // of bytes, at each tap
   Reach reach_ = {};
   int64_t positive_ = 0, negative_ = 0;  // sums of the weights by sign
   simd::Convolution plan_ = {};
   uint8_t color_[3];
   int16_t offset_[simd::kConvolutionOffsets];
   Line across_, down_;
+  const uint8_t* sums_[kMaxBox] = {};  // rows of sums, at each tap of down_
   // If all rows of the window have the same weight in down_: the totals of their sums in this walk,
   // and how many rows these are.
   bool running_ = false;
