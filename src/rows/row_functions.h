@@ -147,7 +147,17 @@ enum {
 // not a multiple of 4 KiB apart, where they would wait for each other.
 enum { kCounters = 272 };
 
-enum { kBounds = 4, kBoundLanes = 192 };  // see count_below
+// How many levels of three-byte pixels are less than bounds. bound[c], bound[c + 3], ... are the
+// least bound of channel c; few[k][i] + many[k][i], for i = c, c + 3, ..., add up to how many of
+// its levels are less than that bound + k, which is at most 255. With the same bound everywhere the
+// bytes may be of one channel. Counts start at 0.
+enum { kBounds = 4, kBoundLanes = 192 };
+struct LevelsBelow {
+  uint8_t bound[kBoundLanes];
+  uint8_t few[kBounds][kBoundLanes];  // of the last bytes: kBoundLanes times `periods`
+  uint32_t many[kBounds][kBoundLanes];
+  size_t periods;
+};
 
 // Random neighbours of the pixels from (x, y) on; see omb_diffuse_seed(). They are taken from
 // copies of rows: row y is at y % ring.
@@ -399,12 +409,8 @@ struct RowFunctions {
   // Counts the values of bytes[0], bytes[step], ... in eight sets of counters; the histogram is
   // their sum.
   void (*count_bytes)(const uint8_t* bytes, size_t step, size_t count, uint32_t (*sets)[kCounters]);
-  // Three-byte pixels: counts levels that are less than bounds. bounds[c], bounds[c + 3], ... are
-  // the least bound of channel c; below[k][c] + below[k][c + 3] + ... grows by how many of its
-  // levels are less than that bound + k, which is at most 255. With the same bound everywhere the
-  // bytes may be of one channel.
-  void (*count_below)(const uint8_t* bgr, size_t bytes, const uint8_t* bounds,
-                      uint32_t (*below)[kBoundLanes]);
+  // Adds the levels of more pixels, from a blue one on.
+  void (*count_below)(const uint8_t* bgr, size_t bytes, struct LevelsBelow& counts);
 
   // to[i] = the rank-th (0: the least) of the `size` x `size` square around i, of 3, 5 or 7.
   // rows[k] is row k of the square, in the column of i = 0, and neighbours are `step` (1 or 3)

@@ -77,19 +77,20 @@ bool PixelCrossings<kChannels>::FindNearGuess(double number, Crossing (&found)[k
   }
   bool all = false;
   for (int turn = 0; turn < 2 && !all; ++turn) {
-    uint8_t bounds[simd::kBoundLanes];
-    uint32_t lanes[simd::kBounds][simd::kBoundLanes] = {};
+    simd::LevelsBelow counts = {};
     for (size_t i = 0; i < simd::kBoundLanes; ++i) {
-      bounds[i] = static_cast<uint8_t>(first[i % kChannels]);
+      counts.bound[i] = static_cast<uint8_t>(first[i % kChannels]);
     }
     ForEachRun(1, [&](const uint8_t* levels, size_t count) {
-      simd::Active().count_below(levels, count, bounds, lanes);
+      simd::Active().count_below(levels, count, counts);
     });
     all = true;
     for (size_t c = 0; c < kChannels; ++c) {
       int64_t below[simd::kBounds] = {};
       for (size_t k = 0; k < simd::kBounds; ++k) {
-        for (size_t i = c; i < simd::kBoundLanes; i += kChannels) below[k] += lanes[k][i];
+        for (size_t i = c; i < simd::kBoundLanes; i += kChannels) {
+          below[k] += int64_t{counts.many[k][i]} + counts.few[k][i];
+        }
       }
       int k = 0;
       while (k < simd::kBounds && static_cast<double>(below[k]) <= number) ++k;
