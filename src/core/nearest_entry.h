@@ -16,7 +16,7 @@ namespace ombrilo {
 
 class NearestEntry {
  public:
-  // For about so many colors. Takes all its memory at once, up to 790 KiB. False when there is
+  // For about so many colors. Takes all its memory at once, up to 5.2 MiB. False when there is
   // none. Create it before the first change to an image.
   NearestEntry(const Palette& palette, uint64_t colors) : NearestEntry(colors) { Learn(palette); }
   // The same for a palette that is learned later.

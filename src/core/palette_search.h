@@ -15,17 +15,17 @@ class PaletteSearch {
  public:
   // For about so many colors. Takes all memory at once: 82 KiB for few colors, otherwise up to 5.2
   // MiB, of which searches touch what the colors need. False when there is none.
-  explicit PaletteSearch(uint64_t colors) {
+  explicit PaletteSearch(uint64_t colors) : many_(colors >= Lists::kManyColors) {
     const bool few = colors <= Lists::kFewColors;
-    const size_t wider = few ? size_t{Lists::kFewWider} : size_t{Lists::kWider};
-    lists_.room = few ? uint32_t{Lists::kFewPool} : uint32_t{Lists::kPool};
-    zeroed_count_ = wider + (few ? 0 : 4 * size_t{Lists::kCells});
+    const auto& size = few ? Lists::kForFew : many_ ? Lists::kForNarrow : Lists::kForWide;
+    zeroed_count_ = size.wider + 4 * size_t{size.cells};
     zeroed_ = NewZeroedBuffer<uint32_t>(zeroed_count_);
-    pool_ = NewScratchBuffer<uint32_t>(lists_.room);
+    pool_ = NewScratchBuffer<uint32_t>(size.pool);
     if (!*this) return;
+    lists_.room = size.pool;
     lists_.pool = pool_.get();
     lists_.wider = zeroed_.get();
-    if (!few) lists_.cells = reinterpret_cast<uint32_t(*)[4]>(zeroed_.get() + wider);
+    if (!few) lists_.cells = reinterpret_cast<uint32_t(*)[4]>(zeroed_.get() + size.wider);
   }
   explicit operator bool() const { return zeroed_ && pool_; }
 
@@ -33,6 +33,10 @@ class PaletteSearch {
   void Begin(size_t count) {
     if (lists_.count != 0) std::memset(zeroed_.get(), 0, zeroed_count_ * sizeof(uint32_t));
     lists_.count = lists_.used = static_cast<uint32_t>(count);
+    if constexpr (requires { lists_.narrow; }) {
+      lists_.narrow = many_;
+      lists_.filled = 0;
+    }
   }
 
   // Entry i of the palette, of blue, green and red.
@@ -44,6 +48,7 @@ class PaletteSearch {
 
  private:
   Lists lists_ = {};
+  bool many_;
   size_t zeroed_count_;
   Buffer<uint32_t> zeroed_, pool_;
 };

@@ -106,7 +106,7 @@ DilateErode::DilateErode(const Dib& dib, int most) : dib_(dib) {
     PixelRows bytes = PixelRows::Of(dib);
     bytes.width = static_cast<int32_t>(bytes.row_bytes());
     bytes.bit_count = 8;
-    colors_.emplace(dib.pixels());
+    colors_.emplace(3);  // the outcomes
     frame_.emplace(bytes, kBothReaches, FilterMemory{}, most);
   } else if (dib.indexed() || dib.bit_count() == 24) {
     frame_.emplace(dib, kBothReaches, FilterMemory{}, most);

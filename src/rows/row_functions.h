@@ -92,27 +92,35 @@ struct Neurons {
 // times 512, plus its length; 0 while it is not known. A small cell with a longer list holds that
 // and 0, 0, 0; the last of four entries is never 0.
 struct PaletteLists {
+  // The memory of a search, in lists, cells and entries.
+  struct Size {
+    uint32_t wider, cells, pool;
+  };
   // Where few colors are to be searched, the lists of cells 16 wide answer: no others are made. The
   // longer they are, the sooner it takes less time to make cells for a few entries.
   // Their pool takes those of a vector's colors, and hundreds of close colors, before it is full.
   // Both together stay below 128 KiB, from where on malloc() may get memory from the system and
   // give it back each time.
-  enum { kFewColors = 1 << 12, kFewWider = 64 + 512 + 4096, kFewPool = 16384 };
+  enum { kFewColors = 1 << 12 };
+  static constexpr Size kForFew = {64 + 512 + 4096, 0, 16384};
+  // Otherwise wider cells are 64 wide, 32 wide and so on, and the smallest ones 8 or 4. Noise of
+  // all colors would fill smaller pools again and again.
+  static constexpr Size kForWide = {4672, 32768, 1 << 16};
+  static constexpr Size kForNarrow = {37440, 262144, 1 << 18};
   uint32_t count;  // entries of the palette, at least 2
   uint32_t used;   // entries in the pool, the palette's included
-  uint32_t room;   // for entries in the pool: kPool or kFewPool
+  uint32_t room;   // for entries in the pool
   uint32_t* pool;
-  uint32_t* wider;       // kWider or kFewWider lists, at first 0
-  uint32_t (*cells)[4];  // kCells of them, at first 0; null for few colors
+  uint32_t* wider;       // at first 0
+  uint32_t (*cells)[4];  // at first 0; null for few colors
 };
-// Wider cells are 64 wide, 32 wide and so on: 8^2 + 8^3 + ... lists. The smallest ones are 8 (by
-// squares) or 4 (by sums) wide, so many that noise of all colors would fill a smaller pool again
-// and again.
 struct SquaresLists : PaletteLists {
-  enum { kPool = 1 << 16, kWider = 4672, kCells = 32768 };
+  enum { kManyColors = 1250000 };  // from there on, cells are 4 wide at first, otherwise 8
+  bool narrow;                     // 4
+  uint32_t filled;                 // cells, while they are narrow
 };
 struct SumsLists : PaletteLists {
-  enum { kPool = 1 << 18, kWider = 37440, kCells = 262144 };
+  enum { kManyColors = 0 };
   // By green, where the search order starts; see find_by_sums. May be read as u32.
   uint8_t start[256 + 3];
 };

@@ -27,14 +27,16 @@ std::vector<std::vector<uint32_t>> Palettes() {
   return all;
 }
 
-// Every cell in turn with colors from all over it. Lists of the gray ramp fill their room, so that
-// searching begins anew, more than once. There are lists for few colors and for many.
+// Close colors first, for which narrow cells stay in use where many colors are announced; then
+// every cell in turn with colors from all over it, for which they do not. Lists of the gray ramp
+// fill their room, so that searching begins anew, more than once.
 TEST(NearestEntry, EqualsThePlainSearchAtEveryLevel) {
-  constexpr size_t kCount = 60000;
+  constexpr size_t kClose = 30000, kCount = kClose + 60000;
   std::vector<uint8_t> colors;
   for (uint32_t i = 0; i < kCount; ++i) {
-    const uint32_t color = i * 0x9E3779B1u;
-    for (const int shift : {8, 16, 24}) colors.push_back(static_cast<uint8_t>(color >> shift));
+    const uint32_t noise = i * 0x9E3779B1u >> 8;
+    const uint32_t color = i < kClose ? 0x303030 + (noise & 0x1F1F1F) : noise;
+    for (const int shift : {0, 8, 16}) colors.push_back(static_cast<uint8_t>(color >> shift));
   }
   for (const std::vector<uint32_t>& table : Palettes()) {
     const int bits = table.size() == 2 ? 1 : table.size() == 16 ? 4 : 8;
@@ -46,7 +48,8 @@ TEST(NearestEntry, EqualsThePlainSearchAtEveryLevel) {
       expected.push_back(
           static_cast<uint8_t>(Nearest(entries, {colors[i], colors[i + 1], colors[i + 2]})));
     }
-    for (const uint64_t announced : {uint64_t{1}, uint64_t{kCount}}) {
+    for (const uint64_t announced :
+         {uint64_t{1}, uint64_t{kCount}, uint64_t{simd::SquaresLists::kManyColors}}) {
       NearestEntry nearest(announced);
       ASSERT_TRUE(nearest);
       AtEveryLevel([&] {

@@ -56,8 +56,9 @@ TEST(RowFunctions, EverySetOfTheProcessorIsTested) {
 TEST(RowFunctions, SearchBySumsWithTurns) {
   constexpr size_t kCount = 40000;
   using simd::SumsLists;
-  std::vector<uint32_t> pool(SumsLists::kPool), wider(SumsLists::kWider);
-  std::vector<std::array<uint32_t, 4>> cells(SumsLists::kCells);
+  constexpr auto kSize = SumsLists::kForNarrow;
+  std::vector<uint32_t> pool(kSize.pool), wider(kSize.wider);
+  std::vector<std::array<uint32_t, 4>> cells(kSize.cells);
   SumsLists lists = {};
   lists.pool = pool.data();
   lists.wider = wider.data();
@@ -83,7 +84,7 @@ TEST(RowFunctions, SearchBySumsWithTurns) {
       std::fill(wider.begin(), wider.end(), 0);
       cells.assign(cells.size(), {});
       lists.cells = few ? nullptr : reinterpret_cast<uint32_t(*)[4]>(cells.data());
-      lists.room = few ? uint32_t{SumsLists::kFewPool} : uint32_t{SumsLists::kPool};
+      lists.room = few ? SumsLists::kForFew.pool : kSize.pool;
       lists.used = 256;
       (*level)->find_by_sums(lists, colors.data(), 3, kCount, found.data());
       EXPECT_EQ(found, expected) << (*level)->name;
