@@ -35,7 +35,7 @@ class PaletteSearch {
     lists_.count = lists_.used = static_cast<uint32_t>(count);
     if constexpr (requires { lists_.narrow; }) {
       lists_.narrow = many_;
-      lists_.filled = 0;
+      lists_.spare = Lists::kMostSpare;
     }
   }
 

@@ -115,9 +115,11 @@ struct PaletteLists {
   uint32_t (*cells)[4];  // at first 0; null for few colors
 };
 struct SquaresLists : PaletteLists {
-  enum { kManyColors = 1250000 };  // from there on, cells are 4 wide at first, otherwise 8
-  bool narrow;                     // 4
-  uint32_t filled;                 // cells, while they are narrow
+  // From so many colors on, cells are 4 wide at first, otherwise 8. Noise would fill far more of
+  // them: if they can be filled no more, searches go on in those that are 8 wide.
+  enum { kManyColors = 1250000, kMostSpare = 1 << 15 };
+  bool narrow;    // 4
+  int64_t spare;  // grows with each color, up to kMostSpare; each cell that is filled takes 32
 };
 struct SumsLists : PaletteLists {
   enum { kManyColors = 0 };
