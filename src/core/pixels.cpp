@@ -2,7 +2,6 @@
 
 #include <cstring>
 
-#include "core/read_ahead.h"
 #include "rows/row_functions.h"
 
 namespace ombrilo {
@@ -18,7 +17,6 @@ void CopyLeadingBits(uint8_t from, size_t bits, uint8_t& to) {
 }  // namespace
 
 void UnpackIndices(const uint8_t* row, uint16_t bit_count, size_t pixels, uint8_t* indices) {
-  ReadFurtherOn(row, pixels * bit_count / 8);
   switch (bit_count) {
     case 1:
       simd::Active().unpack1(row, pixels, indices);

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "core/read_ahead.h"
+
 namespace ombrilo {
 
 // The pixels whose indices or colors are held at a time: they stay in the first-level cache. A
@@ -37,7 +39,9 @@ void ForEachIndexRun(const uint8_t* row, uint16_t bit_count, size_t pixels, Use&
   uint8_t indices[kRun];
   for (size_t first = 0; first < pixels; first += kRun) {
     const size_t count = std::min(kRun, pixels - first);
-    UnpackIndices(row + first * bit_count / 8, bit_count, count, indices);
+    const uint8_t* const from = row + first * bit_count / 8;
+    ReadFurtherOn(from, count * bit_count / 8);
+    UnpackIndices(from, bit_count, count, indices);
     use(first, indices, count);
   }
 }

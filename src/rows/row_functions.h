@@ -122,7 +122,7 @@ struct SquaresLists : PaletteLists {
   int64_t spare;  // grows with each color, up to kMostSpare; each cell that is filled takes 32
 };
 struct SumsLists : PaletteLists {
-  enum { kManyColors = 0 };
+  enum { kManyColors = 0 };  // cells are always 4 wide
   // By green, where the search order starts; see find_by_sums. May be read as u32.
   uint8_t start[256 + 3];
 };

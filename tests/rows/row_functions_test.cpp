@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+#include "core/palette_search.h"
+
 namespace ombrilo::test {
 namespace {
 
@@ -93,6 +95,39 @@ TEST(RowFunctions, SearchBySumsWithTurns) {
 }
 
 // The whole-number forms of gray values against their definitions, over a dense set of colors.
+// Cells fill so slowly that they stay narrow, while room for lists runs out again and again.
+TEST(RowFunctions, SearchBySquaresInLittleRoom) {
+  constexpr uint32_t kColors = 2000, kEach = 40;
+  using simd::SquaresLists;
+  std::vector<uint8_t> colors, expected, found(kColors * kEach);
+  for (uint32_t i = 0; i < kColors; ++i) {
+    const uint32_t color = i * 0x9E3779B1u >> 8;
+    const int bgr[] = {uint8_t(color), uint8_t(color >> 8), uint8_t(color >> 16)};
+    int best = INT32_MAX;
+    for (int entry = 0; entry < 256; ++entry) {
+      int sum = 0;
+      for (const int value : bgr) sum += (value - entry) * (value - entry);
+      best = std::min(best, sum << 8 | entry);
+    }
+    expected.insert(expected.end(), kEach, static_cast<uint8_t>(best));
+    for (uint32_t k = 0; k < kEach; ++k) colors.insert(colors.end(), bgr, bgr + 3);
+  }
+  PaletteSearch<SquaresLists> search(SquaresLists::kManyColors);
+  ASSERT_TRUE(search);
+  search.lists().room = 9000;
+  for (auto level = simd::Supported(); *level != nullptr; ++level) {
+    search.Begin(256);
+    for (uint32_t i = 0; i < 256; ++i) {
+      const auto gray = static_cast<uint8_t>(i);
+      const uint8_t bgr[] = {gray, gray, gray};
+      search.SetEntry(i, bgr);
+    }
+    (*level)->find_by_squares(search.lists(), colors.data(), 3, found.size(), found.data());
+    EXPECT_EQ(found, expected) << (*level)->name;
+    EXPECT_TRUE(search.lists().narrow);
+  }
+}
+
 TEST(RowFunctions, GrayValues) {
   std::vector<uint8_t> bgr, percent, exact;
   for (int b = 0; b < 256; b += 5) {
