@@ -95,18 +95,25 @@ TEST(RowFunctions, SearchBySumsWithTurns) {
 }
 
 // The whole-number forms of gray values against their definitions, over a dense set of colors.
-// Cells fill so slowly that they stay narrow, while room for lists runs out again and again.
+// Cells fill so slowly that they stay narrow, while room for lists runs out again and again; colors
+// come back after that.
 TEST(RowFunctions, SearchBySquaresInLittleRoom) {
-  constexpr uint32_t kColors = 2000, kEach = 40;
+  constexpr uint32_t kColors = 2000, kDistinct = 500, kEach = 40;
   using simd::SquaresLists;
+  uint8_t crowd[256][3];
+  for (int i = 0; i < 256; ++i) {
+    const int parts[] = {i & 7, i >> 3 & 7, i >> 6};
+    for (int c = 0; c < 3; ++c) crowd[i][c] = static_cast<uint8_t>(64 + parts[c]);
+  }
   std::vector<uint8_t> colors, expected, found(kColors * kEach);
   for (uint32_t i = 0; i < kColors; ++i) {
-    const uint32_t color = i * 0x9E3779B1u >> 8;
-    const int bgr[] = {uint8_t(color), uint8_t(color >> 8), uint8_t(color >> 16)};
+    const uint32_t noise = i % kDistinct * 0x9E3779B1u >> 8;
+    uint8_t bgr[3];
+    for (int c = 0; c < 3; ++c) bgr[c] = static_cast<uint8_t>(56 + (noise >> 8 * c & 31));
     int best = INT32_MAX;
     for (int entry = 0; entry < 256; ++entry) {
       int sum = 0;
-      for (const int value : bgr) sum += (value - entry) * (value - entry);
+      for (int c = 0; c < 3; ++c) sum += (bgr[c] - crowd[entry][c]) * (bgr[c] - crowd[entry][c]);
       best = std::min(best, sum << 8 | entry);
     }
     expected.insert(expected.end(), kEach, static_cast<uint8_t>(best));
@@ -114,14 +121,10 @@ TEST(RowFunctions, SearchBySquaresInLittleRoom) {
   }
   PaletteSearch<SquaresLists> search(SquaresLists::kManyColors);
   ASSERT_TRUE(search);
-  search.lists().room = 9000;
+  search.lists().room = 4096;
   for (auto level = simd::Supported(); *level != nullptr; ++level) {
     search.Begin(256);
-    for (uint32_t i = 0; i < 256; ++i) {
-      const auto gray = static_cast<uint8_t>(i);
-      const uint8_t bgr[] = {gray, gray, gray};
-      search.SetEntry(i, bgr);
-    }
+    for (uint32_t i = 0; i < 256; ++i) search.SetEntry(i, crowd[i]);
     (*level)->find_by_squares(search.lists(), colors.data(), 3, found.size(), found.data());
     EXPECT_EQ(found, expected) << (*level)->name;
     EXPECT_TRUE(search.lists().narrow);
