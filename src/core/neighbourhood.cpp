@@ -98,8 +98,8 @@ void Neighbourhood::FillNeutralRow(const Window& window) const {
 }
 
 // The row of the image that is read next, or after it, far enough from what is read now to arrive
-// in time. Null where fetching it gains nothing: images that are in a cache lose 2 to 15 %, others
-// gain up to a half.
+// in time. Null for images that the core's caches may hold. Larger ones lose 2 to 15 % where the
+// last cache has them, and gain up to a half where they come from memory.
 const uint8_t* Neighbourhood::RowAhead() const {
   const uint64_t size = uint64_t(rows_.stride) * uint64_t(rows_.height);
   if (coded_ || size < kCoreCached) return nullptr;

@@ -118,7 +118,7 @@ struct SquaresLists : PaletteLists {
   // From so many colors on, cells are 4 wide at first, otherwise 8. Noise would fill far more of
   // them: if they can be filled no more, searches go on in those that are 8 wide.
   enum { kManyColors = 1250000, kMostSpare = 1 << 15 };
-  bool narrow;    // 4
+  bool narrow;    // cells are 4 wide
   int64_t spare;  // grows with each color, up to kMostSpare; each cell that is filled takes 32
 };
 struct SumsLists : PaletteLists {
