@@ -61,7 +61,7 @@ class IndexedDifference {
       : width_(static_cast<size_t>(rows.width)),
         bit_count_(rows.bit_count),
         scratch_(NewScratchBuffer<uint8_t>(8 * std::max<size_t>(width_, 4))),
-        colors_(rows.bit_count == 1 ? 4 : rows.pixels()) {}
+        colors_(rows.bit_count == 1 ? 4 : rows.pixels()) {}  // outcomes, not pixels, of one bit
   explicit operator bool() const { return colors_ && scratch_; }
 
   void Snapshot(const Dib& dib) {

@@ -94,7 +94,6 @@ TEST(RowFunctions, SearchBySumsWithTurns) {
   }
 }
 
-// The whole-number forms of gray values against their definitions, over a dense set of colors.
 // Cells fill so slowly that they stay narrow, while room for lists runs out again and again; colors
 // come back after that.
 TEST(RowFunctions, SearchBySquaresInLittleRoom) {
@@ -131,6 +130,7 @@ TEST(RowFunctions, SearchBySquaresInLittleRoom) {
   }
 }
 
+// The whole-number forms of gray values against their definitions, over a dense set of colors.
 TEST(RowFunctions, GrayValues) {
   std::vector<uint8_t> bgr, percent, exact;
   for (int b = 0; b < 256; b += 5) {
