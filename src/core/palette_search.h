@@ -1,4 +1,4 @@
-// The memory that searches of a palette need (PaletteLists of rows/row_functions.h).
+// The memory that searches of a palette need (PaletteLists of rows/row_data.h).
 #pragma once
 
 #include <cstddef>
